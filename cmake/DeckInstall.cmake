@@ -1,0 +1,21 @@
+# The installed package: libraries, exported headers, CMake package, pkg-config file, the tool.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS tarn_service tarn_keywords deckmanager EXPORT TarnDeckManagerTargets
+        ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS deckman RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY include/deckmanager DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY components/tarn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(EXPORT TarnDeckManagerTargets NAMESPACE Tarn:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnDeckManager)
+
+configure_package_config_file(cmake/TarnDeckManagerConfig.cmake.in
+  ${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnDeckManager)
+write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfigVersion.cmake
+  COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfig.cmake
+              ${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfigVersion.cmake
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnDeckManager)
+configure_file(cmake/tarn-deckmanager.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tarn-deckmanager.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn-deckmanager.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,18 @@
+# Settings that every target of this project shares.
+add_library(deck_settings INTERFACE)
+target_compile_options(deck_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion
+  $<$<BOOL:${DECK_WERROR}>:-Werror>)
+if(DECK_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1 -UNDEBUG)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+# deck_library(target exportName sources...): a library that is installed as Tarn::<exportName>.
+function(deck_library target exportName)
+  add_library(${target} ${ARGN})
+  add_library(Tarn::${exportName} ALIAS ${target})
+  set_target_properties(${target} PROPERTIES EXPORT_NAME ${exportName} OUTPUT_NAME ${target} LINKER_LANGUAGE CXX)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:deck_settings>)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+endfunction()
