@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+
+#include <tarn/keywords/IKeywordItemMD.h>
+
+namespace Tarn::Fjel::Core::Keywords {
+
+/// Metadata of a real item.
+class IKeywordRealMD : public IKeywordItemMD
+{
+public:
+    /// The smallest and largest value that make sense, if the catalogue knows one.
+    virtual std::optional<double> GetMinValue() const noexcept = 0;
+    virtual std::optional<double> GetMaxValue() const noexcept = 0;
+
+    /// The printf format to write a value with: one conversion of a double. Null: the usual one.
+    virtual const char* GetFormat() const noexcept = 0;
+
+protected:
+    using IKeywordItemMD::IKeywordItemMD;
+};
+
+} // namespace Tarn::Fjel::Core::Keywords
