@@ -4,14 +4,18 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// From how many equal neighbours on a writer joins items into one `n*value` token, and how many such tokens it looks
-/// for; one pair for lists of items, one for records.
+/// How long a run of equal tokens may be before a writer joins it into one `n*value` token: with 4, four equal tokens stay
+/// as they are and five become a repeat. 0 leaves every run as it is.
 struct KeywordItemRepeatOptions
 {
-    std::int32_t listRepeatFirst = 4;
-    std::int32_t listRepeatSecond = 4;
-    std::int32_t recordRepeatFirst = 4;
-    std::int32_t recordRepeatSecond = 4;
+    /// A value in a list of items.
+    std::int32_t listValueRepeat = 4;
+    /// "1*" in a list of items.
+    std::int32_t listDefaultRepeat = 4;
+    /// A value in a record.
+    std::int32_t recordValueRepeat = 4;
+    /// "1*" in a record.
+    std::int32_t recordDefaultRepeat = 4;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "text/IStringTokenizer.h"
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+/// Cuts a line into words, quoted strings, terminators, and the defaulted items that commas make. What lies behind column
+/// 132 is ignored, with a warning.
+class Tokenizer final : public IStringTokenizer
+{
+public:
+    /// The last column that keyword data may use.
+    static constexpr int MaxLineLength = 132;
+
+    void SetText(const std::string* text) override;
+    bool Next(std::string& token, bool* quoted, bool allowCommas) override;
+    bool AtBegin() const override { return m_text && m_cursor == m_text->data(); }
+    bool NextView(std::string_view& token, bool* quoted, bool allowCommas) override;
+
+    /// Makes `*` a token of its own. Kept across `SetText`.
+    void SetRepeatAsToken(bool value) { m_repeatAsToken = value; }
+
+    /// What the tokenizer has still to look at, up to column 132; empty behind a comment.
+    std::string_view Remaining() const
+    {
+        return m_cursor < m_limit && !m_ended ? std::string_view(m_cursor, static_cast<std::size_t>(m_limit - m_cursor))
+                                              : std::string_view();
+    }
+    /// Takes `count` characters of `Remaining()`, at least one whole token, as if they had been read token by token.
+    void Consume(std::size_t count)
+    {
+        m_cursor += count;
+        m_atStart = false;
+    }
+
+private:
+    bool Quoted(std::string_view& token);
+    bool Comma(std::string_view& token);
+    std::string_view Word(bool allowCommas);
+    void ReportUnbalancedQuote() const;
+
+    const std::string* m_text = nullptr;
+    const char* m_cursor = nullptr;
+    const char* m_textEnd = nullptr;
+    const char* m_limit = nullptr;
+    bool m_atStart = false;
+    bool m_repeatAsToken = false;
+    bool m_ended = false;
+    std::string m_scratch;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager
