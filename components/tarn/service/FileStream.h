@@ -1,0 +1,69 @@
+#pragma once
+
+#include <tarn/service/FileStreamBuffer.h>
+
+#include <istream>
+#include <ostream>
+#include <string>
+
+namespace Tarn::Fjel::Core::Service {
+
+/// A binary input stream on a file. Reads of the buffer's size or more go straight into the caller's memory.
+class FileInputStream : public std::istream
+{
+public:
+    explicit FileInputStream(std::size_t bufferSize = FileStreamBuffer::defaultBufferSize);
+    /// Opens the file; the stream has failed when that can't be done.
+    explicit FileInputStream(const std::string& path, std::size_t bufferSize = FileStreamBuffer::defaultBufferSize);
+    ~FileInputStream() override;
+
+    /// False, with the stream failed, when path can't be opened for reading or is a directory. A file that is open is
+    /// closed first.
+    bool Open(const std::string& path);
+    void Close();
+    bool IsOpen() const { return m_buffer.IsOpen(); }
+    /// Status of the open file: of the very file that is read, whatever stands under its name by now.
+    FileStatus Status() const { return m_buffer.Status(); }
+    /// What the last failed operation met.
+    const FileSystem::ErrorCode& LastError() const { return m_buffer.LastError(); }
+
+private:
+    FileStreamBuffer m_buffer;
+};
+
+/// A binary output stream on a file. A write that fails (no space, an I/O error) sets the stream's bad flag; with a
+/// buffer between, that may show at Flush, Sync or Close only.
+class FileOutputStream : public std::ostream
+{
+public:
+    enum class Mode
+    {
+        Truncate,       ///< an empty file, made if missing
+        AppendExisting, ///< behind the end of a file that must exist
+        New,            ///< a file that must not exist
+    };
+
+    explicit FileOutputStream(std::size_t bufferSize = FileStreamBuffer::defaultBufferSize);
+    FileOutputStream(const std::string& path, Mode mode, std::size_t bufferSize = FileStreamBuffer::defaultBufferSize);
+    /// Closes; who needs to know whether all was written calls Close before.
+    ~FileOutputStream() override;
+
+    /// False, with the stream failed, when path can't be opened in that mode or is a directory. A file that is open
+    /// is closed first.
+    bool Open(const std::string& path, Mode mode);
+    /// False, with the stream failed, when what was buffered can't be written or closing fails; also when an earlier
+    /// write had failed.
+    bool Close();
+    bool IsOpen() const { return m_buffer.IsOpen(); }
+    /// Writes what is buffered and waits until all is on the disk; false, with the stream failed, when that fails.
+    bool Sync();
+    /// Writes what is buffered and cuts the file to size bytes, behind which writing goes on.
+    bool Truncate(std::int64_t size);
+    FileStatus Status() const { return m_buffer.Status(); }
+    const FileSystem::ErrorCode& LastError() const { return m_buffer.LastError(); }
+
+private:
+    FileStreamBuffer m_buffer;
+};
+
+} // namespace Tarn::Fjel::Core::Service
