@@ -1,13 +1,15 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets with clang and runs each for FUZZ_SECONDS (60) from its seeds.
-#   scripts/fuzz.sh              all targets
-#   scripts/fuzz.sh fuzz_scan    those named
+#   scripts/fuzz.sh                 all targets
+#   scripts/fuzz.sh fuzz_scanner    those named
 # What a target has found stays in build-fuzz/corpus/TARGET, an input that breaks it in build-fuzz/crashes/TARGET.
 source "$(dirname "$0")/lib.sh"
 
 scripts/install-packages.sh fuzz
-configure build-fuzz -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DDECK_FUZZ=ON -DDECK_TESTS=OFF
+# The libraries are instrumented as well as the targets: for coverage, addresses and undefined behaviour.
+configure build-fuzz -DCMAKE_CXX_COMPILER=clang++-14 -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDECK_FUZZ=ON -DDECK_TESTS=OFF \
+    -DCMAKE_CXX_FLAGS="-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer \
+-D_GLIBCXX_ASSERTIONS"
 build build-fuzz fuzz_targets
 
 seconds=${FUZZ_SECONDS:-60}

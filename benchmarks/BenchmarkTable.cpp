@@ -1,0 +1,113 @@
+// Prints how fast the system is: each piece of work beside its yardstick, measured in the same run, and whether the work
+// keeps to its budget. Whole commands are timed from outside; the memory of keywords is measured in this process.
+
+#include <cstdio>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <fmt/format.h>
+
+#include "benchmarks/CommandTimer.h"
+#include "benchmarks/KeywordMemory.h"
+
+namespace {
+
+using Benchmarks::Command;
+using Benchmarks::Run;
+
+constexpr int repeats = 7;
+
+const char* const rowFormat = "{:<44} {:>10} {:>30} {:>10} {:>7} {:>9}  {:<4} {:>9}\n";
+
+void PrintRow(const std::string& work, const std::string& value, const std::string& yardstick,
+              const std::string& yardstickValue, const std::string& ratio, const std::string& budget, bool met,
+              const std::string& peak)
+{
+    fmt::print(fmt::runtime(rowFormat), work, value, yardstick, yardstickValue, ratio, budget, met ? "yes" : "NO", peak);
+    std::fflush(stdout);
+}
+
+std::string Time(double seconds)
+{
+    return fmt::format("{:.1f} ms", seconds * 1000);
+}
+
+std::string Peak(const Run& run)
+{
+    return fmt::format("{:.1f} MB", static_cast<double>(run.peakKiB) / 1024);
+}
+
+/// A command against a yardstick; the budget is a multiple of the yardstick's time.
+bool CompareTimes(const std::string& work, const Command& command, const std::string& yardstick,
+                  const Command& yardstickCommand, double budget)
+{
+    const std::vector<Run> runs = Benchmarks::MedianRuns({command, yardstickCommand}, repeats);
+    const double ratio = runs[0].seconds / runs[1].seconds;
+    const bool met = ratio <= budget;
+    PrintRow(work, Time(runs[0].seconds), yardstick, Time(runs[1].seconds), fmt::format("{:.2f}", ratio),
+             fmt::format("{:.1f} x", budget), met, Peak(runs[0]));
+    return met;
+}
+
+/// A command whose budget is a time.
+bool CompareToTime(const std::string& work, const Command& command, double budgetSeconds)
+{
+    const std::vector<Run> runs = Benchmarks::MedianRuns({command, Command{{"/bin/true"}, {}}}, repeats);
+    const bool met = runs[0].seconds <= budgetSeconds;
+    PrintRow(work, Time(runs[0].seconds), "/bin/true", Time(runs[1].seconds),
+             fmt::format("{:.1f}", runs[0].seconds / runs[1].seconds), fmt::format("{:.0f} ms", budgetSeconds * 1000), met,
+             Peak(runs[0]));
+    return met;
+}
+
+Command List(const std::string& deckman, const std::filesystem::path& deck)
+{
+    return Command{{deckman, "ls", "--json", deck.string()}, {}};
+}
+
+Command Grep(const std::filesystem::path& deck)
+{
+    return Command{{"grep", "-c", "^[A-Z]", deck.string()}, {"LC_ALL=C"}};
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 4) {
+        fmt::print(stderr, "usage: benchmark_table DECKMAN FOLDER_OF_GENERATED_DECKS SMALL_DECK\n");
+        return 2;
+    }
+    try {
+        const std::string deckman = argv[1];
+        const std::filesystem::path decks = argv[2];
+        const std::string smallDeck = argv[3];
+
+        fmt::print("Median of {} after a warm-up; peak is the largest resident size of the command.\n\n", repeats);
+        fmt::print(fmt::runtime(rowFormat), "work", "measured", "yardstick", "measured", "ratio", "budget", "met", "peak");
+        int missed = 0;
+        missed += !CompareToTime("deckman --version", Command{{deckman, "--version"}, {}}, 0.015);
+        missed += !CompareToTime("deckman ls of a small deck", Command{{deckman, "ls", smallDeck}, {}}, 0.030);
+        missed += !CompareTimes("ls --json, 500 MB of arrays", List(deckman, decks / "ARRAYS.DATA"),
+                                "grep -c \"^[A-Z]\" of the deck", Grep(decks / "ARRAYS.DATA"), 1.0);
+        missed += !CompareTimes("ls --json, schedule of 60 000 keywords", List(deckman, decks / "SCHEDULE.DATA"),
+                                "grep -c \"^[A-Z]\" of the deck", Grep(decks / "SCHEDULE.DATA"), 4.0);
+        missed += !CompareTimes("ls --json, 200 000 keywords, 3 000 includes", List(deckman, decks / "INCLUDES.DATA"),
+                                "ls --json of one file", List(deckman, decks / "ONEFILE.DATA"), 3.0);
+
+        const Benchmarks::KeywordMemoryResult memory =
+            Benchmarks::MeasureKeywordMemory((decks / "SCHEDULE.DATA").string());
+        const bool memoryMet = memory.keywords > 0 && memory.bytesPerKeyword <= 260;
+        missed += !memoryMet;
+        PrintRow("memory of a loaded, unparsed keyword", fmt::format("{:.0f} B", memory.bytesPerKeyword),
+                 fmt::format("{} keywords", memory.keywords), "", "", "260 B", memoryMet, "");
+
+        fmt::print("\n{}\n", missed == 0 ? "Every budget is met." : fmt::format("{} budgets are not met.", missed));
+        return 0;
+    } catch (const std::exception& failure) {
+        fmt::print(stderr, "benchmark_table: {}\n", failure.what());
+        return 1;
+    }
+}
