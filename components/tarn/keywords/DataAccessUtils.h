@@ -35,9 +35,9 @@ public:
     static std::vector<Service::Time> GetTimesFromDATES(const IKeywordData* data);
 
     /// Where time stands behind a DATES, TSTEP or TIME keyword. DATES: its last date that is one. TSTEP: current plus
-    /// its steps. TIME: start plus its last value. unit is the length of one unit of time in a deck (a day or an
-    /// hour) in the Service component's measure. Data that say nothing leave current as it is.
-    static Service::Time AdvanceTime(const Service::Time& start, const Service::Time& current, double unit,
+    /// its steps. TIME: start plus its last value. unit is what a deck counts time in, Service::DAY or Service::HOUR.
+    /// Data that say nothing leave current as it is.
+    static Service::Time AdvanceTime(const Service::Time& start, const Service::Time& current, Service::TimeSpan unit,
                                      const IKeywordData* data);
 };
 

@@ -55,7 +55,7 @@ public:
     /// The keyword opens a scope.
     virtual bool IsScopeStart() const noexcept = 0;
 
-    /// The keywords that close the scope, in catalogue order; empty for a section, and for what is no scope head.
+    /// The keywords that close the scope, in the order of the definition; empty for a section, and for what is no head.
     virtual const std::vector<const IKeywordSyntax*>& GetScopeEndSyntaxes() const = 0;
 
     /// The closing keyword that a writer adds; null if the scope has none of its own.
