@@ -24,6 +24,14 @@ public:
         return count;
     }
 
+    /// As `TakeRepeats`, at most that many copies; the others stay.
+    std::int32_t TakeRepeats(std::int32_t most)
+    {
+        const std::int32_t count = most < m_repeatCount ? most : m_repeatCount;
+        m_repeatCount -= count;
+        return count;
+    }
+
     /// The copies still to be given.
     std::int32_t RepeatCount() const { return m_repeatCount; }
     Tokenizer& Inner() { return m_inner; }
