@@ -1,0 +1,123 @@
+// The installed package: what a host gets when it asks CMake or pkg-config for the library.
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/TempDir.h"
+
+namespace {
+
+using TestSupport::TempDir;
+
+const std::string fieldDeck = DECK_SOURCE_DIR "/examples/decks/field/FIELD.DATA";
+
+struct CommandResult
+{
+    int status = -1;
+    std::string output; ///< standard output and standard error
+};
+
+CommandResult Execute(const std::string& command)
+{
+    CommandResult result;
+    std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
+    if (!pipe)
+        return result;
+    char buffer[4096];
+    for (std::size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        result.output.append(buffer, count);
+    const int status = pclose(pipe);
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    return result;
+}
+
+#define ASSERT_COMMAND(command)                                                                                        \
+    do {                                                                                                               \
+        const CommandResult ran = Execute(command);                                                                    \
+        ASSERT_EQ(ran.status, 0) << (command) << "\n" << ran.output;                                                   \
+    } while (false)
+
+class InstalledPackage : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_COMMAND(fmt::format("cmake --install '{}' --prefix '{}'", DECK_BINARY_DIR, Prefix()));
+    }
+
+    std::string Prefix() const { return m_directory.Path("prefix"); }
+    std::string SanitizerFlags() const { return DECK_IS_SANITIZED ? "-fsanitize=address,undefined" : ""; }
+
+    TempDir m_directory;
+};
+
+/// What walk_deck says of the field deck, whichever way it was built.
+void ExpectWalk(const std::string& program)
+{
+    const CommandResult walk = Execute(fmt::format("'{}' '{}'", program, fieldDeck));
+    EXPECT_EQ(walk.status, 0) << walk.output;
+    EXPECT_EQ(walk.output.find("keywords: "), 0u) << walk.output;
+    EXPECT_NE(walk.output.find("\ngrid: 20 x 15 x 6\n"), std::string::npos) << walk.output;
+    EXPECT_NE(walk.output.find("\nwell: HR-P1, keyword at line 9\n"), std::string::npos) << walk.output;
+    EXPECT_NE(walk.output.find("\nwell: HR-P6, keyword at line 8\n"), std::string::npos) << walk.output;
+
+    const CommandResult missing = Execute(fmt::format("'{}' /no/such/deck.data", program));
+    EXPECT_EQ(missing.status, 3) << missing.output;
+}
+
+TEST_F(InstalledPackage, AHostFindsItWithCMake)
+{
+    const std::string build = m_directory.Path("host");
+    ASSERT_COMMAND(fmt::format("cmake -S '{}/examples/hosts' -B '{}' -G Ninja -DCMAKE_BUILD_TYPE=Debug "
+                               "-DCMAKE_PREFIX_PATH='{}' -DCMAKE_CXX_COMPILER='{}' -DCMAKE_CXX_FLAGS='{}' "
+                               "&& cmake --build '{}'",
+                               DECK_SOURCE_DIR, build, Prefix(), DECK_CXX_COMPILER, SanitizerFlags(), build));
+    ExpectWalk(build + "/walk_deck");
+}
+
+TEST_F(InstalledPackage, AHostFindsItWithPkgConfig)
+{
+    const std::string program = m_directory.Path("walk_deck");
+    const std::string query = fmt::format("PKG_CONFIG_PATH='{}/{}/pkgconfig' pkg-config", Prefix(), DECK_INSTALL_LIBDIR);
+    ASSERT_COMMAND(fmt::format("'{}' -std=c++20 {} $({} --cflags tarn-deckmanager) -o '{}' "
+                               "'{}/examples/hosts/walk_deck.cpp' $({} --libs tarn-deckmanager)",
+                               DECK_CXX_COMPILER, SanitizerFlags(), query, program, DECK_SOURCE_DIR, query));
+    ExpectWalk(program);
+}
+
+TEST_F(InstalledPackage, TheToolRunsFromItsNewPlace)
+{
+    const CommandResult tool = Execute(fmt::format("'{}/bin/deckman' ls '{}' --json", Prefix(), fieldDeck));
+    EXPECT_EQ(tool.status, 0) << tool.output;
+    EXPECT_NE(tool.output.find("\"name\":\"WELSPECS\""), std::string::npos) << tool.output;
+}
+
+#if !DECK_IS_SANITIZED
+TEST_F(InstalledPackage, EveryHeaderCompilesAlone)
+{
+    const std::string include = Prefix() + "/include";
+    std::vector<std::string> headers;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(include))
+        if (entry.path().extension() == ".h")
+            headers.push_back(std::filesystem::relative(entry.path(), include).string());
+    std::sort(headers.begin(), headers.end());
+    ASSERT_GT(headers.size(), 50u);
+
+    // Each included twice, into a file of its own; the compiler names the header that doesn't pass.
+    for (std::size_t i = 0; i < headers.size(); ++i)
+        m_directory.Write(fmt::format("alone/{:03}.cpp", i), fmt::format("#include <{0}>\n#include <{0}>\n", headers[i]));
+    ASSERT_COMMAND(fmt::format("printf '%s\\n' '{}'/alone/*.cpp | xargs -n 1 -P 2 '{}' -std=c++20 -fsyntax-only -Wall "
+                               "-Wextra -Wpedantic -Wshadow -Wconversion -Werror -I'{}'",
+                               m_directory.Path(), DECK_CXX_COMPILER, include));
+}
+#endif
+
+} // namespace
