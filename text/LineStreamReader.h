@@ -85,18 +85,15 @@ public:
     /// lines. `line` is as it stands in the text.
     bool HopToCandidateLine(std::string_view& line, long long* pos);
 
-    /// The bytes that the reader holds behind its position; at the end of the text `whole` is true, and there is nothing
-    /// more.
-    std::string_view Ahead(bool& whole) const
-    {
-        whole = m_exhausted;
-        return std::string_view(m_next, static_cast<std::size_t>(m_end - m_next));
-    }
+    /// The bytes that the reader holds behind its position, 1024 at least while the text has as many. `whole` tells that the
+    /// text ends with them. Nothing is taken.
+    std::string_view Ahead(bool& whole);
 
 private:
     enum : unsigned { EofFlag = 1, FailFlag = 2, BadFlag = 4 };
 
-    void Reset();
+    void Reset(std::istream* stream);
+    void PointAt(const char* begin, const char* next, const char* end);
     void LeaveStream();
     bool Fill();
     bool NextLineAcrossWindow(std::string_view& line);
@@ -108,9 +105,12 @@ private:
 
     std::unique_ptr<std::istream> m_owned;
     std::istream* m_stream = nullptr;
+    /// The text in memory, where there is no stream.
+    std::string_view m_text;
     bool m_attached = false;
+    /// The stream stood at its beginning when it was attached, so that positions are offsets in it.
     bool m_startsAtZero = false;
-    /// The stream really stands where the position says.
+    /// The last move went where the position says.
     bool m_positionTrue = true;
     /// The window reaches to the end of the text.
     bool m_exhausted = true;

@@ -7,9 +7,6 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// The number of sections that a deck can have. Their `SectionType` values are 0 to 8, in the order of a deck.
-inline constexpr int SectionCount = 9;
-
 /// The keyword of a section; the empty text for any other value.
 const std::string& SectionName(Keywords::SectionType section);
 

@@ -1,0 +1,305 @@
+#include <deckmanager/LineReaderUtil.h>
+
+#include <algorithm>
+#include <optional>
+
+#include <deckmanager/Environment.h>
+#include <deckmanager/ISectionContextQuery.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/Log.h>
+#include <tarn/service/Strings.h>
+
+#include "text/KeywordFileReader.h"
+#include "text/LineSource.h"
+#include "text/LineStreamReader.h"
+#include "text/ScannedKeyword.h"
+#include "text/SectionNames.h"
+#include "text/TagRecognisers.h"
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::IKeywordSyntax;
+using Keywords::SectionType;
+using Keywords::SimulatorType;
+
+namespace {
+
+/// A longer word is a keyword by its head first.
+constexpr std::size_t SignificantCharacters = 8;
+
+constexpr std::string_view NumberCharacters = "0123456789.-+*/E";
+
+std::string_view FirstWord(std::string_view text)
+{
+    std::size_t size = 0;
+    while (size < text.size() && !VeldaneDeckInfo::IsSpace(text[size]))
+        ++size;
+    return text.substr(0, size);
+}
+
+/// Of the syntaxes that share a name, of which there is at least one, that of the section in force.
+const IKeywordSyntax* ChooseSyntax(Keywords::SyntaxList syntaxes, std::string_view name, const ISectionContextQuery& query)
+{
+    const SectionType section = query.GetSection();
+    const IKeywordSyntax* syntax = syntaxes.front();
+    if (syntaxes.size() == 1) {
+        const bool behindRunspec = section > SectionType::RUNSPEC && section <= SectionType::OPTIMIZE;
+        if (behindRunspec && !syntax->IsValidForSection(section, SimulatorType::Any) &&
+            syntax->IsValidForSection(SectionType::RUNSPEC, SimulatorType::Any))
+            return nullptr;
+    } else if (const IKeywordSyntax* valid = Environment::Instance().GetSyntaxTable()->FindSyntax(name, section, true)) {
+        syntax = valid;
+    }
+    if (section != SectionType::None && !syntax->IsValidForSection(section, SimulatorType::Any)) {
+        std::string text = "Keyword ";
+        text.append(name).append(" is not valid for section ").append(SectionName(section));
+        Service::Log::SendLogMessage(text, Service::Log::Warning);
+    }
+    return syntax;
+}
+
+int PlaceOf(const void* source)
+{
+    return static_cast<const LineSource*>(source)->LineNumber();
+}
+
+void WarnOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
+{
+    if (!Service::Log::isEnabled()) return;
+    std::string text = "Keyword " + word.name + " is not recognized";
+    if (!file) {
+        Service::Log::SendLogMessage(text + ".", Service::Log::Warning);
+        return;
+    }
+    // The file counts lines by their first letter, ahead of which a suppressed line has its marker.
+    const int line = word.line > 0 && !word.suppressed ? word.line : file->LineNumberAt(word.pos);
+    Service::Log::LogWF("%s near line %d in %s.", text.c_str(), line - 1, file->GetPath().c_str());
+}
+
+/// Looks at the first line ahead that isn't blank. A generated tag there belongs to the keyword, whose line has been read.
+void LookForTagLine(LineStreamReader* lines, ScannedKeyword& found)
+{
+    found.tagged = found.lineHasTag;
+    found.tagKnown = found.lineHasTag;
+    if (found.tagKnown || !lines) return;
+
+    bool whole = false;
+    std::string_view ahead = lines->Ahead(whole);
+    while (!ahead.empty()) {
+        const std::size_t lineEnd = ahead.find('\n');
+        if (lineEnd == std::string_view::npos && !whole && ahead.size() <= LineStreamReader::MaxLineLength) return;
+        const std::string_view line = ahead.substr(0, std::min(lineEnd, LineStreamReader::MaxLineLength));
+        const std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(line);
+        if (!Service::AllBlanks(text)) {
+            found.tagKnown = true;
+            found.tagged = IsKeywordTagLine(text) || IsFileTagLine(text);
+            return;
+        }
+        if (lineEnd == std::string_view::npos) break;
+        ahead.remove_prefix(lineEnd + 1);
+    }
+    found.tagKnown = whole;
+}
+
+} // namespace
+
+bool LineReaderUtil::ReadNextValidLineAsKeyword(ILineReader& reader, std::string& line, long long* pos,
+                                                bool allowIndented, bool* indented, bool* terminated)
+{
+    if (indented) *indented = false;
+    if (terminated) *terminated = false;
+
+    LineSource source(reader);
+    std::string_view text;
+    if (!source.NextData(text, pos, true)) return false;
+
+    const std::string_view trimmed = Service::TrimmedLeft(text);
+    if (trimmed.empty() || !Service::IsAlpha(trimmed.front())) {
+        line.clear();
+        return true;
+    }
+    if (terminated) *terminated = IsTerminated(text);
+    if (allowIndented) {
+        if (indented) *indented = trimmed.size() != text.size();
+        text = trimmed;
+    }
+    line.assign(FirstWord(text));
+    Service::StringToUpper(line);
+    return true;
+}
+
+bool LineReaderUtil::FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, std::string& keyword,
+                                           long long* pos, bool allowIndented, bool* indented,
+                                           const IKeywordSyntax*& syntax, KeywordFileReader* file)
+{
+    ScannedKeyword found;
+    const bool any = FindNextKeywordSyntax(reader, query, allowIndented, file, found);
+    keyword.assign(found.name);
+    syntax = found.syntax;
+    if (pos) *pos = found.pos;
+    if (indented) *indented = found.indented;
+    return any;
+}
+
+bool LineReaderUtil::FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, bool allowIndented,
+                                           KeywordFileReader* file, ScannedKeyword& found)
+{
+    found.syntax = nullptr;
+    LineSource source(reader);
+    std::optional<Service::Log::Place> place;
+    if (file) place.emplace(file->GetPath(), PlaceOf, &source);
+    const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
+
+    std::string_view line;
+    while (source.NextCandidate(line, &found.pos, allowIndented)) {
+        std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(line);
+        found.suppressed = text.size() != line.size();
+        found.indented = false;
+        if (allowIndented) {
+            const std::string_view trimmed = Service::TrimmedLeft(text);
+            found.indented = trimmed.size() != text.size();
+            text = trimmed;
+        }
+        found.name.assign(FirstWord(text));
+        Service::StringToUpper(found.name);
+        found.line = source.LineNumber();
+
+        // What the line says is gathered before anybody is asked for the section.
+        const std::string_view word = found.name;
+        bool asked = false;
+        bool terminated = false;
+        const auto find = [&](std::string_view name) -> const IKeywordSyntax* {
+            const Keywords::SyntaxList syntaxes = table.FindSyntaxes(name);
+            if (syntaxes.empty()) return nullptr;
+            if (!asked) {
+                asked = true;
+                terminated = IsTerminated(text);
+                found.lineHasTag = ContainsKeywordTag(line);
+            }
+            return ChooseSyntax(syntaxes, name, query);
+        };
+        bool byHead = false;
+        if (word.size() > SignificantCharacters) {
+            found.syntax = find(word.substr(0, SignificantCharacters));
+            byHead = found.syntax != nullptr;
+        }
+        if (!found.syntax) found.syntax = find(word);
+        if (found.syntax) {
+            if (byHead && !found.syntax->KeepsLongName()) found.name.resize(SignificantCharacters);
+            LookForTagLine(source.Lines(), found);
+            return true;
+        }
+
+        if (asked ? terminated : IsTerminated(text)) continue;
+        if (IsNumerical(word) || IsOrdaleVariable(word)) continue;
+        WarnOfUnknownWord(found, file);
+    }
+    found.name.clear();
+    found.indented = found.suppressed = found.lineHasTag = found.tagged = found.tagKnown = false;
+    found.line = -1;
+    return false;
+}
+
+bool LineReaderUtil::FindNextKeyword(ILineReader& reader, const IKeywordSyntax* previous, std::string& keyword)
+{
+    const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
+    LineSource source(reader);
+    std::string_view line;
+    while (source.NextCandidate(line, nullptr, false)) {
+        keyword.assign(FirstWord(VeldaneDeckInfo::SkipSuppressMarker(line)));
+        Service::StringToUpper(keyword);
+        const IKeywordSyntax* syntax = table.FindSyntax(keyword, true);
+        if (syntax && CanFollowKeyword(syntax, previous)) return true;
+    }
+    keyword.clear();
+    return false;
+}
+
+bool LineReaderUtil::FindNextKeywordInAnySection(ILineReader& reader, std::string& keyword)
+{
+    const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
+    LineSource source(reader);
+    std::string_view line;
+    while (source.NextCandidate(line, nullptr, false)) {
+        keyword.assign(FirstWord(VeldaneDeckInfo::SkipSuppressMarker(line)));
+        Service::StringToUpper(keyword);
+        if (keyword.size() > SignificantCharacters) {
+            const std::string_view head = std::string_view(keyword).substr(0, SignificantCharacters);
+            if (const IKeywordSyntax* syntax = table.FindSyntax(head, true)) {
+                if (!syntax->KeepsLongName()) keyword.resize(SignificantCharacters);
+                return true;
+            }
+        }
+        if (table.FindSyntax(keyword, true)) return true;
+    }
+    keyword.clear();
+    return false;
+}
+
+const IKeywordSyntax* LineReaderUtil::FindSyntax(std::string_view name, const ISectionContextQuery& query)
+{
+    const Keywords::SyntaxList syntaxes = Environment::Instance().GetSyntaxTable()->FindSyntaxes(name);
+    return syntaxes.empty() ? nullptr : ChooseSyntax(syntaxes, name, query);
+}
+
+bool LineReaderUtil::CanFollowKeyword(const IKeywordSyntax* candidate, const IKeywordSyntax* previous)
+{
+    if (candidate->GetKind() == Keywords::KeywordKind::Section) return true;
+    if (!previous) return false;
+    std::vector<SectionType> sections;
+    std::vector<SimulatorType> simulators;
+    previous->GetValidSections(sections);
+    previous->GetValidSimulators(simulators);
+    for (const SectionType section : sections) {
+        for (const SimulatorType simulator : simulators) {
+            if (candidate->IsValidForSection(section, simulator)) return true;
+        }
+    }
+    return false;
+}
+
+bool LineReaderUtil::IsTerminated(std::string_view line)
+{
+    if (line.find(VeldaneDeckInfo::TERMINATION) == std::string_view::npos) return false;
+    bool inQuotes = false;
+    for (const char c : line) {
+        if (c == VeldaneDeckInfo::QUOTE) inQuotes = !inQuotes;
+        else if (c == VeldaneDeckInfo::TERMINATION && !inQuotes) return true;
+    }
+    return false;
+}
+
+bool LineReaderUtil::IsTerminationOnly(std::string_view line)
+{
+    return Service::TrimmedLeft(line).starts_with(VeldaneDeckInfo::TERMINATION);
+}
+
+bool LineReaderUtil::IsNumerical(std::string_view s)
+{
+    return s.find_first_not_of(NumberCharacters) == std::string_view::npos;
+}
+
+/// A variable of older hosts: "$" and at least one letter, digit or "_".
+bool LineReaderUtil::IsOrdaleVariable(std::string_view s)
+{
+    return s.size() >= 2 && s.front() == '$' &&
+           std::all_of(s.begin() + 1, s.end(), [](char c) { return Service::IsAlnum(c) || c == '_'; });
+}
+
+bool LineReaderUtil::IsAKeyword(std::string_view line)
+{
+    const std::string name(Service::Trimmed(line.substr(0, SignificantCharacters)));
+    return !Environment::Instance().GetSyntaxTable()->FindSyntaxes(name).empty();
+}
+
+bool LineReaderUtil::IsACommentedOutKeyword(std::string_view line)
+{
+    std::string_view text = Service::TrimmedLeft(line);
+    if (!VeldaneDeckInfo::BeginsWithCommentMarker(text)) return false;
+    text = Service::TrimmedLeft(text.substr(2)).substr(0, SignificantCharacters);
+    return !Environment::Instance().GetSyntaxTable()->FindSyntaxes(text).empty();
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

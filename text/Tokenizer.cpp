@@ -1,0 +1,161 @@
+#include "text/Tokenizer.h"
+
+#include <cstring>
+
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/service/Log.h>
+#include <tarn/service/MessageCapper.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+const char* FindQuote(const char* from, const char* end)
+{
+    return static_cast<const char*>(std::memchr(from, VeldaneDeckInfo::QUOTE, static_cast<std::size_t>(end - from)));
+}
+
+std::string_view Slice(const char* begin, const char* end)
+{
+    return std::string_view(begin, static_cast<std::size_t>(end - begin));
+}
+
+} // namespace
+
+void Tokenizer::SetText(const std::string* text)
+{
+    m_text = text;
+    if (!text) {
+        m_cursor = m_textEnd = m_limit = nullptr;
+        return;
+    }
+    m_cursor = text->data();
+    m_textEnd = m_cursor + text->size();
+    m_limit = m_textEnd;
+    if (text->size() > static_cast<std::size_t>(MaxLineLength)) {
+        m_limit = m_cursor + MaxLineLength;
+        Service::MessageCapper::instance().logW("Line exceeds the maximum VELDANE keyword line length of 132 characters.  "
+                                                "Anything beyond 132 characters will be ignored.");
+    }
+    m_atStart = true;
+    m_ended = false;
+}
+
+bool Tokenizer::Next(std::string& token, bool* quoted, bool allowCommas)
+{
+    std::string_view view;
+    const bool found = NextView(view, quoted, allowCommas);
+    token.assign(view);
+    return found;
+}
+
+bool Tokenizer::NextView(std::string_view& token, bool* quoted, bool allowCommas)
+{
+    token = {};
+    bool found = false;
+    bool isQuoted = false;
+    while (!found && !m_ended) {
+        while (m_cursor < m_limit && Service::IsSpace(*m_cursor))
+            ++m_cursor;
+        if (m_cursor >= m_limit) break;
+        const char c = *m_cursor;
+        if (c == VeldaneDeckInfo::QUOTE) {
+            isQuoted = found = Quoted(token);
+        } else if (c == ',' && !allowCommas) {
+            found = Comma(token);
+        } else if (c == VeldaneDeckInfo::TERMINATION || (c == VeldaneDeckInfo::REPEAT_CHAR && m_repeatAsToken)) {
+            token = Slice(m_cursor, m_cursor + 1);
+            ++m_cursor;
+            found = true;
+        } else {
+            token = Word(allowCommas);
+            found = true;
+        }
+        m_atStart = false;
+    }
+    if (found && !isQuoted && VeldaneDeckInfo::BeginsWithCommentMarker(token)) {
+        m_ended = true;
+        found = false;
+    }
+    if (quoted) *quoted = isQuoted;
+    return found;
+}
+
+/// A quoted string may end behind the limit. Without an end the rest is read as if the quote weren't there.
+bool Tokenizer::Quoted(std::string_view& token)
+{
+    ++m_cursor;
+    const char* closing = FindQuote(m_cursor, m_textEnd);
+    if (!closing) {
+        ReportUnbalancedQuote();
+        return false;
+    }
+    token = Service::Trimmed(Slice(m_cursor, closing));
+    m_cursor = closing + 1;
+    return true;
+}
+
+/// A comma separates; with nothing ahead of it, or between it and the comma before, it stands for a defaulted item.
+bool Tokenizer::Comma(std::string_view& token)
+{
+    if (m_atStart) {
+        token = VeldaneDeckInfo::DEFAULT_TOKEN;
+        return true;
+    }
+    const char* next = m_cursor + 1;
+    while (next < m_limit && Service::IsSpace(*next))
+        ++next;
+    if (next >= m_limit) {
+        m_cursor = m_limit;
+        return false;
+    }
+    if (*next != ',') {
+        ++m_cursor;
+        return false;
+    }
+    token = VeldaneDeckInfo::DEFAULT_TOKEN;
+    m_cursor = next;
+    return true;
+}
+
+/// A word is a slice of the line, but for a quote without a partner, which is left out.
+std::string_view Tokenizer::Word(bool allowCommas)
+{
+    const char* begin = m_cursor;
+    const char* cursor = begin + 1;
+    const char* quotedEnd = nullptr;
+    bool gathered = false;
+    for (; cursor < m_limit; ++cursor) {
+        const char c = *cursor;
+        if (Service::IsSpace(c) || c == VeldaneDeckInfo::TERMINATION) break;
+        if (c == ',' && !allowCommas) break;
+        if (c == VeldaneDeckInfo::REPEAT_CHAR && m_repeatAsToken) break;
+        if (c == VeldaneDeckInfo::DASH) {
+            const bool followsDash = cursor != quotedEnd && cursor[-1] == VeldaneDeckInfo::DASH;
+            if (cursor + 1 < m_limit && cursor[1] == VeldaneDeckInfo::DASH && !followsDash) break;
+        } else if (c == VeldaneDeckInfo::QUOTE) {
+            if (const char* closing = FindQuote(cursor + 1, m_limit)) {
+                cursor = closing;
+                quotedEnd = closing + 1;
+            } else {
+                ReportUnbalancedQuote();
+                if (!gathered) m_scratch.clear();
+                gathered = true;
+                m_scratch.append(begin, cursor);
+                begin = cursor + 1;
+            }
+        }
+    }
+    m_cursor = cursor;
+    if (!gathered) return Slice(begin, cursor);
+    m_scratch.append(begin, cursor);
+    return m_scratch;
+}
+
+void Tokenizer::ReportUnbalancedQuote() const
+{
+    Service::Log::SendLogMessage("Unbalanced quote while reading keyword data: " + *m_text, Service::Log::Error);
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
