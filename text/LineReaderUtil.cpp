@@ -146,6 +146,15 @@ bool LineReaderUtil::FindNextKeywordSyntax(ILineReader& reader, const ISectionCo
 bool LineReaderUtil::FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, bool allowIndented,
                                            KeywordFileReader* file, ScannedKeyword& found)
 {
+    while (FindNextCandidate(reader, allowIndented, file, found)) {
+        if (ResolveCandidate(reader, query, file, found)) return true;
+    }
+    return false;
+}
+
+bool LineReaderUtil::FindNextCandidate(ILineReader& reader, bool allowIndented, KeywordFileReader* file,
+                                       ScannedKeyword& found)
+{
     found.syntax = nullptr;
     LineSource source(reader);
     std::optional<Service::Log::Place> place;
@@ -166,40 +175,52 @@ bool LineReaderUtil::FindNextKeywordSyntax(ILineReader& reader, const ISectionCo
         Service::StringToUpper(found.name);
         found.line = source.LineNumber();
 
-        // What the line says is gathered before anybody is asked for the section.
         const std::string_view word = found.name;
-        bool asked = false;
-        bool terminated = false;
-        const auto find = [&](std::string_view name) -> const IKeywordSyntax* {
-            const Keywords::SyntaxList syntaxes = table.FindSyntaxes(name);
-            if (syntaxes.empty()) return nullptr;
-            if (!asked) {
-                asked = true;
-                terminated = IsTerminated(text);
-                found.lineHasTag = ContainsKeywordTag(line);
-            }
-            return ChooseSyntax(syntaxes, name, query);
-        };
-        bool byHead = false;
+        found.headSyntaxes = {};
         if (word.size() > SignificantCharacters) {
-            found.syntax = find(word.substr(0, SignificantCharacters));
-            byHead = found.syntax != nullptr;
+            found.headSyntaxes = table.FindSyntaxes(word.substr(0, SignificantCharacters));
         }
-        if (!found.syntax) found.syntax = find(word);
-        if (found.syntax) {
-            if (byHead && !found.syntax->KeepsLongName()) found.name.resize(SignificantCharacters);
-            LookForTagLine(source.Lines(), found);
+        found.wordSyntaxes = table.FindSyntaxes(word);
+        if (!found.headSyntaxes.empty() || !found.wordSyntaxes.empty()) {
+            // What the line says is gathered while it is at hand.
+            found.terminated = IsTerminated(text);
+            found.lineHasTag = ContainsKeywordTag(line);
             return true;
         }
-
-        if (asked ? terminated : IsTerminated(text)) continue;
-        if (IsNumerical(word) || IsOrdaleVariable(word)) continue;
-        WarnOfUnknownWord(found, file);
+        if (!IsTerminated(text)) TellOfUnknownWord(found, file);
     }
     found.name.clear();
     found.indented = found.suppressed = found.lineHasTag = found.tagged = found.tagKnown = false;
     found.line = -1;
     return false;
+}
+
+bool LineReaderUtil::ResolveCandidate(ILineReader& reader, const ISectionContextQuery& query, KeywordFileReader* file,
+                                      ScannedKeyword& found)
+{
+    LineSource source(reader);
+    std::optional<Service::Log::Place> place;
+    if (file) place.emplace(file->GetPath(), PlaceOf, &source);
+
+    const std::string_view word = found.name;
+    bool byHead = false;
+    if (!found.headSyntaxes.empty()) {
+        found.syntax = ChooseSyntax(found.headSyntaxes, word.substr(0, SignificantCharacters), query);
+        byHead = found.syntax != nullptr;
+    }
+    if (!found.syntax && !found.wordSyntaxes.empty()) found.syntax = ChooseSyntax(found.wordSyntaxes, word, query);
+    if (!found.syntax) {
+        if (!found.terminated) TellOfUnknownWord(found, file);
+        return false;
+    }
+    if (byHead && !found.syntax->KeepsLongName()) found.name.resize(SignificantCharacters);
+    LookForTagLine(source.Lines(), found);
+    return true;
+}
+
+void LineReaderUtil::TellOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
+{
+    if (!IsNumerical(word.name) && !IsOrdaleVariable(word.name)) WarnOfUnknownWord(word, file);
 }
 
 bool LineReaderUtil::FindNextKeyword(ILineReader& reader, const IKeywordSyntax* previous, std::string& keyword)

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordSyntax;
 }
@@ -29,6 +31,11 @@ struct ScannedKeyword
     /// The keyword bears a generated tag, on its line or on the first line behind it that isn't blank: what
     /// `LineReaderUtil::AdvanceToNonTagLine` finds for an extent of one byte or more.
     bool tagged = false;
+    /// The line holds a terminator.
+    bool terminated = false;
+    /// What the table knows of the word's first eight characters, where it is longer, and of the whole word.
+    Keywords::SyntaxList headSyntaxes;
+    Keywords::SyntaxList wordSyntaxes;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -41,6 +41,12 @@ public:
     static bool FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, bool allowIndented,
                                       KeywordFileReader* file, ScannedKeyword& found);
 
+    /// The two halves of it, for a caller that has to find out the section between them: the next word that the table knows
+    /// in some section, and whether it is a keyword in the section in force. Between the two the reader must not move.
+    static bool FindNextCandidate(ILineReader& reader, bool allowIndented, KeywordFileReader* file, ScannedKeyword& found);
+    static bool ResolveCandidate(ILineReader& reader, const ISectionContextQuery& query, KeywordFileReader* file,
+                                 ScannedKeyword& found);
+
     /// Finds the next keyword that can stand behind `previous`: a section keyword, or one that shares a section and a
     /// simulator with it.
     static bool FindNextKeyword(ILineReader& reader, const Keywords::IKeywordSyntax* previous, std::string& keyword);
@@ -94,6 +100,7 @@ public:
     static void SuppressLines(std::string& text);
 
 private:
+    static void TellOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file);
     static void ConsumeDataLinesACTIONX(ILineReader& reader);
     static bool IsAKeyword(std::string_view line);
     static bool IsACommentedOutKeyword(std::string_view line);
