@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class KeywordFile;
+
+/// Keeps the files of a deck a tree, or at least without rings, so that every walk over them ends.
+class FileRing
+{
+public:
+    /// The files along the ring that an INCLUDE of `target` in `including` would close, beginning and ending with
+    /// `including`; empty when it closes none. A shortest ring, of those the one whose links were made first.
+    static std::vector<KeywordFile*> Closing(KeywordFile& including, KeywordFile& target);
+
+    /// Counts the links that went away: a path that was refused may be free again when the count has moved on.
+    static unsigned long long DroppedLinks() { return s_dropped; }
+    static void LinkDropped() { ++s_dropped; }
+
+private:
+    inline static unsigned long long s_dropped = 1;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager

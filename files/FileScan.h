@@ -1,0 +1,102 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "cache/CacheEntry.h"
+#include "files/SkipRegion.h"
+#include "keywords/Keyword.h"
+#include "text/ScannedKeyword.h"
+#include <deckmanager/ISectionContextQuery.h>
+#include <tarn/keywords/SectionType.h>
+#include <tarn/service/FileStatus.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class ILineReader;
+class KeywordFile;
+class OpenReaderGuard;
+
+/// Tells the scanner of a file which section is in force behind the keywords found so far.
+class SectionContextQuery : public ISectionContextQuery
+{
+public:
+    explicit SectionContextQuery(const KeywordFile& file) : m_file(file) {}
+
+    Keywords::SectionType GetSection() const override;
+
+    void SetSection(Keywords::SectionType section) { m_section = section; }
+    /// The section of a file that the scan has met since the section was last asked counts from here on.
+    void IncludeFound(const KeywordFile* file) { m_included = file; }
+    /// The included file that the answer waits for; null when nothing is open.
+    const KeywordFile* Included() const { return m_included; }
+
+private:
+    const KeywordFile& m_file;
+    mutable Keywords::SectionType m_section = Keywords::SectionType::None;
+    mutable const KeywordFile* m_included = nullptr;
+    mutable bool m_startAsked = false;
+};
+
+/// The load of one file: finds its keywords, in the text or in a cache entry, and puts them into the list.
+///
+/// An object so that it can stop where it needs the section that an included file ends in, and go on once that file has
+/// been loaded.
+class FileScan
+{
+public:
+    /// The file has an empty list.
+    explicit FileScan(KeywordFile& file);
+    ~FileScan();
+
+    KeywordFile& File() const { return m_file; }
+
+    /// Goes on to the end of the file, or to where another file must be loaded first, which it returns; null: done.
+    /// Throws what the reader and the syntax rules throw.
+    KeywordFile* Run();
+
+private:
+    /// A keyword whose end isn't known yet.
+    struct Pending
+    {
+        const Keywords::IKeywordSyntax* syntax = nullptr; ///< null: there is none
+        long long position = -1;
+        std::string name;
+        KeywordMarks marks;
+        Keyword* listed = nullptr; ///< an INCLUDE stands in the list before its end is known
+    };
+
+    bool Open();
+    bool NextCandidate();
+    bool ResolveCandidate();
+    void ListInclude();
+    void TakeFound();
+    void TakeCached();
+    void NoteActions(const std::string& name);
+    void SettlePending(long long end);
+    void AddPending(long long size);
+    void AddSkipKeywords(const std::vector<SkippedKeyword>& skipped);
+    bool IsDuplicateSection(const std::string& name);
+    KeywordFile* FileToLoad() const;
+    void Finish();
+    const std::string& Path() const;
+
+    KeywordFile& m_file;
+    bool m_started = false;
+    bool m_hasCandidate = false;
+    std::unique_ptr<ILineReader> m_reader;
+    std::unique_ptr<OpenReaderGuard> m_guard;
+    std::optional<CacheEntry> m_cached; ///< the entry that stands for the text
+    std::size_t m_nextCached = 0;
+    Service::FileStatus m_status; ///< of the file before it was read
+    bool m_byteOrderMark = false;
+    bool m_warnIndented = false;
+    SectionContextQuery m_query;
+    SkipState m_skip;
+    short m_actionDepth = 0;
+    ScannedKeyword m_found;
+    Pending m_pending;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,445 @@
+#include "files/KeywordFile.h"
+
+#include <algorithm>
+
+#include "cache/CacheEntry.h"
+#include "files/FileRing.h"
+#include "files/FileScan.h"
+#include "files/KeywordFactory.h"
+#include "files/KeywordINCLUDE.h"
+#include "text/KeywordFileReader.h"
+#include "text/SectionNames.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/Environment.h>
+#include <deckmanager/IKeywordFileManager.h>
+#include <deckmanager/ILineReader.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/Directory.h>
+#include <tarn/service/FileStatus.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::KeywordKind;
+using Keywords::SectionType;
+
+KeywordFile::KeywordFile(const Service::FileName& name, IKeywordFileManager& manager, bool useVariables)
+    : m_manager(manager), m_fileName(name), m_fileReader(std::make_shared<KeywordFileReader>(name.GetFullName())),
+      m_useVariables(useVariables)
+{
+}
+
+KeywordFile::~KeywordFile()
+{
+    try {
+        CancelChanges();
+    } catch (...) {
+        // A destructor has nobody to tell.
+    }
+}
+
+// --- the list ---------------------------------------------------------------------------------------------------------
+
+KeywordFileIterator KeywordFile::At(KeywordFileContents::List::iterator node) const
+{
+    return KeywordFileIterator(const_cast<KeywordFile*>(this), node);
+}
+
+KeywordFileIterator KeywordFile::Begin() const { return At(Contents().Keywords().begin()); }
+
+KeywordFileIterator KeywordFile::End() const { return At(Contents().Keywords().end()); }
+
+KeywordFileIterator KeywordFile::LogicalEnd() const
+{
+    if (!m_logicalEnd) {
+        KeywordFileContents::List& keywords = Contents().Keywords();
+        const bool endEnds = Environment::Instance().DeckTerminatedByENDKeyword();
+        const auto ends = [endEnds](const std::shared_ptr<IKeyword>& keyword) {
+            const int kind = keyword->GetSyntax()->GetKind();
+            if (kind != KeywordKind::End && kind != KeywordKind::EndInc) return false;
+            return endEnds || keyword->GetName() != "END";
+        };
+        m_logicalEnd =
+            std::make_unique<KeywordFileIterator>(At(std::find_if(keywords.begin(), keywords.end(), ends)));
+    }
+    return *m_logicalEnd;
+}
+
+KeywordFileIterator KeywordFile::Find(const IKeyword* keyword) const { return At(Contents().Find(keyword)); }
+
+std::size_t KeywordFile::OrdinalOf(const KeywordFileIterator& position) const
+{
+    return Contents().OrdinalOf(position.GetKeywordListIter());
+}
+
+const std::vector<KeywordFileIterator>& KeywordFile::GetINCLUDEKeywords() const
+{
+    if (!m_includeIndex) {
+        auto index = std::make_unique<std::vector<KeywordFileIterator>>();
+        KeywordFileContents::List& keywords = Contents().Keywords();
+        for (auto node = keywords.begin(); node != keywords.end(); ++node) {
+            if ((*node)->GetSyntax()->GetKind() == KeywordKind::Include) index->push_back(At(node));
+        }
+        m_includeIndex = std::move(index);
+    }
+    return *m_includeIndex;
+}
+
+bool KeywordFile::HasUserKeywords() const
+{
+    const KeywordFileContents::List& keywords = Contents().Keywords();
+    const OpenReaderGuard guard(*this);
+    return std::any_of(keywords.begin(), keywords.end(), [](const std::shared_ptr<IKeyword>& keyword) {
+        return keyword->GetSyntax()->GetKind() != KeywordKind::Section && !keyword->IsGenerated();
+    });
+}
+
+void KeywordFile::LoadAllTags() const
+{
+    const KeywordFileContents::List& keywords = Contents().Keywords();
+    const OpenReaderGuard guard(*this);
+    for (const std::shared_ptr<IKeyword>& keyword : keywords) {
+        keyword->IsGenerated();
+    }
+}
+
+bool KeywordFile::IsModified() const
+{
+    if (m_tagState.IsChanged()) return true;
+    if (!m_contents) return false;
+    const KeywordFileContents::List& keywords = m_contents->Keywords();
+    if (m_snapshotTaken && keywords != m_snapshot) return true;
+    return std::any_of(keywords.begin(), keywords.end(), [](const std::shared_ptr<IKeyword>& keyword) {
+        return KeywordFileContents::AsKeyword(keyword).IsDirty();
+    });
+}
+
+KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
+{
+    const KeywordINCLUDE* include = KeywordINCLUDE::From(keyword);
+    return include != nullptr ? include->IncludedFile() : nullptr;
+}
+
+// --- loading ----------------------------------------------------------------------------------------------------------
+
+KeywordFileContents& KeywordFile::Contents() const
+{
+    if (!m_contents) Load();
+    return *m_contents;
+}
+
+/// Reading one file may need the section that a file ends in which it includes, and that file's text a further one.
+/// The scans under way stand on a stack of their own, so that a long chain of files needs no deep recursion.
+void KeywordFile::Load() const
+{
+    std::vector<std::unique_ptr<FileScan>> scans;
+    const auto begin = [&scans](KeywordFile& file) {
+        file.m_contents = std::make_unique<KeywordFileContents>(&file);
+        file.m_loadFailed = false;
+        if (!file.m_fileName.IsFile()) return;
+        file.m_includeIndex.reset();
+        file.m_logicalEnd.reset();
+        scans.push_back(std::make_unique<FileScan>(file));
+    };
+    try {
+        begin(const_cast<KeywordFile&>(*this));
+        while (!scans.empty()) {
+            if (KeywordFile* needed = scans.back()->Run()) {
+                begin(*needed);
+            } else {
+                scans.pop_back();
+            }
+        }
+    } catch (...) {
+        for (const std::unique_ptr<FileScan>& scan : scans) {
+            scan->File().AbandonLoad();
+        }
+        throw;
+    }
+}
+
+void KeywordFile::AbandonLoad()
+{
+    m_contents.reset();
+    m_includeIndex.reset();
+    m_logicalEnd.reset();
+    m_loadFailed = true;
+}
+
+void KeywordFile::FinishLoad(ILineReader* reader)
+{
+    const bool tagWasChanged = m_tagState.IsChanged();
+    const bool tag = m_tagState.GetValue();
+    if (reader != nullptr) {
+        m_tagState.Read(*reader);
+        m_headerBegin = reader->Tell();
+    }
+    if (tagWasChanged && tag) m_tagState.Set(true);
+
+    const KeywordFileContents::List& keywords = m_contents->Keywords();
+    m_headerEnd = keywords.empty() ? -1 : KeywordFileContents::AsKeyword(keywords.front()).Position() - 1;
+    m_tailBegin = -1;
+    if (!keywords.empty()) {
+        const Keyword& last = KeywordFileContents::AsKeyword(keywords.back());
+        m_tailBegin = last.Position() + last.Size();
+    }
+}
+
+Keyword& KeywordFile::AddScannedKeyword(const Keywords::IKeywordSyntax& syntax, long long position, long long size,
+                                        std::string_view name, const KeywordMarks* marks)
+{
+    std::unique_ptr<Keyword> keyword =
+        KeywordFactory::Create(syntax, m_useVariables, name, false, this, m_fileReader, position, size, marks);
+    Keyword& added = *keyword;
+    m_contents->Append(std::move(keyword));
+
+    // Aliases serve the whole deck, wherever the keyword that brings them stands.
+    m_context.NoteKeyword(&added);
+    Context& root = DataFile().m_context;
+    if (&root != &m_context) root.NoteKeyword(&added);
+    return added;
+}
+
+void KeywordFile::SaveToCache(const Service::FileStatus& status) const
+{
+    if (!m_manager.HasProjectDir()) return;
+    CacheEntry entry;
+    entry.stamp = status.TimeLastModified();
+    entry.length = status.size;
+    entry.values.reserve(m_contents->Keywords().size());
+    for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
+        CacheEntry::CacheValue& value = entry.values.emplace_back();
+        value.name = keyword->GetName();
+        value.pos = KeywordFileContents::AsKeyword(keyword).Position();
+        value.size = KeywordFileContents::AsKeyword(keyword).Size();
+    }
+    m_manager.SetCacheEntry(*this, entry);
+}
+
+void KeywordFile::ResetContents()
+{
+    // The sections that this file brought into its deck are free again.
+    for (const KeywordFile*& bringer : DataFile().m_sectionsSeen) {
+        if (bringer == this) bringer = nullptr;
+    }
+    m_includeIndex.reset();
+    m_logicalEnd.reset();
+    m_snapshot.clear();
+    m_snapshotTaken = false;
+    m_contents.reset();
+    m_tagState.Clear();
+    m_headerBegin = m_headerEnd = m_tailBegin = -1;
+    m_loadFailed = false;
+    m_fileReader = std::make_shared<KeywordFileReader>(m_fileName.GetFullName());
+    LinkCounter::Changed();
+}
+
+void KeywordFile::Reload()
+{
+    ResetContents();
+    KeywordFileOverwriteEventArgs args(*this);
+    RaiseOnce(args);
+}
+
+void KeywordFile::CancelChanges()
+{
+    const bool undo = IsModified();
+    if (undo) {
+        m_tagState.Restore();
+        if (m_contents) {
+            if (m_snapshotTaken && m_contents->Keywords() != m_snapshot) m_contents->Replace(m_snapshot);
+            for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
+                KeywordFileContents::AsKeyword(keyword).Rollback();
+                KeywordFileContents::AsKeyword(keyword).SetOwner(this);
+            }
+        }
+        m_includeIndex.reset();
+        m_logicalEnd.reset();
+        LinkCounter::Changed();
+    }
+    m_snapshot.clear();
+    m_snapshotTaken = false;
+    if (undo) {
+        KeywordFileCancelEventArgs args(*this);
+        RaiseOnce(args);
+    }
+}
+
+void KeywordFile::SetFileName(const Service::FileName& name)
+{
+    m_fileName = name;
+    m_fileReader->SetPath(name.GetFullName());
+}
+
+// --- the text ---------------------------------------------------------------------------------------------------------
+
+std::string KeywordFile::HeaderText() const
+{
+    Contents();
+    std::string text;
+    if (m_headerBegin < 0 || m_headerEnd < 0) return text;
+    if (const std::unique_ptr<ILineReader> reader = m_fileReader->OpenLineReader(false)) {
+        reader->ReadRange(m_headerBegin, m_headerEnd, text);
+    }
+    return text;
+}
+
+std::string KeywordFile::TailText() const
+{
+    Contents();
+    std::string text;
+    const long long size = FileSize();
+    if (m_tailBegin < 0 || m_tailBegin >= size) return text;
+    if (const std::unique_ptr<ILineReader> reader = m_fileReader->OpenLineReader(false)) {
+        reader->ReadRange(m_tailBegin, size - 1, text);
+    }
+    return text;
+}
+
+long long KeywordFile::FileSize() const
+{
+    const Service::FileStatus status = Service::FileStatus::Of(m_fileReader->GetPath());
+    return status.Exists() ? status.size : -1;
+}
+
+KeywordFile* KeywordFile::DiskFileOf(const KeywordFileReader& reader, bool useVariables) const
+{
+    if (&reader == m_fileReader.get()) return const_cast<KeywordFile*>(this);
+    return m_manager.GetKeywordFile(Service::FileName(reader.GetPath()), useVariables).get();
+}
+
+std::shared_ptr<ILineReader> KeywordFile::OpenedReader(const KeywordFileReader& reader) const
+{
+    return &reader == m_fileReader.get() ? m_openReader : nullptr;
+}
+
+OpenReaderGuard::OpenReaderGuard(const KeywordFile& file) : m_file(file)
+{
+    if (m_file.m_openReader) return;
+    m_file.m_openReader = m_file.m_fileReader->OpenLineReader(false);
+    m_opened = true;
+}
+
+OpenReaderGuard::~OpenReaderGuard()
+{
+    if (m_opened) m_file.m_openReader.reset();
+}
+
+// --- the place in the tree --------------------------------------------------------------------------------------------
+
+namespace {
+
+/// The section that a keyword leaves in force behind it; None when it says nothing about that.
+SectionType SectionBehind(const IKeyword& keyword)
+{
+    const int kind = keyword.GetSyntax()->GetKind();
+    SectionType section = SectionType::None;
+    if (kind == KeywordKind::Section) {
+        FindSection(keyword.GetName(), section);
+    } else if (kind == KeywordKind::Include) {
+        if (const KeywordFile* file = KeywordFile::IncludedFileOf(&keyword)) section = file->EndSection();
+    }
+    return section;
+}
+
+} // namespace
+
+SectionType KeywordFile::SectionAt(const KeywordFileIterator& position, bool askParent) const
+{
+    KeywordFileContents::List& keywords = Contents().Keywords();
+    auto node = position.AtBeforeBegin() ? keywords.begin() : position.GetKeywordListIter();
+    if (node != keywords.end() && (*node)->GetSyntax()->GetKind() == KeywordKind::Section) {
+        return SectionBehind(**node);
+    }
+    while (node != keywords.begin()) {
+        --node;
+        const SectionType section = SectionBehind(**node);
+        if (section != SectionType::None) return section;
+    }
+    return askParent ? GetStartSection() : SectionType::None;
+}
+
+SectionType KeywordFile::EndSection() const
+{
+    if (!m_endSection.IsValid()) {
+        const SectionType section = SectionAt(End(), false);
+        m_endSection.Set(section);
+    }
+    return m_endSection.Get();
+}
+
+SectionType KeywordFile::GetStartSection() const
+{
+    if (!m_startSection.IsValid()) {
+        KeywordFileSectionQueryEventArgs args;
+        sectionQuery.Raise(args);
+        m_startSection.Set(args.sections.empty() ? SectionType::None : args.sections.front());
+    }
+    return m_startSection.Get();
+}
+
+KeywordFile& KeywordFile::DataFile() const
+{
+    if (!m_dataFile.IsValid()) {
+        KeywordFileDataFileQueryEventArgs args;
+        dataFileQuery.Raise(args);
+        m_dataFile.Set(args.dataFile != nullptr ? args.dataFile : const_cast<KeywordFile*>(this));
+    }
+    return *m_dataFile.Get();
+}
+
+const Context& KeywordFile::RootContext() const { return DataFile().m_context; }
+
+void KeywordFile::LinkAdded(KeywordINCLUDE& keyword)
+{
+    // Nothing can have asked a file that is new to the tree and has not been loaded: what others know stays true.
+    const bool isNew = m_links.empty() && !m_contents;
+    m_links.push_back(&keyword);
+    if (isNew) {
+        m_startSection.Drop();
+        m_endSection.Drop();
+        m_dataFile.Drop();
+    } else {
+        LinkCounter::Changed();
+    }
+}
+
+void KeywordFile::LinkDropped(KeywordINCLUDE& keyword)
+{
+    const auto found = std::find(m_links.begin(), m_links.end(), &keyword);
+    if (found != m_links.end()) m_links.erase(found);
+    LinkCounter::Changed();
+    FileRing::LinkDropped();
+}
+
+std::vector<KeywordFile*> KeywordFile::IncludingFiles() const
+{
+    std::vector<KeywordFile*> files;
+    for (const KeywordINCLUDE* link : m_links) {
+        KeywordFile* file = link->Owner() != nullptr ? link->Owner()->AsKeywordFile() : nullptr;
+        if (file == nullptr || (!files.empty() && files.back() == file)) continue;
+        if (std::find(files.begin(), files.end(), file) == files.end()) files.push_back(file);
+    }
+    return files;
+}
+
+// --- events -----------------------------------------------------------------------------------------------------------
+
+void KeywordFile::RaiseOnce(KeywordFileEventArgs& args)
+{
+    // A file that is included twice from here passes each event up on both ways.
+    if (m_lastEvent == args.Serial()) return;
+    m_lastEvent = args.Serial();
+    fileChanged.Raise(args);
+}
+
+void KeywordFile::OnIncludedFileChanged(KeywordFileEventArgs& args) { RaiseOnce(args); }
+
+void KeywordFile::KeywordUpdated(Keyword& keyword)
+{
+    LinkCounter::Changed();
+    KeywordFileSelectKeywordUpdatedEventArgs args(*this, keyword);
+    RaiseOnce(args);
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

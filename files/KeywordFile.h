@@ -1,0 +1,177 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "files/FileTagState.h"
+#include "files/KeywordFileContents.h"
+#include "files/KeywordFileEventArgs.h"
+#include "files/LinkCounter.h"
+#include "keywords/IKeywordOwner.h"
+#include <deckmanager/Context.h>
+#include <tarn/service/Delegate.h>
+#include <tarn/service/FileName.h>
+
+namespace Tarn::Fjel::Core::Service {
+struct FileStatus;
+}
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class FileScan;
+class IKeywordFileManager;
+class KeywordINCLUDE;
+
+/// The model of one text file of a deck: the ordered list of its keywords and the byte range of each.
+///
+/// A file on disk is read as four stretches: the tag block, the header above the first keyword, the keywords, and the
+/// tail. A keyword's extent runs from its line to the next keyword line, so comment lines above a keyword lie in the
+/// extent of the keyword before it. All positions are byte offsets; -1 means that there is no such place.
+///
+/// The list is loaded at its first use. Nothing watches the disk afterwards.
+class KeywordFile : public IKeywordOwner
+{
+public:
+    /// Reads nothing. `manager` outlives the file.
+    KeywordFile(const Service::FileName& name, IKeywordFileManager& manager, bool useVariables);
+    ~KeywordFile() override;
+    KeywordFile(const KeywordFile&) = delete;
+    KeywordFile& operator=(const KeywordFile&) = delete;
+
+    Service::Delegate<KeywordFileEventArgs> fileChanged;
+    mutable Service::Delegate<KeywordFileSectionQueryEventArgs> sectionQuery;
+    mutable Service::Delegate<KeywordFileDataFileQueryEventArgs> dataFileQuery;
+
+    const Service::FileName& GetFileName() const override { return m_fileName; }
+    KeywordFileIterator Begin() const override;
+    KeywordFileIterator End() const override;
+    KeywordFileIterator LogicalEnd() const override;
+    KeywordFileIterator Find(const IKeyword* keyword) const override;
+    const std::vector<KeywordFileIterator>& GetINCLUDEKeywords() const override;
+    bool HasUserKeywords() const override;
+    bool IsModified() const override;
+    void Reload() override;
+    bool IsReadOnly() const override { return m_readOnly || m_loadFailed; }
+    void SetReadOnly() override { m_readOnly = true; }
+    KeywordFile* AsKeywordFile() override { return this; }
+    Keywords::SectionType GetStartSection() const override;
+
+    bool IsFileTagged() const override { return m_tagState.GetValue(); }
+    KeywordFile* DiskFileOf(const KeywordFileReader& reader, bool useVariables) const override;
+    std::shared_ptr<ILineReader> OpenedReader(const KeywordFileReader& reader) const override;
+    const Context& RootContext() const override;
+    void KeywordUpdated(Keyword& keyword) override;
+
+    /// The text between the tag block and the first keyword, with "\n" line ends; empty in a file without keywords.
+    std::string HeaderText() const;
+    /// The text behind the last keyword's extent.
+    std::string TailText() const;
+    /// Bytes on disk; -1 when that can't be told.
+    long long FileSize() const;
+    /// Makes every keyword know its tag, with the file opened once.
+    void LoadAllTags() const;
+
+    /// Drops the list and every edit; the next use reads the file anew. Raises nothing.
+    void ResetContents();
+    /// Drops uncommitted edits, and raises the cancel event when there were any.
+    void CancelChanges();
+    /// The file lies under another name now.
+    void SetFileName(const Service::FileName& name);
+
+    /// The section in force at a position: a section keyword's own, else that of the nearest one ahead of it, looked
+    /// for in included files too and, with `askParent`, in the including file; `None` when there is none.
+    Keywords::SectionType SectionAt(const KeywordFileIterator& position, bool askParent) const;
+    /// `SectionAt(End(), false)`.
+    Keywords::SectionType EndSection() const;
+
+    /// The top file of the deck.
+    KeywordFile& DataFile() const;
+    bool IsDataFile() const { return &DataFile() == this; }
+    Context& OwnContext() const { return m_context; }
+
+    IKeywordFileManager& Manager() const { return m_manager; }
+    bool UsesVariables() const { return m_useVariables; }
+    bool IsLoaded() const { return m_contents != nullptr; }
+    bool LoadFailed() const { return m_loadFailed; }
+    const std::shared_ptr<KeywordFileReader>& FileReader() const { return m_fileReader; }
+    long long HeaderBegin() const { return m_headerBegin; }
+    long long HeaderEnd() const { return m_headerEnd; }
+    long long TailBegin() const { return m_tailBegin; }
+    /// The list of INCLUDE positions exists already.
+    bool HasIncludeIndex() const { return m_includeIndex != nullptr; }
+    /// How many keywords stand ahead of a position of this file.
+    std::size_t OrdinalOf(const KeywordFileIterator& position) const;
+
+    /// The file that a keyword includes; null for a keyword of another class, and without such a file.
+    static KeywordFile* IncludedFileOf(const IKeyword* keyword);
+
+    /// Hears the changes of included files.
+    void OnIncludedFileChanged(KeywordFileEventArgs& args);
+
+    /// An INCLUDE keyword names this file from now on, or no longer.
+    void LinkAdded(KeywordINCLUDE& keyword);
+    void LinkDropped(KeywordINCLUDE& keyword);
+    /// The files with an INCLUDE keyword that names this file, each once, in the order of the links.
+    std::vector<KeywordFile*> IncludingFiles() const;
+
+private:
+    friend class FileScan;
+    friend class OpenReaderGuard;
+    friend struct IteratorAccess;
+
+    KeywordFileContents& Contents() const;
+    void Load() const;
+    void SaveToCache(const Service::FileStatus& status) const;
+    void FinishLoad(ILineReader* reader);
+    void AbandonLoad();
+    Keyword& AddScannedKeyword(const Keywords::IKeywordSyntax& syntax, long long position, long long size,
+                               std::string_view name, const KeywordMarks* marks);
+    /// The included file begins in that section: what the scan of this file knows, it need not ask.
+    void PrimeStartSection(Keywords::SectionType section) const { m_startSection.Set(section); }
+    KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
+    void RaiseOnce(KeywordFileEventArgs& args);
+
+    IKeywordFileManager& m_manager;
+    Service::FileName m_fileName;
+    std::shared_ptr<KeywordFileReader> m_fileReader;
+    mutable std::shared_ptr<ILineReader> m_openReader;
+    mutable std::unique_ptr<KeywordFileContents> m_contents;
+    long long m_headerBegin = -1;
+    long long m_headerEnd = -1;
+    long long m_tailBegin = -1;
+    bool m_snapshotTaken = false;
+    KeywordFileContents::List m_snapshot;
+    mutable std::unique_ptr<std::vector<KeywordFileIterator>> m_includeIndex;
+    mutable Context m_context;
+    mutable std::unique_ptr<KeywordFileIterator> m_logicalEnd;
+    FileTagState m_tagState;
+    bool m_useVariables;
+    bool m_readOnly = false;
+    bool m_loadFailed = false;
+
+    std::vector<KeywordINCLUDE*> m_links; ///< the INCLUDE keywords that name this file
+    mutable LinkCached<Keywords::SectionType> m_startSection;
+    mutable LinkCached<Keywords::SectionType> m_endSection;
+    mutable LinkCached<KeywordFile*> m_dataFile;
+    unsigned long long m_lastEvent = 0;
+    /// Of a top file: which file brought each section into the deck; null: not seen so far.
+    std::array<const KeywordFile*, 9> m_sectionsSeen{};
+};
+
+/// Keeps a file open for the length of a pass over its keywords.
+class OpenReaderGuard
+{
+public:
+    explicit OpenReaderGuard(const KeywordFile& file);
+    ~OpenReaderGuard();
+    OpenReaderGuard(const OpenReaderGuard&) = delete;
+    OpenReaderGuard& operator=(const OpenReaderGuard&) = delete;
+
+private:
+    const KeywordFile& m_file;
+    bool m_opened = false;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,182 @@
+#include "files/KeywordINCLUDE.h"
+
+#include <optional>
+
+#include <boost/filesystem/exception.hpp>
+
+#include "files/FileRing.h"
+#include "files/KeywordFile.h"
+#include "files/LinkCounter.h"
+#include "files/TagMgrForINCLUDE.h"
+#include "text/KeywordFileReader.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/IKeywordFileManager.h>
+#include <tarn/keywords/DataAccessUtils.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/FileName.h>
+#include <tarn/service/FileStatus.h>
+#include <tarn/service/Log.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Service::Log;
+
+KeywordINCLUDE::KeywordINCLUDE(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
+                               std::shared_ptr<KeywordFileReader> reader, long long position, long long size,
+                               std::string_view name, const KeywordMarks* marks)
+    : FileReferencingKeyword(syntax, variablesAllowed, owner, std::move(reader), position, size, name, marks)
+{
+    Wire();
+}
+
+KeywordINCLUDE::~KeywordINCLUDE() { Unwire(); }
+
+KeywordINCLUDE* KeywordINCLUDE::From(IKeyword* keyword)
+{
+    if (keyword == nullptr || keyword->GetSyntax()->GetKind() != Keywords::KeywordKind::Include) return nullptr;
+    return static_cast<KeywordINCLUDE*>(keyword);
+}
+
+const KeywordINCLUDE* KeywordINCLUDE::From(const IKeyword* keyword)
+{
+    return From(const_cast<IKeyword*>(keyword));
+}
+
+KeywordFile* KeywordINCLUDE::OwnerFile() const { return Owner() != nullptr ? Owner()->AsKeywordFile() : nullptr; }
+
+KeywordFile* KeywordINCLUDE::IncludedFile() const
+{
+    if (!m_includedFile) m_includedFile = Resolve();
+    return m_includedFile.get();
+}
+
+std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
+{
+    KeywordFile* owner = OwnerFile();
+    if (owner == nullptr || m_refusedAt == FileRing::DroppedLinks()) return nullptr;
+
+    Keywords::IKeywordData* data = const_cast<KeywordINCLUDE*>(this)->GetData(owner->RootContext());
+    const std::optional<std::string> text = Keywords::DataAccessUtils::GetINCLUDEFileName(data);
+    if (!text) return nullptr;
+
+    Service::FileName name;
+    try {
+        name = Service::FileName(*text);
+    } catch (const boost::filesystem::filesystem_error&) {
+        Log::SendLogMessage("The INCLUDE path \"" + *text + "\" is invalid.", Log::Error);
+        return nullptr;
+    }
+
+    // A relative path counts from the folder of the deck's top file, wherever the keyword itself stands.
+    const bool wasComplete = name.IsComplete();
+    if (!wasComplete) name.MakeComplete(owner->DataFile().GetFileName().GetDirectory());
+
+    const Service::FileStatus status = Service::FileStatus::Of(name.GetFullName());
+    if (status.Exists() && !status.IsRegularFile()) {
+        std::string message = "The INCLUDE path \"" + *text + "\"";
+        if (!wasComplete) message += ", which resolves to \"" + name.GetFullName() + "\",";
+        message += " is not a file.\nEnsure that INCLUDE paths contain valid file names and are properly single-quoted.";
+        Log::SendLogMessage(message, Log::Error);
+        return nullptr;
+    }
+
+    std::shared_ptr<KeywordFile> file = owner->Manager().GetKeywordFile(name, VariablesAllowed());
+    if (file && ClosesRing(*file, *text)) return nullptr;
+    return file;
+}
+
+bool KeywordINCLUDE::ClosesRing(KeywordFile& target, const std::string& text) const
+{
+    const std::vector<KeywordFile*> ring = FileRing::Closing(*OwnerFile(), target);
+    if (ring.empty()) {
+        m_refusedAt = 0;
+        m_ringTold = false;
+        return false;
+    }
+    m_refusedAt = FileRing::DroppedLinks();
+    if (!m_ringTold) {
+        m_ringTold = true;
+        std::string message = "The INCLUDE path \"" + text + "\" closes a ring of files: ";
+        for (std::size_t i = 0; i < ring.size(); ++i) {
+            if (i > 0) message += " -> ";
+            message += ring[i]->GetFileName().GetFileName();
+        }
+        Log::SendLogMessage(message + ".", Log::Error);
+    }
+    return true;
+}
+
+void KeywordINCLUDE::Wire()
+{
+    if (m_wired || IncludedFile() == nullptr) return;
+    m_wired = true;
+    m_includedFile->sectionQuery.Add(this, &KeywordINCLUDE::AnswerSection);
+    m_includedFile->dataFileQuery.Add(this, &KeywordINCLUDE::AnswerDataFile);
+    m_includedFile->fileChanged.Add(this, &KeywordINCLUDE::ForwardChange);
+    m_includedFile->LinkAdded(*this);
+}
+
+void KeywordINCLUDE::Unwire()
+{
+    if (!m_wired) return;
+    m_wired = false;
+    m_includedFile->sectionQuery.Remove(this, &KeywordINCLUDE::AnswerSection);
+    m_includedFile->dataFileQuery.Remove(this, &KeywordINCLUDE::AnswerDataFile);
+    m_includedFile->fileChanged.Remove(this, &KeywordINCLUDE::ForwardChange);
+    m_includedFile->LinkDropped(*this);
+}
+
+void KeywordINCLUDE::Forget()
+{
+    m_includedFile.reset();
+    m_refusedAt = 0;
+    m_ringTold = false;
+}
+
+void KeywordINCLUDE::OnDataChanging() { Unwire(); }
+
+void KeywordINCLUDE::OnDataChanged()
+{
+    Forget();
+    Wire();
+}
+
+void KeywordINCLUDE::OnDataReverted()
+{
+    Unwire();
+    Forget();
+    Wire();
+}
+
+void KeywordINCLUDE::OnOwnerChanged()
+{
+    Unwire();
+    Forget();
+    Wire();
+}
+
+ITagMgr& KeywordINCLUDE::GetTagMgr() const
+{
+    if (!m_tagMgr) m_tagMgr = std::make_unique<TagMgrForINCLUDE>(*this);
+    return *m_tagMgr;
+}
+
+void KeywordINCLUDE::AnswerSection(KeywordFileSectionQueryEventArgs& args)
+{
+    KeywordFile* owner = OwnerFile();
+    if (owner == nullptr) return;
+    const KeywordFileIterator position = owner->Find(this);
+    if (position == owner->End()) return;
+    const Keywords::SectionType section = owner->SectionAt(position, true);
+    if (section != Keywords::SectionType::None) args.sections.push_back(section);
+}
+
+void KeywordINCLUDE::AnswerDataFile(KeywordFileDataFileQueryEventArgs& args)
+{
+    if (KeywordFile* owner = OwnerFile()) args.dataFile = &owner->DataFile();
+}
+
+void KeywordINCLUDE::ForwardChange(KeywordFileEventArgs& args) { forwardedChange.Raise(args); }
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <string>
+
+#include "files/FileReferencingKeyword.h"
+#include "files/KeywordFileEventArgs.h"
+#include <tarn/service/Delegate.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class KeywordFile;
+
+/// INCLUDE: names a further keyword file and so builds the tree of files of a deck.
+///
+/// The link to the file exists from the construction on. Through it the included file asks which section and which top
+/// file apply, and every change of it travels up to the including file.
+class KeywordINCLUDE : public FileReferencingKeyword
+{
+public:
+    KeywordINCLUDE(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
+                   std::shared_ptr<KeywordFileReader> reader, long long position, long long size,
+                   std::string_view name, const KeywordMarks* marks);
+    ~KeywordINCLUDE() override;
+
+    /// The keyword as an INCLUDE; null for any other keyword and for null.
+    static KeywordINCLUDE* From(IKeyword* keyword);
+    static const KeywordINCLUDE* From(const IKeyword* keyword);
+
+    /// Raised with the same arguments whenever the included file raises `fileChanged`.
+    Service::Delegate<KeywordFileEventArgs> forwardedChange;
+
+    /// The file that the keyword names, which need not exist on disk. Null when the name is no usable path, when the
+    /// keyword stands in no file, and when the link would close a ring of files.
+    KeywordFile* IncludedFile() const;
+
+    void OnDataChanging() override;
+    void OnDataChanged() override;
+    void OnDataReverted() override;
+    ITagMgr& GetTagMgr() const override;
+    bool HasTagMgr() const override { return m_tagMgr != nullptr; }
+
+protected:
+    void OnOwnerChanged() override;
+
+private:
+    void Wire();
+    void Unwire();
+    void Forget();
+    std::shared_ptr<KeywordFile> Resolve() const;
+    bool ClosesRing(KeywordFile& target, const std::string& text) const;
+    KeywordFile* OwnerFile() const;
+
+    void AnswerSection(KeywordFileSectionQueryEventArgs& args);
+    void AnswerDataFile(KeywordFileDataFileQueryEventArgs& args);
+    void ForwardChange(KeywordFileEventArgs& args);
+
+    mutable std::shared_ptr<KeywordFile> m_includedFile;
+    mutable std::unique_ptr<ITagMgr> m_tagMgr;
+    bool m_wired = false;
+    /// The count of dropped links at which the path was last refused for closing a ring; 0: not refused.
+    mutable unsigned long long m_refusedAt = 0;
+    mutable bool m_ringTold = false;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager

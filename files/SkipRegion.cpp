@@ -1,0 +1,80 @@
+#include "files/SkipRegion.h"
+
+#include "text/LineStreamReader.h"
+#include <deckmanager/ILineReader.h>
+#include <deckmanager/ISectionContextQuery.h>
+#include <deckmanager/LineReaderUtil.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/keywords/KeywordSyntaxUtils.h>
+#include <tarn/service/Log.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::KeywordKind;
+using Keywords::KeywordSyntaxUtils;
+using Keywords::SimulatorType;
+
+std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::string& firstName,
+                                                long long firstPosition, const Keywords::IKeywordSyntax* firstSyntax,
+                                                ILineReader& reader, const ISectionContextQuery& query,
+                                                const std::string& path)
+{
+    std::vector<SkippedKeyword> skipped;
+    if (!state.enabled || firstSyntax == nullptr) return skipped;
+
+    std::string name = firstName;
+    long long position = firstPosition;
+    const Keywords::IKeywordSyntax* syntax = firstSyntax;
+    for (bool firstPass = true;;) {
+        if (syntax != nullptr && syntax->GetKind() == KeywordKind::EndSkip) {
+            skipped.push_back({name, position});
+            if (state.activeDepth != 0 && state.activeDepth == state.depth) state.activeDepth = 0;
+            if (--state.depth < 0) {
+                state.depth = 0;
+                state.activeDepth = 0;
+                const LineStreamReader* lines = reader.Lines();
+                Service::Log::LogWF("Encountered ENDSKIP without SKIP/SKIP100/SKIP300 near line %d in %s. Please ensure "
+                                    "that SKIP and ENDSKIP are both in the same file.",
+                                    lines != nullptr ? lines->LineNumber() : -1, path.c_str());
+            }
+            if (state.activeDepth == 0) return skipped;
+        } else {
+            const bool isOpener = syntax != nullptr && IsOpener(*syntax);
+            if (isOpener) {
+                skipped.push_back({name, position});
+                ++state.depth;
+            }
+            if (isOpener && IsActiveSkip(*syntax, state.simulator)) {
+                firstPass = false;
+                if (state.activeDepth == 0) state.activeDepth = state.depth;
+            } else if (firstPass) {
+                return skipped;
+            }
+        }
+
+        // On to the next word that could be a keyword; the text between is discarded.
+        do {
+            if (!LineReaderUtil::ReadNextValidLineAsKeyword(reader, name, &position, false, nullptr, nullptr)) {
+                return skipped;
+            }
+        } while (name.empty());
+        syntax = LineReaderUtil::FindSyntax(name, query);
+    }
+}
+
+bool SkipRegion::IsOpener(const Keywords::IKeywordSyntax& syntax)
+{
+    if (!syntax.IsScopeStart()) return false;
+    const std::vector<const Keywords::IKeywordSyntax*>& closers = syntax.GetScopeEndSyntaxes();
+    return !closers.empty() && closers.front() != nullptr && closers.front()->GetKind() == KeywordKind::EndSkip;
+}
+
+bool SkipRegion::IsActiveSkip(const Keywords::IKeywordSyntax& syntax, SimulatorType simulator)
+{
+    if (KeywordSyntaxUtils::IsSKIP100(&syntax)) return simulator == SimulatorType::S100;
+    if (KeywordSyntaxUtils::IsSKIP300(&syntax)) return simulator == SimulatorType::S300;
+    return true;
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

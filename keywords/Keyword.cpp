@@ -1,0 +1,277 @@
+#include "keywords/Keyword.h"
+
+#include "keywords/CommentManager.h"
+#include "keywords/IKeywordOwner.h"
+#include "keywords/ITagMgr.h"
+#include "keywords/KeywordDataDeserializer.h"
+#include "keywords/KeywordVariables.h"
+#include "text/KeywordFileReader.h"
+#include "text/LineStringReader.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/Environment.h>
+#include <deckmanager/LineReaderUtil.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordDataFactory.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/keywords/KeywordUtils.h>
+#include <tarn/keywords/VariablesString.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+/// Sets a flag for the length of a read, also when the read ends by an exception.
+class ReadingMark
+{
+public:
+    ReadingMark(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~ReadingMark() { m_flag = false; }
+    ReadingMark(const ReadingMark&) = delete;
+    ReadingMark& operator=(const ReadingMark&) = delete;
+
+private:
+    bool& m_flag;
+};
+
+std::unique_ptr<ILineReader> OpenForData(const KeywordFileReader& reader)
+{
+    return reader.OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
+}
+
+} // namespace
+
+IKeyword::~IKeyword() = default;
+
+/// What only a keyword has that was read or edited.
+struct Keyword::State
+{
+    std::unique_ptr<Keywords::IKeywordData> data;
+    std::shared_ptr<std::string> heldText;
+    std::unique_ptr<ICommentManager> commentManager;
+    std::string leadingComment;
+    std::unique_ptr<KeywordVariables> variables;
+    bool beingRead = false;
+};
+
+Keyword::Keyword(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
+                 std::shared_ptr<KeywordFileReader> reader, long long position, long long size, std::string_view name,
+                 const KeywordMarks* marks)
+    : m_syntax(&syntax), m_owner(owner), m_reader(std::move(reader)), m_position(position), m_size(size),
+      m_variablesAllowed(variablesAllowed)
+{
+    if (!Service::AllBlanks(name) && name != syntax.GetName()) m_givenName = std::make_unique<std::string>(name);
+    if (marks != nullptr) {
+        m_line = marks->line;
+        m_suppressed = marks->suppressed;
+        m_tagKnown = marks->tagKnown;
+        m_taggedOnDisk = marks->tagged;
+    } else if (m_reader) {
+        m_suppressed = LineReaderUtil::NextLineIsSuppressed(BorrowReader().get(), position);
+    }
+    m_committedSuppressed = m_suppressed;
+}
+
+Keyword::~Keyword() = default;
+
+const std::string& Keyword::GetName() const { return m_givenName ? *m_givenName : m_syntax->GetName(); }
+
+std::string Keyword::GetComment() const { return GetCommentManager().GetComment(); }
+
+bool Keyword::IsGenerated() const
+{
+    // Most keywords are asked once, by a listing: what the scan learnt answers without a tag manager.
+    if (!HasTagMgr() && m_tagKnown) {
+        if (m_taggedOnDisk || (m_owner != nullptr && m_owner->IsFileTagged())) return true;
+        if (m_syntax->GetKind() != Keywords::KeywordKind::Include) return false;
+    }
+    return GetTagMgr().IsTagged();
+}
+
+bool Keyword::IsInGeneratedFile() const { return GetTagMgr().IsFileTagged(); }
+
+IKeywordFile* Keyword::GetFile() const { return m_owner; }
+
+KeywordFile* Keyword::GetDiskFile() const
+{
+    if (!m_reader || m_owner == nullptr || m_position < 0 || m_size < 0) return nullptr;
+    return m_owner->DiskFileOf(*m_reader, m_variablesAllowed);
+}
+
+int Keyword::GetLine() const
+{
+    if (!m_reader) return -1;
+    return m_line > 0 ? m_line : m_reader->LineNumberAt(m_position);
+}
+
+long long Keyword::GetPosition() const { return m_reader && m_position >= 0 && m_size >= 0 ? m_position : 0; }
+
+long long Keyword::GetSize() const { return m_reader && m_position >= 0 && m_size >= 0 ? m_size : 0; }
+
+std::shared_ptr<std::string> Keyword::GetText() const
+{
+    auto text = std::make_shared<std::string>();
+    if (!HasValidExtent()) return text;
+    const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader);
+    if (!lines) return text;
+    lines->ReadRange(m_position, m_position + m_size - 1, *text);
+    if (!text->empty() && text->back() != '\n') text->push_back('\n');
+    return text;
+}
+
+Keyword::State& Keyword::GetState() const
+{
+    if (!m_state) m_state = std::make_unique<State>();
+    return *m_state;
+}
+
+ICommentManager& Keyword::GetCommentManager() const
+{
+    State& state = GetState();
+    if (!state.commentManager) {
+        const Keywords::IKeywordMD* metaData = m_syntax->GetMetaData();
+        const bool isRawText = Keywords::KeywordUtils::GetMDType(metaData) == Keywords::MDType::RawText;
+        if (isRawText || GetName() == "TITLE") {
+            state.commentManager = std::make_unique<CommentManagerDummy>();
+        } else {
+            state.commentManager = std::make_unique<CommentManager>(this);
+        }
+    }
+    return *state.commentManager;
+}
+
+Keywords::IKeywordData* Keyword::GetData(const Context& context)
+{
+    if (m_state && m_state->data) return m_state->data.get();
+    if (m_syntax->GetMetaData() == nullptr || GetState().beingRead) return nullptr;
+
+    State& state = *m_state;
+    const ReadingMark mark(state.beingRead);
+    std::unique_ptr<Keywords::IKeywordData> data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
+    std::unique_ptr<KeywordVariables> variables;
+    if (m_variablesAllowed) variables = std::make_unique<KeywordVariables>();
+
+    if (state.heldText) {
+        const std::shared_ptr<std::string> text = state.heldText;
+        LineStringReader lines(*text);
+        KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
+                                             false, variables.get());
+    } else if (HasValidExtent() && !m_dataChanged) {
+        if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
+            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
+                                                 variables.get());
+        }
+    }
+
+    if (variables && variables->HasVariables()) state.variables = std::move(variables);
+    state.data = std::move(data);
+    return state.data.get();
+}
+
+std::shared_ptr<std::string> Keyword::GetDataText()
+{
+    if (m_state && m_state->heldText) return m_state->heldText;
+    if (m_syntax->GetMetaData() == nullptr) return nullptr;
+    GetState().heldText = std::make_shared<std::string>(ReadDataText());
+    return m_state->heldText;
+}
+
+std::shared_ptr<ILineReader> Keyword::BorrowReader() const
+{
+    if (m_owner != nullptr) {
+        if (std::shared_ptr<ILineReader> opened = m_owner->OpenedReader(*m_reader)) return opened;
+    }
+    return m_reader->OpenLineReader(false);
+}
+
+std::string Keyword::ReadDataText() const
+{
+    std::string text;
+    if (!HasValidExtent()) return text;
+    const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader);
+    const long long last = m_position + m_size - 1;
+    if (!lines || !LineReaderUtil::AdvanceToNonTagLine(lines.get(), m_position, m_size, nullptr, true)) return text;
+    lines->ReadRange(lines->Tell(), last, text);
+    Service::StringTrimRight(text);
+    if (m_suppressed && Environment::Instance().KeywordSuppressionEnabled()) LineReaderUtil::ActivateLines(text);
+    return text;
+}
+
+bool Keyword::HasVariables()
+{
+    if (!m_variablesAllowed || m_syntax->GetMetaData() == nullptr) return false;
+
+    // Line by line, so that asking an array of hundreds of megabytes holds no text.
+    std::unique_ptr<ILineReader> lines;
+    long long end = 0;
+    if (m_state && m_state->heldText) {
+        lines = std::make_unique<LineStringReader>(*m_state->heldText);
+        end = static_cast<long long>(m_state->heldText->size());
+    } else if (HasValidExtent()) {
+        lines = OpenForData(*m_reader);
+        end = m_position + m_size;
+        if (!lines || !LineReaderUtil::AdvanceToDataLine(lines.get(), m_position, m_size)) return false;
+    }
+    std::string line;
+    long long position = 0;
+    while (lines && lines->ReadNextDataLine(line, &position, true) && position < end) {
+        if (Keywords::VariablesString::ContainsVariables(line)) return true;
+    }
+    return false;
+}
+
+KeywordVariables* Keyword::GetVariables(const Context& context)
+{
+    if (!HasVariables()) return nullptr;
+    GetData(context);
+    return GetState().variables.get();
+}
+
+bool Keyword::IsDirty() const
+{
+    return m_dataChanged || (HasTagMgr() && GetTagMgr().IsTagChanged()) ||
+           (m_state && m_state->commentManager && m_state->commentManager->IsCommentChanged()) || m_commentedOut ||
+           m_suppressionChanged || m_leadingCommentChanged;
+}
+
+void Keyword::Rollback()
+{
+    if (m_dataChanged) {
+        m_state->data.reset();
+        m_state->heldText.reset();
+        m_state->variables.reset();
+        m_dataChanged = false;
+        OnDataReverted();
+    }
+    if (HasTagMgr()) GetTagMgr().RevertTag();
+    if (m_state && m_state->commentManager) m_state->commentManager->RevertComment();
+    if (m_leadingCommentChanged) m_state->leadingComment.clear();
+    m_leadingCommentChanged = false;
+    m_suppressed = m_committedSuppressed;
+    m_suppressionChanged = false;
+    m_commentedOut = false;
+}
+
+void Keyword::NotifyUpdated()
+{
+    if (m_owner != nullptr && m_syntax->GetKind() == Keywords::KeywordKind::Include) m_owner->KeywordUpdated(*this);
+}
+
+void Keyword::SetOwner(IKeywordOwner* owner)
+{
+    if (owner == m_owner) return;
+    m_owner = owner;
+    OnOwnerChanged();
+}
+
+bool Keyword::ReadTag() const
+{
+    if (m_tagKnown) return m_taggedOnDisk;
+    if (!m_reader) return false;
+    bool sawTag = false;
+    LineReaderUtil::AdvanceToNonTagLine(BorrowReader().get(), m_position, m_size, &sawTag, true);
+    return sawTag;
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
