@@ -6,7 +6,7 @@ set -euo pipefail
 
 packages=(g++ cmake ninja-build pkg-config
     libboost-filesystem-dev libfmt-dev libpugixml-dev nlohmann-json3-dev libvalijson-dev
-    libcli11-dev libfast-float-dev
+    libcli11-dev libre2-dev libfast-float-dev
     librapidcheck-dev libgtest-dev libgmock-dev libbenchmark-dev)
 if [[ ${1:-} == fuzz ]]; then
     packages+=(clang-14 libclang-rt-14-dev)

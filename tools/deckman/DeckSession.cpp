@@ -1,0 +1,90 @@
+#include "DeckSession.h"
+
+#include <exception>
+
+#include <deckmanager/DeckManagerFactory.h>
+#include <deckmanager/Environment.h>
+#include <deckmanager/IKeywordFile.h>
+
+namespace Deckman {
+
+namespace {
+
+/// A deck has a name besides its file, and looks for a file of that name first; this is no file's name.
+constexpr const char* deckName = "deckman's deck";
+
+void SetUp(const Options& options)
+{
+    auto& environment = DeckManager::Environment::Instance();
+    environment.SetPATHSSupport(true);
+    environment.SetPreventEmptyFileCreation(true);
+    if (options.simulator) environment.EnableSKIPENDSKIP(true, *options.simulator);
+    if (options.keywordTag) environment.SetCustomKeywordGeneratedTag(*options.keywordTag);
+    if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);
+}
+
+Service::FileName ToFileName(const std::string& path)
+{
+    try {
+        return Service::FileName(path);
+    } catch (const std::exception&) {
+        throw Failure(FileFailure, "This is no name that a file can have.", path);
+    }
+}
+
+} // namespace
+
+DeckSession::DeckSession(const Options& options, Messages& messages) : m_messages(messages)
+{
+    SetUp(options);
+    Open(options.deck);
+}
+
+DeckSession::~DeckSession() = default;
+
+void DeckSession::Open(const std::string& path)
+{
+    m_topFile = ToFileName(path);
+    if (Service::Directory(path).IsDirectory())
+        throw Failure(FileFailure, "This is a directory, and not the top file of a deck.", path);
+    if (!m_topFile.IsSet() || !m_topFile.FileExists()) throw Failure(FileFailure, "The file does not exist.", path);
+    if (!m_topFile.IsFile()) throw Failure(FileFailure, "This is not a regular file.", path);
+    if (!m_topFile.FileAccessibleAndExists()) throw Failure(FileFailure, "No permission to read the file.", path);
+
+    m_manager = DeckManager::DeckManagerFactory::Create();
+    m_deck = m_manager->ImportDeck(deckName, path, false, true, false);
+    if (m_deck == nullptr) throw Failure(FileFailure, "The file cannot be opened.", path);
+    m_keywords = m_deck->GetDeckKeywords();
+    m_topFile = m_keywords->GetDataFile()->GetFileName();
+    m_topFolder = m_topFile.Name();
+    if (!m_topFolder.ends_with('/')) m_topFolder += '/';
+}
+
+int DeckSession::FileNumber(DeckManager::IKeywordFile* file)
+{
+    const auto [place, isNew] = m_fileNumbers.try_emplace(file, static_cast<int>(m_shownFiles.size()));
+    if (isNew) m_shownFiles.push_back(file != nullptr ? Shown(file->GetFileName()) : std::string());
+    return place->second;
+}
+
+std::string DeckSession::Shown(const Service::FileName& file) const
+{
+    const std::string& name = file.GetFullName();
+    return name.starts_with(m_topFolder) ? name.substr(m_topFolder.size()) : name;
+}
+
+std::string DeckSession::PlaceOf(const DeckManager::IKeywordFile& file) const
+{
+    return m_messages.Shown(file.GetFileName().GetFullName());
+}
+
+bool DeckSession::HasUnreadableFile() const
+{
+    for (const DeckManager::IKeywordFile* file : m_keywords->GetFiles()) {
+        const Service::FileName& name = file->GetFileName();
+        if (name.IsFile() && !name.FileAccessibleAndExists()) return true;
+    }
+    return false;
+}
+
+} // namespace Deckman

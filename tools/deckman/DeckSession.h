@@ -1,0 +1,86 @@
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <deckmanager/IDeck.h>
+#include <deckmanager/IDeckKeywords.h>
+#include <deckmanager/IDeckManager.h>
+#include <tarn/service/Exception.h>
+#include <tarn/service/FileName.h>
+
+#include "ExitStatus.h"
+#include "Messages.h"
+#include "Options.h"
+
+namespace Tarn::Fjel::Core::DeckManager {
+class IKeywordFile;
+}
+
+namespace Deckman {
+
+namespace DeckManager = Tarn::Fjel::Core::DeckManager;
+namespace Service = Tarn::Fjel::Core::Service;
+
+/// Ends a command with a message and an exit status.
+class Failure : public std::runtime_error
+{
+public:
+    Failure(ExitStatus status, const std::string& text, std::string place = {})
+        : std::runtime_error(text), m_status(status), m_place(std::move(place))
+    {
+    }
+    ExitStatus Status() const { return m_status; }
+    const std::string& Place() const { return m_place; }
+
+private:
+    ExitStatus m_status;
+    std::string m_place;
+};
+
+/// One deck, opened for one command.
+class DeckSession
+{
+public:
+    /// Sets the process up as the options say and opens the deck. Throws `Failure` when its top file can't be read.
+    DeckSession(const Options& options, Messages& messages);
+    ~DeckSession();
+
+    const DeckManager::IDeck& Deck() const { return *m_deck; }
+    const DeckManager::IDeckKeywords& Keywords() const { return *m_keywords; }
+    Messages& Log() const { return m_messages; }
+
+    /// The top file, complete.
+    const Service::FileName& TopFile() const { return m_topFile; }
+
+    /// A number for each file, in the order in which they were first asked for.
+    int FileNumber(DeckManager::IKeywordFile* file);
+    /// A file's name relative to the folder of the top file where it lies in it, else its full name. Good until the
+    /// next `FileNumber`.
+    const std::string& FileShown(int number) const { return m_shownFiles[static_cast<std::size_t>(number)]; }
+    std::string Shown(const Service::FileName& file) const;
+    /// The same in the way of messages: as a user would type it here.
+    std::string PlaceOf(const DeckManager::IKeywordFile& file) const;
+
+    /// Some file of the deck exists and can't be read.
+    bool HasUnreadableFile() const;
+
+private:
+    void Open(const std::string& path);
+
+    Messages& m_messages;
+    std::unique_ptr<DeckManager::IDeckManager> m_manager;
+    DeckManager::IDeck* m_deck = nullptr;
+    DeckManager::IDeckKeywords* m_keywords = nullptr;
+    Service::FileName m_topFile;
+    std::string m_topFolder; // ends in a separator
+    std::unordered_map<DeckManager::IKeywordFile*, int> m_fileNumbers;
+    std::vector<std::string> m_shownFiles;
+};
+
+} // namespace Deckman

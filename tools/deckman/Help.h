@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string_view>
+
+namespace Deckman {
+
+/// What `deckman --help` prints: all verbs, the forms of a place and the common options on one screen.
+inline constexpr std::string_view helpText =
+    R"(deckman lists, shows and searches the input deck of a reservoir simulation.
+
+  deckman ls DECK           the keywords in deck order
+  deckman tree DECK         the files and what includes what, grid files too
+  deckman sections DECK     the sections with their ends
+  deckman scopes DECK       what encloses what
+  deckman show DECK WHERE   a keyword's text as it stands
+  deckman find DECK REGEX   the keywords whose data match
+
+DECK is the deck's top file. WHERE is a place in the deck:
+  WELSPECS              the first keyword of that name
+  WELSPECS#3            the third of that name, in deck order
+  SCHEDULE/WELSPECS#3   the third of that name in that section
+  wells.inc:120         the keyword that holds line 120 of that file
+  @17                   the seventeenth keyword of ls
+Keywords and lines count from 1, items and records from 0.
+
+For every verb:
+  --json                for machines          --strict           exit 1 for warnings too
+  --simulator 100|300   leave out what that simulator skips
+  --keyword-tag WORD, --file-tag WORD         the word behind "-- Generated" in its tags
+Exit status: 0 done, 1 errors in the deck or not there, 2 wrong usage, 3 file trouble.
+deckman VERB --help tells a verb's own options and has an example. --version
+)";
+
+} // namespace Deckman

@@ -1,0 +1,19 @@
+#include "DeckSession.h"
+#include "DeckWalk.h"
+#include "KeywordRows.h"
+#include "Verbs.h"
+
+namespace Deckman {
+
+ExitStatus RunLs(DeckSession& session, const Options& options, Output& out)
+{
+    KeywordRows rows(session, out, options.json);
+    DeckWalk walk(session, options.all);
+    while (!out.Closed() && walk.Next()) {
+        if (Passes(options.filter, walk)) rows.Add(walk);
+    }
+    rows.Finish();
+    return Done;
+}
+
+} // namespace Deckman

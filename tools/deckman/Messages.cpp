@@ -1,0 +1,55 @@
+#include "Messages.h"
+
+#include <cstdio>
+#include <utility>
+
+#include <fmt/format.h>
+#include <tarn/service/Directory.h>
+#include <tarn/service/Strings.h>
+
+namespace Deckman {
+
+using Tarn::Fjel::Core::Service::Log;
+
+Messages::Messages() : m_currentDirectory(Tarn::Fjel::Core::Service::Directory::Current().Name())
+{
+    if (!m_currentDirectory.ends_with('/')) m_currentDirectory += '/';
+    m_previous = Log::SetHandler([this](std::string_view text, int severity) { Take(text, severity); });
+}
+
+Messages::~Messages()
+{
+    Log::SetHandler(std::move(m_previous));
+}
+
+void Messages::Take(std::string_view text, int severity)
+{
+    if (Log::IsProbing()) return;
+
+    std::string place;
+    if (const Log::Location location = Log::CurrentPlace(); location.IsKnown()) {
+        place = Shown(location.file);
+        if (location.line > 0) place += fmt::format(":{}", location.line);
+    }
+    if (severity >= Log::Error)
+        Error(place, text);
+    else if (severity == Log::Warning)
+        Warning(place, text);
+    else
+        Note(place, text);
+}
+
+std::string Messages::Shown(std::string_view file) const
+{
+    if (file.starts_with(m_currentDirectory)) file.remove_prefix(m_currentDirectory.size());
+    return std::string(file);
+}
+
+void Messages::Print(std::string_view place, std::string_view severity, std::string_view text)
+{
+    const std::string line = fmt::format("{}: {}: {}\n", place.empty() ? "deckman" : place, severity,
+                                         Tarn::Fjel::Core::Service::TrimmedRight(text));
+    std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+} // namespace Deckman

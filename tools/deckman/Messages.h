@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include <tarn/service/Log.h>
+
+namespace Deckman {
+
+/// The library's messages and the tool's own, on standard error, one to a line: `file:line: severity: text`.
+///
+/// While an object of this class lives it is the handler of the process's log. Messages of a read whose failure is an
+/// expected answer are neither shown nor counted.
+class Messages
+{
+public:
+    Messages();
+    ~Messages();
+    Messages(const Messages&) = delete;
+    Messages& operator=(const Messages&) = delete;
+
+    void Warning(std::string_view place, std::string_view text) { Print(place, "warning", text), ++m_warnings; }
+    void Error(std::string_view place, std::string_view text) { Print(place, "error", text), ++m_errors; }
+    /// Something of use that is no fault of the deck.
+    void Note(std::string_view place, std::string_view text) { Print(place, "note", text); }
+
+    int Warnings() const { return m_warnings; }
+    int Errors() const { return m_errors; }
+
+    /// The name of a file as a user in this directory would type it: relative when the file lies below it.
+    std::string Shown(std::string_view file) const;
+
+private:
+    void Take(std::string_view text, int severity);
+    static void Print(std::string_view place, std::string_view severity, std::string_view text);
+
+    std::string m_currentDirectory;
+    Tarn::Fjel::Core::Service::Log::Handler m_previous;
+    int m_warnings = 0;
+    int m_errors = 0;
+};
+
+} // namespace Deckman

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace Deckman {
+
+/// The candidates that are closest to `word` by edit distance (a swap of neighbours counts once), the best first, at
+/// most `limit`, and none that has little to do with it. Case doesn't count. Equal distances keep the candidates'
+/// order.
+std::vector<std::string> Nearest(std::string_view word, std::span<const std::string_view> candidates,
+                                 std::size_t limit = 3);
+
+/// " Nearest: A, B." for the end of a message; empty when nothing is near.
+std::string NearestHint(std::string_view word, std::span<const std::string_view> candidates);
+
+} // namespace Deckman

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+
+#include <tarn/keywords/SectionType.h>
+#include <tarn/keywords/SimulatorType.h>
+
+#include "ExitStatus.h"
+
+namespace Deckman {
+
+enum class Verb
+{
+    Ls,
+    Tree,
+    Sections,
+    Scopes,
+    Show,
+    Find,
+};
+
+/// Which keywords of a deck are listed.
+struct KeywordFilter
+{
+    std::optional<Tarn::Fjel::Core::Keywords::SectionType> section;
+    std::string nameGlob; ///< in capitals; empty for any
+    bool userOnly = false;
+    bool generatedOnly = false;
+};
+
+/// A command line, checked as far as that goes without a deck.
+struct Options
+{
+    Verb verb = Verb::Ls;
+    std::string deck;  ///< the top file, as the user gave it
+    std::string where; ///< show
+    std::string regex; ///< find
+
+    KeywordFilter filter;
+    bool all = false; ///< the keywords behind the end too
+
+    bool json = false;
+    bool strict = false;
+    std::optional<Tarn::Fjel::Core::Keywords::SimulatorType> simulator;
+    std::optional<std::string> keywordTag;
+    std::optional<std::string> fileTag;
+};
+
+/// The options, or, when there is nothing more to do (help was asked for, wrong usage was told), the exit status.
+std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv);
+
+} // namespace Deckman

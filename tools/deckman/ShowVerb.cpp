@@ -1,0 +1,37 @@
+#include <deckmanager/IKeyword.h>
+#include <deckmanager/KeywordText.h>
+#include <fmt/format.h>
+
+#include "DeckSession.h"
+#include "Json.h"
+#include "Verbs.h"
+#include "Where.h"
+
+namespace Deckman {
+
+ExitStatus RunShow(DeckSession& session, const Options& options, Output& out)
+{
+    const Where::Place place = Where::Parse(options.where).Find(session, options.all);
+    const DeckManager::IKeyword& keyword = *place.keyword;
+    const DeckManager::KeywordText text(keyword);
+
+    if (options.json) {
+        out.Append("{\"name\":");
+        AppendJsonString(out, keyword.GetName());
+        out.Append(",\"text\":");
+        AppendJsonString(out, text.Own());
+        out.Append(",\"comment\":");
+        AppendJsonString(out, keyword.GetComment());
+        out.Append("}\n");
+    } else {
+        out.Append(text.Own());
+        if (!text.Own().empty() && !text.Own().ends_with('\n')) out.Append('\n');
+    }
+    if (text.All().empty()) {
+        session.Log().Note(fmt::format("{}:{}", session.PlaceOf(*keyword.GetFile()), keyword.GetLine()),
+                           fmt::format("{} bounds a skipped region and has no text of its own.", keyword.GetName()));
+    }
+    return Done;
+}
+
+} // namespace Deckman

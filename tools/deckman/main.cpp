@@ -1,0 +1,84 @@
+#include <algorithm>
+#include <cstring>
+#include <exception>
+#include <new>
+
+#include <fmt/format.h>
+
+#include "DeckSession.h"
+#include "Messages.h"
+#include "Options.h"
+#include "Output.h"
+#include "Verbs.h"
+
+namespace {
+
+using namespace Deckman;
+
+ExitStatus Run(DeckSession& session, const Options& options, Output& out)
+{
+    switch (options.verb) {
+    case Verb::Ls:
+        return RunLs(session, options, out);
+    case Verb::Tree:
+        return RunTree(session, options, out);
+    case Verb::Sections:
+        return RunSections(session, options, out);
+    case Verb::Scopes:
+        return RunScopes(session, options, out);
+    case Verb::Show:
+        return RunShow(session, options, out);
+    case Verb::Find:
+        return RunFind(session, options, out);
+    }
+    return WrongUsage;
+}
+
+/// The verb on its deck, with whatever goes wrong turned into a message and a status.
+ExitStatus RunOnDeck(const Options& options, Messages& messages, Output& out)
+{
+    try {
+        DeckSession session(options, messages);
+        ExitStatus status = Done;
+        try {
+            status = Run(session, options, out);
+        } catch (const Failure& failure) {
+            messages.Error(failure.Place(), failure.what());
+            status = failure.Status();
+        } catch (const Service::Exception& exception) {
+            messages.Error(messages.Shown(session.TopFile().GetFullName()), exception.what());
+            status = NotThere;
+        }
+        // Only trouble makes it worth while to ask every file.
+        return messages.Errors() > 0 && session.HasUnreadableFile() ? FileFailure : status;
+    } catch (const Failure& failure) {
+        messages.Error(failure.Place(), failure.what());
+        return failure.Status();
+    } catch (const std::bad_alloc&) {
+        messages.Error(options.deck, "There is not enough memory for this.");
+        return FileFailure;
+    } catch (const std::exception& exception) {
+        messages.Error(options.deck, exception.what());
+        return FileFailure;
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const auto parsed = ParseOptions(argc, argv);
+    if (const auto* status = std::get_if<ExitStatus>(&parsed)) return *status;
+    const Options& options = std::get<Options>(parsed);
+
+    Output out;
+    Messages messages;
+    ExitStatus status = RunOnDeck(options, messages, out);
+    out.Flush();
+    if (out.Failure() != 0) {
+        messages.Error("standard output", std::strerror(out.Failure()));
+        status = FileFailure;
+    }
+    const bool trouble = messages.Errors() > 0 || (options.strict && messages.Warnings() > 0);
+    return trouble ? std::max(status, NotThere) : status;
+}
