@@ -6,7 +6,8 @@ install(TARGETS tarn_service tarn_keywords deckmanager EXPORT TarnDeckManagerTar
         RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(TARGETS deckman RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY include/deckmanager DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
-install(DIRECTORY components/tarn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY components/tarn DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h"
+        PATTERN "detail" EXCLUDE PATTERN "loader" EXCLUDE)
 install(EXPORT TarnDeckManagerTargets NAMESPACE Tarn:: DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnDeckManager)
 
 configure_package_config_file(cmake/TarnDeckManagerConfig.cmake.in

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include <tarn/service/Exception.h>
 
 namespace Tarn::Fjel::Core::Keywords {
@@ -11,7 +9,7 @@ namespace Tarn::Fjel::Core::Keywords {
 class KeywordException : public Service::Exception
 {
 public:
-    explicit KeywordException(const std::string& message);
+    using Service::Exception::Exception;
 };
 
 } // namespace Tarn::Fjel::Core::Keywords
