@@ -154,7 +154,7 @@ bool LineStreamReader::Fill()
         read = m_stream->rdbuf()->sgetn(m_window.get() + kept, static_cast<std::streamsize>(m_fillSize));
     } catch (...) {
         m_flags |= BadFlag;
-        m_exhausted = true;
+        m_positionTrue = false;
         return false;
     }
     read = std::max<std::streamsize>(read, 0);
@@ -436,7 +436,6 @@ std::int64_t LineStreamReader::ReadRaw(char* buffer, std::int64_t count)
         m_flags |= FailFlag;
         return 0;
     }
-    m_lineNumber = -1;
     const std::int64_t held = std::min<std::int64_t>(count, m_end - m_next);
     std::memcpy(buffer, m_next, static_cast<std::size_t>(held));
     m_next += held;
@@ -446,20 +445,22 @@ std::int64_t LineStreamReader::ReadRaw(char* buffer, std::int64_t count)
         m_windowPos = Tell();
         PointAt(m_lineBuffer, m_lineBuffer, m_lineBuffer);
         try {
-            const std::streamsize read = m_stream->rdbuf()->sgetn(buffer + done, count - done);
-            done += std::max<std::streamsize>(read, 0);
-            m_windowPos += std::max<std::streamsize>(read, 0);
+            const std::streamsize read = std::max<std::streamsize>(m_stream->rdbuf()->sgetn(buffer + done, count - done), 0);
+            done += read;
+            m_windowPos += read;
             m_exhausted = done < count;
         } catch (...) {
             m_flags |= BadFlag | FailFlag;
-            m_exhausted = true;
+            m_positionTrue = false;
             return done;
         }
     }
-    return done + Extract(count - done, [target = buffer + done](const char* bytes, std::size_t size) mutable {
-               std::memcpy(target, bytes, size);
-               target += size;
-           });
+    done += Extract(count - done, [target = buffer + done](const char* bytes, std::size_t size) mutable {
+        std::memcpy(target, bytes, size);
+        target += size;
+    });
+    if (done > 0) m_lineNumber = -1;
+    return done;
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager
