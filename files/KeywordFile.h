@@ -14,6 +14,10 @@
 #include <tarn/service/Delegate.h>
 #include <tarn/service/FileName.h>
 
+namespace Tarn::Fjel::Core::Keywords {
+class IKeywordSyntax;
+}
+
 namespace Tarn::Fjel::Core::Service {
 struct FileStatus;
 }
@@ -23,6 +27,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 class FileScan;
 class IKeywordFileManager;
 class KeywordINCLUDE;
+struct KeywordMarks;
 
 /// The model of one text file of a deck: the ordered list of its keywords and the byte range of each.
 ///

@@ -2,6 +2,7 @@
 
 #include "files/KeywordFile.h"
 #include "files/KeywordINCLUDEIterator.h"
+#include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
