@@ -10,6 +10,7 @@
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/IListEndDetector.h>
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
@@ -109,7 +110,7 @@ bool KeywordDataStore::NextTokenView(std::string_view& token, bool stayOnLine, b
         if (stayOnLine || !AdvanceLine())
             return false;
     }
-    m_takenEnd = m_lineEnd;
+    MarkLineTaken();
     return true;
 }
 
@@ -150,6 +151,19 @@ bool KeywordDataStore::ExpectToken(std::string_view expected, bool consume, bool
     if (!PeekTokenView(token, stayOnLine, nullptr) || token != expected)
         return false;
     if (consume && !m_atEnd)
+        NextTokenView(token, true, false, nullptr);
+    return true;
+}
+
+bool KeywordDataStore::AtListEnd(const Keywords::IListEndDetector* detector)
+{
+    std::string_view token;
+    if (!detector || !PeekTokenView(token, false, nullptr))
+        return false;
+    bool consume = false;
+    if (!detector->IsEnd(token, consume))
+        return false;
+    if (consume)
         NextTokenView(token, true, false, nullptr);
     return true;
 }

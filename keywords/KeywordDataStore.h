@@ -8,6 +8,10 @@
 #include "text/ExpandingTokenizer.h"
 #include "text/PeekingTokenizer.h"
 
+namespace Tarn::Fjel::Core::Keywords {
+class IListEndDetector;
+}
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 class IKeyword;
@@ -64,13 +68,24 @@ public:
     bool NextTokenView(std::string_view& token, bool stayOnLine, bool allowCommas, bool* quoted);
     bool PeekTokenView(std::string_view& token, bool stayOnLine, bool* quoted);
 
+    /// Whether a list ends ahead of the next token, as its detector says; takes the token where that belongs to the list.
+    /// Null detects nothing.
+    bool AtListEnd(const Keywords::IListEndDetector* detector);
+
     /// Takes up to `most` of the copies of the token just taken that its repeat has still to give, and returns how many.
     std::int64_t TakeRun(std::int64_t most)
     {
         if (m_tokenizer.HasPeeked() || m_chain->RepeatCount() == 0)
             return 0;
+        ++m_takenCount;
         return m_chain->TakeRepeats(static_cast<std::int32_t>(std::min<std::int64_t>(most, INT32_MAX)));
     }
+
+    /// Leaves out what the repeat being read has still to give. True if there was something.
+    bool DropRun() { return m_chain->TakeRepeats() > 0; }
+
+    /// Grows with everything that is taken: what took no text leaves it as it was.
+    std::uint64_t TakenCount() const { return m_takenCount; }
 
     /// Identifies the place in the text from which tokens come. While it stays the same, all tokens are copies out of
     /// one repeat.
@@ -82,11 +97,30 @@ public:
     };
     Place TextPlace() const { return {m_linePosition, m_chain->Inner().Remaining().size()}; }
 
+    /// What is left of the current line where it can be read without the tokenizers: up to column 132, and nothing
+    /// while a peeked token or copies out of a repeat are still to come.
+    std::string_view RestOfLine()
+    {
+        const bool clean = !m_atEnd && !m_tokenizer.HasPeeked() && m_chain->RepeatCount() == 0;
+        return clean ? m_chain->Inner().Remaining() : std::string_view();
+    }
+
+    /// Takes the first `count` characters of `RestOfLine`: one or more whole tokens.
+    void TakeFromLine(std::size_t count)
+    {
+        m_chain->Inner().Consume(count);
+        MarkLineTaken();
+    }
+
     /// The current line as it stands in the tokenizer; good until the next line.
     const std::string& Line() const { return m_currentLine; }
 
     /// Counts as having taken the current line as a whole: the line's text is part of the data.
-    void MarkLineTaken() { m_takenEnd = m_lineEnd; }
+    void MarkLineTaken()
+    {
+        m_takenEnd = m_lineEnd;
+        ++m_takenCount;
+    }
 
     /// Counts as having taken the first `lines` lines of the text that `ReadAllText` gave; all of it when negative.
     void MarkTextTaken(std::int64_t lines);
@@ -118,6 +152,7 @@ private:
     std::int64_t m_linePosition = -1;
     std::int64_t m_lineEnd = -1;
     std::int64_t m_takenEnd = -1;
+    std::uint64_t m_takenCount = 0;
     std::int64_t m_textStart = -1;
     mutable std::int64_t m_countedPosition = -1;
     mutable int m_countedLines = 0;

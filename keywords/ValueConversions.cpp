@@ -85,7 +85,7 @@ int ToIntegerOrZero(std::string_view text)
     return number;
 }
 
-bool ToReal(const std::string& text, double& value)
+bool ToReal(std::string_view text, double& value)
 {
     double number = 0.0;
     const char* const end = text.data() + text.size();
@@ -96,12 +96,10 @@ bool ToReal(const std::string& text, double& value)
     }
     // The forms that are left: an exponent of Fortran, a plus sign, hexadecimal digits, what is beyond a double's range,
     // and nothing at all.
-    if (const std::size_t mark = text.find_first_of("Dd"); mark != std::string::npos) {
-        std::string copy = text;
+    std::string copy(text);
+    if (const std::size_t mark = copy.find_first_of("Dd"); mark != std::string::npos)
         copy[mark] = 'E';
-        return ParseReal(copy, value);
-    }
-    return ParseReal(text, value);
+    return ParseReal(copy, value);
 }
 
 bool ConvertYesNo(std::string_view text, signed char& value)

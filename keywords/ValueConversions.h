@@ -21,7 +21,7 @@ int ToIntegerOrZero(std::string_view text);
 
 /// A real number, which must be the whole of the text. The first D or d stands for an exponent's E. An empty text is
 /// 0.0. Takes all forms that the C library's `strtod` takes.
-bool ToReal(const std::string& text, double& value);
+bool ToReal(std::string_view text, double& value);
 
 /// YES, Yes, yes, Y, y: 1. NO, No, no, N, n: 0. Nothing else.
 bool ConvertYesNo(std::string_view text, signed char& value);

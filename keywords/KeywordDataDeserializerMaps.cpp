@@ -1,0 +1,164 @@
+// Maps, raw text, and what is tested at the end of lists and records.
+
+#include <algorithm>
+#include <limits>
+
+#include <deckmanager/IKeyword.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <fmt/format.h>
+#include <tarn/keywords/IKeywordMapData.h>
+#include <tarn/keywords/IKeywordRawTextData.h>
+#include <tarn/keywords/VariablesString.h>
+#include <tarn/service/Log.h>
+#include <tarn/service/Strings.h>
+
+#include "keywords/KeywordDataDeserializer.h"
+#include "keywords/KeywordVariables.h"
+#include "keywords/ValueConversions.h"
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+/// How the tokens up to the next terminator end a container.
+enum class EndOfTokens
+{
+    AtTerminator, ///< nothing stood ahead of the terminator
+    Later,        ///< surplus tokens did
+    Nowhere       ///< no terminator on this line, nor first on the next
+};
+
+EndOfTokens SkipToTerminator(KeywordDataStore& store)
+{
+    const std::int64_t count = store.CountTokensToTerminator();
+    if (count > 0)
+        return count == 1 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
+    store.AdvanceLine();
+    if (!store.ExpectToken(VeldaneDeckInfo::TERMINATION_TOKEN, true, false))
+        return EndOfTokens::Nowhere;
+    return count == 0 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
+}
+
+/// Sets entries of a map by name: NAME or NAME=value.
+void SetNamedEntry(Keywords::IKeywordMapData& map, std::string_view token, KeywordVariables* variables)
+{
+    if (token.empty() || Service::IsDigit(token.front()))
+        return;
+    const std::size_t mark = token.find('=');
+    const std::string_view name = token.substr(0, mark);
+    const std::string_view value = mark == std::string_view::npos ? std::string_view() : token.substr(mark + 1);
+    if (variables && Keywords::VariablesString::ContainsVariables(value))
+        variables->SetMapVariable(map, std::string(name), Keywords::VariablesString(value));
+    else
+        map.SetEntry(name, value.empty() ? 1 : ValueConversions::ToIntegerOrZero(value));
+}
+
+} // namespace
+
+DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
+                                                       KeywordVariables* variables)
+{
+    const std::int64_t entryCount = map.GetEntryCount();
+    if (entryCount == 0)
+        return {};
+    std::string_view token;
+    const bool positional = !store.NextTokenView(token, false, false, nullptr) || Service::AllDigits(token) ||
+                            token == VeldaneDeckInfo::DEFAULT_TOKEN;
+    store.ResetLine();
+
+    DeserializeResult result;
+    std::int64_t index = 0;
+    while (store.NextTokenView(token, false, false, nullptr)) {
+        if (token == VeldaneDeckInfo::TERMINATION_TOKEN) {
+            result.terminated = true;
+            break;
+        }
+        result.hasData = true;
+        const std::int64_t run = 1 + store.TakeRun(std::numeric_limits<std::int32_t>::max());
+        if (token == VeldaneDeckInfo::DEFAULT_TOKEN) {
+            index += run;
+            continue;
+        }
+        if (!positional) {
+            SetNamedEntry(map, token, variables);
+        } else {
+            if (index >= entryCount)
+                break;
+            int value = 0;
+            if (ValueConversions::ToWholeInteger(token, value) && value != 0) {
+                for (std::int64_t entry = index; entry < std::min(index + run, entryCount); ++entry)
+                    map.SetEntry(static_cast<int>(entry), value);
+            }
+        }
+        index += run;
+    }
+    return result;
+}
+
+DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store)
+{
+    std::string text;
+    if (!store.ReadAllText(text))
+        return {};
+    std::string terminator;
+    data.GetRawTextMD()->GetTerminator(terminator);
+    const std::size_t end = terminator.empty() ? std::string::npos : text.find("\n" + terminator);
+    if (end != std::string::npos) {
+        text.resize(end + 1);
+        // The terminator's own line is the keyword's too.
+        store.MarkTextTaken(std::count(text.begin(), text.end(), '\n') + 1);
+    } else {
+        store.MarkTextTaken(-1);
+    }
+    data.SetText(text);
+    return {true, false, false};
+}
+
+void KeywordDataDeserializer::CheckListEnd(KeywordDataStore& store, const DeserializeState& state, bool sawSlash)
+{
+    if (!sawSlash) {
+        const EndOfTokens end = SkipToTerminator(store);
+        if (end == EndOfTokens::Nowhere) {
+            Service::Log::SendLogMessage(
+                fmt::format("List in keyword {} is not properly terminated", state.keyword.GetName()),
+                Service::Log::Warning);
+            return;
+        }
+        if (end == EndOfTokens::Later) {
+            Service::Log::SendLogMessage(fmt::format("List in keyword {} has too many items", state.keyword.GetName()),
+                                         Service::Log::Warning);
+        }
+    }
+    store.AdvanceLine();
+}
+
+KeywordDataDeserializer::RecordEnd KeywordDataDeserializer::CheckRecordEnd(KeywordDataStore& store,
+                                                                           const DeserializeState& state,
+                                                                           const RecordPlan& plan, bool first,
+                                                                           bool lastFirst, bool terminated)
+{
+    if (lastFirst && !terminated && store.IsAtEnd())
+        terminated = true;
+    if (!terminated) {
+        const EndOfTokens end = SkipToTerminator(store);
+        if (end == EndOfTokens::Nowhere) {
+            Service::Log::SendLogMessage(
+                fmt::format("Record in keyword {} not properly terminated", state.keyword.GetName()),
+                Service::Log::Warning);
+            return {false, true};
+        }
+        if (end == EndOfTokens::Later) {
+            Service::Log::SendLogMessage(
+                fmt::format("Record in keyword {} has too many items", state.keyword.GetName()), Service::Log::Warning);
+        }
+        store.AdvanceLine();
+        return {true, true};
+    }
+    // A terminator alone is the parent's where the record can't be all defaults.
+    if (first && !plan.standsAlone)
+        return {true, false};
+    store.AdvanceLine();
+    return {true, true};
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
