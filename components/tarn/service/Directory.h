@@ -52,7 +52,8 @@ public:
     bool IsDirectory() const;
 
     /// An incomplete (or not set) name becomes relative to base; a relative base counts from the current directory.
-    /// Returns whether the name is complete afterwards: false only when base isn't set either.
+    /// Returns whether the name is complete afterwards: false only when base isn't set. Throws as the constructor does
+    /// when the result is too long for a path.
     bool MakeComplete(const Directory& base);
     /// Sets out to the way from base to this directory ("." when they are the same). False, with out unchanged, when
     /// there is none: other volumes, one complete and the other not, a ".." in the way.
@@ -63,6 +64,7 @@ public:
     /// Makes the directory with all above it. True if it exists as a directory afterwards; false when not set.
     bool Create() const;
     /// Removes the directory with all in it; links are removed, not followed. True if nothing stands there afterwards.
+    /// A root, "." and ".." are left alone, with the result false.
     bool Delete() const;
     /// Removes what is in the directory: entries whose leaf matches pattern (`*`, `?`; an empty one matches all), with
     /// filesOnly only those that are no directories. Links are removed, not followed. False if something was left.
@@ -104,6 +106,8 @@ protected:
 private:
     friend class FileName;
 
+    /// Throws where the constructor does.
+    static void CheckPath(std::string_view text);
     void Assign(std::string_view text);
     bool IsSameDirectory(const Directory& other) const;
     /// The name as it was before ".." was folded; equal to the name if nothing was.

@@ -13,7 +13,10 @@ namespace Tarn::Fjel::Core::Service {
 /// The stream buffer of FileInputStream and FileOutputStream: one direction at a time, over FileSystem::Instance(),
 /// with 64-bit offsets. Small reads and writes go through its buffer; those of the buffer's size or more go straight
 /// between the file and the caller's memory. A seek inside what is buffered costs no system call, and no other seek
-/// costs one before the next read.
+/// costs one before the next read. What can't be sought (a pipe) is read in order.
+///
+/// A read that fails throws std::ios_base::failure, which a stream turns into its bad flag; so a broken disk is never
+/// taken for the end of the file.
 class FileStreamBuffer : public std::streambuf
 {
 public:
@@ -43,7 +46,6 @@ public:
 
 protected:
     int_type underflow() override;
-    std::streamsize showmanyc() override;
     std::streamsize xsgetn(char* data, std::streamsize size) override;
     int_type overflow(int_type c) override;
     std::streamsize xsputn(const char* data, std::streamsize size) override;
@@ -54,12 +56,18 @@ protected:
 private:
     std::int64_t Position() const;
     bool FlushWrites();
-    std::int64_t ReadInto(char* data, std::size_t size);
+    void Advance(std::streamsize size);
+    /// Reads at m_offset and moves it; 0 at the end of the file.
+    std::size_t ReadInto(char* data, std::size_t size);
+    char* Buffer();
+    void Forget();
 
     std::unique_ptr<char[]> m_buffer; ///< made at the first use
     std::size_t m_bufferSize;
     int m_handle = -1;
     bool m_writing = false;
+    bool m_sequential = false; ///< the file can't be read at an offset
+    bool m_failed = false;     ///< a write failed, and no later one is tried
     std::int64_t m_offset = 0; ///< of the file's byte behind the get area, or at the start of the put area
     FileSystem::ErrorCode m_error;
 };

@@ -77,6 +77,8 @@ public:
     bool CopyModeAndOwner(const FileStatus& like, const std::string& path, ErrorCode& error);
     /// Writes all size bytes, in as many writes as it takes.
     bool WriteAll(int handle, const void* data, std::size_t size, ErrorCode& error);
+    /// Writes the bytes of the file at path behind the position of handle.
+    bool CopyBytes(const std::string& path, int handle, ErrorCode& error);
 };
 
 } // namespace Tarn::Fjel::Core::Service

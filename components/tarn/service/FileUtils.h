@@ -26,13 +26,14 @@ public:
         }
     };
 
-    /// Copies the text and the mode of a file. With replace false an existing target is left alone, and the result is
-    /// false. A copy onto the same file does nothing and succeeds. A new target that can't be written in full is
-    /// removed again; throws nothing.
+    /// Copies a file. With replace false an existing target is left alone, and the result is false. A copy onto the
+    /// same file does nothing and succeeds. A new target gets the mode of from; one that exists keeps its own, and
+    /// when the copy fails, its text too: it is written beside and put in place when it is whole, and where the file
+    /// system refuses that, the old text is kept until the new one is there. A link is written through. Throws nothing.
     static bool Copy(const FileName& from, const FileName& to, bool replace);
     /// Writes the rest of stream into a file: with append behind what the file holds (replace then plays no part),
     /// otherwise in its place; with replace false an existing file is left alone and the result is false. False also
-    /// when reading or writing fails.
+    /// when reading or writing fails; the file then is as it was before.
     static bool Copy(std::istream& stream, const FileName& to, bool append, bool replace);
 
     /// Removes a file or a link, and tells whether it did: false when nothing stands there, or a directory. Throws

@@ -86,9 +86,6 @@ public:
 
     /// Drops the handler and switches logging on, as at the start of the process.
     static void Reset();
-
-private:
-    friend class LogEnabler;
 };
 
 } // namespace Tarn::Fjel::Core::Service
