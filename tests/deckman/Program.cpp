@@ -1,0 +1,83 @@
+#include "tests/deckman/Program.h"
+
+#include "tests/support/TempDir.h"
+
+#include <cstdlib>
+#include <fcntl.h>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace DeckmanTests {
+
+namespace {
+
+constexpr unsigned timeLimit = 60; // seconds
+constexpr unsigned nobody = 65534;
+
+void Redirect(int descriptor, const std::string& file)
+{
+    const int opened = ::open(file.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0666);
+    if (opened < 0 || ::dup2(opened, descriptor) < 0) ::_exit(125);
+}
+
+[[noreturn]] void Become(const std::vector<std::string>& command, const Launch& run, const std::string& out,
+                         const std::string& err)
+{
+    Redirect(STDOUT_FILENO, run.outFile.empty() ? out : run.outFile);
+    Redirect(STDERR_FILENO, err);
+    if (!run.directory.empty() && ::chdir(run.directory.c_str()) != 0) ::_exit(125);
+    for (const auto& [name, value] : run.environment)
+        ::setenv(name.c_str(), value.c_str(), 1);
+    if (run.unprivileged && ::getuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0)) ::_exit(125);
+    ::alarm(timeLimit);
+
+    std::vector<char*> arguments;
+    for (const std::string& argument : command)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+    ::execv(arguments.front(), arguments.data());
+    ::_exit(126);
+}
+
+Outcome Execute(const std::vector<std::string>& command, const Launch& run)
+{
+    const TestSupport::TempDir files;
+    const pid_t child = ::fork();
+    if (child < 0) throw std::runtime_error("fork");
+    if (child == 0) Become(command, run, files.Path("out"), files.Path("err"));
+    int state = 0;
+    ::waitpid(child, &state, 0);
+
+    Outcome outcome;
+    outcome.status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
+    if (run.outFile.empty()) outcome.out = files.Read("out");
+    outcome.err = files.Read("err");
+    return outcome;
+}
+
+} // namespace
+
+Outcome Deckman(const std::vector<std::string>& arguments, const Launch& run)
+{
+    std::vector<std::string> command{DECKMAN_PROGRAM};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return Execute(command, run);
+}
+
+Outcome Shell(const std::string& command, const Launch& run)
+{
+    return Execute({"/bin/sh", "-c", "deckman() { \"" DECKMAN_PROGRAM "\" \"$@\"; }\n" + command}, run);
+}
+
+std::vector<nlohmann::ordered_json> JsonLines(const std::string& text)
+{
+    std::vector<nlohmann::ordered_json> values;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);)
+        values.push_back(nlohmann::ordered_json::parse(line));
+    return values;
+}
+
+} // namespace DeckmanTests

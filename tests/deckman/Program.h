@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+namespace DeckmanTests {
+
+/// What a finished program left behind.
+struct Outcome
+{
+    int status = -1; ///< the exit status; 128 and the signal's number for a program that a signal ended
+    std::string out;
+    std::string err;
+};
+
+/// One run of the built program.
+struct Launch
+{
+    std::string directory = {}; ///< where it runs; empty: the directory of the tests
+    std::vector<std::pair<std::string, std::string>> environment = {}; ///< set besides what the tests have
+    bool unprivileged = false;                                         ///< as a user whom permissions stop
+    std::string outFile = {}; ///< standard output goes there and not into `out`
+};
+
+/// Runs deckman with arguments. A run that takes longer than a minute is ended.
+Outcome Deckman(const std::vector<std::string>& arguments, const Launch& run = {});
+/// Runs a command line of the shell in which `deckman` is the built program.
+Outcome Shell(const std::string& command, const Launch& run = {});
+
+/// One JSON value for each line.
+std::vector<nlohmann::ordered_json> JsonLines(const std::string& text);
+
+} // namespace DeckmanTests
