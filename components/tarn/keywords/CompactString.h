@@ -15,7 +15,7 @@ public:
     /// The most characters that a string may have; a longer one throws KeywordException.
     static constexpr std::size_t MaxLength = 0xFFFFFFFF;
 
-    CompactString() noexcept { m_bytes[TagAt] = Unset; }
+    CompactString() noexcept : m_bytes{} { m_bytes[TagAt] = Unset; }
     CompactString(const CompactString& other);
     CompactString& operator=(const CompactString& other);
     ~CompactString()

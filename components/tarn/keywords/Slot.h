@@ -45,7 +45,7 @@ public:
     friend bool operator==(const ConstSlot& a, const ConstSlot& b) noexcept = default;
 
 protected:
-    friend class IKeywordListData;
+    friend class Slot;
 
     const IKeywordData* m_node = nullptr;
     int m_index = -1;
