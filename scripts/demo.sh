@@ -20,5 +20,5 @@ step "Every keyword of one section, whatever file it stands in" ls "$FIELD" --se
 step "One kind of keyword, in the whole deck" ls "$FIELD" --name 'WCON*'
 step "What encloses what" scopes "$FIELD"
 step "A keyword's text, as it stands" show "$FIELD" SCHEDULE/WELSPECS
-step "The same by file and line, with the comment above it" show single/SKERROW.DATA SCHEDULE/WCONINJE --comments
+step "The same by file and line" show single/SKERROW.DATA SKERROW.DATA:204
 step "A small deck from end to end, for machines" ls single/SKERROW.DATA --json

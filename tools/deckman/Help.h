@@ -24,11 +24,12 @@ DECK is the deck's top file. WHERE is a place in the deck:
 Keywords and lines count from 1, items and records from 0.
 
 For every verb:
-  --json                for machines          --strict           exit 1 for warnings too
+  --json                for machines: one JSON object, or one a line
+  --strict              exit status 1 for warnings too
   --simulator 100|300   leave out what that simulator skips
-  --keyword-tag WORD, --file-tag WORD         the word behind "-- Generated" in its tags
+  --keyword-tag WORD, --file-tag WORD   the word behind "-- Generated" in the tags
 Exit status: 0 done, 1 errors in the deck or not there, 2 wrong usage, 3 file trouble.
-deckman VERB --help tells a verb's own options and has an example. --version
+deckman VERB --help tells a verb's options and has an example; deckman --version.
 )";
 
 } // namespace Deckman

@@ -1,6 +1,8 @@
 #include "Options.h"
 
 #include <cstdio>
+#include <memory>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -74,6 +76,17 @@ std::vector<std::string_view> VerbNames()
     return names;
 }
 
+/// Help without the library's remarks on what is required and what excludes what: the usage line says it.
+class HelpFormatter : public CLI::Formatter
+{
+public:
+    std::string make_option_opts(const CLI::Option* option) const override
+    {
+        const std::string type = option->get_type_name();
+        return type.empty() ? type : " " + type;
+    }
+};
+
 void AddDeck(CLI::App& verb, Options& options)
 {
     verb.add_option("DECK", options.deck, "the top file of the deck")->required()->type_name("");
@@ -107,6 +120,7 @@ void AddVerb(CLI::App& app, const VerbHelp& help, Options& options)
 {
     CLI::App* verb = app.add_subcommand(std::string(help.name), std::string(help.does));
     verb->fallthrough();
+    verb->formatter(std::make_shared<HelpFormatter>());
     verb->footer(fmt::format(
         "{}\ndeckman --help tells the options that every verb takes: --json, --simulator, --strict, ...", help.more));
     verb->callback([&options, value = help.verb] { options.verb = value; });
@@ -127,9 +141,9 @@ void AddCommonOptions(CLI::App& app, Options& options)
     };
     app.add_flag("--json", options.json);
     app.add_flag("--strict", options.strict);
-    app.add_option_function<std::string>("--simulator", toSimulator);
-    app.add_option("--keyword-tag", options.keywordTag);
-    app.add_option("--file-tag", options.fileTag);
+    app.add_option_function<std::string>("--simulator", toSimulator)->type_name("100|300");
+    app.add_option("--keyword-tag", options.keywordTag)->type_name("WORD");
+    app.add_option("--file-tag", options.fileTag)->type_name("WORD");
 }
 
 void Print(std::FILE* to, std::string_view text)
@@ -151,7 +165,9 @@ ExitStatus TellWrongUsage(const CLI::App& app, const CLI::ParseError& error)
                                   NearestHint(word, VerbNames())));
         return WrongUsage;
     }
-    Print(stderr, fmt::format("deckman: error: {}\nSee deckman --help.\n", error.what()));
+    const std::string text =
+        dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? "A verb is missing." : error.what();
+    Print(stderr, fmt::format("deckman: error: {}\nSee deckman --help.\n", text));
     return WrongUsage;
 }
 
@@ -175,7 +191,7 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         if (chosen.empty())
             Print(stdout, helpText);
         else
-            Print(stdout, chosen.front()->help());
+            Print(stdout, chosen.front()->help("deckman"));
         return Done;
     } catch (const CLI::CallForVersion& version) {
         Print(stdout, fmt::format("{}\n", version.what()));
