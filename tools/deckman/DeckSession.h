@@ -17,6 +17,7 @@
 #include "ExitStatus.h"
 #include "Messages.h"
 #include "Options.h"
+#include "Progress.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 class IKeywordFile;
@@ -54,6 +55,7 @@ public:
     const DeckManager::IDeck& Deck() const { return *m_deck; }
     const DeckManager::IDeckKeywords& Keywords() const { return *m_keywords; }
     Messages& Log() const { return m_messages; }
+    Deckman::Progress& Progress() { return m_progress; }
 
     /// The top file, complete.
     const Service::FileName& TopFile() const { return m_topFile; }
@@ -74,6 +76,7 @@ private:
     void Open(const std::string& path);
 
     Messages& m_messages;
+    Deckman::Progress m_progress;
     std::unique_ptr<DeckManager::IDeckManager> m_manager;
     DeckManager::IDeck* m_deck = nullptr;
     DeckManager::IDeckKeywords* m_keywords = nullptr;

@@ -28,7 +28,7 @@ bool DeckWalk::Next()
     if (m_kind == Keywords::KeywordKind::End && !m_all) return false;
 
     m_keyword = keyword;
-    ++m_index;
+    if ((++m_index & 63) == 0) m_session.Progress().Tell(m_index, "keywords");
     if (DeckManager::IKeywordFile* file = keyword->GetFile(); m_files.empty() || file != m_files.back().file)
         EnterFile(file);
     if (m_kind == Keywords::KeywordKind::Section) {

@@ -13,6 +13,8 @@ ExitStatus RunLs(DeckSession& session, const Options& options, Output& out)
         if (Passes(options.filter, walk)) rows.Add(walk);
     }
     rows.Finish();
+    if (walk.Index() == 0)
+        session.Log().Note(session.PlaceOf(*session.Keywords().GetDataFile()), "There are no keywords in this deck.");
     return Done;
 }
 
