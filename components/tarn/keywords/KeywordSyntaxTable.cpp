@@ -190,13 +190,16 @@ KeywordSyntaxTable::~KeywordSyntaxTable() = default;
 
 const KeywordSyntaxTable* KeywordSyntaxTable::Instance(bool sureOnly, bool withPatterns)
 {
-    static std::array<std::unique_ptr<KeywordSyntaxTable>, 4> tables;
-    std::unique_ptr<KeywordSyntaxTable>& table = tables[(sureOnly ? 2u : 0u) + (withPatterns ? 1u : 0u)];
+    // Never destroyed: data trees that live to the very end of the process still need their metadata.
+    static std::array<KeywordSyntaxTable*, 4> tables{};
+    KeywordSyntaxTable*& table = tables[(sureOnly ? 2u : 0u) + (withPatterns ? 1u : 0u)];
     if (!table) {
-        table.reset(new KeywordSyntaxTable(std::make_unique<Impl>(Loader::BuiltInCatalogue())));
-        table->m_impl->Build(*table, sureOnly, withPatterns);
+        auto impl = std::make_unique<Impl>(Loader::BuiltInCatalogue());
+        std::unique_ptr<KeywordSyntaxTable> made(new KeywordSyntaxTable(std::move(impl)));
+        made->m_impl->Build(*made, sureOnly, withPatterns);
+        table = made.release();
     }
-    return table.get();
+    return table;
 }
 
 namespace {
