@@ -7,6 +7,8 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
+using Keywords::SectionCount;
+
 /// The keyword of a section; the empty text for any other value.
 const std::string& SectionName(Keywords::SectionType section);
 
