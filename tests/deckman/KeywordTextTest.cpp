@@ -1,6 +1,7 @@
 #include <deckmanager/Environment.h>
 #include <deckmanager/KeywordText.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordSyntaxTable.h>
 
 #include <gtest/gtest.h>
 
@@ -60,6 +61,20 @@ TEST(KeywordText, DataBeginBehindKeywordLineAndTagLines)
     EXPECT_EQ(dataOf("PORO   -- Generated\n-- a\n 6*0.2 /\n\n"), "-- a\n 6*0.2 /\n");
     EXPECT_EQ(dataOf("PORO\n\n--!!! Program generated\n 6*0.2 /\n"), " 6*0.2 /\n");
     EXPECT_EQ(dataOf("PORO"), "");
+}
+
+TEST(KeywordText, RawTextGoesThroughTheLineOfItsTerminator)
+{
+    const auto table = Tarn::Fjel::Core::Keywords::KeywordSyntaxTable::FromText(R"({"keywords": [
+        {"name": "SCRIPT", "sections": "all", "data": {"type": "rawText", "terminator": "ENDSCR"}},
+        {"name": "LETTER", "sections": "all", "data": {"type": "rawText"}}]})");
+    const auto blockOf = [&table](const char* name, const std::string& text) {
+        return std::string(KeywordText(*table->FindSyntax(name, true), name, text).TrailingBlock());
+    };
+    EXPECT_EQ(blockOf("SCRIPT", "SCRIPT\n-- a\n\n ENDSCR\nENDSCR -- b\n\n-- above\n"), "\n-- above\n");
+    EXPECT_EQ(blockOf("SCRIPT", "--@@@SCRIPT\n--@@@x\n--@@@ENDSCR\n-- above\n"), "-- above\n");
+    EXPECT_EQ(blockOf("SCRIPT", "SCRIPT\n-- a\n\n-- above\n"), "") << "without its terminator there is no block";
+    EXPECT_EQ(blockOf("LETTER", "LETTER\nx\n\n-- above\n"), "");
 }
 
 TEST(KeywordText, SuppressedRowsAreCommentsWhereSuppressionIsOff)
