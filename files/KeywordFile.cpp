@@ -65,6 +65,18 @@ KeywordFileIterator KeywordFile::LogicalEnd() const
     return *m_logicalEnd;
 }
 
+KeywordFileIterator KeywordFile::WalkEnd() const
+{
+    if (!m_walkEnd) {
+        KeywordFileContents::List& keywords = Contents().Keywords();
+        const auto ends = [](const std::shared_ptr<IKeyword>& keyword) {
+            return keyword->GetSyntax()->GetKind() == KeywordKind::EndInc;
+        };
+        m_walkEnd = std::make_unique<KeywordFileIterator>(At(std::find_if(keywords.begin(), keywords.end(), ends)));
+    }
+    return *m_walkEnd;
+}
+
 KeywordFileIterator KeywordFile::Find(const IKeyword* keyword) const { return At(Contents().Find(keyword)); }
 
 std::size_t KeywordFile::OrdinalOf(const KeywordFileIterator& position) const
@@ -136,9 +148,9 @@ void KeywordFile::Load() const
     const auto begin = [&scans](KeywordFile& file) {
         file.m_contents = std::make_unique<KeywordFileContents>(&file);
         file.m_loadFailed = false;
+        file.m_wasLoaded = true;
         if (!file.m_fileName.IsFile()) return;
-        file.m_includeIndex.reset();
-        file.m_logicalEnd.reset();
+        file.DropPositions();
         scans.push_back(std::make_unique<FileScan>(file));
     };
     try {
@@ -160,10 +172,16 @@ void KeywordFile::Load() const
 
 void KeywordFile::AbandonLoad()
 {
+    DropPositions();
     m_contents.reset();
+    m_loadFailed = true;
+}
+
+void KeywordFile::DropPositions()
+{
     m_includeIndex.reset();
     m_logicalEnd.reset();
-    m_loadFailed = true;
+    m_walkEnd.reset();
 }
 
 void KeywordFile::FinishLoad(ILineReader* reader)
@@ -222,8 +240,7 @@ void KeywordFile::ResetContents()
     for (const KeywordFile*& bringer : DataFile().m_sectionsSeen) {
         if (bringer == this) bringer = nullptr;
     }
-    m_includeIndex.reset();
-    m_logicalEnd.reset();
+    DropPositions();
     m_snapshot.clear();
     m_snapshotTaken = false;
     m_contents.reset();
@@ -253,8 +270,7 @@ void KeywordFile::CancelChanges()
                 KeywordFileContents::AsKeyword(keyword).SetOwner(this);
             }
         }
-        m_includeIndex.reset();
-        m_logicalEnd.reset();
+        DropPositions();
         LinkCounter::Changed();
     }
     m_snapshot.clear();

@@ -36,7 +36,7 @@ struct KeywordMarks;
 /// extent of the keyword before it. All positions are byte offsets; -1 means that there is no such place.
 ///
 /// The list is loaded at its first use. Nothing watches the disk afterwards.
-class KeywordFile : public IKeywordOwner
+class KeywordFile : public IKeywordOwner, public std::enable_shared_from_this<KeywordFile>
 {
 public:
     /// Reads nothing. `manager` outlives the file.
@@ -100,6 +100,10 @@ public:
     bool UsesVariables() const { return m_useVariables; }
     bool IsLoaded() const { return m_contents != nullptr; }
     bool LoadFailed() const { return m_loadFailed; }
+    /// The file has been loaded at some time, and may have been reset since.
+    bool WasLoaded() const { return m_wasLoaded; }
+    /// Where a walk that heeds the ends of files stops: the first ENDINC, else `End()`.
+    KeywordFileIterator WalkEnd() const;
     const std::shared_ptr<KeywordFileReader>& FileReader() const { return m_fileReader; }
     long long HeaderBegin() const { return m_headerBegin; }
     long long HeaderEnd() const { return m_headerEnd; }
@@ -136,6 +140,7 @@ private:
     /// The included file begins in that section: what the scan of this file knows, it need not ask.
     void PrimeStartSection(Keywords::SectionType section) const { m_startSection.Set(section); }
     KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
+    void DropPositions();
     void RaiseOnce(KeywordFileEventArgs& args);
 
     IKeywordFileManager& m_manager;
@@ -151,10 +156,12 @@ private:
     mutable std::unique_ptr<std::vector<KeywordFileIterator>> m_includeIndex;
     mutable Context m_context;
     mutable std::unique_ptr<KeywordFileIterator> m_logicalEnd;
+    mutable std::unique_ptr<KeywordFileIterator> m_walkEnd;
     FileTagState m_tagState;
     bool m_useVariables;
     bool m_readOnly = false;
     bool m_loadFailed = false;
+    bool m_wasLoaded = false;
 
     std::vector<KeywordINCLUDE*> m_links; ///< the INCLUDE keywords that name this file
     mutable LinkCached<Keywords::SectionType> m_startSection;

@@ -36,6 +36,9 @@ public:
     bool AfterLogicalEnd() const override;
     void SetIgnoreLogicalEnds(bool ignore) override;
 
+    /// The walk inside the included file; null outside it.
+    const KeywordIterator* Nested() const { return m_state == State::Inside ? m_nested.get() : nullptr; }
+
 private:
     enum class State : int
     {

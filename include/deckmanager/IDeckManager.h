@@ -65,6 +65,22 @@ public:
     /// The editor, made on first use.
     virtual IDeckKeywordsEditor* GetEditor() = 0;
 
+    /// Tells the manager that someone else has renamed a file. Throws `DeckManagerException` for a file that the manager
+    /// does not hold, and when nothing stands under the new name.
+    virtual void UpdateKeywordFilePath(const std::string& oldName, const std::string& newName) = 0;
+
+    /// Tells the manager that someone else has deleted a directory of the project.
+    virtual void NotifyDirectoryDeleted(const std::string& directory) = 0;
+
+    /// Does nothing; keeps a place in the interface.
+    virtual void ReservedOperation() = 0;
+
+    /// Empties the cache of keyword positions.
+    virtual void FlushCache() = 0;
+
+    /// A second directory whose files count as if they lay in the project; the empty text clears it.
+    virtual void SetTempProjectDir(const std::string& directory) = 0;
+
     /// All keyword files, in order of creation. The list owns nothing.
     virtual std::list<IKeywordFile*> GetKeywordFiles() const = 0;
 };

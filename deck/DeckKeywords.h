@@ -1,0 +1,107 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <deckmanager/IDeckKeywords.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class FilePaths;
+class KeywordFile;
+class KeywordFileEventArgs;
+
+/// The deck's keywords, over a shared root file. What a question has found out is kept until a file of the deck changes.
+class DeckKeywords : public IDeckKeywords
+{
+public:
+    DeckKeywords(const std::shared_ptr<KeywordFile>& file, bool variablesAllowed);
+    ~DeckKeywords() override;
+    DeckKeywords(const DeckKeywords&) = delete;
+    DeckKeywords& operator=(const DeckKeywords&) = delete;
+
+    KeywordIterator Begin() const override;
+    const KeywordIterator& LogicalEnd() const override;
+    const KeywordIterator& End() const override;
+    KeywordIterator PhysicalEnd() const override;
+    const KeywordIterator& SectionBegin(Keywords::SectionType section) const override;
+    const KeywordIterator& SectionEnd(Keywords::SectionType section) const override;
+    Keywords::SectionType SectionOf(const KeywordIterator& position) const override;
+    KeywordIterator FindKeyword(const IKeyword* keyword) const override;
+    KeywordFileIterator GetFileIterator(const KeywordIterator& position) const override;
+    KeywordFileIterator GetFileIterator(const IKeyword* keyword) const override;
+    KeywordIterator FindKeywordById(const std::string& name, const Keywords::IKeywordData* data,
+                                    const KeywordIterator& first, const KeywordIterator& last,
+                                    bool generatedOnly) const override;
+    KeywordIterator FindLastKeywordById(const std::string& name, const Keywords::IKeywordData* data,
+                                        const KeywordIterator& first, const KeywordIterator& last,
+                                        bool generatedOnly) const override;
+    Keywords::IKeywordData* GetKeywordData(const IKeyword* keyword) const override;
+    std::shared_ptr<std::string> GetDataText(const IKeyword* keyword) const override;
+    std::shared_ptr<std::string> GetRawText(const IKeyword* keyword) const override;
+    IKeywordFile* GetFileOf(const KeywordFileIterator& position) const override;
+    IKeywordFile* GetDataFile() const override;
+    std::set<IKeywordFile*> GetFiles() const override;
+    Service::FileName GetGridFile() const override;
+    KeywordIterator FindGridKeyword() const override;
+    IKeywordFile* GetIncludedFile(const IKeyword* keyword) const override;
+    IKeyword* GetIncludingKeyword(IKeywordFile* file) const override;
+    KeywordIterator GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const override;
+    void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const override;
+    bool AllowsVariables() const override { return m_variablesAllowed; }
+    bool HasVariables(const IKeyword* keyword) const override;
+    KeywordVariables* GetVariables(const IKeyword* keyword) const override;
+    bool CheckSections(std::string& message) const override;
+
+    /// Binds the root file's expressions to this deck, and shows them the keywords of the RUNSPEC section.
+    virtual void RebuildContext();
+
+    /// Puts the deck on another root file; changes not committed are dropped. Throws `DeckManagerException` for null.
+    void SetDataFile(const std::shared_ptr<KeywordFile>& newFile);
+    const std::shared_ptr<KeywordFile>& RootFile() const { return m_rootFile; }
+
+    /// The files of the deck, each once, the root first. The reference lasts until a file of the deck changes.
+    const std::vector<KeywordFile*>& FilesInDeckOrder() const;
+
+    /// Drops the uncommitted changes of every file.
+    void Rollback();
+    /// Drops what was read, of the root file alone or of every file: the next use reads the disk.
+    void Refresh(bool allFiles);
+
+    /// All keywords with the syntax of that name, behind logical ends too: those of a file, then those of the files that
+    /// it includes. Each file is looked at once. With `generatedOnly` only generated keywords count, and only generated
+    /// INCLUDE keywords are followed.
+    std::vector<KeywordFileIterator> FindKeywords(const std::string& name, bool generatedOnly) const;
+
+    /// The position of the walk for a place in a file; logical ends are ignored.
+    KeywordIterator DeckPositionOf(const KeywordFileIterator& place) const;
+    KeywordIterator StepOverInclude(const KeywordIterator& position) const;
+
+private:
+    struct Sections
+    {
+        std::vector<KeywordIterator> begins;
+        std::vector<KeywordIterator> ends;
+        std::vector<KeywordIterator> duplicates;
+        /// All section keywords, behind the deck's end too.
+        std::vector<std::pair<KeywordIterator, Keywords::SectionType>> all;
+    };
+
+    const Sections& GetSections() const;
+    const FilePaths& Paths() const;
+    void OnKeywordFileChanged(KeywordFileEventArgs& args);
+    void DropEnds();
+    void DropAll();
+
+    std::shared_ptr<KeywordFile> m_rootFile;
+    bool m_variablesAllowed;
+    mutable std::optional<KeywordIterator> m_logicalEnd;
+    mutable std::optional<KeywordIterator> m_physicalEnd;
+    mutable std::unique_ptr<Sections> m_sections;
+    mutable std::unique_ptr<FilePaths> m_paths;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager

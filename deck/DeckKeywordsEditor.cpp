@@ -1,0 +1,65 @@
+#include "deck/DeckKeywordsEditor.h"
+
+#include <exception>
+
+#include "deck/Deck.h"
+#include "deck/DeckKeywords.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/IKeywordFileManager.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+DeckKeywordsEditor::~DeckKeywordsEditor()
+{
+    try {
+        Discard();
+    } catch (...) {
+        // A destructor has nobody to tell.
+    }
+}
+
+IDeck* DeckKeywordsEditor::GetDeck() const { return m_deck; }
+
+void DeckKeywordsEditor::Close()
+{
+    Discard();
+    m_deck = nullptr;
+}
+
+void DeckKeywordsEditor::Discard()
+{
+    if (m_deck == nullptr) return;
+    m_deck->Keywords().Rollback();
+    CleanUp();
+}
+
+void DeckKeywordsEditor::SetDeck(Deck* deck)
+{
+    if (deck == m_deck) return;
+    Discard();
+    m_deck = deck;
+}
+
+bool DeckKeywordsEditor::ImportDeck(const std::string& fileName, bool managed, bool checkDataFiles)
+{
+    if (m_deck == nullptr) return false;
+    bool result = false;
+    std::exception_ptr failure;
+    try {
+        result = m_deck->ImportDeck(fileName, managed, checkDataFiles);
+    } catch (const DeckManagerException&) {
+        // Files that the attempt has brought in go before the caller hears of it.
+        failure = std::current_exception();
+    }
+    CleanUp();
+    if (failure) std::rethrow_exception(failure);
+    return result;
+}
+
+void DeckKeywordsEditor::CleanUp()
+{
+    m_fileManager.ClearUnreferencedFiles();
+    m_fileManager.SaveCacheTable();
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

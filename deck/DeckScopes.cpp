@@ -1,0 +1,130 @@
+#include "deck/DeckKeywords.h"
+#include "deck/ScopeWalk.h"
+#include "files/IteratorAccess.h"
+#include "files/IteratorPath.h"
+#include "files/KeywordFile.h"
+#include "deck/FilePaths.h"
+#include "text/SectionNames.h"
+#include <deckmanager/DeckPositions.h>
+#include <deckmanager/IDeck.h>
+#include <deckmanager/IKeyword.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::KeywordKind;
+using Keywords::SectionType;
+
+namespace {
+
+const DeckKeywords& KeywordsOf(const IDeck& deck) { return static_cast<const DeckKeywords&>(*deck.GetDeckKeywords()); }
+
+/// The position behind the scope that `end` closes: a closing keyword belongs to its scope, a further head does not.
+template <class Iterator>
+Iterator Behind(Iterator end, const Iterator& limit)
+{
+    if (end == limit || *end == nullptr || (*end)->GetSyntax()->IsScopeStart()) return end;
+    ++end;
+    return end;
+}
+
+} // namespace
+
+// --- scopes -----------------------------------------------------------------------------------------------------------
+
+KeywordIterator DeckKeywords::GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const
+{
+    const IKeyword* head = *position;
+    SectionType section = SectionType::None;
+    if (head != nullptr && head->GetSyntax()->GetKind() == KeywordKind::Section &&
+        FindSection(head->GetName(), section)) {
+        const KeywordIterator& end = SectionEnd(section);
+        if (end != End()) return end;
+    }
+    if (head == nullptr) return PhysicalEnd();
+    return ScopeWalk<KeywordIterator>::RawScopeEnd(position, PhysicalEnd(), generatedOnly);
+}
+
+void DeckKeywords::GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const
+{
+    const KeywordIterator begin = Begin();
+    head = position;
+    for (--head; head != begin; --head) {
+        const IKeyword* keyword = *head;
+        if (keyword == nullptr) break;
+        if (!keyword->GetSyntax()->IsScopeStart()) continue;
+        end = GetScopeEnd(head, false);
+        if (position < end) return;
+    }
+    head = begin;
+    end = GetScopeEnd(begin, false);
+}
+
+KeywordIterator ScopeEnd(const KeywordIterator& position, const IDeck& deck, bool generatedOnly)
+{
+    const DeckKeywords& keywords = KeywordsOf(deck);
+    return Behind(keywords.GetScopeEnd(position, generatedOnly), keywords.PhysicalEnd());
+}
+
+KeywordFileIterator FileScopeEnd(const KeywordFileIterator& position, bool generatedOnly)
+{
+    return ScopeWalk<KeywordFileIterator>::RawScopeEnd(position, IteratorAccess::File(position)->End(), generatedOnly);
+}
+
+KeywordFileIterator FileScopeBehind(const KeywordFileIterator& position, bool generatedOnly)
+{
+    KeywordFileIterator end = FileScopeEnd(position, generatedOnly);
+    const KeywordFileIterator limit = IteratorAccess::File(position)->End();
+    return end == limit ? end : Behind(end, limit);
+}
+
+// --- places and positions ---------------------------------------------------------------------------------------------
+
+KeywordIterator DeckKeywords::DeckPositionOf(const KeywordFileIterator& place) const
+{
+    KeywordFile* file = IteratorAccess::File(place);
+    if (file == nullptr || place.AtBeforeBegin() || !Paths().Contains(file)) return PhysicalEnd();
+    if (place == file->End()) {
+        if (file == m_rootFile.get()) return PhysicalEnd();
+        // Behind the file is behind its INCLUDE.
+        IteratorPath::Places path = Paths().PathTo(place, false);
+        path.pop_back();
+        return StepOverInclude(IteratorPath::ToPosition(path, true));
+    }
+    IteratorPath::Places path = Paths().PathTo(place, true);
+    if (path.empty()) path = Paths().PathTo(place, false);
+    return IteratorPath::ToPosition(path, true);
+}
+
+KeywordIterator DeckKeywords::StepOverInclude(const KeywordIterator& position) const
+{
+    IteratorPath::Places path = IteratorPath::Of(position);
+    while (!path.empty()) {
+        KeywordFileIterator& place = path.back();
+        KeywordFile* file = IteratorAccess::File(place);
+        if (file == nullptr) break;
+        if (place != file->End()) ++place;
+        if (place != file->End()) return IteratorPath::ToPosition(path, true);
+        path.pop_back();
+    }
+    return PhysicalEnd();
+}
+
+KeywordIterator DeckPositionOf(const KeywordFileIterator& position, const IDeck& deck)
+{
+    return KeywordsOf(deck).DeckPositionOf(position);
+}
+
+KeywordIterator DeckPositionOf(const IKeyword* keyword, const IDeck& deck)
+{
+    const DeckKeywords& keywords = KeywordsOf(deck);
+    return keywords.DeckPositionOf(keywords.GetFileIterator(keyword));
+}
+
+void StepOverInclude(KeywordIterator& position, const IDeck& deck)
+{
+    position = KeywordsOf(deck).StepOverInclude(position);
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,103 @@
+#include "deck/FilePaths.h"
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include "files/IteratorAccess.h"
+#include "files/KeywordFile.h"
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+bool IsWalked(const KeywordFileIterator& place)
+{
+    const KeywordFileIterator end = IteratorAccess::File(place)->WalkEnd();
+    return place < end || (place == end && end == IteratorAccess::File(place)->End());
+}
+
+} // namespace
+
+FilePaths::FilePaths(KeywordFile& root) : m_root(&root)
+{
+    Visit(root, false);
+    Visit(root, true);
+}
+
+/// Depth first in deck order, with a stack of its own: a deck may be a chain of a thousand files.
+void FilePaths::Visit(KeywordFile& root, bool walkedOnly)
+{
+    struct Level
+    {
+        const std::vector<KeywordFileIterator>* includes;
+        std::size_t next;
+    };
+    std::vector<Level> levels;
+    const auto enter = [&](KeywordFile& file, const KeywordFileIterator& include) {
+        const auto [entry, isNew] = m_entries.try_emplace(&file);
+        if (walkedOnly) {
+            if (std::exchange(entry->second.isWalked, true)) return;
+            entry->second.walked = include;
+        } else {
+            if (!isNew) return;
+            entry->second.first = include;
+            m_files.push_back(&file);
+        }
+        levels.push_back({&file.GetINCLUDEKeywords(), 0});
+    };
+
+    enter(root, KeywordFileIterator());
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next == level.includes->size()) {
+            levels.pop_back();
+            continue;
+        }
+        const KeywordFileIterator& include = (*level.includes)[level.next++];
+        KeywordFile* file = KeywordFile::IncludedFileOf(*include);
+        if (file != nullptr && (!walkedOnly || IsWalked(include))) enter(*file, include);
+    }
+}
+
+std::vector<KeywordFile*> FilePaths::FilesFromBelow() const
+{
+    struct Level
+    {
+        KeywordFile* file;
+        std::size_t next;
+    };
+    std::vector<KeywordFile*> files;
+    std::unordered_set<KeywordFile*> seen{m_root};
+    std::vector<Level> levels{{m_root, 0}};
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        const std::vector<KeywordFileIterator>& includes = level.file->GetINCLUDEKeywords();
+        if (level.next == includes.size()) {
+            files.push_back(level.file);
+            levels.pop_back();
+            continue;
+        }
+        KeywordFile* file = KeywordFile::IncludedFileOf(*includes[level.next++]);
+        if (file != nullptr && seen.insert(file).second) levels.push_back({file, 0});
+    }
+    return files;
+}
+
+IteratorPath::Places FilePaths::PathTo(const KeywordFileIterator& place, bool walkedOnly) const
+{
+    IteratorPath::Places places;
+    if (walkedOnly && !IsWalked(place)) return places;
+    for (KeywordFileIterator step = place;;) {
+        KeywordFile* file = IteratorAccess::File(step);
+        const auto entry = m_entries.find(file);
+        if (entry == m_entries.end() || (walkedOnly && !entry->second.isWalked)) return {};
+        places.push_back(step);
+        if (file == m_root) break;
+        step = walkedOnly ? entry->second.walked : entry->second.first;
+    }
+    std::reverse(places.begin(), places.end());
+    return places;
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

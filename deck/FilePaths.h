@@ -1,0 +1,45 @@
+#pragma once
+
+#include <unordered_map>
+#include <vector>
+
+#include "files/IteratorPath.h"
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class KeywordFile;
+
+/// The files of a deck, and how a walk comes to each of them. Made from one look at the INCLUDE keywords, so that
+/// finding a keyword's position needs no walk over the deck. Stale after any change of the files.
+class FilePaths
+{
+public:
+    explicit FilePaths(KeywordFile& root);
+
+    /// All files, each once, in the order in which a walk that ignores logical ends comes to them.
+    const std::vector<KeywordFile*>& Files() const { return m_files; }
+    /// The same, each file behind those that it includes.
+    std::vector<KeywordFile*> FilesFromBelow() const;
+    bool Contains(KeywordFile* file) const { return m_entries.count(file) > 0; }
+
+    /// The way to a place in one of the files; where the file is reached more than once, the first. Empty for a file
+    /// that is not of the deck and, with `walkedOnly`, for a place that a walk which heeds logical ends passes by.
+    IteratorPath::Places PathTo(const KeywordFileIterator& place, bool walkedOnly) const;
+
+private:
+    /// The INCLUDE keyword that leads to a file; of the root: none.
+    struct Entry
+    {
+        KeywordFileIterator first;  ///< on the first way
+        KeywordFileIterator walked; ///< on the first way on which nothing stands behind a logical end
+        bool isWalked = false;
+    };
+
+    void Visit(KeywordFile& root, bool walkedOnly);
+
+    KeywordFile* m_root;
+    std::vector<KeywordFile*> m_files;
+    std::unordered_map<KeywordFile*, Entry> m_entries;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager
