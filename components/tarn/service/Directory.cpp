@@ -69,7 +69,7 @@ NormalForm Normalise(std::string_view text)
     std::string& name = result.name;
     name.reserve(text.size() + 1);
     const std::size_t rootSize = RootSize(text);
-    if (rootSize >= 2) name.append(text.substr(0, 2));
+    if (rootSize >= 2) name = {ToUpper(text[0]), ':'};
     if (rootSize > 0) name += '/';
     const std::size_t nameRootSize = name.size();
 
@@ -189,7 +189,7 @@ Directory Directory::Current()
 
 std::string Directory::RootName() const
 {
-    return HasDrive(m_name) ? Uppercased(std::string_view(m_name).substr(0, 2)) : std::string();
+    return HasDrive(m_name) ? m_name.substr(0, 2) : std::string();
 }
 
 std::string Directory::LeafName() const

@@ -8,8 +8,8 @@ namespace Tarn::Fjel::Core::Service {
 
 /// The name of a directory, which needs not exist. `/` and `\` separate on every platform, and a drive (`C:\`) makes a
 /// name complete on every platform. Names are kept in normal form: `/` between the parts, none at the end, no doubled
-/// ones, no "." but for the directory itself, ".." only where nothing ahead of it can be dropped (behind a symbolic
-/// link nothing can).
+/// ones, drives in capitals, no "." but for the directory itself, ".." only where nothing ahead of it can be dropped
+/// (behind a symbolic link nothing can).
 ///
 /// All operations are lexical but Exists, IsDirectory, the comparison, and those that change or list the disk.
 class Directory

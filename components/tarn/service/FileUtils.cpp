@@ -156,9 +156,17 @@ bool AppendContents(const std::string& path, const Contents& contents)
     const std::int64_t oldSize = fileSystem.Seek(handle, 0, true, error);
     const bool written = oldSize >= 0 && contents(handle);
     if (!written && oldSize >= 0) fileSystem.Truncate(handle, oldSize, error);
-    const bool closed = fileSystem.Close(handle, error);
-    if (!written && !existed) fileSystem.Unlink(path, error);
-    return written && closed;
+    const bool done = fileSystem.Close(handle, error) && written;
+    if (written && !done) {
+        // The failure has come out at the close, when the handle was gone already.
+        const int again = fileSystem.Open(path, OpenMode::WriteExisting, error);
+        if (again >= 0) {
+            fileSystem.Truncate(again, oldSize, error);
+            fileSystem.Close(again, error);
+        }
+    }
+    if (!done && !existed) fileSystem.Unlink(path, error);
+    return done;
 }
 
 } // namespace
