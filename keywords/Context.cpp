@@ -1,5 +1,8 @@
 #include <deckmanager/Context.h>
 
+#include <algorithm>
+#include <list>
+
 #include <boost/lexical_cast.hpp>
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
@@ -9,12 +12,14 @@
 #include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/IKeywordRecordDataVariables.h>
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/keywords/UnsetValue.h>
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
 #include "keywords/Keyword.h"
+#include "keywords/KeywordVariables.h"
 #include "keywords/ValueConversions.h"
 #include "text/KnownSyntax.h"
 #include "text/SectionNames.h"
@@ -30,6 +35,22 @@ void ReportMiss(const std::string& message)
 {
     const Service::Log::Probe probe;
     Service::Log::SendLogMessage(message, Service::Log::Error);
+}
+
+/// In a deck with variables, a path that begins with an alias reads as a reference to a variable and is no value. As the
+/// path of an alias it counts all the same.
+void AddAliasesOfAliases(const Keywords::IKeywordData* data, KeywordVariables& variables, Keywords::PathAliases& table)
+{
+    const auto* const rows = dynamic_cast<const Keywords::IKeywordListData*>(data);
+    if (!rows || rows->GetElementType() != Keywords::MDType::Record) return;
+    for (int i = 0; i < rows->GetElementCount(); ++i) {
+        const auto& row = static_cast<const Keywords::IKeywordRecordData&>(rows->GetContainer(i));
+        auto* const texts = dynamic_cast<Keywords::IKeywordRecordDataVariables*>(variables.GetDataVariables(&row));
+        if (!texts || row.GetItemCount() < 2 || !row.GetItem(0).HasValue()) continue;
+        const std::list<int>& indices = texts->GetVariableIndices();
+        if (std::find(indices.begin(), indices.end(), 1) != indices.end())
+            table.AddAlias(row.GetItem(0).GetString(), texts->GetVariable(1).GetString());
+    }
 }
 
 /// The pieces of an expression between ':', '[' and ']'; none is empty.
@@ -161,12 +182,17 @@ void Context::NoteKeyword(const IKeyword* keyword) const
     if (!keyword || !paths.Is(keyword->GetSyntax()) || !Environment::Instance().PATHSSupport())
         return;
     const Keywords::IKeywordData* data = nullptr;
+    KeywordVariables* variables = nullptr;
     // Reading fills a cache of the keyword, which its constness doesn't cover.
-    if (const auto* const own = dynamic_cast<const Keyword*>(keyword))
+    if (const auto* const own = dynamic_cast<const Keyword*>(keyword)) {
         data = const_cast<Keyword*>(own)->GetData(*this);
-    else if (m_keywords)
+        variables = const_cast<Keyword*>(own)->GetVariables(*this);
+    } else if (m_keywords) {
         data = m_keywords->GetKeywordData(keyword);
+        variables = m_keywords->GetVariables(keyword);
+    }
     Keywords::DataAccessUtils::AddPathAliases(data, m_pathAliases);
+    if (variables) AddAliasesOfAliases(data, *variables, m_pathAliases);
 }
 
 bool Context::HasPaths(const IKeyword* keyword)

@@ -1,0 +1,88 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <deckmanager/Context.h>
+#include <deckmanager/Environment.h>
+#include <deckmanager/IKeyword.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordSyntaxTable.h>
+
+#include "keywords/KeywordVariables.h"
+
+namespace DataReading {
+
+namespace Core = Tarn::Fjel::Core;
+namespace DeckManager = Core::DeckManager;
+
+/// A keyword that stands in no file.
+class LooseKeyword : public DeckManager::IKeyword
+{
+public:
+    explicit LooseKeyword(const Core::Keywords::IKeywordSyntax* syntax, std::string name = {}, int line = -1)
+        : m_syntax(syntax), m_name(name.empty() ? syntax->GetName() : std::move(name)), m_line(line)
+    {
+    }
+
+    const std::string& GetName() const override { return m_name; }
+    const Core::Keywords::IKeywordSyntax* GetSyntax() const override { return m_syntax; }
+    std::string GetComment() const override { return {}; }
+    bool IsGenerated() const override { return false; }
+    bool IsInGeneratedFile() const override { return false; }
+    DeckManager::IKeywordFile* GetFile() const override { return nullptr; }
+    DeckManager::KeywordFile* GetDiskFile() const override { return nullptr; }
+    int GetLine() const override { return m_line; }
+    long long GetPosition() const override { return 0; }
+    bool IsCommentedOut() const override { return false; }
+    bool IsSuppressed() const override { return false; }
+    std::shared_ptr<std::string> GetText() const override { return std::make_shared<std::string>(); }
+    long long GetSize() const override { return 0; }
+
+private:
+    const Core::Keywords::IKeywordSyntax* m_syntax;
+    std::string m_name;
+    int m_line;
+};
+
+/// A table of its own is in force, made from catalogue text, until the end of the scope; then all settings are reset.
+class TableInForce
+{
+public:
+    explicit TableInForce(std::string_view json);
+    ~TableInForce();
+
+    const Core::Keywords::IKeywordSyntax* Syntax(std::string_view name) const;
+
+private:
+    std::unique_ptr<Core::Keywords::KeywordSyntaxTable> m_table;
+};
+
+/// What came of a read.
+struct Outcome
+{
+    std::string tree;
+    std::vector<std::string> messages; ///< "2 text" for a warning, "3 text" for an error
+    std::unique_ptr<Core::Keywords::IKeywordData> data;
+    DeckManager::KeywordVariables variables;
+    long long takenEnd = -1;
+};
+
+/// Reads data lines, as a keyword's held text.
+Outcome ReadText(const DeckManager::IKeyword& keyword, const std::string& text, bool withVariables = false,
+                 const DeckManager::Context& context = DeckManager::Context());
+
+/// Reads the extent of a keyword in the text of a file.
+Outcome ReadExtent(const DeckManager::IKeyword& keyword, const std::string& file, long long start, long long length);
+
+/// Data in a line: records in {}, lists in [], "-" for unset, "1*" for a defaulted element, maps as NAME=value of what is
+/// set, raw text in quotes with "|" for its line ends.
+std::string Describe(const Core::Keywords::IKeywordData& data);
+
+/// Reads a text by the data shape given as catalogue JSON: one table, one keyword X, valid everywhere.
+Outcome ReadShape(std::string_view shape, const std::string& text, bool withVariables = false);
+
+} // namespace DataReading
