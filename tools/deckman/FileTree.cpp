@@ -5,6 +5,7 @@
 
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
+#include <deckmanager/KeywordText.h>
 #include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
@@ -79,7 +80,14 @@ FileLink FileTree::LinkOf(const DeckManager::IKeyword& include) const
     link.kind = FileLink::Kind::Refused;
     const std::optional<std::string> text =
         DataAccessUtils::GetINCLUDEFileName(m_session.Keywords().GetKeywordData(&include));
-    link.shown = text.value_or(std::string());
+    if (!text) {
+        // A name that nothing gives a value, such as a variable: what stands in the deck says more than nothing.
+        const DeckManager::KeywordText written(include);
+        const std::string_view data = Service::Trimmed(written.Data());
+        link.shown = data.substr(0, data.find('\n'));
+        return link;
+    }
+    link.shown = *text;
     try {
         Service::FileName name(link.shown);
         if (name.IsSet() && name.MakeComplete(m_session.TopFile().GetDirectory()))
