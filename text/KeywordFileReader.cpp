@@ -4,6 +4,7 @@
 
 #include <deckmanager/DeckManagerException.h>
 #include <tarn/service/FileSystem.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/service/Strings.h>
 
 #include "text/LineFileReader.h"
@@ -40,7 +41,8 @@ void KeywordFileReader::ReadLineStarts()
     std::string_view line;
     long long position = 0;
     while (lines->NextLineView(line, &position)) {
-        const std::string_view text = Service::TrimmedLeft(line);
+        // A suppressed line counts by what stands behind its marker, as the scan takes it.
+        const std::string_view text = Service::TrimmedLeft(VeldaneDeckInfo::SkipSuppressMarker(line));
         if (!text.empty() && Service::IsAlpha(text.front())) m_lineStarts->push_back({position, lines->LineNumber()});
     }
 }

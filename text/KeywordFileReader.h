@@ -25,7 +25,7 @@ public:
     std::unique_ptr<ILineReader> OpenLineReader(bool required) const;
 
     /// The number, counted from 1, of the first line at or behind `position` whose first character, white space aside, is a
-    /// letter; -1 if there is none. Reads the file once, at the first call.
+    /// letter (behind suppress markers too); -1 if there is none. Reads the file once, at the first call.
     int LineNumberAt(long long position);
 
 private:

@@ -73,8 +73,7 @@ void WarnOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
         Service::Log::SendLogMessage(text + ".", Service::Log::Warning);
         return;
     }
-    // The file counts lines by their first letter, ahead of which a suppressed line has its marker.
-    const int line = word.line > 0 && !word.suppressed ? word.line : file->LineNumberAt(word.pos);
+    const int line = word.line > 0 ? word.line : file->LineNumberAt(word.pos);
     Service::Log::LogWF("%s near line %d in %s.", text.c_str(), line - 1, file->GetPath().c_str());
 }
 
