@@ -173,10 +173,12 @@ public:
     std::int64_t AppendRun(const ConstSlot& value, std::int64_t count) override
     {
         // What the slot holds is copied first: it may be an element of this very list.
+        if (!value.HasValue()) {
+            ExpectKind(value.Kind());
+            return AppendValues(Unset(), count);
+        }
         if constexpr (std::is_same_v<T, CompactString>) {
-            CompactString copy;
-            if (value.HasValue()) copy.Set(value.GetString());
-            return AppendValues(copy, count);
+            return AppendStringRun(value.GetString(), count);
         }
         else if constexpr (std::is_same_v<T, double>) {
             return AppendValues(value.GetReal(), count);
@@ -335,10 +337,18 @@ private:
     {
         if (GetElementType() != kind) Fail(kind == MDType::Option ? "option" : "integer");
     }
-    void ExpectAt(int index, MDType kind) const
+    bool IsOwnKind(MDType kind) const
     {
         const MDType own = GetElementType();
-        if (own != kind && !(IsString(own) && IsString(kind))) FailPlace(*this, index, "value of that kind");
+        return own == kind || (IsString(own) && IsString(kind));
+    }
+    void ExpectAt(int index, MDType kind) const
+    {
+        if (!IsOwnKind(kind)) FailPlace(*this, index, "value of that kind");
+    }
+    void ExpectKind(MDType kind) const
+    {
+        if (!IsOwnKind(kind)) Fail("value of another kind");
     }
     bool IsMarked(std::size_t at) const { return m_defaults && at < m_defaults->size() && (*m_defaults)[at]; }
 

@@ -178,8 +178,28 @@ void CatalogueReader::AddFile(const std::string& path)
     Add(text, path);
 }
 
+void CatalogueReader::CheckReachable() const
+{
+    std::map<std::string, std::vector<std::size_t>> definitions;
+    for (std::size_t i = 0; i < m_keywords.size(); ++i) {
+        const KeywordHead& head = m_keywords[i].head;
+        for (const NameDefinition& name : head.names) {
+            for (const std::size_t earlier : definitions[name.name]) {
+                const KeywordHead& other = m_keywords[earlier].head;
+                if ((head.sections & ~other.sections) == 0 && (head.simulators & ~other.simulators) == 0) {
+                    throw KeywordException(m_origins[i] + ": keyword " + name.name +
+                                           ": is defined for its sections and simulators already in " +
+                                           m_origins[earlier]);
+                }
+            }
+            definitions[name.name].push_back(i);
+        }
+    }
+}
+
 void CatalogueReader::CheckWhole() const
 {
+    CheckReachable();
     std::set<std::string> names;
     for (const KeywordDefinition& keyword : m_keywords) {
         for (const NameDefinition& name : keyword.head.names) names.insert(name.name);

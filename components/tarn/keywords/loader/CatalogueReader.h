@@ -19,13 +19,15 @@ public:
     /// Adds the definitions of a file; one that can't be read throws KeywordException.
     void AddFile(const std::string& path);
 
-    /// Checks what needs all definitions at hand: that the keywords that close a scope exist, that the ordering rules
-    /// form no ring. Throws KeywordException.
+    /// Checks what needs all definitions at hand: that none hides behind an earlier one of its name, that the keywords
+    /// that close a scope exist, that the ordering rules form no ring. Throws KeywordException.
     void CheckWhole() const;
 
     const std::vector<KeywordDefinition>& Keywords() const { return m_keywords; }
 
 private:
+    void CheckReachable() const;
+
     std::vector<KeywordDefinition> m_keywords;
     std::vector<std::string> m_origins; // of each keyword
 };
