@@ -70,6 +70,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
     bool lastFirst = false;
     bool first = false;
     bool terminated = false;
+    bool lineTaken = false; // as a whole, and the store is on the next one
     for (int index = 0; index < count; ++index) {
         const RecordPlan::Item& item = plan.items[static_cast<std::size_t>(index)];
         DeserializeResult step;
@@ -85,6 +86,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
             if (result.endOfLine)
                 break;
             step = result.result;
+            lineTaken = item.type == MDType::RestOfLine;
         }
         if (step.hasData) {
             counted = true;
@@ -106,7 +108,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
         const RecordEnd end = CheckRecordEnd(store, state, plan, first, lastFirst, terminated);
         result.terminated = end.terminated && !end.consumed;
         result.hasData = counted || (end.terminated && end.consumed);
-    } else if (endOfLine && !terminated) {
+    } else if (endOfLine && !terminated && !lineTaken) {
         if (store.CountTokensToTerminator() > 0)
             result.terminated = true;
         else

@@ -19,6 +19,8 @@ constexpr const char* names = R"([{"name": "BRINE", "sections": "all", "data": {
     {"name": "TITLE", "sections": "all", "data":
         {"type": "record", "termination": "eol", "items": [{"name": "T", "type": "restOfLine"}]}}])";
 
+constexpr const char* unbalanced = "3 Unbalanced quote while reading keyword data: '";
+
 std::string Failed(const std::string& rest)
 {
     return "3 Failed to read data of keyword " + rest;
@@ -47,7 +49,7 @@ TEST(KeywordDataStore, ReadsNoFurtherThanTheExtent)
         {"BRINE", "BRINE\n~\n  ARRAY\n", "[]", {Failed("BRINE: attempting to read beyond keyword boundary.")}},
         {"BRINE", "BRINE\n NACL /\n~ARRAY\n", "[NACL]", {}},
         // Starting on the line again begins with a line of the keyword's own, or with none.
-        {"MARKS", "MARKS\n'\n~B=1 /\n", "{}", {"3 Unbalanced quote while reading keyword data: '"}},
+        {"MARKS", "MARKS\n'\n~B=1 /\n", "{}", {unbalanced, unbalanced}},
     };
     for (const auto& c : cases) {
         std::string file = c.file;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <deckmanager/Environment.h>
+#include <fmt/format.h>
 
 #include "DataReading.h"
 
@@ -112,7 +113,7 @@ TEST(RecordReading, StringsAndOptions)
     ASSERT_EQ(outcome.messages.size(), 1u);
     EXPECT_NE(outcome.messages[0].find("Item value \"SIX\" is not valid. "), std::string::npos);
 
-    const TableInForce table(std::string(R"([{"name": "X", "sections": "all", "data": )") + shape + "}]");
+    const TableInForce table(fmt::format(R"([{{"name": "X", "sections": "all", "data": {}}}])", shape));
     DeckManager::Environment::Instance().SetLimitStringLengthOnRead(true);
     DeckManager::Environment::Instance().SetUppercaseKeywordStringsOnRead(false);
     EXPECT_EQ(ReadText(LooseKeyword(table.Syntax("X")), "abcd abcd Y ONE /").tree, "{abc abcd yes ONE}");
@@ -138,6 +139,9 @@ TEST(RecordReading, ALineCanBeARecord)
               {"  a Title, it's / all -- of it   \nmore", "{  a Title, it's / all -- of it}"},
               {"/", "{-}"},
           });
+    Check(R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items":
+              [{"name": "A", "type": "integer"}, {"name": "T", "type": "restOfLine"}]}})",
+          {{"1 one\n2 /\n3 three", "[{1 1 one} {2 2 /} {3 3 three}]"}});
     Check(R"({"type": "list", "element": {"type": "record", "termination": "eol", "items":
               [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}]}})",
           {
