@@ -384,9 +384,9 @@ void DeckKeywords::Refresh(bool allFiles)
         return;
     }
     // A file goes after the files that it includes, so that no INCLUDE keyword goes through which one is still reached.
-    // Each tells the decks that share it.
+    // Each tells the decks that share it. A file that was never read has nothing to drop, and is not read for this.
     std::vector<std::shared_ptr<KeywordFile>> files;
-    for (KeywordFile* file : FilePaths(*m_rootFile).FilesFromBelow()) {
+    for (KeywordFile* file : FilePaths::LoadedFromBelow(*m_rootFile)) {
         files.push_back(file->shared_from_this());
     }
     for (const std::shared_ptr<KeywordFile>& file : files) {

@@ -60,19 +60,21 @@ void FilePaths::Visit(KeywordFile& root, bool walkedOnly)
     }
 }
 
-std::vector<KeywordFile*> FilePaths::FilesFromBelow() const
+std::vector<KeywordFile*> FilePaths::LoadedFromBelow(KeywordFile& root)
 {
+    static const std::vector<KeywordFileIterator> none;
     struct Level
     {
         KeywordFile* file;
         std::size_t next;
     };
     std::vector<KeywordFile*> files;
-    std::unordered_set<KeywordFile*> seen{m_root};
-    std::vector<Level> levels{{m_root, 0}};
+    std::unordered_set<KeywordFile*> seen{&root};
+    std::vector<Level> levels{{&root, 0}};
     while (!levels.empty()) {
         Level& level = levels.back();
-        const std::vector<KeywordFileIterator>& includes = level.file->GetINCLUDEKeywords();
+        const std::vector<KeywordFileIterator>& includes =
+            level.file->IsLoaded() ? level.file->GetINCLUDEKeywords() : none;
         if (level.next == includes.size()) {
             files.push_back(level.file);
             levels.pop_back();

@@ -18,8 +18,8 @@ public:
 
     /// All files, each once, in the order in which a walk that ignores logical ends comes to them.
     const std::vector<KeywordFile*>& Files() const { return m_files; }
-    /// The same, each file behind those that it includes.
-    std::vector<KeywordFile*> FilesFromBelow() const;
+    /// The root, and the files below it as far as they have been loaded, each behind those that it includes. Loads none.
+    static std::vector<KeywordFile*> LoadedFromBelow(KeywordFile& root);
     bool Contains(KeywordFile* file) const { return m_entries.count(file) > 0; }
 
     /// The way to a place in one of the files; where the file is reached more than once, the first. Empty for a file
