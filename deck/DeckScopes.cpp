@@ -20,11 +20,13 @@ namespace {
 
 const DeckKeywords& KeywordsOf(const IDeck& deck) { return static_cast<const DeckKeywords&>(*deck.GetDeckKeywords()); }
 
-/// The position behind the scope that `end` closes: a closing keyword belongs to its scope, a further head does not.
+/// The position behind the scope of `head`, which `end` closes: a closing keyword belongs to its scope, a further head does
+/// not, and what ends a scope that has no closing keyword of its own (a TSTEP behind a DATES) does not either.
 template <class Iterator>
-Iterator Behind(Iterator end, const Iterator& limit)
+Iterator Behind(const IKeyword* head, Iterator end, const Iterator& limit)
 {
     if (end == limit || *end == nullptr || (*end)->GetSyntax()->IsScopeStart()) return end;
+    if (head == nullptr || head->GetSyntax()->GetScopeEndSyntax() == nullptr) return end;
     ++end;
     return end;
 }
@@ -64,7 +66,7 @@ void DeckKeywords::GetEnclosingScope(const KeywordIterator& position, KeywordIte
 KeywordIterator ScopeEnd(const KeywordIterator& position, const IDeck& deck, bool generatedOnly)
 {
     const DeckKeywords& keywords = KeywordsOf(deck);
-    return Behind(keywords.GetScopeEnd(position, generatedOnly), keywords.PhysicalEnd());
+    return Behind(*position, keywords.GetScopeEnd(position, generatedOnly), keywords.PhysicalEnd());
 }
 
 KeywordFileIterator FileScopeEnd(const KeywordFileIterator& position, bool generatedOnly)
@@ -76,7 +78,7 @@ KeywordFileIterator FileScopeBehind(const KeywordFileIterator& position, bool ge
 {
     KeywordFileIterator end = FileScopeEnd(position, generatedOnly);
     const KeywordFileIterator limit = IteratorAccess::File(position)->End();
-    return end == limit ? end : Behind(end, limit);
+    return end == limit ? end : Behind(*position, end, limit);
 }
 
 // --- places and positions ---------------------------------------------------------------------------------------------

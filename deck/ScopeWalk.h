@@ -37,10 +37,12 @@ public:
                 const IKeyword* closed = heads.back();
                 heads.pop_back();
                 if (heads.empty()) return current;
-                // What closed the inner scope may concern the outer one too: a further head, and the ENDFIN that ends a
-                // box together with the refinement around it.
+                // What closed the inner scope may concern the outer one too: a further head, the ENDFIN that ends a box
+                // together with the refinement around it, the ENDSKIP that ends a date together with the SKIP around it.
                 lookAgain = keyword->GetSyntax()->IsScopeStart() ||
-                            (closed->GetName() == "BOX" && keyword->GetName() == "ENDFIN");
+                            (closed->GetName() == "BOX" && keyword->GetName() == "ENDFIN") ||
+                            (closed->GetName() == "DATES" &&
+                             keyword->GetSyntax()->GetKind() == Keywords::KeywordKind::EndSkip);
                 continue;
             }
             if (keyword->GetSyntax()->IsScopeStart()) heads.push_back(keyword);
