@@ -60,6 +60,9 @@ std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
     const std::optional<std::string> text = Keywords::DataAccessUtils::GetINCLUDEFileName(data);
     if (!text) return nullptr;
 
+    const std::string& place = owner->GetFileName().GetFullName();
+    const Log::Place logPlace(
+        place, [](const void* include) { return static_cast<const KeywordINCLUDE*>(include)->GetLine(); }, this);
     Service::FileName name;
     try {
         name = Service::FileName(*text);

@@ -111,7 +111,8 @@ TEST(BadInput, IncludeOfADirectoryIsTold)
     folder.Write("sub/x.inc", "");
     const Outcome outcome = Deckman({"tree", "TOP.DATA"}, In(folder));
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.err, HasSubstr("is not a file."));
+    EXPECT_THAT(outcome.err, testing::ContainsRegex("^TOP.DATA:2: error: The INCLUDE path \"sub\".* is not a file.\n"
+                                                    "    Ensure that [^\n]*\n$"));
     EXPECT_THAT(outcome.out, testing::ContainsRegex("sub .*not included"));
 }
 
@@ -122,18 +123,21 @@ TEST(BadInput, RingIsReportedOnceAndTheWalkEnds)
         const char* what;
         std::vector<std::pair<std::string, std::string>> files;
         std::vector<std::string> names;
+        std::string place;
         std::string ring;
     };
     const Case cases[] = {
         {"a file that includes itself",
          {{"TOP.DATA", "RUNSPEC\n" + include + "TOP.DATA' /\nGRID\n"}},
          {"RUNSPEC", "INCLUDE", "GRID"},
+         "TOP.DATA:2: error: ",
          "TOP.DATA -> TOP.DATA."},
         {"a ring of three",
          {{"TOP.DATA", "RUNSPEC\n" + include + "a.inc' /\nGRID\n"},
           {"a.inc", "OIL\n" + include + "b.inc' /\n"},
           {"b.inc", "GAS\n" + include + "a.inc' /\n"}},
          {"RUNSPEC", "INCLUDE", "OIL", "INCLUDE", "GAS", "INCLUDE", "GRID"},
+         "b.inc:2: error: ",
          "b.inc -> a.inc -> b.inc."},
     };
     for (const Case& c : cases) {
@@ -143,6 +147,7 @@ TEST(BadInput, RingIsReportedOnceAndTheWalkEnds)
         for (const char* verb : {"ls", "tree", "sections", "scopes"}) {
             const Outcome outcome = Deckman({verb, "TOP.DATA", "--json"}, In(folder));
             EXPECT_EQ(outcome.status, 1) << c.what << ", " << verb;
+            EXPECT_TRUE(outcome.err.starts_with(c.place)) << outcome.err;
             EXPECT_THAT(outcome.err, HasSubstr(c.ring)) << verb;
             EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
             if (std::string(verb) == "ls") {

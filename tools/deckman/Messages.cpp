@@ -1,6 +1,7 @@
 #include "Messages.h"
 
 #include <cstdio>
+#include <functional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -45,11 +46,15 @@ std::string Messages::Shown(std::string_view file) const
     return std::string(file);
 }
 
-void Messages::Print(std::string_view place, std::string_view severity, std::string_view text)
+bool Messages::Print(std::string_view place, std::string_view severity, std::string_view text)
 {
-    const std::string line = fmt::format("{}: {}: {}\n", place.empty() ? "deckman" : place, severity,
-                                         Tarn::Fjel::Core::Service::TrimmedRight(text));
+    std::string line = fmt::format("{}: {}: {}", place.empty() ? "deckman" : place, severity,
+                                   Tarn::Fjel::Core::Service::TrimmedRight(text));
+    if (!place.empty() && !m_told.insert(std::hash<std::string>()(line)).second) return false;
+    Tarn::Fjel::Core::Service::StringReplace(line, "\n", "\n    ");
+    line += '\n';
     std::fwrite(line.data(), 1, line.size(), stderr);
+    return true;
 }
 
 } // namespace Deckman

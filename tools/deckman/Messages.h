@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 #include <tarn/service/Log.h>
 
@@ -10,7 +12,8 @@ namespace Deckman {
 /// The library's messages and the tool's own, on standard error, one to a line: `file:line: severity: text`.
 ///
 /// While an object of this class lives it is the handler of the process's log. Messages of a read whose failure is an
-/// expected answer are neither shown nor counted.
+/// expected answer are neither shown nor counted, and the same message about the same place only once: the library
+/// tells it whenever it comes by. Further lines of a message are indented.
 class Messages
 {
 public:
@@ -19,8 +22,8 @@ public:
     Messages(const Messages&) = delete;
     Messages& operator=(const Messages&) = delete;
 
-    void Warning(std::string_view place, std::string_view text) { Print(place, "warning", text), ++m_warnings; }
-    void Error(std::string_view place, std::string_view text) { Print(place, "error", text), ++m_errors; }
+    void Warning(std::string_view place, std::string_view text) { m_warnings += Print(place, "warning", text) ? 1 : 0; }
+    void Error(std::string_view place, std::string_view text) { m_errors += Print(place, "error", text) ? 1 : 0; }
     /// Something of use that is no fault of the deck.
     void Note(std::string_view place, std::string_view text) { Print(place, "note", text); }
 
@@ -32,10 +35,12 @@ public:
 
 private:
     void Take(std::string_view text, int severity);
-    static void Print(std::string_view place, std::string_view severity, std::string_view text);
+    /// False for a message that has been told.
+    bool Print(std::string_view place, std::string_view severity, std::string_view text);
 
     std::string m_currentDirectory;
     Tarn::Fjel::Core::Service::Log::Handler m_previous;
+    std::unordered_set<std::size_t> m_told; // hashes of what was printed about a place
     int m_warnings = 0;
     int m_errors = 0;
 };

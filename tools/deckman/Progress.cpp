@@ -20,9 +20,10 @@ Progress::Progress()
 {
 }
 
-Progress::~Progress()
+void Progress::Finish()
 {
     if (m_shown) std::fputs("\r\x1b[K", stderr);
+    m_shown = false;
 }
 
 void Progress::Show(long long count, std::string_view what)

@@ -11,9 +11,11 @@ class Progress
 {
 public:
     Progress();
-    ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
+
+    /// Wipes the line, if there is one.
+    void Finish();
 
     /// `count` of `what` are done. Cheap enough for every few dozen.
     void Tell(long long count, std::string_view what)

@@ -38,7 +38,9 @@ ExitStatus Run(DeckSession& session, const Options& options, Output& out)
 ExitStatus RunOnDeck(const Options& options, Messages& messages, Output& out)
 {
     try {
-        DeckSession session(options, messages);
+        // Nothing is to be undone, and the system takes back the memory of a large deck faster than its destructors do.
+        static DeckSession* const opened = new DeckSession(options, messages);
+        DeckSession& session = *opened;
         ExitStatus status = Done;
         try {
             status = Run(session, options, out);
@@ -49,6 +51,7 @@ ExitStatus RunOnDeck(const Options& options, Messages& messages, Output& out)
             messages.Error(messages.Shown(session.TopFile().GetFullName()), exception.what());
             status = NotThere;
         }
+        session.Progress().Finish();
         // Only trouble makes it worth while to ask every file.
         return messages.Errors() > 0 && session.HasUnreadableFile() ? FileFailure : status;
     } catch (const Failure& failure) {
