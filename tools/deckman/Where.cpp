@@ -48,6 +48,18 @@ std::vector<std::string_view> ViewsOf(const std::set<std::string>& names)
     return {names.begin(), names.end()};
 }
 
+/// What stands behind the deck's end is a place only where that is asked for; empty when it isn't there either.
+template <class Find>
+std::string HintBehindEnd(const Find& find)
+{
+    try {
+        find(true);
+    } catch (const Failure&) {
+        return {};
+    }
+    return " With --all there is, behind the deck's end.";
+}
+
 /// How many lines a file has; what stands behind the last line end counts when there is something.
 long long CountLines(const std::string& path)
 {
@@ -111,7 +123,17 @@ Where Where::Parse(const std::string& text)
 
 Where::Place Where::Find(DeckSession& session, bool all) const
 {
-    return std::visit([&](const auto& where) { return FindPlace(where, session, all); }, m_where);
+    const auto find = [&](bool behindEndToo) {
+        return std::visit([&](const auto& where) { return FindPlace(where, session, behindEndToo); }, m_where);
+    };
+    try {
+        return find(all);
+    } catch (const Failure& failure) {
+        if (all || failure.Status() != NotThere) throw;
+        const std::string hint = HintBehindEnd(find);
+        if (hint.empty()) throw;
+        throw Failure(NotThere, failure.what() + hint);
+    }
 }
 
 Where::Place Where::FindPlace(const ByName& where, DeckSession& session, bool all)
@@ -130,8 +152,8 @@ Where::Place Where::FindPlace(const ByName& where, DeckSession& session, bool al
 
     const std::string in = anySection ? "the deck" : fmt::format("section {}", NameOf(where.section));
     if (found > 0)
-        throw Failure(NotThere, fmt::format("There are {} {} in {}, and no {}#{}.", found, where.name, in, where.name,
-                                            where.number));
+        throw Failure(NotThere, fmt::format("There {} {} {} in {}, and no {}#{}.", found == 1 ? "is" : "are", found,
+                                            where.name, in, where.name, where.number));
     throw Failure(NotThere,
                   fmt::format("There is no {} in {}.{}", where.name, in, NearestHint(where.name, ViewsOf(names))));
 }
@@ -166,7 +188,8 @@ Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, bool al
         bool isLast = true;
     };
     std::vector<Candidate> candidates;
-    for (DeckWalk walk(session, all); walk.Next();) {
+    // Behind the end too: the line must not go to the keyword ahead of it.
+    for (DeckWalk walk(session, true); walk.Next();) {
         const auto number = static_cast<std::size_t>(walk.File());
         if (number >= candidates.size()) candidates.resize(number + 1);
         Candidate& candidate = candidates[number];
@@ -222,7 +245,11 @@ Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, bool al
             throw Failure(NotThere, fmt::format("There is no line {} in {}: it has {}.", where.line, name,
                                                 Plural(lines, "line")));
     }
-    return candidate.place;
+    if (all) return candidate.place;
+    for (DeckWalk walk(session, false); walk.Next();) {
+        if (&walk.Keyword() == candidate.place.keyword) return {walk.Position(), &walk.Keyword(), walk.Index()};
+    }
+    throw Failure(NotThere, fmt::format("Line {} of {} stands behind the deck's end.", where.line, name));
 }
 
 } // namespace Deckman
