@@ -218,7 +218,9 @@ void CatalogueReader::CheckWhole() const
             }
         }
     }
-    for (const auto& [section, follows] : rules) {
+    for (const auto& rulesOfSection : rules) {
+        const auto section = rulesOfSection.first;
+        const auto& follows = rulesOfSection.second;
         std::map<std::string, int> state; // 1: on the way, 2: done
         const std::function<void(const std::string&)> visit = [&](const std::string& name) {
             const auto rule = follows.find(name);
