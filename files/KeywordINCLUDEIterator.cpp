@@ -74,19 +74,18 @@ const IKeyword* KeywordINCLUDEIterator::Current() const
 
 bool KeywordINCLUDEIterator::Increment()
 {
-    switch (m_state) {
-    case State::Ahead: m_state = State::OnKeyword; break;
-    case State::OnKeyword:
+    if (m_state == State::Ahead) {
+        m_state = State::OnKeyword;
+        return true;
+    }
+    if (m_state == State::OnKeyword) {
         m_state = State::Inside;
         if (KeywordFile* included = KeywordFile::IncludedFileOf(*m_position)) {
             m_nested.reset(new KeywordIterator(included, true, m_ignoreLogicalEnds));
         }
-        break;
-    case State::Inside:
-        if (m_nested) ++*m_nested;
-        break;
+        return IsValid();
     }
-    return IsValid();
+    return m_nested && m_nested->Increment();
 }
 
 bool KeywordINCLUDEIterator::Decrement()
@@ -94,13 +93,12 @@ bool KeywordINCLUDEIterator::Decrement()
     if (m_state == State::OnKeyword) {
         m_state = State::Ahead;
     } else if (m_state == State::Inside) {
-        if (m_nested) --*m_nested;
-        if (!m_nested || **m_nested == nullptr) {
-            m_nested.reset();
-            m_state = State::OnKeyword;
-        }
+        if (m_nested && m_nested->Decrement()) return true;
+        m_nested.reset();
+        m_state = State::OnKeyword;
+        return true;
     }
-    return IsValid();
+    return false;
 }
 
 bool KeywordINCLUDEIterator::Less(const ISingleKeywordIterator& other) const

@@ -72,42 +72,34 @@ const IKeyword* KeywordIterator::operator*() const
     return m_inner ? m_inner->Current() : *m_position;
 }
 
-void KeywordIterator::Increment()
+/// Each level answers for itself and takes the answer of the level below as it is: a walk deep down a chain of files must
+/// not ask the whole chain again at every level.
+bool KeywordIterator::Increment()
 {
-    if (m_topFile == nullptr) return;
-    for (;;) {
-        bool stands = false;
-        if (m_inner) {
-            stands = m_inner->Increment();
-        } else {
-            ++m_position;
-            if (!AtEnd()) m_inner = FindSingleKeywordIterator(m_topFile, m_position, true, m_ignoreLogicalEnds);
-            if (!m_inner) return;
-            stands = m_inner->IsValid();
-        }
-        if (stands) return;
+    if (m_topFile == nullptr) return false;
+    if (m_inner) {
+        if (m_inner->Increment()) return true;
         m_inner.reset();
     }
+    ++m_position;
+    if (AtEnd()) return false;
+    // A walk that has just been made stands on its INCLUDE keyword.
+    m_inner = FindSingleKeywordIterator(m_topFile, m_position, true, m_ignoreLogicalEnds);
+    return true;
 }
 
-void KeywordIterator::Decrement()
+bool KeywordIterator::Decrement()
 {
-    if (m_topFile == nullptr) return;
-    for (;;) {
-        bool stands = false;
-        if (m_inner) {
-            stands = m_inner->Decrement();
-        } else {
-            --m_position;
-            if (!AtBeforeBegin()) {
-                m_inner = FindSingleKeywordIterator(m_topFile, m_position, false, m_ignoreLogicalEnds);
-            }
-            if (!m_inner) return;
-            stands = m_inner->IsValid();
-        }
-        if (stands) return;
+    if (m_topFile == nullptr) return false;
+    if (m_inner) {
+        if (m_inner->Decrement()) return true;
         m_inner.reset();
     }
+    --m_position;
+    if (AtBeforeBegin()) return false;
+    // From behind it stands on the last keyword of the included file, or on the INCLUDE keyword of an empty one.
+    m_inner = FindSingleKeywordIterator(m_topFile, m_position, false, m_ignoreLogicalEnds);
+    return true;
 }
 
 KeywordIterator& KeywordIterator::operator++()

@@ -58,8 +58,9 @@ private:
     KeywordIterator(IKeywordFile* file, const KeywordFileIterator& position);
 
     void Init(KeywordFile* file, bool atBegin);
-    void Increment();
-    void Decrement();
+    // One step; whether the walk then stands on a keyword.
+    bool Increment();
+    bool Decrement();
     KeywordFile* CurrentFile() const { return m_inner ? m_inner->CurrentFile() : m_topFile; }
     KeywordFileIterator CurrentFileIter() const { return m_inner ? m_inner->CurrentFileIter() : m_position; }
     bool IsIdentical(const KeywordIterator& other) const;
