@@ -10,15 +10,25 @@ FIELD=field/FIELD.DATA
 
 # step "what it shows" arguments...: prints the command as a user would type it, then runs it.
 step() {
-    printf '\n== %s\n$ deckman %s\n' "$1" "${*:2}"
+    local word line='$ deckman'
+    for word in "${@:2}"; do
+        if [[ $word == *[!A-Za-z0-9_./:=#@-]* ]]; then
+            word="'$word'"
+        fi
+        line+=" $word"
+    done
+    printf '\n== %s\n%s\n' "$1" "$line"
     "$DECKMAN" "${@:2}"
 }
 
-step "The files of a deck, and what includes what" tree "$FIELD"
+step "A deck in one file: its keywords in order" ls single/SKERROW.DATA
+step "The files of a field's deck, and what includes what" tree "$FIELD"
 step "Its sections, by the indices of ls" sections "$FIELD"
 step "Every keyword of one section, whatever file it stands in" ls "$FIELD" --section SOLUTION
-step "One kind of keyword, in the whole deck" ls "$FIELD" --name 'WCON*'
+step "Some kinds of keyword, in the whole deck" ls "$FIELD" --name 'WEL*'
+step "What the user wrote into the schedule, among what was generated" ls "$FIELD" --section SCHEDULE --user
 step "What encloses what" scopes "$FIELD"
 step "A keyword's text, as it stands" show "$FIELD" SCHEDULE/WELSPECS
-step "The same by file and line" show single/SKERROW.DATA SKERROW.DATA:204
-step "A small deck from end to end, for machines" ls single/SKERROW.DATA --json
+step "The same by file and line, with the comment above it" show single/SKERROW.DATA SKERROW.DATA:204 --comments
+step "The keywords whose data match" find "$FIELD" 'HR-P[56]'
+step "The same for machines" find "$FIELD" 'HR-P[56]' --json
