@@ -77,10 +77,10 @@ public:
     virtual std::span<const std::string> GetNames() const noexcept = 0;
 
     /// A line that says what the keyword is for; empty if the catalogue doesn't say.
-    virtual std::string_view GetSummary() const noexcept = 0;
+    virtual std::string_view GetSummary() const = 0;
 
     /// Deck text to start from: data lines as they follow the keyword's line; empty if there is none.
-    virtual std::string_view GetExampleText() const noexcept = 0;
+    virtual std::string_view GetExampleText() const = 0;
 
     /// How sure the catalogue is of the definition: "high", "medium" or "low".
     virtual std::string_view GetConfidence() const noexcept = 0;

@@ -115,6 +115,9 @@ class ItemListData final : public ListDataBase
 public:
     explicit ItemListData(const ListMD& md) : ListDataBase(md) {}
 
+    using ListDataBase::AddElement;
+    using ListDataBase::SetElement;
+
     int GetElementCount() const noexcept override { return static_cast<int>(m_values.Size()); }
     std::int64_t GetRoom() const noexcept override
     {

@@ -23,7 +23,7 @@ KeywordSyntax::KeywordSyntax(Loader::KeywordHead head, const Loader::ImageReader
     : m_head(std::move(head)), m_image(image), m_keyword(keyword), m_table(table)
 {
     m_names.reserve(m_head.names.size());
-    for (const Loader::NameDefinition& name : m_head.names) m_names.push_back(name.name);
+    for (Loader::NameDefinition& name : m_head.names) m_names.push_back(std::move(name.name));
 }
 
 void KeywordSyntax::GetValidSimulators(std::vector<SimulatorType>& simulators) const
@@ -36,11 +36,12 @@ void KeywordSyntax::GetValidSimulators(std::vector<SimulatorType>& simulators) c
 
 bool KeywordSyntax::IsNameValidForSimulator(SimulatorType simulator, std::string_view name) const noexcept
 {
-    const auto known = std::find_if(m_head.names.begin(), m_head.names.end(), [name](const auto& candidate) {
-        const std::string_view pattern = candidate.name;
-        return pattern.ends_with('*') ? name.starts_with(pattern.substr(0, pattern.size() - 1)) : pattern == name;
+    const auto known = std::find_if(m_names.begin(), m_names.end(), [name](std::string_view candidate) {
+        return candidate.ends_with('*') ? name.starts_with(candidate.substr(0, candidate.size() - 1))
+                                        : candidate == name;
     });
-    return Holds(known == m_head.names.end() ? m_head.simulators : known->simulators, simulator);
+    if (known == m_names.end()) return Holds(m_head.simulators, simulator);
+    return Holds(m_head.names[static_cast<std::size_t>(known - m_names.begin())].simulators, simulator);
 }
 
 bool KeywordSyntax::IsSupportedBy(SimulatorType simulator) const noexcept
@@ -103,6 +104,12 @@ std::string_view KeywordSyntax::GetConfidence() const noexcept
 {
     constexpr std::string_view words[] = {"low", "medium", "high"};
     return words[m_head.confidence];
+}
+
+const Loader::KeywordTexts& KeywordSyntax::Texts() const
+{
+    if (!m_texts) m_texts = m_image.ReadTexts(m_keyword);
+    return *m_texts;
 }
 
 void KeywordSyntax::FindScopeEnds() const

@@ -40,7 +40,7 @@ inline std::uint32_t HashName(std::string_view name) noexcept
     }
     std::uint64_t hash = (head ^ (size << 56)) * 0x9E3779B97F4A7C15u;
     hash = (hash ^ (hash >> 29) ^ tail) * 0xBF58476D1CE4E5B9u;
-    return static_cast<std::uint32_t>(hash >> 32);
+    return static_cast<std::uint32_t>(hash >> 32) | 1u << 31; // never 0
 }
 
 std::size_t LetterOf(char c)
@@ -61,13 +61,11 @@ public:
     SyntaxList All() const noexcept { return m_all; }
 
 private:
-    struct Entry // of the hash table
+    struct Entry
     {
-        std::uint32_t hash = 0;
-        std::uint32_t count = 0; // 0: free
+        std::string_view name;
         std::uint32_t first = 0;
-        std::uint32_t nameSize = 0;
-        const char* name = nullptr;
+        std::uint32_t count = 0;
     };
     struct Named
     {
@@ -91,6 +89,8 @@ private:
     std::deque<Detail::KeywordSyntax> m_syntaxes;
     std::vector<const IKeywordSyntax*> m_all;
     std::vector<const IKeywordSyntax*> m_found; // the results of all look-ups, one behind the other
+    // The hash table: a name's hash, 0 where it is free, and apart from it, for hits only, what the name gives.
+    std::vector<std::uint32_t> m_hashes;
     std::vector<Entry> m_entries;
     std::array<std::vector<Pattern>, 27> m_patterns; // by first letter, the longest stem first
 };
@@ -146,7 +146,8 @@ void KeywordSyntaxTable::Impl::BuildPatterns(const std::vector<Named>& patterns)
 void KeywordSyntaxTable::Impl::BuildNames(std::vector<Named> names, const std::vector<Named>& patterns)
 {
     std::size_t size = 64;
-    while (size < 4 * names.size()) size *= 2;
+    while (size < 3 * names.size()) size *= 2;
+    m_hashes.assign(size, 0);
     m_entries.assign(size, Entry());
     std::stable_sort(names.begin(), names.end(), [](const Named& a, const Named& b) { return a.name < b.name; });
     for (std::size_t i = 0; i < names.size();) {
@@ -161,22 +162,21 @@ void KeywordSyntaxTable::Impl::BuildNames(std::vector<Named> names, const std::v
 void KeywordSyntaxTable::Impl::Enter(std::string_view name, std::size_t first)
 {
     const std::uint32_t hash = HashName(name);
-    std::size_t at = hash & (m_entries.size() - 1);
-    while (m_entries[at].count != 0) at = (at + 1) & (m_entries.size() - 1);
-    m_entries[at] = {hash, static_cast<std::uint32_t>(m_found.size() - first), static_cast<std::uint32_t>(first),
-                     static_cast<std::uint32_t>(name.size()), name.data()};
+    const std::size_t mask = m_hashes.size() - 1;
+    std::size_t at = hash & mask;
+    while (m_hashes[at] != 0) at = (at + 1) & mask;
+    m_hashes[at] = hash;
+    m_entries[at] = {name, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(m_found.size() - first)};
 }
 
 SyntaxList KeywordSyntaxTable::Impl::Find(std::string_view name) const noexcept
 {
     if (name.empty()) return {};
     const std::uint32_t hash = HashName(name);
-    const std::size_t mask = m_entries.size() - 1;
-    for (std::size_t at = hash & mask; m_entries[at].count != 0; at = (at + 1) & mask) {
-        const Entry& entry = m_entries[at];
-        if (entry.hash == hash && std::string_view(entry.name, entry.nameSize) == name) {
-            return SyntaxList(m_found).subspan(entry.first, entry.count);
-        }
+    const std::size_t mask = m_hashes.size() - 1;
+    for (std::size_t at = hash & mask; m_hashes[at] != 0; at = (at + 1) & mask) {
+        if (m_hashes[at] != hash || m_entries[at].name != name) continue;
+        return SyntaxList(m_found).subspan(m_entries[at].first, m_entries[at].count);
     }
     for (const Pattern& pattern : m_patterns[LetterOf(name.front())]) {
         if (name.starts_with(pattern.stem)) return SyntaxList(m_found).subspan(pattern.first, pattern.count);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <array>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -39,19 +39,21 @@ public:
     bool HasOrderingRules() const noexcept override { return !m_head.predecessors.empty(); }
     const std::set<std::string, std::less<>>& GetPredecessors(SectionType section) const override;
     std::span<const std::string> GetNames() const noexcept override { return m_names; }
-    std::string_view GetSummary() const noexcept override { return m_head.summary; }
-    std::string_view GetExampleText() const noexcept override { return m_head.example; }
+    std::string_view GetSummary() const override { return Texts().summary; }
+    std::string_view GetExampleText() const override { return Texts().example; }
     std::string_view GetConfidence() const noexcept override;
 
 private:
+    const Loader::KeywordTexts& Texts() const;
     void FindScopeEnds() const;
 
-    Loader::KeywordHead m_head;
+    Loader::KeywordHead m_head; // its names are moved to m_names
     std::vector<std::string> m_names;
     const Loader::ImageReader& m_image;
     std::size_t m_keyword;
     const IKeywordSyntaxTable& m_table;
 
+    mutable std::optional<Loader::KeywordTexts> m_texts;
     mutable std::unique_ptr<IKeywordMD> m_metaData;
     mutable bool m_scopeEndsFound = false;
     mutable std::vector<const IKeywordSyntax*> m_scopeEnds;

@@ -7,11 +7,26 @@ namespace Tarn::Fjel::Core::Keywords::Loader {
 
 namespace {
 
-// The layout: the number of keywords, the place of the string table, two places for each keyword (its head; its data
-// or 0), the heads and data themselves, and the string table with the ends of the strings within the characters.
+// The layout: the number of keywords, the place of the string table, three places for each keyword (its head, its
+// texts, its data or 0), what lies there, and the string table with the ends of the strings within the characters.
 constexpr std::size_t CountAt = 0;
 constexpr std::size_t StringsAt = 1;
 constexpr std::size_t IndexAt = 2;
+
+std::size_t HeadAt(std::size_t keyword)
+{
+    return IndexAt + 3 * keyword;
+}
+
+std::size_t TextsAt(std::size_t keyword)
+{
+    return HeadAt(keyword) + 1;
+}
+
+std::size_t DataAt(std::size_t keyword)
+{
+    return HeadAt(keyword) + 2;
+}
 
 // Writing and reading go through one description of each structure, so that the two can't drift apart.
 class Output
@@ -180,8 +195,6 @@ template <class Archive>
 void Describe(Archive& archive, KeywordHead& value)
 {
     archive(value.names);
-    archive(value.summary);
-    archive(value.example);
     archive(value.confidence);
     archive(value.kind);
     archive(value.sections);
@@ -193,6 +206,13 @@ void Describe(Archive& archive, KeywordHead& value)
     archive(value.closedBy);
     archive(value.closingKeyword);
     archive(value.predecessors);
+}
+
+template <class Archive>
+void Describe(Archive& archive, KeywordTexts& value)
+{
+    archive(value.summary);
+    archive(value.example);
 }
 
 template <class T>
@@ -214,14 +234,16 @@ void Input::operator()(std::vector<T>& values)
 OwnedImage WriteImage(const std::vector<KeywordDefinition>& keywords)
 {
     Output output;
-    output.words.assign(IndexAt + 2 * keywords.size(), 0);
+    output.words.assign(HeadAt(keywords.size()), 0);
     output.words[CountAt] = static_cast<std::uint32_t>(keywords.size());
     for (std::size_t i = 0; i < keywords.size(); ++i) {
         KeywordDefinition keyword = keywords[i];
-        output.words[IndexAt + 2 * i] = static_cast<std::uint32_t>(output.words.size());
+        output.words[HeadAt(i)] = static_cast<std::uint32_t>(output.words.size());
         Describe(output, keyword.head);
+        output.words[TextsAt(i)] = static_cast<std::uint32_t>(output.words.size());
+        Describe(output, keyword.texts);
         if (keyword.data) {
-            output.words[IndexAt + 2 * i + 1] = static_cast<std::uint32_t>(output.words.size());
+            output.words[DataAt(i)] = static_cast<std::uint32_t>(output.words.size());
             Describe(output, *keyword.data);
         }
     }
@@ -239,20 +261,28 @@ std::size_t ImageReader::KeywordCount() const
 KeywordHead ImageReader::ReadHead(std::size_t keyword) const
 {
     KeywordHead head;
-    Input input(m_image, m_image.words[IndexAt + 2 * keyword]);
+    Input input(m_image, m_image.words[HeadAt(keyword)]);
     Describe(input, head);
     return head;
 }
 
+KeywordTexts ImageReader::ReadTexts(std::size_t keyword) const
+{
+    KeywordTexts texts;
+    Input input(m_image, m_image.words[TextsAt(keyword)]);
+    Describe(input, texts);
+    return texts;
+}
+
 bool ImageReader::HasData(std::size_t keyword) const
 {
-    return m_image.words[IndexAt + 2 * keyword + 1] != 0;
+    return m_image.words[DataAt(keyword)] != 0;
 }
 
 ShapeDefinition ImageReader::ReadData(std::size_t keyword) const
 {
     ShapeDefinition data;
-    Input input(m_image, m_image.words[IndexAt + 2 * keyword + 1]);
+    Input input(m_image, m_image.words[DataAt(keyword)]);
     Describe(input, data);
     return data;
 }

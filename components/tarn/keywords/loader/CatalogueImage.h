@@ -37,6 +37,7 @@ public:
 
     std::size_t KeywordCount() const;
     KeywordHead ReadHead(std::size_t keyword) const;
+    KeywordTexts ReadTexts(std::size_t keyword) const;
     bool HasData(std::size_t keyword) const;
     /// REQUIRES: HasData(keyword).
     ShapeDefinition ReadData(std::size_t keyword) const;

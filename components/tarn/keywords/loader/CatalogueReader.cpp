@@ -115,8 +115,7 @@ KeywordDefinition ReadKeyword(const Json& object, const std::string& place, cons
     KeywordHead& head = keyword.head;
     head.simulators = fields.Simulators("simulators");
     ReadNames(fields, head);
-    head.summary = fields.Text("summary");
-    head.example = fields.Lines("example");
+    keyword.texts = {fields.Text("summary"), fields.Lines("example")};
     head.confidence = fields.Choice("confidence", {"low", "medium", "high"}, 1);
     head.kind = fields.Choice("kind", {"end", "endinc", "include", "ordinary", "endskip", "section"},
                               KeywordKind::Ordinary);

@@ -79,8 +79,6 @@ struct NameDefinition
 struct KeywordHead
 {
     std::vector<NameDefinition> names;
-    std::string summary;
-    std::string example;
     int confidence = 1; ///< 0 low, 1 medium, 2 high
     int kind = 3;
     std::uint32_t sections = 0; ///< bit n for section n
@@ -94,9 +92,17 @@ struct KeywordHead
     std::vector<std::pair<int, std::vector<std::string>>> predecessors; ///< by section
 };
 
+/// What a keyword has to say to people.
+struct KeywordTexts
+{
+    std::string summary;
+    std::string example;
+};
+
 struct KeywordDefinition
 {
     KeywordHead head;
+    KeywordTexts texts;
     std::optional<ShapeDefinition> data;
 };
 
