@@ -57,7 +57,7 @@ std::string HintBehindEnd(const Find& find)
     } catch (const Failure&) {
         return {};
     }
-    return " With --all there is, behind the deck's end.";
+    return " --all finds it, behind the deck's end.";
 }
 
 /// How many lines a file has; what stands behind the last line end counts when there is something.
@@ -249,7 +249,7 @@ Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, bool al
     for (DeckWalk walk(session, false); walk.Next();) {
         if (&walk.Keyword() == candidate.place.keyword) return {walk.Position(), &walk.Keyword(), walk.Index()};
     }
-    throw Failure(NotThere, fmt::format("Line {} of {} stands behind the deck's end.", where.line, name));
+    throw Failure(NotThere, fmt::format("Line {} of {} lies outside the deck.", where.line, name));
 }
 
 } // namespace Deckman
