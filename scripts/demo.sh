@@ -29,6 +29,6 @@ step "Some kinds of keyword, in the whole deck" ls "$FIELD" --name 'WEL*'
 step "What the user wrote into the schedule, among what was generated" ls "$FIELD" --section SCHEDULE --user
 step "What encloses what" scopes "$FIELD"
 step "A keyword's text, as it stands" show "$FIELD" SCHEDULE/WELSPECS
-step "The same by file and line, with the comment above it" show single/SKERROW.DATA SKERROW.DATA:204 --comments
+step "The same by file and line" show single/SKERROW.DATA SKERROW.DATA:204
 step "The keywords whose data match" find "$FIELD" 'HR-P[56]'
 step "The same for machines" find "$FIELD" 'HR-P[56]' --json
