@@ -193,10 +193,12 @@ bool KeywordDataDeserializer::IsEmptyContainer(const Keywords::IKeywordData* dat
     case MDType::Map:
     case MDType::RawText:
         return false;
-    default:
+    default: {
+        const Keywords::IKeywordMD& md = *data->GetMetaData();
         throw DeckManagerException(fmt::format("DeckManager::KeywordDataDeserializer::IsEmptyRecord(): unhandled "
                                                "metadata type \"{}\"",
-                                               typeid(*data->GetMetaData()).name()));
+                                               typeid(md).name()));
+    }
     }
 }
 
