@@ -21,11 +21,11 @@ bool Contains(const NameList& names, std::string_view name)
 /// The keywords that the actions of the one simulator take.
 const NameList& ActionKeywordsA()
 {
-    static const NameList names = {
-        "WELSPECS", "WELSPECL", "WELOPEN",  "WELOPENL", "WCONPROD", "WCONINJE", "WECON",   "WECONINJE", "WEFAC",
-        "WELDRAW",  "WELLSTRE", "WGRUPCON", "WINJTEMP", "WSOLVENT", "WTAKEGAS", "WTEST",   "WELTARG",   "GCONPROD",
-        "GCONINJE", "GECON",    "WINJGAS",  "GINJGAS ", "GRUPFUEL", "GRUPSALE", "GCONSALE", "GCONSUMP",  "GADVANCE",
-        "GEFAC",    "GPMAINT",  "GUIDERAT", "QDRILL",   "DRILPRI",  "WDRILPRI", "WDRILTIM", "WPIMULT"};
+    static const NameList names = {"WELSPECS",  "WELSPECL", "WELOPEN",  "WELOPENL", "WCONPROD", "WCONINJE", "WECON",
+                                   "WECONINJE", "WEFAC",    "WELDRAW",  "WELLSTRE", "WGRUPCON", "WINJTEMP", "WSOLVENT",
+                                   "WTAKEGAS",  "WTEST",    "WELTARG",  "GCONPROD", "GCONINJE", "GECON",    "WINJGAS",
+                                   "GINJGAS ",  "GRUPFUEL", "GRUPSALE", "GCONSALE", "GCONSUMP", "GADVANCE", "GEFAC",
+                                   "GPMAINT",   "GUIDERAT", "QDRILL",   "DRILPRI",  "WDRILPRI", "WDRILTIM", "WPIMULT"};
     return names;
 }
 

@@ -4,8 +4,8 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// Turns `n*value` into n tokens and `n*` into n default tokens. A quoted token is final, and so is a token whose count has
-/// more than nine digits.
+/// Turns `n*value` into n tokens and `n*` into n default tokens. A quoted token is final, and so is a token whose count
+/// has more than nine digits.
 class ExpandingTokenizer final : public IStringTokenizer
 {
 public:

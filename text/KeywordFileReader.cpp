@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include <deckmanager/DeckManagerException.h>
-#include <tarn/service/FileSystem.h>
 #include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/service/FileSystem.h>
 #include <tarn/service/Strings.h>
 
 #include "text/LineFileReader.h"
@@ -50,8 +50,9 @@ void KeywordFileReader::ReadLineStarts()
 int KeywordFileReader::LineNumberAt(long long position)
 {
     if (!m_lineStarts) ReadLineStarts();
-    const auto found = std::lower_bound(m_lineStarts->begin(), m_lineStarts->end(), position,
-                                        [](const LineStart& start, long long sought) { return start.position < sought; });
+    const auto found =
+        std::lower_bound(m_lineStarts->begin(), m_lineStarts->end(), position,
+                         [](const LineStart& start, long long sought) { return start.position < sought; });
     return found == m_lineStarts->end() ? -1 : found->number;
 }
 

@@ -9,8 +9,8 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// The path from which all keywords of a file read their text. They share this object: a commit moves them all to the new
-/// file by changing it.
+/// The path from which all keywords of a file read their text. They share this object: a commit moves them all to the
+/// new file by changing it.
 class KeywordFileReader
 {
 public:
@@ -20,12 +20,12 @@ public:
     /// Goes over to another path; nothing happens if it is the same.
     void SetPath(const std::string& path);
 
-    /// A reader at the beginning of the file; null if it can't be opened. When a reader is `required` and there is no regular
-    /// file, throws `DeckManagerException`.
+    /// A reader at the beginning of the file; null if it can't be opened. When a reader is `required` and there is no
+    /// regular file, throws `DeckManagerException`.
     std::unique_ptr<ILineReader> OpenLineReader(bool required) const;
 
-    /// The number, counted from 1, of the first line at or behind `position` whose first character, white space aside, is a
-    /// letter (behind suppress markers too); -1 if there is none. Reads the file once, at the first call.
+    /// The number, counted from 1, of the first line at or behind `position` whose first character, white space aside,
+    /// is a letter (behind suppress markers too); -1 if there is none. Reads the file once, at the first call.
     int LineNumberAt(long long position);
 
 private:

@@ -33,7 +33,10 @@ public:
     {
         return m_lines->ReadNextLine(line, pos, stripSuppressMarker);
     }
-    void ReadRange(long long first, long long last, std::string& text) override { m_lines->ReadRange(first, last, text); }
+    void ReadRange(long long first, long long last, std::string& text) override
+    {
+        m_lines->ReadRange(first, last, text);
+    }
     std::int64_t ReadRaw(char* buffer, std::int64_t count) override { return m_lines->ReadRaw(buffer, count); }
     LineStreamReader* Lines() override { return m_lines.get(); }
 

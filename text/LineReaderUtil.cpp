@@ -40,7 +40,8 @@ std::string_view FirstWord(std::string_view text)
 }
 
 /// Of the syntaxes that share a name, of which there is at least one, that of the section in force.
-const IKeywordSyntax* ChooseSyntax(Keywords::SyntaxList syntaxes, std::string_view name, const ISectionContextQuery& query)
+const IKeywordSyntax* ChooseSyntax(Keywords::SyntaxList syntaxes, std::string_view name,
+                                   const ISectionContextQuery& query)
 {
     const SectionType section = query.GetSection();
     const IKeywordSyntax* syntax = syntaxes.front();
@@ -49,7 +50,8 @@ const IKeywordSyntax* ChooseSyntax(Keywords::SyntaxList syntaxes, std::string_vi
         if (behindRunspec && !syntax->IsValidForSection(section, SimulatorType::Any) &&
             syntax->IsValidForSection(SectionType::RUNSPEC, SimulatorType::Any))
             return nullptr;
-    } else if (const IKeywordSyntax* valid = Environment::Instance().GetSyntaxTable()->FindSyntax(name, section, true)) {
+    } else if (const IKeywordSyntax* valid = Environment::Instance().GetSyntaxTable()->FindSyntax(name, section, true))
+    {
         syntax = valid;
     }
     if (section != SectionType::None && !syntax->IsValidForSection(section, SimulatorType::Any)) {
@@ -77,7 +79,8 @@ void WarnOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
     Service::Log::LogWF("%s near line %d in %s.", text.c_str(), line - 1, file->GetPath().c_str());
 }
 
-/// Looks at the first line ahead that isn't blank. A generated tag there belongs to the keyword, whose line has been read.
+/// Looks at the first line ahead that isn't blank. A generated tag there belongs to the keyword, whose line has been
+/// read.
 void LookForTagLine(LineStreamReader* lines, ScannedKeyword& found)
 {
     found.tagged = found.lineHasTag;
@@ -285,8 +288,10 @@ bool LineReaderUtil::IsTerminated(std::string_view line)
     if (line.find(VeldaneDeckInfo::TERMINATION) == std::string_view::npos) return false;
     bool inQuotes = false;
     for (const char c : line) {
-        if (c == VeldaneDeckInfo::QUOTE) inQuotes = !inQuotes;
-        else if (c == VeldaneDeckInfo::TERMINATION && !inQuotes) return true;
+        if (c == VeldaneDeckInfo::QUOTE)
+            inQuotes = !inQuotes;
+        else if (c == VeldaneDeckInfo::TERMINATION && !inQuotes)
+            return true;
     }
     return false;
 }

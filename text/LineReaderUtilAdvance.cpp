@@ -221,7 +221,8 @@ bool LineReaderUtil::AdvanceToDataLine(ILineReader* reader, long long pos, long 
     return true;
 }
 
-bool LineReaderUtil::AdvanceToNonTagLine(ILineReader* reader, long long pos, long long size, bool* sawTag, bool skipBlank)
+bool LineReaderUtil::AdvanceToNonTagLine(ILineReader* reader, long long pos, long long size, bool* sawTag,
+                                         bool skipBlank)
 {
     if (sawTag) *sawTag = false;
     if (!reader || pos < 0 || size < 1) return false;

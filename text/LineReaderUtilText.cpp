@@ -103,8 +103,8 @@ void LineReaderUtil::ActivateLines(std::string& text)
     text = std::move(result);
 }
 
-/// Puts `to` ahead of each part of the text that `from` ends, and behind the last of them. With `keepExisting` a part that
-/// begins with it already stays as it is.
+/// Puts `to` ahead of each part of the text that `from` ends, and behind the last of them. With `keepExisting` a part
+/// that begins with it already stays as it is.
 void LineReaderUtil::FastStringReplace(std::string& text, std::string_view from, std::string_view to, bool keepExisting)
 {
     if (text.empty()) return;
@@ -112,7 +112,8 @@ void LineReaderUtil::FastStringReplace(std::string& text, std::string_view from,
     std::string_view rest = text;
     while (!rest.empty()) {
         const std::size_t found = from.empty() ? std::string_view::npos : rest.find(from);
-        const std::string_view part = rest.substr(0, found == std::string_view::npos ? rest.size() : found + from.size());
+        const std::string_view part =
+            rest.substr(0, found == std::string_view::npos ? rest.size() : found + from.size());
         if (!keepExisting || !part.starts_with(to)) result.append(to);
         result.append(part);
         rest.remove_prefix(part.size());

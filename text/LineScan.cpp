@@ -58,7 +58,8 @@ Masks Classify(const char* bytes)
     for (int part = 0; part < 4; ++part) {
         const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + 16 * part));
         const __m128i letter = _mm_sub_epi8(_mm_or_si128(block, lower), letterA);
-        const __m128i head = _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(letter, last), letter), _mm_cmpeq_epi8(block, dash));
+        const __m128i head =
+            _mm_or_si128(_mm_cmpeq_epi8(_mm_min_epu8(letter, last), letter), _mm_cmpeq_epi8(block, dash));
         const __m128i end = _mm_cmpeq_epi8(block, lineEnd);
         count = _mm_sub_epi8(count, end);
         masks.lineEnds |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(end))) << (16 * part);

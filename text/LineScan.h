@@ -15,8 +15,8 @@ struct LineScan
     std::int64_t lines = 0;
 };
 
-/// Looks through the bytes from `first`, which begins a line, to `end` for a line that begins with a letter (a to z in either
-/// case) or a dash. Lines of any length count.
+/// Looks through the bytes from `first`, which begins a line, to `end` for a line that begins with a letter (a to z in
+/// either case) or a dash. Lines of any length count.
 LineScan FindLineHead(const char* first, const char* end);
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -22,8 +22,8 @@ public:
     /// The next data line, with or without its suppress markers.
     bool NextData(std::string_view& line, long long* pos, bool stripSuppressMarker);
 
-    /// The next line that can be a keyword line, as it stands: suppress markers aside its first character is a letter, or,
-    /// if `allowIndented`, its first one that isn't white space.
+    /// The next line that can be a keyword line, as it stands: suppress markers aside its first character is a letter,
+    /// or, if `allowIndented`, its first one that isn't white space.
     bool NextCandidate(std::string_view& line, long long* pos, bool allowIndented);
 
     /// The number of lines read so far; -1 if the reader doesn't know it.

@@ -88,8 +88,10 @@ void LineStreamReader::Reset(std::istream* stream)
     if (!stream) return;
 
     if (stream->eof()) m_flags |= EofFlag;
-    if (stream->bad()) m_flags |= BadFlag;
-    else if (stream->fail()) m_flags |= FailFlag;
+    if (stream->bad())
+        m_flags |= BadFlag;
+    else if (stream->fail())
+        m_flags |= FailFlag;
     if (std::streambuf* buffer = stream->rdbuf()) {
         m_exhausted = false;
         m_startsAtZero = buffer->pubseekoff(0, std::ios::cur, std::ios::in) == std::streampos(0);
@@ -445,7 +447,8 @@ std::int64_t LineStreamReader::ReadRaw(char* buffer, std::int64_t count)
         m_windowPos = Tell();
         PointAt(m_lineBuffer, m_lineBuffer, m_lineBuffer);
         try {
-            const std::streamsize read = std::max<std::streamsize>(m_stream->rdbuf()->sgetn(buffer + done, count - done), 0);
+            const std::streamsize read =
+                std::max<std::streamsize>(m_stream->rdbuf()->sgetn(buffer + done, count - done), 0);
             done += read;
             m_windowPos += read;
             m_exhausted = done < count;

@@ -11,10 +11,10 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 /// Reads lines from a stream, or from a text in memory.
 ///
-/// The reader keeps a window of raw bytes: 4 KiB behind a jump, growing while it reads on, so that a look at one keyword
-/// costs little and a walk through a file is made in large reads. Lines are found in the window, and the views that the
-/// reader gives point into it: they are good until the next operation. End and failure are the reader's own flags; they go
-/// by what a caller who read byte by byte would have met, not by how far the window has been filled.
+/// The reader keeps a window of raw bytes: 4 KiB behind a jump, growing while it reads on, so that a look at one
+/// keyword costs little and a walk through a file is made in large reads. Lines are found in the window, and the views
+/// that the reader gives point into it: they are good until the next operation. End and failure are the reader's own
+/// flags; they go by what a caller who read byte by byte would have met, not by how far the window has been filled.
 class LineStreamReader final : public ILineReader
 {
 public:
@@ -44,8 +44,8 @@ public:
     bool IsAtEnd();
     /// Clears the end-of-file flag. True if it was set.
     bool ClearEof();
-    /// Reads up to `count` bytes into `text`, leaving out each CR and, if told, every suppress marker. Returns how many bytes
-    /// were read.
+    /// Reads up to `count` bytes into `text`, leaving out each CR and, if told, every suppress marker. Returns how many
+    /// bytes were read.
     long long ReadChars(std::string& text, long long count, bool stripSuppressMarker);
 
     bool Seek(long long offset, int origin) override;
@@ -81,16 +81,21 @@ public:
     /// As `ReadNextDataLine`, without a copy.
     bool NextDataLineView(std::string_view& line, long long* pos, bool stripSuppressMarker);
 
-    /// Reads lines until one begins, suppress markers aside, with a letter at column 1: the only ones that can be keyword
-    /// lines. `line` is as it stands in the text.
+    /// Reads lines until one begins, suppress markers aside, with a letter at column 1: the only ones that can be
+    /// keyword lines. `line` is as it stands in the text.
     bool HopToCandidateLine(std::string_view& line, long long* pos);
 
-    /// The bytes that the reader holds behind its position, 1024 at least while the text has as many. `whole` tells that the
-    /// text ends with them. Nothing is taken.
+    /// The bytes that the reader holds behind its position, 1024 at least while the text has as many. `whole` tells
+    /// that the text ends with them. Nothing is taken.
     std::string_view Ahead(bool& whole);
 
 private:
-    enum : unsigned { EofFlag = 1, FailFlag = 2, BadFlag = 4 };
+    enum : unsigned
+    {
+        EofFlag = 1,
+        FailFlag = 2,
+        BadFlag = 4
+    };
 
     void Reset(std::istream* stream);
     void PointAt(const char* begin, const char* next, const char* end);

@@ -35,8 +35,9 @@ void Tokenizer::SetText(const std::string* text)
     m_limit = m_textEnd;
     if (text->size() > static_cast<std::size_t>(MaxLineLength)) {
         m_limit = m_cursor + MaxLineLength;
-        Service::MessageCapper::instance().logW("Line exceeds the maximum VELDANE keyword line length of 132 characters.  "
-                                                "Anything beyond 132 characters will be ignored.");
+        Service::MessageCapper::instance().logW(
+            "Line exceeds the maximum VELDANE keyword line length of 132 characters.  "
+            "Anything beyond 132 characters will be ignored.");
     }
     m_atStart = true;
     m_ended = false;

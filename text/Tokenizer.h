@@ -4,8 +4,8 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// Cuts a line into words, quoted strings, terminators, and the defaulted items that commas make. What lies behind column
-/// 132 is ignored, with a warning.
+/// Cuts a line into words, quoted strings, terminators, and the defaulted items that commas make. What lies behind
+/// column 132 is ignored, with a warning.
 class Tokenizer final : public IStringTokenizer
 {
 public:

@@ -13,7 +13,8 @@ class IKeywordSyntaxTable;
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// The process-wide settings by which a host chooses how decks are read and written, and the holder of the syntax table.
+/// The process-wide settings by which a host chooses how decks are read and written, and the holder of the syntax
+/// table.
 ///
 /// Everything asks this object at the moment it decides. A host sets it up before it loads decks; there is no lock. It
 /// lives from the first `Instance()` to `destroy()`, after which the next `Instance()` starts from the defaults again.
@@ -22,8 +23,7 @@ class Environment
 public:
     static Environment& Instance()
     {
-        if (!instance)
-            Make();
+        if (!instance) Make();
         return *instance;
     }
     /// Deletes the object. References to it, and to strings that it gave out, end here.
@@ -32,8 +32,8 @@ public:
     Environment(const Environment&) = delete;
     Environment& operator=(const Environment&) = delete;
 
-    /// Notes a keyword that stands inside an `ACTIONX` block. The new handling stays in force only while every such keyword
-    /// is one that both kinds of action know; once lost it stays lost.
+    /// Notes a keyword that stands inside an `ACTIONX` block. The new handling stays in force only while every such
+    /// keyword is one that both kinds of action know; once lost it stays lost.
     void useNewActionX(const std::string& keyword);
     void dontUseNewActionX() { m_newActionX = false; }
     bool useNewActionX() const { return m_newActionX; }
@@ -59,15 +59,15 @@ public:
     {
         return m_syntaxTable ? m_syntaxTable : DefaultSyntaxTable();
     }
-    /// A number that changes whenever `GetSyntaxTable` may give another table, over the life of the process. For those who
-    /// keep what they found in it.
+    /// A number that changes whenever `GetSyntaxTable` may give another table, over the life of the process. For those
+    /// who keep what they found in it.
     static std::uint64_t SyntaxTableGeneration() { return syntaxTableGeneration; }
 
     /// "-- Generated".
     const std::string& GetDefaultGeneratedTag() const;
 
-    /// The host's word in the tag of generated keywords. The tag is the default tag, a blank and the word; without a word
-    /// the default tag.
+    /// The host's word in the tag of generated keywords. The tag is the default tag, a blank and the word; without a
+    /// word the default tag.
     void SetCustomKeywordGeneratedTag(const std::string& word);
     const std::string& GetCustomKeywordGeneratedTag() const { return m_customKeywordTag; }
     const std::string& GetKeywordGeneratedTag() const { return m_keywordTag; }

@@ -10,9 +10,9 @@ class LineStreamReader;
 /// A reader of lines that knows byte positions. All deck text comes in through it.
 ///
 /// Positions are counts of raw bytes from the beginning of the text: line ends in full, a byte order mark, and the part
-/// of an over-long line that the reader drops. A position taken from `Tell` or from a `pos` output stays valid for `Seek`
-/// and `ReadRange` on the same text. A line holds at most 1024 characters; what lies behind them is lost.
-/// A reader serves one thread, and is owned by the operation that made it.
+/// of an over-long line that the reader drops. A position taken from `Tell` or from a `pos` output stays valid for
+/// `Seek` and `ReadRange` on the same text. A line holds at most 1024 characters; what lies behind them is lost. A
+/// reader serves one thread, and is owned by the operation that made it.
 class ILineReader
 {
 public:
@@ -30,8 +30,8 @@ public:
     virtual bool Eof() const = 0;
 
     /// Reads lines until one is a data line: neither blank nor a comment. A suppressed line is one while suppression is
-    /// enabled. `pos`, if given, receives the position of the line's first byte. `stripSuppressMarker` takes the markers
-    /// at the line's head away. False at the end of the text; then `line` is what it was.
+    /// enabled. `pos`, if given, receives the position of the line's first byte. `stripSuppressMarker` takes the
+    /// markers at the line's head away. False at the end of the text; then `line` is what it was.
     virtual bool ReadNextDataLine(std::string& line, long long* pos, bool stripSuppressMarker) = 0;
 
     /// Reads the next line, whatever it holds, without its line end. As above otherwise.

@@ -4,8 +4,8 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// How long a run of equal tokens may be before a writer joins it into one `n*value` token: with 4, four equal tokens stay
-/// as they are and five become a repeat. 0 leaves every run as it is.
+/// How long a run of equal tokens may be before a writer joins it into one `n*value` token: with 4, four equal tokens
+/// stay as they are and five become a repeat. 0 leaves every run as it is.
 struct KeywordItemRepeatOptions
 {
     /// A value in a list of items.

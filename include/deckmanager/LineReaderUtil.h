@@ -17,22 +17,22 @@ struct ScannedKeyword;
 /// The scanner of the deck text format. It finds keyword lines in free text by looking at one line at a time, with no
 /// grammar for the data in between.
 ///
-/// A keyword is the first word of a live line, at column 1, a letter first, compared in capitals. Bad text never throws:
-/// it is logged and the scan goes on. Operations that take an `ILineReader*` do nothing and return false for null.
-/// Positions are byte offsets in the text, sizes count bytes. One thread at a time.
+/// A keyword is the first word of a live line, at column 1, a letter first, compared in capitals. Bad text never
+/// throws: it is logged and the scan goes on. Operations that take an `ILineReader*` do nothing and return false for
+/// null. Positions are byte offsets in the text, sizes count bytes. One thread at a time.
 class LineReaderUtil
 {
 public:
     LineReaderUtil() = delete;
 
-    /// Reads the next data line and cuts it to its first word, in capitals; the word is empty if the line is no candidate for
-    /// a keyword. `pos`, `indented` and `terminated` may be null. False at the end of the text.
+    /// Reads the next data line and cuts it to its first word, in capitals; the word is empty if the line is no
+    /// candidate for a keyword. `pos`, `indented` and `terminated` may be null. False at the end of the text.
     static bool ReadNextValidLineAsKeyword(ILineReader& reader, std::string& line, long long* pos, bool allowIndented,
                                            bool* indented, bool* terminated);
 
-    /// Finds the next keyword that the syntax table knows in the section in force. Words that it doesn't know are passed over,
-    /// with a warning where the line looks like a keyword line. With `file` the warning tells file and line. False at the
-    /// end of the text, with an empty `keyword` and a null `syntax`.
+    /// Finds the next keyword that the syntax table knows in the section in force. Words that it doesn't know are
+    /// passed over, with a warning where the line looks like a keyword line. With `file` the warning tells file and
+    /// line. False at the end of the text, with an empty `keyword` and a null `syntax`.
     static bool FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, std::string& keyword,
                                       long long* pos, bool allowIndented, bool* indented,
                                       const Keywords::IKeywordSyntax*& syntax, KeywordFileReader* file);
@@ -41,9 +41,11 @@ public:
     static bool FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, bool allowIndented,
                                       KeywordFileReader* file, ScannedKeyword& found);
 
-    /// The two halves of it, for a caller that has to find out the section between them: the next word that the table knows
-    /// in some section, and whether it is a keyword in the section in force. Between the two the reader must not move.
-    static bool FindNextCandidate(ILineReader& reader, bool allowIndented, KeywordFileReader* file, ScannedKeyword& found);
+    /// The two halves of it, for a caller that has to find out the section between them: the next word that the table
+    /// knows in some section, and whether it is a keyword in the section in force. Between the two the reader must not
+    /// move.
+    static bool FindNextCandidate(ILineReader& reader, bool allowIndented, KeywordFileReader* file,
+                                  ScannedKeyword& found);
     static bool ResolveCandidate(ILineReader& reader, const ISectionContextQuery& query, KeywordFileReader* file,
                                  ScannedKeyword& found);
 
@@ -57,8 +59,8 @@ public:
     /// The syntax of `name` (in capitals) in the section in force, or null. Warns of a keyword outside its sections.
     static const Keywords::IKeywordSyntax* FindSyntax(std::string_view name, const ISectionContextQuery& query);
 
-    /// Steps over those data lines of a keyword whose first words could be taken for keywords. The reader stands behind the
-    /// keyword's line. Throws `DeckManagerException` at a `PATHS` while `Environment::PATHSSupport` is false.
+    /// Steps over those data lines of a keyword whose first words could be taken for keywords. The reader stands behind
+    /// the keyword's line. Throws `DeckManagerException` at a `PATHS` while `Environment::PATHSSupport` is false.
     static void ConsumeDataLines(const Keywords::IKeywordSyntax* syntax, ILineReader& reader);
 
     /// Reads data lines through the next one that holds a terminator outside quotes.
@@ -70,10 +72,11 @@ public:
 
     /// Moves to the first data line of the keyword in that extent. False if there is none.
     static bool AdvanceToDataLine(ILineReader* reader, long long pos, long long size);
-    /// Moves behind the keyword line and the tag lines that follow it. `sawTag`, if given, tells whether either bears a tag.
+    /// Moves behind the keyword line and the tag lines that follow it. `sawTag`, if given, tells whether either bears a
+    /// tag.
     static bool AdvanceToNonTagLine(ILineReader* reader, long long pos, long long size, bool* sawTag, bool skipBlank);
-    /// Moves behind the tag lines at the reader's position, or stays if there are none. No line that begins behind `lastPos`
-    /// is looked at, unless that is negative. `tagLine`, if given, receives the last tag line.
+    /// Moves behind the tag lines at the reader's position, or stays if there are none. No line that begins behind
+    /// `lastPos` is looked at, unless that is negative. `tagLine`, if given, receives the last tag line.
     static bool AdvanceToNextNonTagLine(ILineReader* reader, long long lastPos, bool* sawTag, std::string* tagLine,
                                         bool skipBlank);
 
@@ -83,8 +86,8 @@ public:
     /// The comment between a keyword's line and its first data line, up to the first blank line. True if there is one.
     static bool ExtractComment(ILineReader* reader, long long pos, long long size, std::string& comment);
 
-    /// Looks ahead for a keyword that was commented out while its data stayed active; `dataLine` is then the first of these and
-    /// `pos` the position behind it. The reader ends where it started.
+    /// Looks ahead for a keyword that was commented out while its data stayed active; `dataLine` is then the first of
+    /// these and `pos` the position behind it. The reader ends where it started.
     static bool CheckForCommentIssues(ILineReader& reader, std::string& dataLine, long long& pos);
 
     /// Whether the line holds a terminator outside quotes. A comment is no different from data here.
@@ -108,8 +111,6 @@ private:
     static bool IsOrdaleVariable(std::string_view s);
     static bool CanFollowKeyword(const Keywords::IKeywordSyntax* candidate, const Keywords::IKeywordSyntax* previous);
     static void FastStringReplace(std::string& text, std::string_view from, std::string_view to, bool keepExisting);
-
-    friend class LineReaderUtilTest;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

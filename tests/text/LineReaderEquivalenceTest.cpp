@@ -17,8 +17,8 @@ using namespace TestText;
 
 namespace {
 
-const std::vector<std::string> symbols = {"A",  "/",    "'",     "-",     "@",          "\n",
-                                          "\r", " ",    "--@@@", std::string(1, '\0'), "\xEF\xBB\xBF"};
+const std::vector<std::string> symbols = {
+    "A", "/", "'", "-", "@", "\n", "\r", " ", "--@@@", std::string(1, '\0'), "\xEF\xBB\xBF"};
 
 /// Reads everything with both readers, and holds each step of the one to the other.
 template <class Reader>
@@ -29,8 +29,10 @@ void ExpectSameLines(Reader& fast, LiteralLineReader& slow, bool dataLines, bool
         std::string slowLine = "was";
         long long fastPos = -7;
         long long slowPos = -7;
-        const bool fastRead = dataLines ? fast.ReadNextDataLine(fastLine, &fastPos, strip) : fast.ReadNextLine(fastLine, &fastPos, strip);
-        const bool slowRead = dataLines ? slow.ReadNextDataLine(slowLine, &slowPos, strip) : slow.ReadNextLine(slowLine, &slowPos, strip);
+        const bool fastRead =
+            dataLines ? fast.ReadNextDataLine(fastLine, &fastPos, strip) : fast.ReadNextLine(fastLine, &fastPos, strip);
+        const bool slowRead =
+            dataLines ? slow.ReadNextDataLine(slowLine, &slowPos, strip) : slow.ReadNextLine(slowLine, &slowPos, strip);
         ASSERT_EQ(fastRead, slowRead) << text;
         ASSERT_EQ(fastLine, slowLine) << text;
         ASSERT_EQ(fastPos, slowPos) << text;
@@ -107,8 +109,10 @@ TEST(LineReaderEquivalence, AnyOperationsInAnyOrder)
         const int size = static_cast<int>(text.size());
         std::istringstream stream(text);
         LineStreamReader fast;
-        if (round % 2) fast.Attach(&stream);
-        else fast.AttachText(text);
+        if (round % 2)
+            fast.Attach(&stream);
+        else
+            fast.AttachText(text);
         LiteralLineReader slow(text);
         std::string trail;
         for (int step = 0; step < 60; ++step) {
@@ -178,8 +182,10 @@ TEST(LineReaderEquivalence, CandidateLines)
     const auto expectSame = [](const std::string& text, bool fromStream) {
         std::istringstream stream(text);
         LineStreamReader fast;
-        if (fromStream) fast.Attach(&stream);
-        else fast.AttachText(text);
+        if (fromStream)
+            fast.Attach(&stream);
+        else
+            fast.AttachText(text);
         LiteralLineReader slow(text);
         for (;;) {
             std::string_view fastLine;

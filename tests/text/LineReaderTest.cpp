@@ -271,7 +271,8 @@ TEST(KeywordFileReader, CountsLinesByTheirFirstLetter)
     EXPECT_EQ(file.LineNumberAt(5), 2);
     EXPECT_EQ(file.LineNumberAt(6), 5);
     EXPECT_EQ(file.LineNumberAt(16), 5);
-    EXPECT_EQ(file.LineNumberAt(17), 7);
+    EXPECT_EQ(file.LineNumberAt(17), 6);
+    EXPECT_EQ(file.LineNumberAt(25), 7);
     EXPECT_EQ(file.LineNumberAt(31), -1);
     const std::string other = dir.Write("b", "A\n");
     file.SetPath(other);

@@ -12,8 +12,8 @@
 
 namespace TestText {
 
-/// The rules of line reading, step by step over `std::istream::getline`, with no thought for speed. What the fast readers
-/// are held to.
+/// The rules of line reading, step by step over `std::istream::getline`, with no thought for speed. What the fast
+/// readers are held to.
 class LiteralLineReader : public Tarn::Fjel::Core::DeckManager::ILineReader
 {
     using DeckInfo = Tarn::Fjel::Core::DeckManager::VeldaneDeckInfo;

@@ -1,4 +1,5 @@
-// The scanner on its fast readers against its rules carried out literally, and against readers that it knows nothing of.
+// The scanner on its fast readers against its rules carried out literally, and against readers that it knows nothing
+// of.
 
 #include <gtest/gtest.h>
 
@@ -126,10 +127,12 @@ protected:
             const bool any = LineReaderUtil::FindNextKeywordSyntax(fast, query, allowIndented, nullptr, found);
             std::vector<std::string> told = log.Texts();
             log.Clear();
-            ASSERT_EQ(any, LineReaderUtil::FindNextKeywordSyntax(foreign, query, allowIndented, nullptr, foundByForeign));
+            ASSERT_EQ(any,
+                      LineReaderUtil::FindNextKeywordSyntax(foreign, query, allowIndented, nullptr, foundByForeign));
             ASSERT_EQ(log.Texts(), told) << text;
             ASSERT_EQ(any, FindLiterally(literal, query, allowIndented, expected, messages)) << text;
-            std::erase_if(told, [](const std::string& message) { return message.find("not valid") != std::string::npos; });
+            std::erase_if(told,
+                          [](const std::string& message) { return message.find("not valid") != std::string::npos; });
             ASSERT_EQ(told, messages) << text;
             ASSERT_EQ(found.name, expected.name) << text;
             ASSERT_EQ(foundByForeign.name, expected.name) << text;
@@ -166,7 +169,8 @@ TEST_F(ScannerEquivalence, StepsOverData)
     const auto expectSame = [](const std::string& text) {
         for (const Advance advance : {Advance(LineReaderUtil::AdvanceToNextTerminatedLine),
                                       Advance(LineReaderUtil::AdvanceToNextLineStartedWithTermination),
-                                      Advance(LineReaderUtil::AdvanceToNextDoubleTermination)}) {
+                                      Advance(LineReaderUtil::AdvanceToNextDoubleTermination)})
+        {
             LineStreamReader fast;
             fast.AttachText(text);
             LiteralLineReader foreign(text);

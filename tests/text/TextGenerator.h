@@ -42,8 +42,9 @@ public:
     /// Lines of every kind, some of them around the length at which lines are cut, of about `size` bytes in all.
     std::string Lines(int size)
     {
-        static const std::vector<std::string> pieces = {"A",   "bc",  " ",       "\t",    "-",  "--", "--@@@",
-                                                        "/",   "'",   std::string(1, '\0'), "\r", "1.5", "\xEF\xBB\xBF", "WELSPECS"};
+        static const std::vector<std::string> pieces = {
+            "A",   "bc",           " ",       "\t", "-", "--", "--@@@", "/", "'", std::string(1, '\0'), "\r",
+            "1.5", "\xEF\xBB\xBF", "WELSPECS"};
         static const std::vector<std::string> ends = {"\n", "\n", "\n", "\r\n", "\r\r\n"};
         std::string text = Below(4) == 0 ? "\xEF\xBB\xBF" : "";
         while (static_cast<int>(text.size()) < size) {

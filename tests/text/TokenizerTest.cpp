@@ -17,7 +17,8 @@ using namespace TestText;
 
 namespace {
 
-/// Tokens joined by `|`; quoted ones stand in `<` and `>`; `!` says that the tokenizer stopped at a comment, with its word.
+/// Tokens joined by `|`; quoted ones stand in `<` and `>`; `!` says that the tokenizer stopped at a comment, with its
+/// word.
 std::string Tokens(IStringTokenizer& tokenizer, const std::string& line, bool allowCommas = false)
 {
     tokenizer.SetText(&line);
@@ -137,8 +138,9 @@ TEST(Tokenizer, KeepsWithin132Columns)
 
     EXPECT_EQ(Tokens(fits + "y"), fits);
     ASSERT_EQ(log.Count(), 1);
-    EXPECT_EQ(log.Messages()[0].text, "Line exceeds the maximum VELDANE keyword line length of 132 characters.  Anything "
-                                      "beyond 132 characters will be ignored.");
+    EXPECT_EQ(log.Messages()[0].text,
+              "Line exceeds the maximum VELDANE keyword line length of 132 characters.  Anything "
+              "beyond 132 characters will be ignored.");
     EXPECT_EQ(log.Messages()[0].severity, 2);
 
     // Only a quote that begins a token sees what lies behind the limit.
