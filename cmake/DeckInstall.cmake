@@ -18,5 +18,7 @@ write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConf
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TarnDeckManager)
+# The pkg-config file finds its prefix from where it lies, so that an installation can be moved.
+file(RELATIVE_PATH DECK_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tarn-deckmanager.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tarn-deckmanager.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn-deckmanager.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
