@@ -61,7 +61,8 @@ int main(int argc, char** argv)
         std::vector<std::string> files(argv + 2, argv + argc);
         std::sort(files.begin(), files.end());
         CatalogueReader reader;
-        for (const std::string& file : files) reader.AddFile(file);
+        for (const std::string& file : files)
+            reader.AddFile(file);
         reader.CheckWhole();
         std::ofstream out(argv[1], std::ios::binary);
         WriteSource(out, WriteImage(reader.Keywords()));
@@ -70,8 +71,7 @@ int main(int argc, char** argv)
             std::cerr << argv[1] << " can't be written.\n";
             return 1;
         }
-    }
-    catch (const std::exception& problem) {
+    } catch (const std::exception& problem) {
         std::cerr << problem.what() << '\n';
         return 1;
     }

@@ -60,7 +60,8 @@ TEST(Catalogue, FilesHaveTheFormOfTheSchema)
         valijson::ValidationResults::Error error;
         std::string problems;
         while (results.popError(error)) {
-            for (const std::string& step : error.context) problems += step;
+            for (const std::string& step : error.context)
+                problems += step;
             problems += ": " + error.description + "\n";
         }
         EXPECT_TRUE(valid) << path << "\n" << problems;
@@ -105,7 +106,8 @@ TEST(Catalogue, OrderingRulesFormNoRingAndSpareWhatMustStandStill)
 {
     std::set<std::string> closers;
     for (const IKeywordSyntax* syntax : Table().GetSyntaxes()) {
-        for (const IKeywordSyntax* closer : syntax->GetScopeEndSyntaxes()) closers.insert(closer->GetName());
+        for (const IKeywordSyntax* closer : syntax->GetScopeEndSyntaxes())
+            closers.insert(closer->GetName());
     }
     for (int section = 0; section < SectionCount; ++section) {
         std::map<std::string, std::set<std::string>> waiting;
@@ -129,7 +131,7 @@ TEST(Catalogue, OrderingRulesFormNoRingAndSpareWhatMustStandStill)
 
 TEST(Catalogue, KindsOfTheKeywordsThatSteerTheReading)
 {
-    const std::map<std::string, int> kinds = {{"END", 0},     {"ENDINC", 1},  {"INCLUDE", 2}, {"PORO", 3},
+    const std::map<std::string, int> kinds = {{"END", 0},     {"ENDINC", 1},  {"INCLUDE", 2},  {"PORO", 3},
                                               {"ENDSKIP", 4}, {"RUNSPEC", 5}, {"OPTIMIZE", 5}, {"SKIP", 3}};
     for (const auto& [name, kind] : kinds) {
         const IKeywordSyntax* syntax = Table().FindSyntax(name, true);

@@ -79,7 +79,8 @@ TEST(RecordData, HoldsEachKindAndCopiesAll)
     ExpectAllKinds(AsRecord(std::as_const(*copy)));
     EXPECT_FALSE(tree.Record().GetItem(3).HasValue());
 
-    for (int i = 0; i < 8; ++i) tree.Record().GetItem(i).Assign(AsRecord(*copy).GetItem(i));
+    for (int i = 0; i < 8; ++i)
+        tree.Record().GetItem(i).Assign(AsRecord(*copy).GetItem(i));
     ExpectAllKinds(tree.Record());
 }
 

@@ -21,8 +21,8 @@ std::string ListOf(const std::string& element)
 const std::string reals = ListOf(R"({"type": "real"})");
 const std::string integers = ListOf(R"({"type": "integer"})");
 const std::string strings = ListOf(R"({"type": "string"})");
-const std::string tables = ListOf(ListOf(R"({"type": "record", "items": [{"name": "X", "type": "real"}, )" +
-                                         strings + "]}"));
+const std::string tables =
+    ListOf(ListOf(R"({"type": "record", "items": [{"name": "X", "type": "real"}, )" + strings + "]}"));
 
 // One element of the model: its text, nothing for unset, and the default mark.
 struct ModelElement
@@ -104,14 +104,14 @@ TEST(ItemList, FollowsAModelThroughRandomChangesAndCopies)
             if (lists.size() < 6) {
                 lists.push_back(list.CloneSafely());
                 models.push_back(std::vector<ModelElement>(model));
-            }
-            else {
+            } else {
                 lists.erase(lists.begin() + static_cast<std::ptrdiff_t>(which));
                 models.erase(models.begin() + static_cast<std::ptrdiff_t>(which));
             }
         }
         if (step % 10 == 0) {
-            for (std::size_t i = 0; i < lists.size(); ++i) ASSERT_EQ(Elements(AsList(*lists[i])), models[i]) << step;
+            for (std::size_t i = 0; i < lists.size(); ++i)
+                ASSERT_EQ(Elements(AsList(*lists[i])), models[i]) << step;
         }
     }
 }
@@ -178,7 +178,8 @@ TEST(ContainerList, ElementsKeepTheirAddress)
     }
     tree.List().RemoveElement(50);
     addresses.erase(addresses.begin() + 50);
-    for (int i = 0; i < 99; ++i) EXPECT_EQ(&tree.List().GetContainer(i), addresses[static_cast<std::size_t>(i)]);
+    for (int i = 0; i < 99; ++i)
+        EXPECT_EQ(&tree.List().GetContainer(i), addresses[static_cast<std::size_t>(i)]);
     EXPECT_THROW(tree.List().SetElementDefaulted(0, true), KeywordException);
     EXPECT_FALSE(tree.List().IsElementDefaulted(0));
     EXPECT_THROW(tree.List().AppendDefaults(1), KeywordException);
@@ -246,7 +247,8 @@ TEST(ContainerList, FilledInElementsCostAHandleEach)
     }
     const auto copy = list.CloneSafely(); // would hold 200 million records if each table were copied
     EXPECT_EQ(AsList(AsList(std::as_const(*copy)).GetContainer(199999)).GetElementCount(), 1000);
-    while (list.GetElementCount() > 199000) list.RemoveElement(list.GetElementCount() - 1);
+    while (list.GetElementCount() > 199000)
+        list.RemoveElement(list.GetElementCount() - 1);
     EXPECT_EQ(FirstValue(list, 0), 0);
 }
 

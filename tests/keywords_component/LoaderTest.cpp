@@ -16,8 +16,7 @@ std::string ErrorOf(const std::string& json)
 {
     try {
         KeywordSyntaxTable::FromText(json, "my.json");
-    }
-    catch (const KeywordException& problem) {
+    } catch (const KeywordException& problem) {
         return problem.what();
     }
     return "no error";
@@ -47,7 +46,8 @@ TEST(CatalogueLoader, BrokenDefinitionsAreToldWithFileKeywordAndField)
         {R"([{"name": "MYKEY", "sections": ["GRID"], "after": {"PROPS": ["X"]}}])", "after.PROPS: the keyword isn't"},
         {R"([{"name": "MYKEY", "sections": "all", "after": {"SCHEDULE": ["X"]}}])", "after.SCHEDULE: has no"},
         {R"([{"name": "AA", "sections": ["GRID"], "after": {"GRID": ["BB"]}},
-             {"name": "BB", "sections": ["GRID"], "after": {"GRID": ["AA"]}}])", "section GRID form a ring"},
+             {"name": "BB", "sections": ["GRID"], "after": {"GRID": ["AA"]}}])",
+         "section GRID form a ring"},
         {R"([{"name": "AA", "sections": "all"}, {"name": "AA", "sections": ["GRID"]}])", "already in my.json"},
         {WithData(R"({"type": "integer"})"), "my.json: keyword MYKEY: field data.type: must be record, list"},
         {WithData(R"({"type": "table"})"), "field data.type: must be one of record, list, map"},
@@ -62,11 +62,13 @@ TEST(CatalogueLoader, BrokenDefinitionsAreToldWithFileKeywordAndField)
         {WithData(item + R"("type": "real"}], "identity": ["B"]})"), "field data.identity: the record has no item"},
         {WithData(R"({"use": "table"})"), "field data.use: the file has no shape \"table\""},
         {R"({"shapes": {"s": {"type": "list", "element": {"use": "s"}}},
-             "keywords": [{"name": "MYKEY", "sections": "all", "data": {"use": "s"}}]})", "uses itself"},
+             "keywords": [{"name": "MYKEY", "sections": "all", "data": {"use": "s"}}]})",
+         "uses itself"},
         {"[{", "my.json: "},
         {"3", "my.json: must be an array of keywords"},
     };
-    for (const Case& c : cases) EXPECT_THAT(ErrorOf(c.json), HasSubstr(c.message)) << c.json;
+    for (const Case& c : cases)
+        EXPECT_THAT(ErrorOf(c.json), HasSubstr(c.message)) << c.json;
 }
 
 TEST(CatalogueLoader, FileThatCannotBeReadIsNamed)
@@ -110,8 +112,8 @@ TEST(CatalogueLoader, FieldsOfADefinitionReachSyntaxAndMetadata)
     EXPECT_TRUE(first->HasIdentity());
     EXPECT_EQ(first->GetExampleText(), "1 2 /\n/");
 
-    const auto& record = static_cast<const IKeywordRecordMD&>(
-        *static_cast<const IKeywordListMD*>(first->GetMetaData())->GetElementMD());
+    const auto& record =
+        static_cast<const IKeywordRecordMD&>(*static_cast<const IKeywordListMD*>(first->GetMetaData())->GetElementMD());
     EXPECT_EQ(record.GetTermination(), Termination::EndOfLine);
     EXPECT_EQ(record.FindItem("mode"), 2);
     EXPECT_EQ(record.GetIdentityItems().size(), 1u);

@@ -18,7 +18,8 @@ public:
         : m_table(KeywordSyntaxTable::FromText(R"([{"name": ")" + name + R"(", "sections": "all", "data": )" + shape +
                                                "}]")),
           m_syntax(m_table->FindSyntax(name, true)), m_data(Make())
-    {}
+    {
+    }
 
     std::unique_ptr<IKeywordData> Make() const { return KeywordDataFactory::Instance().ConstructSafely(m_syntax); }
     IKeywordData& Data() { return *m_data; }

@@ -16,7 +16,8 @@ using testing::ElementsAre;
 std::vector<std::string> Found(const IKeywordSyntaxTable& table, std::string_view name)
 {
     std::vector<std::string> summaries;
-    for (const IKeywordSyntax* syntax : table.FindSyntaxes(name)) summaries.emplace_back(syntax->GetSummary());
+    for (const IKeywordSyntax* syntax : table.FindSyntaxes(name))
+        summaries.emplace_back(syntax->GetSummary());
     return summaries;
 }
 
@@ -78,7 +79,8 @@ TEST(SyntaxTable, AgreesWithAWalkThroughAllNames)
     std::mt19937 random(7);
     for (int i = 0; i < 2000; ++i) {
         std::string word(1 + random() % 9, ' ');
-        for (char& c : word) c = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"[random() % 36];
+        for (char& c : word)
+            c = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"[random() % 36];
         words.push_back(word);
     }
     for (const std::string& word : words) {
@@ -87,7 +89,8 @@ TEST(SyntaxTable, AgreesWithAWalkThroughAllNames)
             for (const IKeywordSyntax* syntax : table.GetSyntaxes()) {
                 for (const std::string& name : syntax->GetNames()) {
                     const std::string stem = name.substr(0, name.size() - 1);
-                    const bool fits = name.ends_with('*') ? patterns && word.starts_with(stem) : !patterns && name == word;
+                    const bool fits =
+                        name.ends_with('*') ? patterns && word.starts_with(stem) : !patterns && name == word;
                     if (fits) expected.push_back(syntax);
                 }
             }

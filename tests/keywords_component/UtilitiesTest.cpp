@@ -25,11 +25,13 @@ std::unique_ptr<IKeywordData> DataOf(const char* keyword)
 
 TEST(Variables, References)
 {
-    for (const char* text : {"$A", "${A1}", "x$_", "1 2 $POROSITY /", "-- no\n $A", "'-- $A'", "--@@@$A", "$$A", "a-$B"}) {
+    for (const char* text :
+         {"$A", "${A1}", "x$_", "1 2 $POROSITY /", "-- no\n $A", "'-- $A'", "--@@@$A", "$$A", "a-$B"}) {
         EXPECT_TRUE(VariablesString::ContainsVariables(text)) << text;
     }
-    for (const char* text : {"", "A", "$", "$1", "${", "${A", "${}", "${1}", "$ A", "-- $A", "1 / -- $A\n2 / --$B",
-                             "A--$B", "--@@@-- $A"}) {
+    for (const char* text :
+         {"", "A", "$", "$1", "${", "${A", "${}", "${1}", "$ A", "-- $A", "1 / -- $A\n2 / --$B", "A--$B", "--@@@-- $A"})
+    {
         EXPECT_FALSE(VariablesString::ContainsVariables(text)) << text;
     }
     EXPECT_EQ(VariablesString("$A").GetString(), "$A");
@@ -120,7 +122,8 @@ TEST(DataAccess, TimesOfScheduleKeywords)
         Time time;
     };
     for (const Case& c : {Case{"12:30:15.25", Time(2020, 7, 1, 12, 30, 15, 250)}, Case{"6", Time(2020, 7, 1, 6)},
-                          Case{"06:05", Time(2020, 7, 1, 6, 5)}, Case{"00:00:00.00049", Time(2020, 7, 1)}}) {
+                          Case{"06:05", Time(2020, 7, 1, 6, 5)}, Case{"00:00:00.00049", Time(2020, 7, 1)}})
+    {
         SetDate(*start, 1, 6, 2020, c.text);
         EXPECT_EQ(DataAccessUtils::GetTimeFromSTART(start.get()), c.time) << c.text;
     }
@@ -162,7 +165,8 @@ TEST(Identity, ComparesTheItemsThatTellKeywordsApart)
         auto data = DataOf("WELSPECS");
         for (const char* name : names) {
             AsList(*data).AddElement();
-            if (*name) AsRecord(AsList(*data).GetContainer(AsList(*data).GetElementCount() - 1)).GetItem(0).SetString(name);
+            if (*name)
+                AsRecord(AsList(*data).GetContainer(AsList(*data).GetElementCount() - 1)).GetItem(0).SetString(name);
         }
         return data;
     };
@@ -211,11 +215,13 @@ TEST(Iterators, VisitValuesInDeckOrder)
     }
     EXPECT_THAT(words, ElementsAre("a", "aw", "aw", "b", "bw", "bw"));
     int count = 0;
-    for (DataIterator it(tree.Data()); !it.AtEnd(); it.Next()) ++count;
+    for (DataIterator it(tree.Data()); !it.AtEnd(); it.Next())
+        ++count;
     EXPECT_EQ(count, 2 * (2 + 2 + 3));
 
     std::vector<MDType> kinds;
-    for (ConstMetaDataIterator it(tree.Data().GetMetaData()); !it.AtEnd(); ++it) kinds.push_back((*it)->GetType());
+    for (ConstMetaDataIterator it(tree.Data().GetMetaData()); !it.AtEnd(); ++it)
+        kinds.push_back((*it)->GetType());
     EXPECT_THAT(kinds, ElementsAre(MDType::List, MDType::Record, MDType::String, MDType::Real, MDType::List,
                                    MDType::String, MDType::List, MDType::Real));
     EXPECT_TRUE(ConstMetaDataIterator(nullptr).AtEnd());
@@ -225,14 +231,16 @@ TEST(Iterators, VisitSharedElementsOnceAndChangeThemForAll)
 {
     SmallTree tree(R"({"type": "list", "element": {"type": "list", "element": {"type": "record", "items": [
         {"name": "NAME", "type": "string"}]}}})");
-    for (int i = 0; i < 3; ++i) tree.List().AddElement();
+    for (int i = 0; i < 3; ++i)
+        tree.List().AddElement();
     auto& first = AsList(tree.List().GetContainer(0));
     first.AddElement();
     AsRecord(first.GetContainer(0)).GetItem(0).SetString("a");
     tree.List().SetElement(1, first);
     tree.List().SetElement(2, tree.List().GetContainer(1));
     int visits = 0;
-    for (DataIterator it(tree.Data()); !it.AtEnd(); it.Next(), ++visits) it.GetSlot().SetString("A");
+    for (DataIterator it(tree.Data()); !it.AtEnd(); it.Next(), ++visits)
+        it.GetSlot().SetString("A");
     EXPECT_EQ(visits, 1);
     const IKeywordListData& seen = tree.List();
     EXPECT_EQ(AsRecord(AsList(seen.GetContainer(2)).GetContainer(0)).GetItem(0).GetString(), "A");

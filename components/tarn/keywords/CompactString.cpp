@@ -18,8 +18,7 @@ CompactString& CompactString::operator=(const CompactString& other)
     if (this == &other) return *this;
     if (other.HasValue()) {
         Set(other.View());
-    }
-    else {
+    } else {
         Clear();
     }
     return *this;
@@ -34,8 +33,7 @@ void CompactString::Set(std::string_view text)
     if (text.size() <= InPlace) {
         std::memmove(m_bytes, text.data(), text.size());
         m_bytes[TagAt] = static_cast<unsigned char>(text.size());
-    }
-    else {
+    } else {
         auto* block = static_cast<char*>(std::malloc(text.size()));
         if (!block) throw std::bad_alloc();
         std::memcpy(block, text.data(), text.size());

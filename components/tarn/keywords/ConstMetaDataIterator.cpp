@@ -16,10 +16,10 @@ void ConstMetaDataIterator::Next()
     m_pending.pop_back();
     if (md->GetType() == MDType::List) {
         m_pending.push_back(static_cast<const IKeywordListMD*>(md)->GetElementMD());
-    }
-    else if (md->GetType() == MDType::Record) {
+    } else if (md->GetType() == MDType::Record) {
         const auto& record = *static_cast<const IKeywordRecordMD*>(md);
-        for (int i = record.GetItemCount(); i > 0; --i) m_pending.push_back(record.GetItemMD(i - 1));
+        for (int i = record.GetItemCount(); i > 0; --i)
+            m_pending.push_back(record.GetItemMD(i - 1));
     }
 }
 

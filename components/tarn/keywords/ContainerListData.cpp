@@ -93,15 +93,13 @@ void ContainerListData::Assign(const ContainerListData& source, bool shares, Clo
     Block* block = source.m_block;
     if (block && shares) {
         ++block->users;
-    }
-    else if (block) {
+    } else if (block) {
         const bool isShared = block->users > 1;
         const auto known = isShared ? context.copies.find(block) : context.copies.end();
         if (known != context.copies.end()) {
             block = static_cast<Block*>(known->second);
             ++block->users;
-        }
-        else {
+        } else {
             auto copy = std::make_unique<Block>();
             copy->owner = this;
             copy->nodes = CloneNodes(*block, context);
@@ -117,7 +115,8 @@ std::vector<std::unique_ptr<IKeywordData>> ContainerListData::CloneNodes(const B
 {
     std::vector<std::unique_ptr<IKeywordData>> nodes;
     nodes.reserve(block.nodes.size());
-    for (const std::unique_ptr<IKeywordData>& node : block.nodes) nodes.push_back(CloneNode(*node, context));
+    for (const std::unique_ptr<IKeywordData>& node : block.nodes)
+        nodes.push_back(CloneNode(*node, context));
     return nodes;
 }
 

@@ -59,11 +59,9 @@ void DataIterator::Settle()
                                    : static_cast<IKeywordListData&>(*level.node).GetListMD()->GetElementMD();
         if (!KeywordUtils::IsItemMDType(md)) {
             Push(*Detail::RawChild(*level.node, level.index));
-        }
-        else if (m_only == MDType::None || md->GetType() == m_only) {
+        } else if (m_only == MDType::None || md->GetType() == m_only) {
             return;
-        }
-        else {
+        } else {
             ++level.index;
         }
     }

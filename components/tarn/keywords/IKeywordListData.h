@@ -51,8 +51,8 @@ public:
     virtual void RemoveElement(int index) = 0;
     virtual void Clear() noexcept = 0;
 
-    /// The mark of an element that was left to its default. Its value isn't looked at, and HasValue of its slot is false.
-    /// Elements that are containers have no such mark: false, and setting one throws.
+    /// The mark of an element that was left to its default. Its value isn't looked at, and HasValue of its slot is
+    /// false. Elements that are containers have no such mark: false, and setting one throws.
     virtual bool IsElementDefaulted(int index) const = 0;
     virtual void SetElementDefaulted(int index, bool defaulted) = 0;
     virtual bool HasDefaultedElements() const noexcept = 0;

@@ -10,10 +10,7 @@ namespace Tarn::Fjel::Core::Keywords {
 class IKeywordRecordData : public IKeywordData
 {
 public:
-    const IKeywordRecordMD* GetRecordMD() const noexcept
-    {
-        return static_cast<const IKeywordRecordMD*>(GetMetaData());
-    }
+    const IKeywordRecordMD* GetRecordMD() const noexcept { return static_cast<const IKeywordRecordMD*>(GetMetaData()); }
 
     virtual int GetItemCount() const noexcept = 0;
 

@@ -182,14 +182,11 @@ public:
         }
         if constexpr (std::is_same_v<T, CompactString>) {
             return AppendStringRun(value.GetString(), count);
-        }
-        else if constexpr (std::is_same_v<T, double>) {
+        } else if constexpr (std::is_same_v<T, double>) {
             return AppendValues(value.GetReal(), count);
-        }
-        else if constexpr (std::is_same_v<T, signed char>) {
+        } else if constexpr (std::is_same_v<T, signed char>) {
             return AppendValues(value.GetYesNo(), count);
-        }
-        else {
+        } else {
             return AppendValues(GetElementType() == MDType::Option ? value.GetOption() : value.GetInteger(), count);
         }
     }
@@ -357,10 +354,14 @@ private:
 
     static T Unset()
     {
-        if constexpr (std::is_same_v<T, CompactString>) return CompactString();
-        else if constexpr (std::is_same_v<T, double>) return UnsetValue::Real;
-        else if constexpr (std::is_same_v<T, signed char>) return UnsetValue::YesNo;
-        else return UnsetValue::Integer;
+        if constexpr (std::is_same_v<T, CompactString>)
+            return CompactString();
+        else if constexpr (std::is_same_v<T, double>)
+            return UnsetValue::Real;
+        else if constexpr (std::is_same_v<T, signed char>)
+            return UnsetValue::YesNo;
+        else
+            return UnsetValue::Integer;
     }
 
     std::int64_t AppendValues(const T& value, std::int64_t count)

@@ -9,8 +9,8 @@ bool KeywordRecordMDUtil::AllNumeric(const IKeywordRecordMD& md)
 {
     for (ConstMetaDataIterator it(&md); !it.AtEnd(); it.Next()) {
         const MDType type = it.Get()->GetType();
-        const bool passes = type == MDType::Integer || type == MDType::Real || type == MDType::Record ||
-                            type == MDType::List;
+        const bool passes =
+            type == MDType::Integer || type == MDType::Real || type == MDType::Record || type == MDType::List;
         if (!passes) return false;
     }
     return true;

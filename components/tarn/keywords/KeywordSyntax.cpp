@@ -23,7 +23,8 @@ KeywordSyntax::KeywordSyntax(Loader::KeywordHead head, const Loader::ImageReader
     : m_head(std::move(head)), m_image(image), m_keyword(keyword), m_table(table)
 {
     m_names.reserve(m_head.names.size());
-    for (Loader::NameDefinition& name : m_head.names) m_names.push_back(std::move(name.name));
+    for (Loader::NameDefinition& name : m_head.names)
+        m_names.push_back(std::move(name.name));
 }
 
 void KeywordSyntax::GetValidSimulators(std::vector<SimulatorType>& simulators) const

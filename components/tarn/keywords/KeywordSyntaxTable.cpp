@@ -25,15 +25,13 @@ inline std::uint32_t HashName(std::string_view name) noexcept
     if (size >= 8) {
         std::memcpy(&head, name.data(), 8);
         std::memcpy(&tail, name.data() + size - 8, 8);
-    }
-    else if (size >= 4) {
+    } else if (size >= 4) {
         std::uint32_t word;
         std::memcpy(&word, name.data(), 4);
         head = word;
         std::memcpy(&word, name.data() + size - 4, 4);
         tail = word;
-    }
-    else if (size > 0) {
+    } else if (size > 0) {
         head = static_cast<unsigned char>(name[0]);
         tail = static_cast<std::uint64_t>(static_cast<unsigned char>(name[size / 2])) << 8 |
                static_cast<unsigned char>(name[size - 1]);
@@ -110,8 +108,7 @@ void KeywordSyntaxTable::Impl::Build(const IKeywordSyntaxTable& table, bool sure
             const std::string_view view = name;
             if (view.ends_with('*')) {
                 patterns.push_back({view.substr(0, view.size() - 1), &syntax});
-            }
-            else {
+            } else {
                 names.push_back({view, &syntax});
             }
         }
@@ -134,8 +131,8 @@ void KeywordSyntaxTable::Impl::BuildPatterns(const std::vector<Named>& patterns)
     for (const Named& pattern : patterns) {
         const std::size_t first = m_found.size();
         AppendPatterns(pattern.name, patterns);
-        m_patterns[LetterOf(pattern.name.front())].push_back({pattern.name, static_cast<std::uint32_t>(first),
-                                                              static_cast<std::uint32_t>(m_found.size() - first)});
+        m_patterns[LetterOf(pattern.name.front())].push_back(
+            {pattern.name, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(m_found.size() - first)});
     }
     for (std::vector<Pattern>& ofLetter : m_patterns) {
         std::stable_sort(ofLetter.begin(), ofLetter.end(),
@@ -146,14 +143,16 @@ void KeywordSyntaxTable::Impl::BuildPatterns(const std::vector<Named>& patterns)
 void KeywordSyntaxTable::Impl::BuildNames(std::vector<Named> names, const std::vector<Named>& patterns)
 {
     std::size_t size = 64;
-    while (size < 3 * names.size()) size *= 2;
+    while (size < 3 * names.size())
+        size *= 2;
     m_hashes.assign(size, 0);
     m_entries.assign(size, Entry());
     std::stable_sort(names.begin(), names.end(), [](const Named& a, const Named& b) { return a.name < b.name; });
     for (std::size_t i = 0; i < names.size();) {
         const std::size_t first = m_found.size();
         const std::string_view name = names[i].name;
-        for (; i < names.size() && names[i].name == name; ++i) m_found.push_back(names[i].syntax);
+        for (; i < names.size() && names[i].name == name; ++i)
+            m_found.push_back(names[i].syntax);
         AppendPatterns(name, patterns);
         Enter(name, first);
     }
@@ -164,7 +163,8 @@ void KeywordSyntaxTable::Impl::Enter(std::string_view name, std::size_t first)
     const std::uint32_t hash = HashName(name);
     const std::size_t mask = m_hashes.size() - 1;
     std::size_t at = hash & mask;
-    while (m_hashes[at] != 0) at = (at + 1) & mask;
+    while (m_hashes[at] != 0)
+        at = (at + 1) & mask;
     m_hashes[at] = hash;
     m_entries[at] = {name, static_cast<std::uint32_t>(first), static_cast<std::uint32_t>(m_found.size() - first)};
 }
@@ -235,8 +235,8 @@ const IKeywordSyntax* KeywordSyntaxTable::FindSyntax(std::string_view name, Sect
 {
     for (const IKeywordSyntax* syntax : m_impl->Find(name)) {
         if (!syntax->IsValidForSection(section, SimulatorType::Any)) continue;
-        if (anySimulator ||
-            (syntax->IsSupportedBy(SimulatorType::S100) && syntax->IsSupportedBy(SimulatorType::S300))) {
+        if (anySimulator || (syntax->IsSupportedBy(SimulatorType::S100) && syntax->IsSupportedBy(SimulatorType::S300)))
+        {
             return syntax;
         }
     }
@@ -246,8 +246,8 @@ const IKeywordSyntax* KeywordSyntaxTable::FindSyntax(std::string_view name, Sect
 const IKeywordSyntax* KeywordSyntaxTable::FindSyntax(std::string_view name, bool anySimulator) const
 {
     for (const IKeywordSyntax* syntax : m_impl->Find(name)) {
-        if (anySimulator ||
-            (syntax->IsSupportedBy(SimulatorType::S100) && syntax->IsSupportedBy(SimulatorType::S300))) {
+        if (anySimulator || (syntax->IsSupportedBy(SimulatorType::S100) && syntax->IsSupportedBy(SimulatorType::S300)))
+        {
             return syntax;
         }
     }

@@ -156,7 +156,8 @@ const std::vector<std::string>& MapEntryMD::GetEntryNames(int value) const noexc
 MapMD::MapMD(const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
     : Node(MDType::Map, shape, syntax), m_entries(shape.entries.begin(), shape.entries.end()),
       m_termination(static_cast<Termination>(shape.termination))
-{}
+{
+}
 
 const IKeywordMapEntryMD* MapMD::GetEntryMD(int index) const
 {

@@ -86,8 +86,7 @@ std::unique_ptr<RecordData> RecordData::Create(const RecordMD& md)
     void* block = ::operator new(sizeof(RecordData) + md.Layout().unset.size());
     try {
         return std::unique_ptr<RecordData>(new (block) RecordData(md));
-    }
-    catch (...) {
+    } catch (...) {
         ::operator delete(block);
         throw;
     }
@@ -99,10 +98,11 @@ RecordData::RecordData(const RecordMD& md) : IKeywordRecordData(md)
     if (layout.unset.empty()) return;
     std::memcpy(Block(), layout.unset.data(), layout.unset.size());
     try {
-        for (const int index : layout.containers) ChildPointer(index) = MakeNode(*md.GetItemMD(index)).release();
-    }
-    catch (...) {
-        for (const int index : layout.containers) delete ChildPointer(index);
+        for (const int index : layout.containers)
+            ChildPointer(index) = MakeNode(*md.GetItemMD(index)).release();
+    } catch (...) {
+        for (const int index : layout.containers)
+            delete ChildPointer(index);
         throw;
     }
 }
@@ -110,8 +110,10 @@ RecordData::RecordData(const RecordMD& md) : IKeywordRecordData(md)
 RecordData::~RecordData()
 {
     const RecordLayout& layout = Layout();
-    for (const int index : layout.strings) static_cast<CompactString*>(Value(index, MDType::String))->~CompactString();
-    for (const int index : layout.containers) delete ChildPointer(index);
+    for (const int index : layout.strings)
+        static_cast<CompactString*>(Value(index, MDType::String))->~CompactString();
+    for (const int index : layout.containers)
+        delete ChildPointer(index);
 }
 
 Slot RecordData::GetItem(int index)
@@ -149,11 +151,9 @@ void RecordData::Assign(const RecordData& source, bool shares, CloneContext& con
         if (IsString(kind)) {
             *static_cast<CompactString*>(Value(index, kind)) =
                 *static_cast<const CompactString*>(source.Value(index, kind));
-        }
-        else if (IKeywordData* child = Child(index)) {
+        } else if (IKeywordData* child = Child(index)) {
             AssignNode(*child, *source.Child(index), shares, context);
-        }
-        else {
+        } else {
             std::memcpy(Block() + offset, source.Block() + offset, SizeOf(kind));
         }
     }
@@ -195,7 +195,8 @@ IKeywordData*& RecordData::ChildPointer(int index) const noexcept
 
 MapData::MapData(const MapMD& md)
     : SlotlessData(md), m_values(static_cast<std::size_t>(md.GetEntryCount()), UnsetValue::MapEntry)
-{}
+{
+}
 
 void MapData::SetEntry(std::string_view name, int value)
 {

@@ -33,10 +33,10 @@ public:
     /// a value always.
     bool HasValue() const;
 
-    signed char GetYesNo() const;      ///< 0, 1, or -1 while unset
-    int GetOption() const;             ///< the index of the option, or UnsetValue::Option
-    int GetInteger() const;            ///< or UnsetValue::Integer
-    double GetReal() const;            ///< or UnsetValue::Real
+    signed char GetYesNo() const;       ///< 0, 1, or -1 while unset
+    int GetOption() const;              ///< the index of the option, or UnsetValue::Option
+    int GetInteger() const;             ///< or UnsetValue::Integer
+    double GetReal() const;             ///< or UnsetValue::Real
     std::string_view GetString() const; ///< of a string or rest of line; empty while unset; good until the next change
 
     /// The container that stands here; null for an item.

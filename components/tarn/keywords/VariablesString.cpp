@@ -21,14 +21,16 @@ bool BeginsWithReference(std::string_view text)
     if (!text.starts_with('{')) return !text.empty() && BeginsName(text.front());
     text.remove_prefix(1);
     if (text.empty() || !BeginsName(text.front())) return false;
-    while (!text.empty() && (BeginsName(text.front()) || Service::IsDigit(text.front()))) text.remove_prefix(1);
+    while (!text.empty() && (BeginsName(text.front()) || Service::IsDigit(text.front())))
+        text.remove_prefix(1);
     return text.starts_with('}');
 }
 
 bool LineHasReference(std::string_view line)
 {
     line = Service::TrimmedLeft(line);
-    while (line.starts_with(suppressMarker)) line.remove_prefix(suppressMarker.size());
+    while (line.starts_with(suppressMarker))
+        line.remove_prefix(suppressMarker.size());
     bool quoted = false;
     for (std::size_t i = 0; i < line.size(); ++i) {
         if (line[i] == '\'') quoted = !quoted;

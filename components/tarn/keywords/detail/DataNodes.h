@@ -122,10 +122,7 @@ protected:
 private:
     explicit RecordData(const RecordMD& md);
 
-    const RecordLayout& Layout() const noexcept
-    {
-        return static_cast<const RecordMD*>(GetMetaData())->Layout();
-    }
+    const RecordLayout& Layout() const noexcept { return static_cast<const RecordMD*>(GetMetaData())->Layout(); }
     std::byte* Block() const noexcept
     {
         return const_cast<std::byte*>(reinterpret_cast<const std::byte*>(this)) + sizeof(RecordData);

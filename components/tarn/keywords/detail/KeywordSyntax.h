@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordMD.h>
+#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/keywords/loader/CatalogueImage.h>
 

@@ -60,10 +60,7 @@ public:
     explicit ContainerListData(const ListMD& md) : ListDataBase(md) {}
     ~ContainerListData() override { Release(); }
 
-    int GetElementCount() const noexcept override
-    {
-        return m_block ? static_cast<int>(m_block->nodes.size()) : 0;
-    }
+    int GetElementCount() const noexcept override { return m_block ? static_cast<int>(m_block->nodes.size()) : 0; }
     std::int64_t GetRoom() const noexcept override;
     Slot GetElement(int index) override;
     ConstSlot GetElement(int index) const override;

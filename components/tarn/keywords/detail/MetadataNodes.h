@@ -24,7 +24,8 @@ public:
 protected:
     Node(MDType type, const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
         : Interface(type), m_name(shape.name), m_syntax(&syntax)
-    {}
+    {
+    }
 
 private:
     std::string m_name;
@@ -38,7 +39,8 @@ class ItemNode : public Node<Interface>
 public:
     ItemNode(const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
         : Node<Interface>(shape.type, shape, syntax), m_defaults(shape.defaults), m_unit(shape.unit)
-    {}
+    {
+    }
 
     bool HasDefaultFor(SimulatorType simulator) const noexcept override { return DefaultFor(simulator) != nullptr; }
 
@@ -75,7 +77,8 @@ public:
     StringMD(const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
         : ItemNode(shape, syntax), m_preservesCase(shape.preservesCase), m_allowsCommas(shape.allowsCommas),
           m_maxLength(shape.maxLength)
-    {}
+    {
+    }
 
     bool PreservesCase() const noexcept override { return m_preservesCase; }
     int GetMaxLength() const noexcept override { return m_maxLength; }
@@ -92,7 +95,8 @@ class OptionMD final : public ItemNode<IKeywordOptionMD>
 public:
     OptionMD(const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
         : ItemNode(shape, syntax), m_options(shape.options)
-    {}
+    {
+    }
 
     int GetOptionIndex(std::string_view name) const noexcept override;
     int FindOption(std::string_view token, std::string& reason) const override;
@@ -123,7 +127,8 @@ class RealMD final : public ItemNode<IKeywordRealMD>
 public:
     RealMD(const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
         : ItemNode(shape, syntax), m_min(shape.min), m_max(shape.max), m_format(shape.format)
-    {}
+    {
+    }
 
     std::optional<double> GetMinValue() const noexcept override { return m_min; }
     std::optional<double> GetMaxValue() const noexcept override { return m_max; }
@@ -140,7 +145,8 @@ class ListEndDetector final : public IListEndDetector
 public:
     explicit ListEndDetector(const Loader::ShapeDefinition& shape)
         : m_tokens(shape.endTokens), m_at(shape.endAt), m_consumes(shape.endConsumes)
-    {}
+    {
+    }
 
     bool IsEnd(std::string_view token, bool& consume) const override;
 
@@ -272,7 +278,8 @@ class RawTextMD final : public Node<IKeywordRawTextMD>
 public:
     RawTextMD(const Loader::ShapeDefinition& shape, const IKeywordSyntax& syntax)
         : Node(MDType::RawText, shape, syntax), m_terminator(shape.terminator)
-    {}
+    {
+    }
 
     bool GetTerminator(std::string& text) const override
     {

@@ -219,14 +219,16 @@ template <class T>
 void Output::operator()(std::vector<T>& values)
 {
     words.push_back(static_cast<std::uint32_t>(values.size()));
-    for (T& value : values) Describe(*this, value);
+    for (T& value : values)
+        Describe(*this, value);
 }
 
 template <class T>
 void Input::operator()(std::vector<T>& values)
 {
     values.resize(Next());
-    for (T& value : values) Describe(*this, value);
+    for (T& value : values)
+        Describe(*this, value);
 }
 
 } // namespace

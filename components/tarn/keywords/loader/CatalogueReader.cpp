@@ -16,7 +16,7 @@ namespace Tarn::Fjel::Core::Keywords::Loader {
 
 namespace {
 
-constexpr std::string_view sectionNames[SectionCount] = {"RUNSPEC", "GRID",    "EDIT",     "PROPS",   "REGIONS",
+constexpr std::string_view sectionNames[SectionCount] = {"RUNSPEC",  "GRID",    "EDIT",     "PROPS",   "REGIONS",
                                                          "SOLUTION", "SUMMARY", "SCHEDULE", "OPTIMIZE"};
 
 int SectionNamed(const FieldReader& fields, std::string_view field, std::string_view name)
@@ -40,8 +40,7 @@ void ReadNames(const FieldReader& fields, KeywordHead& head)
         NameDefinition definition{"", head.simulators};
         if (name.is_string()) {
             definition.name = name.get<std::string>();
-        }
-        else {
+        } else {
             const FieldReader nameFields = fields.Inside(name, "names[" + std::to_string(head.names.size() - 1) + "]");
             nameFields.AllowOnly({"name", "simulators"});
             definition.name = nameFields.Text("name");
@@ -82,7 +81,8 @@ void ReadScope(const FieldReader& fields, KeywordHead& head)
     head.closedBy = scopeFields.Texts("closedBy");
     head.closingKeyword = scopeFields.Text("closingKeyword");
     if (!head.closingKeyword.empty() &&
-        std::find(head.closedBy.begin(), head.closedBy.end(), head.closingKeyword) == head.closedBy.end()) {
+        std::find(head.closedBy.begin(), head.closedBy.end(), head.closingKeyword) == head.closedBy.end())
+    {
         scopeFields.Fail("closingKeyword", "must be among closedBy");
     }
 }
@@ -98,7 +98,8 @@ void ReadPredecessors(const FieldReader& fields, KeywordHead& head)
         if (number == static_cast<int>(SectionType::SCHEDULE)) afterFields.Fail(section, "has no ordering rules");
         std::vector<std::string> predecessors = afterFields.Texts(section);
         if (predecessors.empty()) afterFields.Fail(section, "is empty");
-        for (const std::string& name : predecessors) CheckName(afterFields, section, name);
+        for (const std::string& name : predecessors)
+            CheckName(afterFields, section, name);
         head.predecessors.emplace_back(number, std::move(predecessors));
     }
     if (!head.predecessors.empty() && (head.isScope || head.kind != KeywordKind::Ordinary)) {
@@ -117,8 +118,8 @@ KeywordDefinition ReadKeyword(const Json& object, const std::string& place, cons
     ReadNames(fields, head);
     keyword.texts = {fields.Text("summary"), fields.Lines("example")};
     head.confidence = fields.Choice("confidence", {"low", "medium", "high"}, 1);
-    head.kind = fields.Choice("kind", {"end", "endinc", "include", "ordinary", "endskip", "section"},
-                              KeywordKind::Ordinary);
+    head.kind =
+        fields.Choice("kind", {"end", "endinc", "include", "ordinary", "endskip", "section"}, KeywordKind::Ordinary);
     ReadSections(fields, head);
     head.acceptsAnyName = fields.Flag("acceptsAnyName");
     const bool isPattern = std::any_of(head.names.begin(), head.names.end(),
@@ -144,8 +145,7 @@ void CatalogueReader::Add(std::string_view json, const std::string& origin)
     Json document;
     try {
         document = Json::parse(json, nullptr, true, true);
-    }
-    catch (const Json::exception& problem) {
+    } catch (const Json::exception& problem) {
         throw KeywordException(origin + ": " + problem.what());
     }
     const Json* keywords = &document;
@@ -201,7 +201,8 @@ void CatalogueReader::CheckWhole() const
     CheckReachable();
     std::set<std::string> names;
     for (const KeywordDefinition& keyword : m_keywords) {
-        for (const NameDefinition& name : keyword.head.names) names.insert(name.name);
+        for (const NameDefinition& name : keyword.head.names)
+            names.insert(name.name);
     }
     // In one section, all keywords of a name that some keyword must follow.
     std::map<int, std::map<std::string, std::set<std::string>>> rules;
@@ -229,10 +230,12 @@ void CatalogueReader::CheckWhole() const
                                        " form a ring through " + name + ".");
             }
             state[name] = 1;
-            for (const std::string& predecessor : rule->second) visit(predecessor);
+            for (const std::string& predecessor : rule->second)
+                visit(predecessor);
             state[name] = 2;
         };
-        for (const auto& [name, predecessors] : follows) visit(name);
+        for (const auto& [name, predecessors] : follows)
+            visit(name);
     }
 }
 

@@ -103,7 +103,8 @@ int FieldReader::Choice(std::string_view field, std::initializer_list<std::strin
     const auto found = std::find(choices.begin(), choices.end(), text);
     if (found != choices.end()) return static_cast<int>(found - choices.begin());
     std::string names;
-    for (const std::string_view choice : choices) names.append(names.empty() ? "" : ", ").append(choice);
+    for (const std::string_view choice : choices)
+        names.append(names.empty() ? "" : ", ").append(choice);
     Fail(field, "must be one of " + names);
 }
 

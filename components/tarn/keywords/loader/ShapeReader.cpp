@@ -20,8 +20,7 @@ MDType TypeNamed(const FieldReader& fields)
                                 MDType::Option, MDType::Integer, MDType::Real, MDType::String,  MDType::RestOfLine};
     if (!fields.Has("type")) fields.Fail("type", "is missing");
     return types[fields.Choice(
-        "type",
-        {"record", "list", "map", "rawText", "yesNo", "option", "integer", "real", "string", "restOfLine"}, 0)];
+        "type", {"record", "list", "map", "rawText", "yesNo", "option", "integer", "real", "string", "restOfLine"}, 0)];
 }
 
 bool IsItem(MDType type)
@@ -36,9 +35,11 @@ bool IsFormatFor(std::string_view format, std::string_view conversions)
     for (std::size_t i = 0; i < format.size(); ++i) {
         if (format[i] != '%') continue;
         if (++i < format.size() && format[i] == '%') continue;
-        while (i < format.size() && std::string_view("-+ #0").find(format[i]) != std::string_view::npos) ++i;
+        while (i < format.size() && std::string_view("-+ #0").find(format[i]) != std::string_view::npos)
+            ++i;
         std::size_t digits = 0;
-        while (i < format.size() && (Service::IsDigit(format[i]) || format[i] == '.')) ++i, ++digits;
+        while (i < format.size() && (Service::IsDigit(format[i]) || format[i] == '.'))
+            ++i, ++digits;
         if (i >= format.size() || digits > 5 || conversions.find(format[i]) == std::string_view::npos) return false;
         ++count;
     }
@@ -103,8 +104,8 @@ ShapeDefinition ShapeReader::ReadUse(const FieldReader& fields) const
     if (!merged.is_object()) fields.Fail("use", "the shape \"" + name + "\" must be an object");
     for (const auto& [field, value] : fields.Object().items()) {
         if (field == "use") continue;
-        const bool ofElement = (field == "unit" || field == "default") && merged.contains("element") &&
-                               merged["element"].is_object();
+        const bool ofElement =
+            (field == "unit" || field == "default") && merged.contains("element") && merged["element"].is_object();
         (ofElement ? merged["element"] : merged)[field] = value;
     }
     if (m_depth >= DeepestShape) fields.Fail("use", "the shape \"" + name + "\" uses itself");
@@ -192,8 +193,7 @@ void ShapeReader::ReadMap(const FieldReader& fields, ShapeDefinition& shape) con
         MapEntryDefinition definition;
         if (entry.is_string()) {
             definition.names.push_back(entry.get<std::string>());
-        }
-        else {
+        } else {
             const FieldReader entryFields = fields.Inside(entry, path);
             entryFields.AllowOnly({"name", "aliases", "valueNames", "simulators", "summary"});
             definition.names = entryFields.Texts("aliases");
@@ -209,7 +209,8 @@ void ShapeReader::ReadMap(const FieldReader& fields, ShapeDefinition& shape) con
             }
         }
         std::vector<std::string> all = definition.names;
-        for (const auto& [value, names] : definition.valueNames) all.insert(all.end(), names.begin(), names.end());
+        for (const auto& [value, names] : definition.valueNames)
+            all.insert(all.end(), names.begin(), names.end());
         for (const std::string& name : all) {
             if (!IsKeywordName(name)) fields.Fail(path, "\"" + name + "\" is no name of a map entry");
         }
@@ -231,8 +232,10 @@ void ShapeReader::ReadItem(const FieldReader& fields, ShapeDefinition& shape) co
     const auto onlyFor = [&](bool allowed, std::string_view field) {
         if (!allowed && fields.Has(field)) fields.Fail(field, "doesn't belong to an item of this type");
     };
-    for (const std::string_view field : {"unit", "min", "max", "format"}) onlyFor(isNumber, field);
-    for (const std::string_view field : {"preservesCase", "allowsCommas", "maxLength"}) onlyFor(isString, field);
+    for (const std::string_view field : {"unit", "min", "max", "format"})
+        onlyFor(isNumber, field);
+    for (const std::string_view field : {"preservesCase", "allowsCommas", "maxLength"})
+        onlyFor(isString, field);
     onlyFor(shape.type == MDType::Option, "options");
 
     shape.unit = fields.Text("unit");
@@ -262,8 +265,7 @@ void ShapeReader::ReadOptions(const FieldReader& fields, ShapeDefinition& shape)
         OptionDefinition definition;
         if (option.is_string()) {
             definition.name = option.get<std::string>();
-        }
-        else {
+        } else {
             const FieldReader optionFields = fields.Inside(option, path);
             optionFields.AllowOnly({"name", "aliases", "summary"});
             definition.name = optionFields.Text("name");
@@ -274,7 +276,8 @@ void ShapeReader::ReadOptions(const FieldReader& fields, ShapeDefinition& shape)
         for (const std::string& name : names) {
             for (const OptionDefinition& other : shape.options) {
                 const auto alias = std::find(other.aliases.begin(), other.aliases.end(), name);
-                if (other.name == name || alias != other.aliases.end()) fields.Fail(path, '"' + name + "\" stands twice");
+                if (other.name == name || alias != other.aliases.end())
+                    fields.Fail(path, '"' + name + "\" stands twice");
             }
         }
         if (definition.name != Service::Uppercased(definition.name)) fields.Fail(path, "must be in capitals");
