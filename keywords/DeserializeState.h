@@ -84,8 +84,11 @@ struct DeserializeState
     const bool limitStringLength;
     const bool upperCase;
 
-    std::string text; ///< scratch for strings on their way into the data
-    std::string path; ///< the same for a text whose path alias was replaced
+    // Scratch, each for one use.
+    std::string text;   ///< a string on its way into the data
+    std::string path;   ///< a text whose path alias was replaced
+    std::string line;   ///< a line that is one item
+    std::string reason; ///< why a token is no value of an item
 
 private:
     std::unordered_map<const Keywords::IKeywordRecordMD*, RecordPlan> m_plans;

@@ -125,16 +125,15 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
                                          DeserializeState& state, KeywordVariables* variables)
 {
     std::string_view token;
-    std::string line;
     bool quoted = false;
     const bool wholeLine = item.type == MDType::RestOfLine;
     if (wholeLine) {
         if (store.IsAtEnd())
             return {{}, endOfLine};
-        line = store.CurrentLine();
+        state.line = store.Line();
         store.MarkLineTaken();
         store.AdvanceLine();
-        token = line;
+        token = state.line;
     } else if (item.optional ? !store.PeekTokenView(token, endOfLine, &quoted)
                              : !store.NextTokenView(token, endOfLine, false, &quoted)) {
         return {{}, endOfLine};
@@ -144,7 +143,7 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     DeserializeResult result{false, true, true};
     if (token != VeldaneDeckInfo::TERMINATION_TOKEN) {
         result = {true, false, false};
-        std::string reason;
+        std::string& reason = state.reason;
         if (item.optional) {
             const Service::LogEnabler silence(false);
             taken = DeserializeOptionalData(token, quoted, *item.md, record, index, context, state, variables, reason);
