@@ -7,14 +7,18 @@
 
 #include <gtest/gtest.h>
 
+#include <deckmanager/Context.h>
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
+#include "keywords/KeywordDataDeserializer.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
+#include "text/LineStringReader.h"
 
 namespace {
 
@@ -77,12 +81,22 @@ TEST(CatalogueExamples, AreFoundAndReadWithoutAMessage)
     EXPECT_EQ(index, names.size());
     for (const std::string& message : log.Texts()) ADD_FAILURE() << "on load: " << message;
 
+    const DeckManager::Context context(&deck.Keywords());
     std::string section;
     for (position = deck.Keywords().Begin(); *position != nullptr; ++position) {
         if (position->GetSyntax()->GetKind() == Keywords::KeywordKind::Section) section = position->GetName();
         log.Clear();
-        const Keywords::IKeywordData* data = deck.Keywords().GetKeywordData(*position);
-        EXPECT_EQ(data != nullptr, position->GetSyntax()->GetMetaData() != nullptr) << position->GetName();
+        const Keywords::IKeywordSyntax* syntax = position->GetSyntax();
+        const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(syntax);
+        if (!data) continue;
+        const std::string example(syntax->GetExampleText());
+        DeckManager::LineStringReader reader(example);
+        long long takenEnd = -1;
+        DeckManager::KeywordDataDeserializer::Deserialize(**position, *data, reader, 0,
+                                                          static_cast<long long>(example.size()), context, false,
+                                                          nullptr, &takenEnd);
+        EXPECT_EQ(takenEnd, static_cast<long long>(example.size()))
+            << section << " " << position->GetName() << " leaves a part of its example unread";
         for (const auto& message : log.Messages()) {
             if (!message.probe) ADD_FAILURE() << section << " " << position->GetName() << ": " << message.text;
         }
