@@ -223,14 +223,14 @@ TEST(Listing, ScopesMayNestDeeply)
 {
     const TempDir folder;
     std::string text = "RUNSPEC\n";
-    for (int i = 0; i < 2000; ++i)
+    for (int i = 0; i < 10000; ++i)
         text += "SKIP\n";
     folder.Write("TOP.DATA", text + "OIL\n");
     Launch run;
     run.directory = folder.Path();
     const auto scopes = JsonLines(Deckman({"scopes", "TOP.DATA", "--json"}, run).out);
-    ASSERT_EQ(scopes.size(), 2001u);
-    EXPECT_EQ(scopes[2000].dump(), R"({"head":"SKIP","begin":2001,"end":2003,"depth":2000})");
+    ASSERT_EQ(scopes.size(), 10001u);
+    EXPECT_EQ(scopes[10000].dump(), R"({"head":"SKIP","begin":10001,"end":10003,"depth":10000})");
 }
 
 } // namespace DeckmanTests

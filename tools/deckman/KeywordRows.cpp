@@ -79,7 +79,7 @@ void KeywordRows::AddRow(const DeckWalk& walk)
                         : suppressed                        ? Style::Alert
                         : generated                         ? Style::Faint
                                                             : Style::Plain;
-    m_table->Add(std::string(2 * static_cast<std::size_t>(walk.Depth()), ' ') + keyword.GetName(), style);
+    m_table->Add(Table::Indent(walk.Depth()) + keyword.GetName(), style);
     m_table->Add(NameOf(walk.Section()));
     m_table->Add(keyword.GetSize());
     m_table->Add(generated && suppressed ? "generated, suppressed"

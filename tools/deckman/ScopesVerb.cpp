@@ -1,9 +1,8 @@
 #include <algorithm>
+#include <cstddef>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include <deckmanager/DeckPositions.h>
 #include <deckmanager/IKeyword.h>
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordSyntax.h>
@@ -19,59 +18,89 @@ namespace Deckman {
 
 namespace {
 
+using Tarn::Fjel::Core::Keywords::IKeywordSyntax;
+using Tarn::Fjel::Core::Keywords::KeywordKind;
+
 struct Scope
 {
     const DeckManager::IKeyword* head;
     int begin;
-    const DeckManager::IKeyword* behind; // null at the end of the deck
-    int end = 0;                         // exclusive
-    int depth = 0;
+    int end; // exclusive
+    int depth;
     std::string place;
 };
 
-/// The walk's keywords by address, each with its indices in ascending order: a file that is included twice shows the
-/// same keywords twice.
-class KeywordIndices
+/// The scopes of a deck, found in one walk. DeckManager::ScopeEnd says the same of each head, but walks for each: with
+/// scopes that nest ten thousand deep that takes a while.
+class ScopeFinder
 {
 public:
-    void Add(const DeckManager::IKeyword* keyword, int index) { m_indices.emplace_back(keyword, index); }
-    void Sort() { std::sort(m_indices.begin(), m_indices.end()); }
-    /// The first index of `keyword` behind `index`; `otherwise` when there is none.
-    int FirstBehind(const DeckManager::IKeyword* keyword, int index, int otherwise) const
+    /// The next keyword of the walk.
+    void Take(const DeckWalk& walk, const DeckSession& session)
     {
-        const auto found = std::upper_bound(m_indices.begin(), m_indices.end(), std::pair(keyword, index));
-        return found != m_indices.end() && found->first == keyword ? found->second : otherwise;
+        const IKeywordSyntax& syntax = *walk.Keyword().GetSyntax();
+        if (walk.Kind() == KeywordKind::Section)
+            CloseAll(walk.Index());
+        else
+            CloseBy(syntax, walk.Index());
+        if (!syntax.IsScopeStart()) return;
+        m_open.push_back(m_scopes.size());
+        m_scopes.push_back({&walk.Keyword(), walk.Index(), 0, static_cast<int>(m_open.size()) - 1,
+                            fmt::format("{}:{}", session.FileShown(walk.File()), walk.Keyword().GetLine())});
     }
+    /// A section keyword, and the end of the deck, end every scope.
+    void CloseAll(int index)
+    {
+        for (const std::size_t scope : m_open)
+            m_scopes[scope].end = index;
+        m_open.clear();
+    }
+    const std::vector<Scope>& Scopes() const { return m_scopes; }
 
 private:
-    std::vector<std::pair<const DeckManager::IKeyword*, int>> m_indices;
+    void CloseBy(const IKeywordSyntax& closer, int index)
+    {
+        for (bool again = true; again && !m_open.empty();) {
+            Scope& innermost = m_scopes[m_open.back()];
+            const IKeywordSyntax& head = *innermost.head->GetSyntax();
+            if (!IsClosedBy(head, closer)) return;
+            // A closing keyword belongs to its scope; a further head does not, nor what ends a scope without a closing
+            // keyword of its own.
+            const bool isWithin = !closer.IsScopeStart() && head.GetScopeEndSyntax() != nullptr;
+            innermost.end = isWithin ? index + 1 : index;
+            m_open.pop_back();
+            again = ConcernsOuterScope(head, closer);
+        }
+    }
+
+    static bool IsClosedBy(const IKeywordSyntax& head, const IKeywordSyntax& closer)
+    {
+        const auto& closers = head.GetScopeEndSyntaxes();
+        return std::any_of(closers.begin(), closers.end(), [&closer](const IKeywordSyntax* candidate) {
+            return candidate != nullptr && candidate->GetName() == closer.GetName();
+        });
+    }
+
+    /// A further head may close several scopes, an ENDFIN a box with the refinement around it, an ENDSKIP a date with
+    /// the skip around it.
+    static bool ConcernsOuterScope(const IKeywordSyntax& closed, const IKeywordSyntax& closer)
+    {
+        return closer.IsScopeStart() || (closed.GetName() == "BOX" && closer.GetName() == "ENDFIN") ||
+               (closed.GetName() == "DATES" && closer.GetKind() == KeywordKind::EndSkip);
+    }
+
+    std::vector<Scope> m_scopes;
+    std::vector<std::size_t> m_open; // the scopes that are not closed yet, the innermost last
 };
 
 std::vector<Scope> FindScopes(DeckSession& session)
 {
-    std::vector<Scope> scopes;
-    KeywordIndices indices;
+    ScopeFinder finder;
     DeckWalk walk(session, false);
-    while (walk.Next()) {
-        const DeckManager::IKeyword& keyword = walk.Keyword();
-        indices.Add(&keyword, walk.Index());
-        if (!keyword.GetSyntax()->IsScopeStart()) continue;
-        const DeckManager::KeywordIterator behind = DeckManager::ScopeEnd(walk.Position(), session.Deck(), false);
-        scopes.push_back({&keyword, walk.Index(), *behind, 0, 0,
-                          fmt::format("{}:{}", session.FileShown(walk.File()), keyword.GetLine())});
-    }
-    indices.Sort();
-
-    const int deckEnd = walk.Index() + 1;
-    std::vector<int> openEnds;
-    for (Scope& scope : scopes) {
-        scope.end = scope.behind == nullptr ? deckEnd : indices.FirstBehind(scope.behind, scope.begin, deckEnd);
-        while (!openEnds.empty() && openEnds.back() <= scope.begin)
-            openEnds.pop_back();
-        scope.depth = static_cast<int>(openEnds.size());
-        openEnds.push_back(scope.end);
-    }
-    return scopes;
+    while (walk.Next())
+        finder.Take(walk, session);
+    finder.CloseAll(walk.Index() + 1);
+    return finder.Scopes();
 }
 
 } // namespace
@@ -92,9 +121,8 @@ ExitStatus RunScopes(DeckSession& session, const Options& options, Output& out)
             out.Append("}\n");
             continue;
         }
-        const bool isSection = scope.head->GetSyntax()->GetKind() == Tarn::Fjel::Core::Keywords::KeywordKind::Section;
-        table.Add(std::string(2 * static_cast<std::size_t>(scope.depth), ' ') + scope.head->GetName(),
-                  isSection ? Style::Strong : Style::Plain);
+        const bool isSection = scope.head->GetSyntax()->GetKind() == KeywordKind::Section;
+        table.Add(Table::Indent(scope.depth) + scope.head->GetName(), isSection ? Style::Strong : Style::Plain);
         table.Add(scope.begin);
         table.Add(scope.end);
         table.Add(scope.end - scope.begin);

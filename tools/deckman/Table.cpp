@@ -10,6 +10,7 @@ namespace Deckman {
 namespace {
 
 constexpr std::size_t gap = 2;
+constexpr int deepestIndent = 30;
 
 /// Characters, not bytes: the bytes that begin a UTF-8 sequence.
 std::size_t WidthOf(std::string_view text)
@@ -18,6 +19,11 @@ std::size_t WidthOf(std::string_view text)
 }
 
 } // namespace
+
+std::string Table::Indent(int depth)
+{
+    return std::string(2 * static_cast<std::size_t>(std::min(depth, deepestIndent)), ' ');
+}
 
 Table::Table(std::vector<Column> columns) : m_columns(std::move(columns))
 {

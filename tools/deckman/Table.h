@@ -19,6 +19,9 @@ public:
         bool alignRight = false;
     };
 
+    /// Blanks ahead of a name that lies so deep; beyond what fits a screen all depths look the same.
+    static std::string Indent(int depth);
+
     explicit Table(std::vector<Column> columns);
 
     /// The next cell of the row; the row is full after as many as there are columns. A `Faint` or `Alert` cell
