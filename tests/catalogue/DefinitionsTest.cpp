@@ -29,7 +29,8 @@ const IKeywordSyntax* Find(std::string_view name, SectionType section)
 /// The record of a keyword that is one, or the record that its list, or its list of lists, holds; else null.
 const IKeywordRecordMD* RecordOf(const IKeywordMD* md)
 {
-    while (md && md->GetType() == MDType::List) md = static_cast<const IKeywordListMD*>(md)->GetElementMD();
+    while (md && md->GetType() == MDType::List)
+        md = static_cast<const IKeywordListMD*>(md)->GetElementMD();
     if (!md || md->GetType() != MDType::Record) return nullptr;
     return static_cast<const IKeywordRecordMD*>(md);
 }
@@ -44,21 +45,22 @@ TEST(CatalogueDefinitions, KeywordsThatTheLibraryNames)
 {
     const Names required[] = {
         {SectionType::RUNSPEC,
-         {"TITLE",   "PATHS",   "DIMENS",   "START",    "METRIC",  "FIELD",    "LAB",     "PVT-M",  "OIL",   "WATER",
-          "GAS",     "TABDIMS", "REGDIMS",  "DYNRDIMS", "AQUDIMS", "GRIDOPTS", "ROCKCOMP", "BRINE", "VLDMC", "COMPS",
-          "DEADOIL", "COMPW",   "CO2STORE", "CO2SOL",   "H2SSOL",  "GASSOL",   "GASWAT",  "ENDSCALE", "MISCIBLE"}},
+         {"TITLE",    "PATHS",  "DIMENS", "START",    "METRIC",  "FIELD",    "LAB",      "PVT-M",
+          "OIL",      "WATER",  "GAS",    "TABDIMS",  "REGDIMS", "DYNRDIMS", "AQUDIMS",  "GRIDOPTS",
+          "ROCKCOMP", "BRINE",  "VLDMC",  "COMPS",    "DEADOIL", "COMPW",    "CO2STORE", "CO2SOL",
+          "H2SSOL",   "GASSOL", "GASWAT", "ENDSCALE", "MISCIBLE"}},
         {SectionType::GRID,
          {"GDFILE", "ORDGRID", "IMPORT", "PINCHNUM", "FLUXNUM", "BOX", "ENDBOX", "CARFIN", "RADFIN", "REFINE", "ENDFIN",
           "COPY"}},
         {SectionType::PROPS, {"NCOMPS", "CNAMES", "LUMPING", "RKTRMDIR", "EOS", "OILVISCC", "OILVISCT"}},
         {SectionType::SOLUTION, {"RESTART", "BOX", "ENDBOX", "REFINE", "ENDFIN", "COPY"}},
         {SectionType::SCHEDULE,
-         {"DATES",    "TSTEP",    "TIME",     "SKIPREST", "ACTIONX",  "ACTIONW",  "ACTION",   "ENDACTIO", "UDQ",
-          "UDT",      "VFPPROD",  "VFPINJ",   "WELSPECS", "WELSPECL", "WELOPEN",  "WELOPENL", "WCONPROD", "WCONINJE",
-          "WECON",    "WECONINJE", "WEFAC",   "WELDRAW",  "WELLSTRE", "WGRUPCON", "WINJTEMP", "WSOLVENT", "WTAKEGAS",
-          "WTEST",    "WELTARG",  "GCONPROD", "GCONINJE", "GECON",    "WINJGAS",  "GINJGAS",  "GRUPFUEL", "GRUPSALE",
-          "GCONSALE", "GCONSUMP", "GADVANCE", "GEFAC",    "GPMAINT",  "GUIDERAT", "QDRILL",   "DRILPRI",  "WDRILPRI",
-          "WDRILTIM", "WPIMULT",  "SKIPZR"}},
+         {"DATES",    "TSTEP",    "TIME",     "SKIPREST",  "ACTIONX",  "ACTIONW",  "ACTION",   "ENDACTIO",
+          "UDQ",      "UDT",      "VFPPROD",  "VFPINJ",    "WELSPECS", "WELSPECL", "WELOPEN",  "WELOPENL",
+          "WCONPROD", "WCONINJE", "WECON",    "WECONINJE", "WEFAC",    "WELDRAW",  "WELLSTRE", "WGRUPCON",
+          "WINJTEMP", "WSOLVENT", "WTAKEGAS", "WTEST",     "WELTARG",  "GCONPROD", "GCONINJE", "GECON",
+          "WINJGAS",  "GINJGAS",  "GRUPFUEL", "GRUPSALE",  "GCONSALE", "GCONSUMP", "GADVANCE", "GEFAC",
+          "GPMAINT",  "GUIDERAT", "QDRILL",   "DRILPRI",   "WDRILPRI", "WDRILTIM", "WPIMULT",  "SKIPZR"}},
     };
     for (const Names& group : required) {
         for (const std::string_view name : group.names) {
@@ -80,10 +82,12 @@ TEST(CatalogueDefinitions, SizesOfTablesAreReadFromIntegers)
         SectionType section;
         int item;
     } sizes[] = {
-        {"COMPS", SectionType::RUNSPEC, 0},   {"NCOMPS", SectionType::PROPS, 0},     {"AQUDIMS", SectionType::RUNSPEC, 2},
-        {"COMPW", SectionType::RUNSPEC, 0},   {"GASSOL", SectionType::RUNSPEC, 0},   {"GRIDOPTS", SectionType::RUNSPEC, 2},
-        {"REGDIMS", SectionType::RUNSPEC, 0}, {"REGDIMS", SectionType::RUNSPEC, 3},  {"TABDIMS", SectionType::RUNSPEC, 4},
-        {"TABDIMS", SectionType::RUNSPEC, 10}, {"TABDIMS", SectionType::RUNSPEC, 12}, {"ROCKCOMP", SectionType::RUNSPEC, 1},
+        {"COMPS", SectionType::RUNSPEC, 0},    {"NCOMPS", SectionType::PROPS, 0},
+        {"AQUDIMS", SectionType::RUNSPEC, 2},  {"COMPW", SectionType::RUNSPEC, 0},
+        {"GASSOL", SectionType::RUNSPEC, 0},   {"GRIDOPTS", SectionType::RUNSPEC, 2},
+        {"REGDIMS", SectionType::RUNSPEC, 0},  {"REGDIMS", SectionType::RUNSPEC, 3},
+        {"TABDIMS", SectionType::RUNSPEC, 4},  {"TABDIMS", SectionType::RUNSPEC, 10},
+        {"TABDIMS", SectionType::RUNSPEC, 12}, {"ROCKCOMP", SectionType::RUNSPEC, 1},
         {"DYNRDIMS", SectionType::RUNSPEC, 0},
     };
     for (const auto& size : sizes) {
@@ -109,7 +113,8 @@ void ExpectSizesAnswered(const IKeywordSyntax& syntax, const IKeywordMD& md)
 {
     if (md.GetType() == MDType::Record) {
         const auto& record = static_cast<const IKeywordRecordMD&>(md);
-        for (int i = 0; i < record.GetItemCount(); ++i) ExpectSizesAnswered(syntax, *record.GetItemMD(i));
+        for (int i = 0; i < record.GetItemCount(); ++i)
+            ExpectSizesAnswered(syntax, *record.GetItemMD(i));
     }
     if (md.GetType() != MDType::List) return;
     const auto& list = static_cast<const IKeywordListMD&>(md);
@@ -159,7 +164,8 @@ TEST(CatalogueDefinitions, ScopesAndTheirClosers)
         ASSERT_NE(head, nullptr) << scope.head;
         EXPECT_TRUE(head->IsScopeStart()) << scope.head;
         std::vector<std::string_view> closers;
-        for (const IKeywordSyntax* closer : head->GetScopeEndSyntaxes()) closers.push_back(closer->GetName());
+        for (const IKeywordSyntax* closer : head->GetScopeEndSyntaxes())
+            closers.push_back(closer->GetName());
         std::sort(closers.begin(), closers.end());
         closers.erase(std::unique(closers.begin(), closers.end()), closers.end());
         EXPECT_EQ(closers, scope.closers) << scope.head;
@@ -192,7 +198,8 @@ TEST(CatalogueDefinitions, RecordsAreToldApartByWhatTheyAreOf)
         const IKeywordRecordMD* record = RecordOf(syntax->GetMetaData());
         ASSERT_NE(record, nullptr) << identity.name;
         std::vector<std::string_view> items;
-        for (const int item : record->GetIdentityItems()) items.push_back(record->GetItemName(item));
+        for (const int item : record->GetIdentityItems())
+            items.push_back(record->GetItemName(item));
         EXPECT_EQ(items, identity.items) << identity.name;
     }
     // A schedule keyword without identity takes the place of any other of its name, so none about wells may lack one.

@@ -1,4 +1,5 @@
-// Every definition's example, in one deck: the scan finds each keyword, and the reader takes the data without a message.
+// Every definition's example, in one deck: the scan finds each keyword, and the reader takes the data without a
+// message.
 #include <algorithm>
 #include <set>
 #include <string>
@@ -32,7 +33,8 @@ constexpr const char* sectionNames[] = {"RUNSPEC",  "GRID",    "EDIT",     "PROP
 /// Keywords that would leave parts of the deck out, end it, or call for a further file.
 bool ActsOnTheDeck(const Keywords::IKeywordSyntax& syntax)
 {
-    static const std::set<std::string, std::less<>> names = {"SKIP", "SKIP100", "SKIP300", "GDFILE", "ORDGRID", "IMPORT"};
+    static const std::set<std::string, std::less<>> names = {"SKIP",   "SKIP100", "SKIP300",
+                                                             "GDFILE", "ORDGRID", "IMPORT"};
     return syntax.GetKind() != Keywords::KeywordKind::Ordinary || names.count(syntax.GetName()) != 0;
 }
 
@@ -51,7 +53,8 @@ std::string DeckOfExamples(std::vector<std::string>& names)
     for (int section = 0; section < Keywords::SectionCount; ++section) {
         names.emplace_back(sectionNames[section]);
         text += names.back() + "\n";
-        for (const Keywords::IKeywordSyntax* syntax : Keywords::KeywordSyntaxTable::Instance(false, true)->GetSyntaxes()) {
+        for (const Keywords::IKeywordSyntax* syntax :
+             Keywords::KeywordSyntaxTable::Instance(false, true)->GetSyntaxes()) {
             if (ActsOnTheDeck(*syntax)) continue;
             if (!syntax->IsValidForSection(static_cast<SectionType>(section), Keywords::SimulatorType::Any)) continue;
             names.push_back(NameOf(*syntax));
@@ -79,7 +82,8 @@ TEST(CatalogueExamples, AreFoundAndReadWithoutAMessage)
         ASSERT_EQ(position->GetName(), names[index]) << "behind " << (index > 0 ? names[index - 1] : "");
     }
     EXPECT_EQ(index, names.size());
-    for (const std::string& message : log.Texts()) ADD_FAILURE() << "on load: " << message;
+    for (const std::string& message : log.Texts())
+        ADD_FAILURE() << "on load: " << message;
 
     const DeckManager::Context context(&deck.Keywords());
     std::string section;
@@ -92,9 +96,8 @@ TEST(CatalogueExamples, AreFoundAndReadWithoutAMessage)
         const std::string example(syntax->GetExampleText());
         DeckManager::LineStringReader reader(example);
         long long takenEnd = -1;
-        DeckManager::KeywordDataDeserializer::Deserialize(**position, *data, reader, 0,
-                                                          static_cast<long long>(example.size()), context, false,
-                                                          nullptr, &takenEnd);
+        DeckManager::KeywordDataDeserializer::Deserialize(
+            **position, *data, reader, 0, static_cast<long long>(example.size()), context, false, nullptr, &takenEnd);
         EXPECT_EQ(takenEnd, static_cast<long long>(example.size()))
             << section << " " << position->GetName() << " leaves a part of its example unread";
         for (const auto& message : log.Messages()) {
