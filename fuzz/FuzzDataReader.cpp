@@ -1,5 +1,5 @@
-// Reads any text as the data of any keyword of the catalogue. The first line names the keyword; where it names none, its
-// first bytes choose one. The rest is the text.
+// Reads any text as the data of any keyword of the catalogue. The first line names the keyword; where it names none,
+// its first bytes choose one. The rest is the text.
 
 #include <cstdint>
 #include <cstdlib>
@@ -104,8 +104,7 @@ const Keywords::IKeywordSyntax* ChooseSyntax(std::string_view& input)
     const std::size_t end = input.find('\n');
     const std::string_view name = input.substr(0, end);
     input.remove_prefix(end == std::string_view::npos ? input.size() : end + 1);
-    if (const Keywords::IKeywordSyntax* const syntax = table.FindSyntax(name, true))
-        return syntax;
+    if (const Keywords::IKeywordSyntax* const syntax = table.FindSyntax(name, true)) return syntax;
     std::size_t number = 0;
     for (const char c : name.substr(0, 2))
         number = number * 256 + static_cast<unsigned char>(c);
@@ -116,8 +115,7 @@ const Keywords::IKeywordSyntax* ChooseSyntax(std::string_view& input)
 void Read(const IKeyword& keyword, const std::string& text, bool isFile, bool withVariables)
 {
     const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(keyword.GetSyntax());
-    if (!data)
-        return;
+    if (!data) return;
     const EmptyDeck deck;
     const Context context(&deck);
     KeywordVariables variables;

@@ -37,8 +37,8 @@ void ReportMiss(const std::string& message)
     Service::Log::SendLogMessage(message, Service::Log::Error);
 }
 
-/// In a deck with variables, a path that begins with an alias reads as a reference to a variable and is no value. As the
-/// path of an alias it counts all the same.
+/// In a deck with variables, a path that begins with an alias reads as a reference to a variable and is no value. As
+/// the path of an alias it counts all the same.
 void AddAliasesOfAliases(const Keywords::IKeywordData* data, KeywordVariables& variables, Keywords::PathAliases& table)
 {
     const auto* const rows = dynamic_cast<const Keywords::IKeywordListData*>(data);
@@ -59,8 +59,7 @@ std::vector<std::string_view> Split(std::string_view expression)
     std::vector<std::string_view> pieces;
     while (!expression.empty()) {
         const std::size_t end = expression.find_first_of(":[]");
-        if (end != 0)
-            pieces.push_back(expression.substr(0, end));
+        if (end != 0) pieces.push_back(expression.substr(0, end));
         expression.remove_prefix(end == std::string_view::npos ? expression.size() : end + 1);
     }
     return pieces;
@@ -76,8 +75,7 @@ void Context::Bind(const IDeckKeywords* keywords)
 
 bool Context::EvaluateIntegerExpr(const std::string& expression, int& value) const
 {
-    if (Service::AllDigits(expression))
-        return ValueConversions::ToInteger(expression, value);
+    if (Service::AllDigits(expression)) return ValueConversions::ToInteger(expression, value);
     if (!m_keywords)
         throw DeckManagerException(
             "Context::EvaluateIntegerExpr: IDeckKeywords must be provided to evaluate expression");
@@ -115,10 +113,8 @@ const IKeyword* Context::FindKeyword(SectionType section, std::string_view keywo
     const KeywordIterator end = SectionEnd(section);
     for (KeywordIterator at = SectionBegin(section); at != end; ++at) {
         const IKeyword* const candidate = *at;
-        if (!candidate)
-            break;
-        if (candidate->GetName() == keyword)
-            return candidate;
+        if (!candidate) break;
+        if (candidate->GetName() == keyword) return candidate;
     }
     return nullptr;
 }
@@ -143,8 +139,7 @@ bool Context::Eval(SectionType section, std::string_view keyword, const std::vec
         return false;
     }
     const Keywords::IKeywordData* const data = m_keywords->GetKeywordData(found);
-    if (!data)
-        throw DeckManagerException(fmt::format("Context::Eval: keyword {} has no data", keyword));
+    if (!data) throw DeckManagerException(fmt::format("Context::Eval: keyword {} has no data", keyword));
     if (indices.size() > 1)
         throw DeckManagerException("Context::Eval: currently do not handle data query deeper than 1 level");
     if (data->GetType() != Keywords::MDType::Record)
@@ -170,17 +165,16 @@ bool Context::Eval(SectionType section, std::string_view keyword, const std::vec
 
 bool Context::GetKeywordItem(SectionType section, std::string_view keyword, int index, int& value) const
 {
-    if (Eval(section, keyword, {index}, value))
-        return true;
-    ReportMiss(fmt::format("Context::GetKeywordItem: {} does not have a valid integer value at index {}", keyword, index));
+    if (Eval(section, keyword, {index}, value)) return true;
+    ReportMiss(
+        fmt::format("Context::GetKeywordItem: {} does not have a valid integer value at index {}", keyword, index));
     return false;
 }
 
 void Context::NoteKeyword(const IKeyword* keyword) const
 {
     static KnownSyntax paths("PATHS");
-    if (!keyword || !paths.Is(keyword->GetSyntax()) || !Environment::Instance().PATHSSupport())
-        return;
+    if (!keyword || !paths.Is(keyword->GetSyntax()) || !Environment::Instance().PATHSSupport()) return;
     const Keywords::IKeywordData* data = nullptr;
     KeywordVariables* variables = nullptr;
     // Reading fills a cache of the keyword, which its constness doesn't cover.
@@ -201,16 +195,14 @@ bool Context::HasPaths(const IKeyword* keyword)
     static KnownSyntax import("IMPORT");
     static KnownSyntax restart("RESTART");
     static KnownSyntax gdfile("GDFILE");
-    if (!keyword)
-        return false;
+    if (!keyword) return false;
     const Keywords::IKeywordSyntax* const syntax = keyword->GetSyntax();
     return include.Is(syntax) || import.Is(syntax) || restart.Is(syntax) || gdfile.Is(syntax);
 }
 
 bool Context::ResolvePathAliases(const IKeyword* keyword, const std::string& in, std::string& out) const
 {
-    if (HasPaths(keyword))
-        return m_pathAliases.resolvePathAliases(in, out);
+    if (HasPaths(keyword)) return m_pathAliases.resolvePathAliases(in, out);
     out = in;
     return true;
 }

@@ -32,9 +32,8 @@ const Keywords::IKeywordListData* AsList(const Keywords::IKeywordData* data)
 
 const Keywords::IKeywordRecordData* AsRecord(const Keywords::IKeywordData* data)
 {
-    return data && data->GetType() == Keywords::MDType::Record
-               ? static_cast<const Keywords::IKeywordRecordData*>(data)
-               : nullptr;
+    return data && data->GetType() == Keywords::MDType::Record ? static_cast<const Keywords::IKeywordRecordData*>(data)
+                                                               : nullptr;
 }
 
 } // namespace
@@ -71,27 +70,22 @@ const Context::NamedEvaluation* Context::FindEvaluation(std::string_view name)
 bool Context::EvalSpecial(const std::string& expression, int& value) const
 {
     constexpr std::string_view prefix = "context:";
-    if (!expression.starts_with(prefix) || expression.size() == prefix.size())
-        return false;
-    if (Environment::Instance().IncompleteDeckKeywordValidation())
-        return false;
+    if (!expression.starts_with(prefix) || expression.size() == prefix.size()) return false;
+    if (Environment::Instance().IncompleteDeckKeywordValidation()) return false;
     const NamedEvaluation* const evaluation = FindEvaluation(std::string_view(expression).substr(prefix.size()));
     if (!evaluation)
         throw DeckManagerException(fmt::format("Context::EvalSpecial(): unhandled size \"{}\". ", expression));
     int& result = m_results[static_cast<std::size_t>(evaluation->result)];
     bool known = true;
-    if (result == notComputed)
-        known = (this->*evaluation->evaluate)(result);
+    if (result == notComputed) known = (this->*evaluation->evaluate)(result);
     value = result;
     return known;
 }
 
 bool Context::EvalCOMPS(int& value) const
 {
-    if (IsKeywordPresent(runspec, "COMPS"))
-        return GetKeywordItem(runspec, "COMPS", 0, value);
-    if (IsKeywordPresent(props, "NCOMPS"))
-        return GetKeywordItem(props, "NCOMPS", 0, value);
+    if (IsKeywordPresent(runspec, "COMPS")) return GetKeywordItem(runspec, "COMPS", 0, value);
+    if (IsKeywordPresent(props, "NCOMPS")) return GetKeywordItem(props, "NCOMPS", 0, value);
     if (IsKeywordPresent(runspec, "DEADOIL")) {
         value = 1;
         return true;
@@ -107,8 +101,7 @@ bool Context::EvalCOMPS(int& value) const
 
 bool Context::EvalCOMPSOR1(int& value) const
 {
-    if (!EvalCOMPS(value))
-        value = 1;
+    if (!EvalCOMPS(value)) value = 1;
     return true;
 }
 
@@ -120,8 +113,7 @@ bool Context::EvalOILVISCTVISCNUM(int& value) const
 bool Context::EvalMAXUAT(int& value) const
 {
     int count = 0;
-    if (!GetKeywordItem(runspec, "AQUDIMS", 2, count))
-        return false;
+    if (!GetKeywordItem(runspec, "AQUDIMS", 2, count)) return false;
     value = count > 0 ? count - 1 : 0;
     return true;
 }
@@ -178,14 +170,12 @@ bool Context::EvalNDETAC(int& value) const
     if (!IsKeywordPresent(props, "LUMPING"))
         throw DeckManagerException("Context::EvalNDETAC: keyword LUMPING must be present");
     const auto* const lumps = AsList(KeywordData(props, "LUMPING"));
-    if (!lumps)
-        throw DeckManagerException("Context::EvalNDETAC: keyword LUMPING has not data");
+    if (!lumps) throw DeckManagerException("Context::EvalNDETAC: keyword LUMPING has not data");
     value = 0;
     std::int64_t sum = 0;
     for (int index = 0; index < lumps->GetElementCount(); ++index) {
         const auto* const lump = AsRecord(lumps->GetElement(index).GetContainer());
-        if (!lump)
-            return false;
+        if (!lump) return false;
         const int detailed = lump->GetItem(1).GetInteger();
         if (detailed == Keywords::UnsetValue::Integer) {
             throw DeckManagerException(fmt::format(
@@ -202,8 +192,7 @@ bool Context::EvalNDETAC(int& value) const
 bool Context::EvalNRPINC(int& value) const
 {
     value = 0;
-    if (IsKeywordPresent(grid, "PINCHNUM"))
-        return GetKeywordItem(runspec, "GRIDOPTS", 2, value);
+    if (IsKeywordPresent(grid, "PINCHNUM")) return GetKeywordItem(runspec, "GRIDOPTS", 2, value);
     if (IsKeywordPresent(grid, "FLUXNUM")) {
         RaiseTo(runspec, "REGDIMS", 3, value);
         RaiseTo(runspec, "TABDIMS", 10, value);
@@ -235,13 +224,11 @@ bool Context::EvalNUMSLT(int& value) const
         return true;
     }
     const auto* const data = KeywordData(runspec, "BRINE");
-    if (!data)
-        throw DeckManagerException("Context::EvalNUMSLT: keyword BRINE has no data");
+    if (!data) throw DeckManagerException("Context::EvalNUMSLT: keyword BRINE has no data");
     const auto* const record = AsRecord(data);
     const auto* const salts =
         record && record->GetItemCount() > 0 ? AsList(record->GetItem(0).GetContainer()) : nullptr;
-    if (!salts)
-        return false;
+    if (!salts) return false;
     value = salts->GetElementCount();
     return true;
 }
@@ -256,8 +243,7 @@ bool Context::EvalROCKTABTRANSMYZ(int& value) const
 void Context::RaiseTo(SectionType section, std::string_view keyword, int index, int& value) const
 {
     int item = 0;
-    if (GetKeywordItem(section, keyword, index, item))
-        value = std::max(value, item);
+    if (GetKeywordItem(section, keyword, index, item)) value = std::max(value, item);
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -51,12 +51,10 @@ bool CustomDeserializerOILVISCC::Deserialize(Keywords::IKeywordData& data, Keywo
             const int record = table.GetElementCount() - 1;
             read = ReadRecord(static_cast<Keywords::IKeywordRecordData&>(table.GetContainer(record)), store, state,
                               variables);
-            if (!read)
-                table.RemoveElement(record);
+            if (!read) table.RemoveElement(record);
             state.NoteContainer(store);
         }
-        if (table.GetElementCount() == 0)
-            tables.RemoveElement(last);
+        if (table.GetElementCount() == 0) tables.RemoveElement(last);
     }
     return true;
 }
@@ -66,8 +64,7 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
 {
     const auto readOption = [&store](const Keywords::IKeywordOptionMD& md) {
         std::string_view token;
-        if (!store.NextTokenView(token, false, false, nullptr))
-            return -1;
+        if (!store.NextTokenView(token, false, false, nullptr)) return -1;
         if (token == VeldaneDeckInfo::TERMINATION_TOKEN) {
             store.AdvanceLine();
             return -1;
@@ -76,11 +73,9 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
         return md.FindOption(token, reason);
     };
     const int first = readOption(*m_firstOption);
-    if (first < 0)
-        return false;
+    if (first < 0) return false;
     const int second = readOption(*m_secondOption);
-    if (second < 0)
-        return false;
+    if (second < 0) return false;
     record.GetItem(0).SetOption(first);
     record.GetItem(1).SetOption(second);
 
@@ -94,8 +89,7 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
     auto& groups = static_cast<Keywords::IKeywordListData&>(record.GetContainer(2));
     for (std::int64_t size :
          GroupSizes(m_firstOption->GetOptionName(first), m_secondOption->GetOptionName(second), count)) {
-        if (next == run.end())
-            break;
+        if (next == run.end()) break;
         groups.AddElement();
         auto& group = static_cast<Keywords::IKeywordListData&>(groups.GetContainer(groups.GetElementCount() - 1));
         while (size > 0 && next != run.end()) {
@@ -105,8 +99,7 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
             const int begin = group.GetElementCount();
             const std::int64_t appended =
                 next->defaulted ? group.AppendDefaults(room) : group.AppendRealRun(next->value, room);
-            if (appended < copies)
-                state.ReportTruncation();
+            if (appended < copies) state.ReportTruncation();
             if (variables && !next->variable.empty()) {
                 const std::int64_t noted = std::min(appended, state.limits.variablesOfRun);
                 for (int copy = 0; copy < noted; ++copy)
@@ -138,8 +131,7 @@ std::vector<CustomDeserializerOILVISCC::Values> CustomDeserializerOILVISCC::Read
             values.variable = token;
         } else if (token != VeldaneDeckInfo::DEFAULT_TOKEN) {
             values.defaulted = false;
-            if (!ValueConversions::ToReal(token, values.value))
-                break;
+            if (!ValueConversions::ToReal(token, values.value)) break;
         }
         values.count += store.TakeRun(std::numeric_limits<std::int32_t>::max());
         run.push_back(std::move(values));

@@ -25,7 +25,8 @@ CustomDeserializerUDQRecord::CustomDeserializerUDQRecord(const Keywords::IKeywor
     m_record = Shape::AsRecord(element, 3);
     m_option = Shape::AsOption(Shape::ItemOf(m_record, 0));
     if (!m_option || !Shape::AsItem(Shape::ItemOf(m_record, 1), MDType::String) ||
-        !Shape::AsItem(Shape::ElementOf(Shape::AsList(Shape::ItemOf(m_record, 2))), MDType::String)) {
+        !Shape::AsItem(Shape::ElementOf(Shape::AsList(Shape::ItemOf(m_record, 2))), MDType::String))
+    {
         throw DeckManagerException("DeckManager::CustomDeserializerUDQRecord: syntax mismatch");
     }
 }
@@ -39,15 +40,12 @@ bool CustomDeserializerUDQRecord::Deserialize(Keywords::IKeywordData& data, Keyw
                                               const Context& context, DeserializeState& state,
                                               KeywordVariables* variables)
 {
-    if (data.GetMetaData() != m_record)
-        return false;
+    if (data.GetMetaData() != m_record) return false;
     std::string_view token;
     std::string reason;
-    if (!store.PeekTokenView(token, false, nullptr))
-        return false;
+    if (!store.PeekTokenView(token, false, nullptr)) return false;
     const int option = m_option->FindOption(token, reason);
-    if (option < 0 || option != m_option->GetOptionIndex("DEFINE"))
-        return false;
+    if (option < 0 || option != m_option->GetOptionIndex("DEFINE")) return false;
 
     const std::string line = store.CurrentLine();
     store.MarkLineTaken();
@@ -59,8 +57,7 @@ bool CustomDeserializerUDQRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     auto& record = static_cast<Keywords::IKeywordRecordData&>(data);
     for (const int index : {0, 1}) {
         bool quoted = false;
-        if (!tokenizer.NextView(token, &quoted, false))
-            return index == 1;
+        if (!tokenizer.NextView(token, &quoted, false)) return index == 1;
         KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *m_record->GetItemMD(index), record, index,
                                                          context, state, variables, reason);
     }
@@ -70,11 +67,9 @@ bool CustomDeserializerUDQRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     int count = 0;
     int end = -1;
     for (; tokenizer.NextView(token, nullptr, true); ++count) {
-        if (token == VeldaneDeckInfo::TERMINATION_TOKEN)
-            end = count;
+        if (token == VeldaneDeckInfo::TERMINATION_TOKEN) end = count;
     }
-    if (end < 0)
-        end = count;
+    if (end < 0) end = count;
     tokenizer.SetText(&line);
     tokenizer.NextView(token, nullptr, false);
     tokenizer.NextView(token, nullptr, false);

@@ -34,23 +34,20 @@ bool Append(Keywords::IKeywordListData& list, std::string_view token, std::int64
     switch (list.GetElementType()) {
     case MDType::Real: {
         double value = 0.0;
-        if (!ValueConversions::ToReal(token, value))
-            return false;
+        if (!ValueConversions::ToReal(token, value)) return false;
         appended = list.AppendRealRun(value, room);
         break;
     }
     case MDType::Integer: {
         int value = 0;
-        if (!ValueConversions::ToInteger(token, value))
-            return false;
+        if (!ValueConversions::ToInteger(token, value)) return false;
         appended = list.AppendIntegerRun(value, room);
         break;
     }
     default:
         appended = list.AppendStringRun(token, room);
     }
-    if (appended < count)
-        state.ReportTruncation();
+    if (appended < count) state.ReportTruncation();
     return true;
 }
 
@@ -58,16 +55,14 @@ bool Append(Keywords::IKeywordListData& list, std::string_view token, std::int64
 bool AppendVariable(Keywords::IKeywordListData& list, std::string_view token, std::int64_t count,
                     DeserializeState& state, KeywordVariables* variables)
 {
-    if (!variables || !Keywords::VariablesString::ContainsVariables(token))
-        return false;
+    if (!variables || !Keywords::VariablesString::ContainsVariables(token)) return false;
     const std::int64_t room = std::clamp<std::int64_t>(state.limits.elementsOfList - list.GetElementCount(), 0,
                                                        std::min(count, state.limits.variablesOfRun));
     const int begin = list.GetElementCount();
     const std::int64_t appended = list.AppendDefaults(room);
     for (int copy = 0; copy < appended; ++copy)
         variables->SetListVariable(list, begin + copy, Keywords::VariablesString(token));
-    if (appended < count)
-        state.ReportTruncation();
+    if (appended < count) state.ReportTruncation();
     return true;
 }
 
@@ -90,7 +85,8 @@ CustomDeserializerUDTRecord::CustomDeserializerUDTRecord(const Keywords::IKeywor
     const auto* const row = Shape::AsRecord(Shape::ElementOf(Shape::AsList(Shape::ItemOf(m_record, 2))), 1);
     if (!Shape::AsItem(Shape::ItemOf(header, 0), MDType::String) || !dimensions ||
         dimensions->GetMaxValue() != maxDimensions || !Shape::AsOption(Shape::ItemOf(dimension, 0)) ||
-        !Shape::AsList(Shape::ItemOf(dimension, 1)) || !Shape::AsList(Shape::ItemOf(row, 0))) {
+        !Shape::AsList(Shape::ItemOf(dimension, 1)) || !Shape::AsList(Shape::ItemOf(row, 0)))
+    {
         throw DeckManagerException("DeckManager::CustomDeserializerUDTRecord: syntax mismatch");
     }
 }
@@ -99,8 +95,7 @@ bool CustomDeserializerUDTRecord::Deserialize(Keywords::IKeywordData& data, Keyw
                                               const Context& context, DeserializeState& state,
                                               KeywordVariables* variables)
 {
-    if (data.GetMetaData() != m_record || store.IsAtEnd())
-        return false;
+    if (data.GetMetaData() != m_record || store.IsAtEnd()) return false;
     const Read read{store, context, state, variables};
     auto& record = static_cast<Keywords::IKeywordRecordData&>(data);
     auto& header = static_cast<Keywords::IKeywordRecordData&>(record.GetContainer(0));
@@ -110,23 +105,21 @@ bool CustomDeserializerUDTRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     tokenizer.SetText(&line);
     std::string_view token;
     bool quoted = false;
-    if (!tokenizer.NextView(token, &quoted, false))
-        return false;
+    if (!tokenizer.NextView(token, &quoted, false)) return false;
     std::string reason;
     KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *header.GetRecordMD()->GetItemMD(0), header, 0,
                                                      context, state, variables, reason);
     store.MarkLineTaken();
-    if (!tokenizer.NextView(token, &quoted, false))
-        return true;
+    if (!tokenizer.NextView(token, &quoted, false)) return true;
     int dimensionCount = 0;
-    if (!ValueConversions::ToInteger(token, dimensionCount) || dimensionCount > maxDimensions)
-        return false;
+    if (!ValueConversions::ToInteger(token, dimensionCount) || dimensionCount > maxDimensions) return false;
     header.GetItem(1).SetInteger(dimensionCount);
 
     Counts counts{};
     for (int dimension = 0; dimension < dimensionCount; ++dimension) {
         if (!ReadDimension(static_cast<Keywords::IKeywordListData&>(record.GetContainer(1)), read,
-                           counts[static_cast<std::size_t>(dimension)])) {
+                           counts[static_cast<std::size_t>(dimension)]))
+        {
             return false;
         }
     }
@@ -140,15 +133,13 @@ bool CustomDeserializerUDTRecord::ReadDimension(Keywords::IKeywordListData& dime
     Keywords::IKeywordRecordData& dimension = AddRecord(dimensions);
     std::string_view token;
     bool quoted = false;
-    if (!read.store.AdvanceLine() || !read.store.NextTokenView(token, false, false, &quoted))
-        return false;
+    if (!read.store.AdvanceLine() || !read.store.NextTokenView(token, false, false, &quoted)) return false;
     std::string reason;
-    KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *dimension.GetRecordMD()->GetItemMD(0), dimension, 0,
-                                                     read.context, read.state, read.variables, reason);
+    KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *dimension.GetRecordMD()->GetItemMD(0), dimension,
+                                                     0, read.context, read.state, read.variables, reason);
     auto& values = static_cast<Keywords::IKeywordListData&>(dimension.GetContainer(1));
     while (read.store.NextTokenView(token, false, false, nullptr)) {
-        if (token == VeldaneDeckInfo::TERMINATION_TOKEN)
-            break;
+        if (token == VeldaneDeckInfo::TERMINATION_TOKEN) break;
         const std::int64_t run = 1 + read.store.TakeRun(anyCount);
         // An element that is no value holds its place, so that the count stays the dimension's.
         if (!AppendVariable(values, token, run, read.state, read.variables) && !Append(values, token, run, read.state))
@@ -164,19 +155,16 @@ bool CustomDeserializerUDTRecord::ReadRows(Keywords::IKeywordListData& rows, con
     const auto closes = [](std::int64_t index, std::int64_t last) { return index == last && index > 0; };
     for (std::int64_t outer = 0; outer <= counts[3]; ++outer) {
         if (closes(outer, counts[3])) {
-            if (!ReadRow(rows, 0, read))
-                return false;
+            if (!ReadRow(rows, 0, read)) return false;
             continue;
         }
         for (std::int64_t middle = 0; middle <= counts[2]; ++middle) {
             if (closes(middle, counts[2])) {
-                if (!ReadRow(rows, 0, read))
-                    return false;
+                if (!ReadRow(rows, 0, read)) return false;
                 continue;
             }
             for (std::int64_t inner = 0; inner <= counts[1]; ++inner) {
-                if (!ReadRow(rows, closes(inner, counts[1]) ? 0 : counts[0], read))
-                    return false;
+                if (!ReadRow(rows, closes(inner, counts[1]) ? 0 : counts[0], read)) return false;
             }
         }
     }
@@ -186,8 +174,7 @@ bool CustomDeserializerUDTRecord::ReadRows(Keywords::IKeywordListData& rows, con
 bool CustomDeserializerUDTRecord::ReadRow(Keywords::IKeywordListData& rows, std::int64_t expected, const Read& read)
 {
     std::string_view token;
-    if (!read.store.NextTokenView(token, false, false, nullptr))
-        return false;
+    if (!read.store.NextTokenView(token, false, false, nullptr)) return false;
     auto& values = static_cast<Keywords::IKeywordListData&>(AddRecord(rows).GetContainer(0));
     read.state.NoteContainer(read.store);
     std::int64_t count = 0;
@@ -196,8 +183,7 @@ bool CustomDeserializerUDTRecord::ReadRow(Keywords::IKeywordListData& rows, std:
         if (!AppendVariable(values, token, run, read.state, read.variables) && !Append(values, token, run, read.state))
             return false;
         count += run;
-        if (!read.store.NextTokenView(token, false, false, nullptr))
-            return false;
+        if (!read.store.NextTokenView(token, false, false, nullptr)) return false;
     }
     return count == expected;
 }

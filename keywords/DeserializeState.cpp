@@ -24,9 +24,10 @@ RecordPlan::RecordPlan(const Keywords::IKeywordRecordMD& md, IDeserializer* read
     }
     if (count > 0) {
         const Keywords::IKeywordMD* const first = items.front().md;
-        standsAlone = md.IsItemDefaultable(0) ||
-                      (Keywords::KeywordUtils::IsItemMDType(first) &&
-                       static_cast<const Keywords::IKeywordItemMD*>(first)->HasDefaultFor(Keywords::SimulatorType::Any));
+        standsAlone =
+            md.IsItemDefaultable(0) ||
+            (Keywords::KeywordUtils::IsItemMDType(first) &&
+             static_cast<const Keywords::IKeywordItemMD*>(first)->HasDefaultFor(Keywords::SimulatorType::Any));
     }
 }
 
@@ -42,8 +43,7 @@ const RecordPlan& DeserializeState::PlanOf(const Keywords::IKeywordRecordMD& md)
 {
     if (&md != m_lastMD) {
         auto found = m_plans.find(&md);
-        if (found == m_plans.end())
-            found = m_plans.emplace(&md, RecordPlan(md, customs.Find(&md))).first;
+        if (found == m_plans.end()) found = m_plans.emplace(&md, RecordPlan(md, customs.Find(&md))).first;
         m_lastMD = &md;
         m_lastPlan = &found->second;
     }
@@ -57,14 +57,12 @@ void DeserializeState::NoteContainer(KeywordDataStore& store)
         m_runPlace = place;
         m_containersOfRun = 0;
     }
-    if (++m_containersOfRun >= limits.containersOfRun && store.DropRun())
-        ReportTruncation();
+    if (++m_containersOfRun >= limits.containersOfRun && store.DropRun()) ReportTruncation();
 }
 
 void DeserializeState::ReportTruncation()
 {
-    if (m_truncationReported)
-        return;
+    if (m_truncationReported) return;
     m_truncationReported = true;
     Service::Log::SendLogMessage(
         fmt::format("Keyword {} has more data than can be held; the rest is left out.", keyword.GetName()),

@@ -79,8 +79,8 @@ struct DeserializeState
 
     const CustomDeserializers& customs;
     const DeserializeLimits limits;
-    const bool hasPaths;         ///< strings may begin with a path alias
-    const bool autoFill;         ///< empty elements repeat the one before, where the metadata say so
+    const bool hasPaths; ///< strings may begin with a path alias
+    const bool autoFill; ///< empty elements repeat the one before, where the metadata say so
     const bool limitStringLength;
     const bool upperCase;
 

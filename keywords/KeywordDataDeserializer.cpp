@@ -50,8 +50,7 @@ struct ReadPlace
 std::int64_t SaturatingProduct(std::int64_t left, std::int64_t right)
 {
     constexpr std::int64_t largest = std::numeric_limits<std::int64_t>::max();
-    if (right != 0 && left > largest / right)
-        return largest;
+    if (right != 0 && left > largest / right) return largest;
     return left * right;
 }
 
@@ -61,15 +60,13 @@ void KeywordDataDeserializer::Deserialize(const IKeyword& keyword, Keywords::IKe
                                           long long start, long long length, const Context& context,
                                           bool firstLineIsKeywordName, KeywordVariables* variables, long long* takenEnd)
 {
-    if (takenEnd)
-        *takenEnd = -1;
+    if (takenEnd) *takenEnd = -1;
     Service::MessageCapper::instance().setCurrentKeyword(keyword.GetName());
     const long long position = reader.Tell();
     KeywordDataStore store(&reader);
     const ReadPlace place{keyword, store, firstLineIsKeywordName};
     const Service::Log::Place logPlace(place.File(), &ReadPlace::Line, &place);
-    if (!store.Open(keyword, start, length, firstLineIsKeywordName))
-        return;
+    if (!store.Open(keyword, start, length, firstLineIsKeywordName)) return;
     try {
         DeserializeState state(keyword, data);
         Deserialize(data, store, context, state, variables);
@@ -78,8 +75,7 @@ void KeywordDataDeserializer::Deserialize(const IKeyword& keyword, Keywords::IKe
             fmt::format("Failed to read data of keyword {}: there is not enough memory.", keyword.GetName()),
             Service::Log::Error);
     }
-    if (takenEnd)
-        *takenEnd = store.TakenEnd();
+    if (takenEnd) *takenEnd = store.TakenEnd();
     reader.Seek(position, 0);
 }
 
@@ -99,9 +95,10 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordData& d
         return Deserialize(record, state.PlanOf(*record.GetRecordMD()), store, context, state, variables);
     }
     default:
-        throw DeckManagerException(fmt::format("DeckManager::KeywordDataDeserializer::Deserialize(IKeywordData &, ...): "
-                                               "unhandled keyword data type \"{}\"",
-                                               typeid(data).name()));
+        throw DeckManagerException(
+            fmt::format("DeckManager::KeywordDataDeserializer::Deserialize(IKeywordData &, ...): "
+                        "unhandled keyword data type \"{}\"",
+                        typeid(data).name()));
     }
 }
 
@@ -109,14 +106,11 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordData& d
 std::int64_t KeywordDataDeserializer::ListSize(const Keywords::IKeywordListMD& md, const Context& context,
                                                DeserializeState& state)
 {
-    if (md.GetTermination() != Termination::None || &md == state.root.GetMetaData())
-        return -1;
+    if (md.GetTermination() != Termination::None || &md == state.root.GetMetaData()) return -1;
     const std::string* const expression = md.GetSizeExpression();
-    if (!expression)
-        return -1;
+    if (!expression) return -1;
     int value = -1;
-    const std::int64_t size =
-        context.EvaluateIntegerExpr(*expression, value) ? value : SelfSize(*expression, state);
+    const std::int64_t size = context.EvaluateIntegerExpr(*expression, value) ? value : SelfSize(*expression, state);
     return size < 0 || size > std::numeric_limits<int>::max() ? -1 : size;
 }
 
@@ -124,8 +118,7 @@ std::int64_t KeywordDataDeserializer::ListSize(const Keywords::IKeywordListMD& m
 std::int64_t KeywordDataDeserializer::SelfSize(const std::string& expression, DeserializeState& state)
 {
     constexpr std::string_view prefix = "self:";
-    if (!std::string_view(expression).starts_with(prefix) || expression.size() == prefix.size())
-        return -1;
+    if (!std::string_view(expression).starts_with(prefix) || expression.size() == prefix.size()) return -1;
 
     const auto elementCount = [&state](int item) -> std::int64_t {
         const auto& root = static_cast<const Keywords::IKeywordRecordData&>(state.root);
@@ -134,13 +127,11 @@ std::int64_t KeywordDataDeserializer::SelfSize(const std::string& expression, De
     const std::string_view name = std::string_view(expression).substr(prefix.size());
     const std::string& keyword = state.keyword.GetName();
     if (name == "SIZEPRSVALUES" && keyword == "VFPINJ") {
-        if (state.sizePRSValues < 0)
-            state.sizePRSValues = elementCount(2);
+        if (state.sizePRSValues < 0) state.sizePRSValues = elementCount(2);
         return state.sizePRSValues;
     }
     if (name == "SIZEFLOVALUES" && (keyword == "VFPINJ" || keyword == "VFPPROD")) {
-        if (state.sizeFLOValues < 0)
-            state.sizeFLOValues = elementCount(1);
+        if (state.sizeFLOValues < 0) state.sizeFLOValues = elementCount(1);
         return state.sizeFLOValues;
     }
     if (name == "SIZEVALUESLIST" && keyword == "VFPPROD") {
@@ -151,15 +142,15 @@ std::int64_t KeywordDataDeserializer::SelfSize(const std::string& expression, De
         }
         return state.sizeValuesList;
     }
-    throw DeckManagerException(fmt::format("DeckManager::KeywordDataDeserializer(): unhandled size \"{}\" while parsing "
-                                           "keyword {}. ",
-                                           expression, keyword));
+    throw DeckManagerException(
+        fmt::format("DeckManager::KeywordDataDeserializer(): unhandled size \"{}\" while parsing "
+                    "keyword {}. ",
+                    expression, keyword));
 }
 
 bool KeywordDataDeserializer::IsEmptyRecord(const Keywords::IKeywordRecordData* record)
 {
-    if (!record)
-        return true;
+    if (!record) return true;
     for (int index = 0; index < record->GetItemCount(); ++index) {
         const Keywords::IKeywordMD& md = *record->GetRecordMD()->GetItemMD(index);
         bool empty = true;
@@ -175,16 +166,14 @@ bool KeywordDataDeserializer::IsEmptyRecord(const Keywords::IKeywordRecordData* 
         default:
             empty = IsEmptyContainer(record->GetItem(index).GetContainer());
         }
-        if (!empty)
-            return false;
+        if (!empty) return false;
     }
     return true;
 }
 
 bool KeywordDataDeserializer::IsEmptyContainer(const Keywords::IKeywordData* data)
 {
-    if (!data)
-        return true;
+    if (!data) return true;
     switch (data->GetType()) {
     case MDType::List:
         return static_cast<const Keywords::IKeywordListData*>(data)->GetElementCount() == 0;

@@ -106,7 +106,8 @@ private:
     static void CheckListEnd(KeywordDataStore& store, const DeserializeState& state, bool sawSlash);
     static RecordEnd CheckRecordEnd(KeywordDataStore& store, const DeserializeState& state, const RecordPlan& plan,
                                     bool first, bool lastFirst, bool terminated);
-    static void FillEmptyElements(Keywords::IKeywordListData& list, const std::vector<bool>& firstWasTerminator);
+    static void FillEmptyElements(Keywords::IKeywordListData& list, int begin,
+                                  const std::vector<bool>& firstWasTerminator);
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

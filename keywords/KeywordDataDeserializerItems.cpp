@@ -32,19 +32,21 @@ namespace {
 /// How many messages a repeat of one bad token sends at most.
 constexpr std::int64_t messagesOfRun = 10;
 
-/// The number that stands for itself in a text: digits and what else `std::from_chars` takes, with a blank, a terminator
-/// or the end behind it. Such a token means the same to the tokenizers, which needn't be asked.
+/// The number that stands for itself in a text: digits and what else `std::from_chars` takes, with a blank, a
+/// terminator or the end behind it. Such a token means the same to the tokenizers, which needn't be asked.
 template <class Number>
 bool TakePlainNumber(const char*& at, const char* end, Number& value)
 {
     const auto [stop, error] = std::from_chars(at, end, value);
-    if (error != std::errc() || (stop != end && !VeldaneDeckInfo::IsSpace(*stop) && *stop != VeldaneDeckInfo::TERMINATION))
+    if (error != std::errc() ||
+        (stop != end && !VeldaneDeckInfo::IsSpace(*stop) && *stop != VeldaneDeckInfo::TERMINATION))
         return false;
     at = stop;
     return true;
 }
 
-/// Elements of a kind are converted by Convert and appended in runs. A kind with blocks also takes many numbers at once.
+/// Elements of a kind are converted by Convert and appended in runs. A kind with blocks also takes many numbers at
+/// once.
 struct YesNoElements
 {
     using Value = signed char;
@@ -84,10 +86,8 @@ struct IntegerElements
     static bool TakePlain(const char*& at, const char* end, Value& value)
     {
         const char* const begin = at;
-        if (!TakePlainNumber(at, end, value))
-            return false;
-        if (value != std::numeric_limits<int>::min())
-            return true;
+        if (!TakePlainNumber(at, end, value)) return false;
+        if (value != std::numeric_limits<int>::min()) return true;
         at = begin; // would read as unset; the conversion holds it at the value beside
         return false;
     }
@@ -178,14 +178,13 @@ struct ItemListRead
     /// Tells when less was appended than there was.
     void NoteAppended(std::int64_t appended, std::int64_t wanted) const
     {
-        if (appended < wanted)
-            state.ReportTruncation();
+        if (appended < wanted) state.ReportTruncation();
     }
 };
 
 /// Reads plain numbers straight from the lines, through a block on the stack, up to the first token that is anything
-/// else or the element `size`. Returns how many there were; the values, the messages and the place in the text are those
-/// that the tokenizers would have led to.
+/// else or the element `size`. Returns how many there were; the values, the messages and the place in the text are
+/// those that the tokenizers would have led to.
 template <class Elements>
 std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index)
 {
@@ -214,17 +213,14 @@ std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index)
             }
             taken = at;
             ++count;
-            if (++filled == block.size())
-                flush();
+            if (++filled == block.size()) flush();
         }
-        if (taken != rest.data())
-            read.store.TakeFromLine(static_cast<std::size_t>(taken - rest.data()));
+        if (taken != rest.data()) read.store.TakeFromLine(static_cast<std::size_t>(taken - rest.data()));
         // The line must have ended with a number: what else stands there, a comment say, is the tokenizers' to read.
         more = at == end && taken != rest.data() && (read.size < 0 || index + count < read.size) &&
                read.store.AdvanceLine();
     }
-    if (filled > 0)
-        flush();
+    if (filled > 0) flush();
     return count;
 }
 
@@ -245,8 +241,7 @@ DeserializeResult ReadItems(const ItemListRead& read, Elements elements, bool& n
                 const std::int64_t count = TakePlainNumbers<Elements>(read, index);
                 anyValue = anyValue || count > 0;
                 index += count;
-                if (read.size >= 0 && index >= read.size)
-                    break;
+                if (read.size >= 0 && index >= read.size) break;
             }
         }
         if (read.store.AtListEnd(detector)) {
@@ -254,12 +249,10 @@ DeserializeResult ReadItems(const ItemListRead& read, Elements elements, bool& n
             break;
         }
         std::string_view token;
-        if (!read.store.NextTokenView(token, false, read.allowCommas, nullptr))
-            break;
+        if (!read.store.NextTokenView(token, false, read.allowCommas, nullptr)) break;
         if (token == VeldaneDeckInfo::TERMINATION_TOKEN) {
             firstWasTerminator = !anyValue;
-            if (!slash)
-                return {anyValue, true, firstWasTerminator};
+            if (!slash) return {anyValue, true, firstWasTerminator};
             sawSlash = true;
             break;
         }
@@ -277,7 +270,8 @@ DeserializeResult ReadItems(const ItemListRead& read, Elements elements, bool& n
                     Service::Log::Error);
             }
         } else if (read.variables && token.find('$') != std::string_view::npos &&
-                   Keywords::VariablesString::ContainsVariables(token)) {
+                   Keywords::VariablesString::ContainsVariables(token))
+        {
             const std::int64_t most = std::min(read.Room(run), read.state.limits.variablesOfRun);
             const std::int64_t last = std::numeric_limits<int>::max() - index;
             const Keywords::VariablesString text(token);

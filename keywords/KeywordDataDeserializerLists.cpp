@@ -1,5 +1,6 @@
 // Lists: of containers, and which way a list goes.
 
+#include <algorithm>
 #include <typeinfo>
 
 #include <deckmanager/DeckManagerException.h>
@@ -43,8 +44,7 @@ struct NestedMarks
 /// An element without data stands for a repeat of the one before, which is filled in later.
 bool KeepsElementsWithoutData(const Keywords::IKeywordListMD& md, bool autoFill)
 {
-    if (md.GetTermination() != Termination::None || !autoFill)
-        return false;
+    if (md.GetTermination() != Termination::None || !autoFill) return false;
     NestedMarks marks;
     marks.Note(*md.GetElementMD());
     return marks.slash && !marks.autoFill;
@@ -58,12 +58,10 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordListDat
 {
     const Keywords::IKeywordListMD& md = *list.GetListMD();
     if (IDeserializer* const custom = state.customs.Find(&md)) {
-        if (custom->Deserialize(list, store, context, state, variables))
-            return {true, false, false};
+        if (custom->Deserialize(list, store, context, state, variables)) return {true, false, false};
     }
     const std::int64_t size = ListSize(md, context, state);
-    if (size == 0)
-        return {};
+    if (size == 0) return {};
     const Keywords::IKeywordMD* const element = md.GetElementMD();
     if (Keywords::KeywordUtils::IsItemMDType(element))
         return DeserializeItemList(list, size, md.AllowsDefaultElements(), store, state, variables);
@@ -76,27 +74,27 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordListDat
 
 DeserializeResult KeywordDataDeserializer::DeserializeContainerList(Keywords::IKeywordListData& list, std::int64_t size,
                                                                     KeywordDataStore& store, const Context& context,
-                                                                    DeserializeState& state, KeywordVariables* variables,
-                                                                    bool nestedInSlashList)
+                                                                    DeserializeState& state,
+                                                                    KeywordVariables* variables, bool nestedInSlashList)
 {
     const Keywords::IKeywordListMD& md = *list.GetListMD();
     const bool slash = md.GetTermination() == Termination::Slash;
     const bool autoFill = md.AutoFillsEmptyElements() && state.autoFill;
     const bool keepsWithoutData = KeepsElementsWithoutData(md, autoFill);
     const Keywords::IListEndDetector* const detector = md.GetListEndDetector();
-    const RecordPlan* const plan = md.GetElementMD()->GetType() == MDType::Record
-                                       ? &state.PlanOf(static_cast<const Keywords::IKeywordRecordMD&>(*md.GetElementMD()))
-                                       : nullptr;
+    const RecordPlan* const plan =
+        md.GetElementMD()->GetType() == MDType::Record
+            ? &state.PlanOf(static_cast<const Keywords::IKeywordRecordMD&>(*md.GetElementMD()))
+            : nullptr;
 
-    std::vector<bool> firstOfElements; // of the elements that stay, for the fill
+    const int filledBefore = list.GetElementCount(); // by a reader of its own that then refused
+    std::vector<bool> firstOfElements;               // of the elements that stay, for the fill
     bool sawSlash = false;
     bool lastEmpty = false;
     bool first = false;
     for (std::int64_t index = 0; !store.IsAtEnd(); ++index) {
-        if (size >= 0 && index >= size)
-            break;
-        if (store.AtListEnd(detector))
-            break;
+        if (size >= 0 && index >= size) break;
+        if (store.AtListEnd(detector)) break;
         if (list.GetRoom() <= 0) {
             state.ReportTruncation();
             break;
@@ -105,17 +103,17 @@ DeserializeResult KeywordDataDeserializer::DeserializeContainerList(Keywords::IK
         list.AddElement();
         const int last = list.GetElementCount() - 1;
         Keywords::IKeywordData& element = list.GetContainer(last);
-        const DeserializeResult result =
-            plan ? Deserialize(static_cast<Keywords::IKeywordRecordData&>(element), *plan, store, context, state, variables)
-                 : Deserialize(static_cast<Keywords::IKeywordListData&>(element), store, context, state, variables, slash);
+        const DeserializeResult result = plan ? Deserialize(static_cast<Keywords::IKeywordRecordData&>(element), *plan,
+                                                            store, context, state, variables)
+                                              : Deserialize(static_cast<Keywords::IKeywordListData&>(element), store,
+                                                            context, state, variables, slash);
         if (store.TakenCount() == taken) {
             // Nothing was taken, and nothing would be taken the next time.
             list.RemoveElement(last);
             break;
         }
         state.NoteContainer(store);
-        if (result.hasData)
-            lastEmpty = result.firstWasTerminator;
+        if (result.hasData) lastEmpty = result.firstWasTerminator;
         if (!result.hasData && !keepsWithoutData)
             list.RemoveElement(last);
         else if (autoFill)
@@ -125,15 +123,13 @@ DeserializeResult KeywordDataDeserializer::DeserializeContainerList(Keywords::IK
             sawSlash = true;
             break;
         }
-        if (!result.hasData && !result.firstWasTerminator)
-            break;
+        if (!result.hasData && !result.firstWasTerminator) break;
     }
 
     if (lastEmpty && slash && !sawSlash && list.GetElementCount() > 0) {
         // The record of defaults at the end was the list's own terminator.
         list.RemoveElement(list.GetElementCount() - 1);
-        if (!firstOfElements.empty())
-            firstOfElements.pop_back();
+        if (!firstOfElements.empty()) firstOfElements.pop_back();
         sawSlash = true;
     }
 
@@ -148,19 +144,21 @@ DeserializeResult KeywordDataDeserializer::DeserializeContainerList(Keywords::IK
     } else {
         CheckListEnd(store, state, sawSlash);
     }
-    if (autoFill)
-        FillEmptyElements(list, firstOfElements);
+    if (autoFill) FillEmptyElements(list, filledBefore, firstOfElements);
     return listResult;
 }
 
-/// Repeats the element before wherever an element was given by its terminator alone.
-void KeywordDataDeserializer::FillEmptyElements(Keywords::IKeywordListData& list,
+/// Repeats the element before wherever an element was given by its terminator alone. What each began with is known from
+/// the element `begin` on.
+void KeywordDataDeserializer::FillEmptyElements(Keywords::IKeywordListData& list, int begin,
                                                 const std::vector<bool>& firstWasTerminator)
 {
     const Keywords::IKeywordListData& elements = list;
-    for (int index = 1; index < list.GetElementCount(); ++index) {
-        if (firstWasTerminator[static_cast<std::size_t>(index)] && IsEmptyContainer(&elements.GetContainer(index)))
+    for (int index = std::max(begin, 1); index < list.GetElementCount(); ++index) {
+        if (firstWasTerminator[static_cast<std::size_t>(index - begin)] &&
+            IsEmptyContainer(&elements.GetContainer(index))) {
             list.SetElement(index, elements.GetContainer(index - 1));
+        }
     }
 }
 

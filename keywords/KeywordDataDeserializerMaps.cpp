@@ -31,19 +31,16 @@ enum class EndOfTokens
 EndOfTokens SkipToTerminator(KeywordDataStore& store)
 {
     const std::int64_t count = store.CountTokensToTerminator();
-    if (count > 0)
-        return count == 1 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
+    if (count > 0) return count == 1 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
     store.AdvanceLine();
-    if (!store.ExpectToken(VeldaneDeckInfo::TERMINATION_TOKEN, true, false))
-        return EndOfTokens::Nowhere;
+    if (!store.ExpectToken(VeldaneDeckInfo::TERMINATION_TOKEN, true, false)) return EndOfTokens::Nowhere;
     return count == 0 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
 }
 
 /// Sets entries of a map by name: NAME or NAME=value.
 void SetNamedEntry(Keywords::IKeywordMapData& map, std::string_view token, KeywordVariables* variables)
 {
-    if (token.empty() || Service::IsDigit(token.front()))
-        return;
+    if (token.empty() || Service::IsDigit(token.front())) return;
     const std::size_t mark = token.find('=');
     const std::string_view name = token.substr(0, mark);
     const std::string_view value = mark == std::string_view::npos ? std::string_view() : token.substr(mark + 1);
@@ -59,8 +56,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
                                                        KeywordVariables* variables)
 {
     const std::int64_t entryCount = map.GetEntryCount();
-    if (entryCount == 0)
-        return {};
+    if (entryCount == 0) return {};
     std::string_view token;
     const bool positional = !store.NextTokenView(token, false, false, nullptr) || Service::AllDigits(token) ||
                             token == VeldaneDeckInfo::DEFAULT_TOKEN;
@@ -82,8 +78,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
         if (!positional) {
             SetNamedEntry(map, token, variables);
         } else {
-            if (index >= entryCount)
-                break;
+            if (index >= entryCount) break;
             int value = 0;
             if (ValueConversions::ToWholeInteger(token, value) && value != 0) {
                 for (std::int64_t entry = index; entry < std::min(index + run, entryCount); ++entry)
@@ -98,8 +93,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
 DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store)
 {
     std::string text;
-    if (!store.ReadAllText(text))
-        return {};
+    if (!store.ReadAllText(text)) return {};
     std::string terminator;
     data.GetRawTextMD()->GetTerminator(terminator);
     const std::size_t end = terminator.empty() ? std::string::npos : text.find("\n" + terminator);
@@ -137,8 +131,7 @@ KeywordDataDeserializer::RecordEnd KeywordDataDeserializer::CheckRecordEnd(Keywo
                                                                            const RecordPlan& plan, bool first,
                                                                            bool lastFirst, bool terminated)
 {
-    if (lastFirst && !terminated && store.IsAtEnd())
-        terminated = true;
+    if (lastFirst && !terminated && store.IsAtEnd()) terminated = true;
     if (!terminated) {
         const EndOfTokens end = SkipToTerminator(store);
         if (end == EndOfTokens::Nowhere) {
@@ -155,8 +148,7 @@ KeywordDataDeserializer::RecordEnd KeywordDataDeserializer::CheckRecordEnd(Keywo
         return {true, true};
     }
     // A terminator alone is the parent's where the record can't be all defaults.
-    if (first && !plan.standsAlone)
-        return {true, false};
+    if (first && !plan.standsAlone) return {true, false};
     store.AdvanceLine();
     return {true, true};
 }

@@ -33,8 +33,7 @@ std::string_view StringValue(std::string_view text, const Keywords::IKeywordStri
 {
     if (state.limitStringLength && md.GetMaxLength() > 0)
         text = text.substr(0, static_cast<std::size_t>(md.GetMaxLength()));
-    if (!state.upperCase || md.PreservesCase())
-        return text;
+    if (!state.upperCase || md.PreservesCase()) return text;
     scratch.assign(text);
     Service::StringToUpper(scratch);
     return scratch;
@@ -54,17 +53,16 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
                                                        KeywordDataStore& store, const Context& context,
                                                        DeserializeState& state, KeywordVariables* variables)
 {
-    if (plan.custom && plan.custom->Deserialize(record, store, context, state, variables))
-        return {true, false, false};
+    if (plan.custom && plan.custom->Deserialize(record, store, context, state, variables)) return {true, false, false};
     const bool slash = plan.termination == Termination::Slash;
     const bool endOfLine = plan.termination == Termination::EndOfLine;
     const int count = static_cast<int>(plan.items.size());
     if (record.GetItemCount() != count) {
-        throw DeckManagerException("KeywordDataDeserializer::Deserialize: mismatch number of item records between data & "
-                                   "metadata");
+        throw DeckManagerException(
+            "KeywordDataDeserializer::Deserialize: mismatch number of item records between data & "
+            "metadata");
     }
-    if (count == 0)
-        return {};
+    if (count == 0) return {};
 
     bool counted = false;
     bool lastFirst = false;
@@ -76,15 +74,14 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
         DeserializeResult step;
         if (item.type == MDType::Record || item.type == MDType::List) {
             if (endOfLine) {
-                throw DeckManagerException("KeywordDataDeserializer::Deserialize: currently EOL-termination can only be "
-                                           "handled for records containing primitive types.");
+                throw DeckManagerException(
+                    "KeywordDataDeserializer::Deserialize: currently EOL-termination can only be "
+                    "handled for records containing primitive types.");
             }
             step = Deserialize(record.GetContainer(index), store, context, state, variables);
         } else {
-            const ItemResult result =
-                DeserializeItem(record, index, item, endOfLine, store, context, state, variables);
-            if (result.endOfLine)
-                break;
+            const ItemResult result = DeserializeItem(record, index, item, endOfLine, store, context, state, variables);
+            if (result.endOfLine) break;
             step = result.result;
             lineTaken = item.type == MDType::RestOfLine;
         }
@@ -97,8 +94,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
             terminated = true;
             break;
         }
-        if (store.IsAtEnd())
-            break;
+        if (store.IsAtEnd()) break;
     }
 
     DeserializeResult result;
@@ -128,14 +124,14 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     bool quoted = false;
     const bool wholeLine = item.type == MDType::RestOfLine;
     if (wholeLine) {
-        if (store.IsAtEnd())
-            return {{}, endOfLine};
+        if (store.IsAtEnd()) return {{}, endOfLine};
         state.line = store.Line();
         store.MarkLineTaken();
         store.AdvanceLine();
         token = state.line;
     } else if (item.optional ? !store.PeekTokenView(token, endOfLine, &quoted)
-                             : !store.NextTokenView(token, endOfLine, false, &quoted)) {
+                             : !store.NextTokenView(token, endOfLine, false, &quoted))
+    {
         return {{}, endOfLine};
     }
 
@@ -147,14 +143,15 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
         if (item.optional) {
             const Service::LogEnabler silence(false);
             taken = DeserializeOptionalData(token, quoted, *item.md, record, index, context, state, variables, reason);
-        } else if (!DeserializeOptionalData(token, quoted, *item.md, record, index, context, state, variables, reason) &&
-                   (quoted || token != VeldaneDeckInfo::DEFAULT_TOKEN)) {
+        } else if (!DeserializeOptionalData(token, quoted, *item.md, record, index, context, state, variables,
+                                            reason) &&
+                   (quoted || token != VeldaneDeckInfo::DEFAULT_TOKEN))
+        {
             ReportBadItem(state.keyword, token, reason);
         }
     }
     // What an optional item can't take stays for the next item.
-    if (item.optional && taken && !wholeLine)
-        store.NextTokenView(token, true, false, nullptr);
+    if (item.optional && taken && !wholeLine) store.NextTokenView(token, true, false, nullptr);
     return {result, false};
 }
 
@@ -181,8 +178,8 @@ bool KeywordDataDeserializer::DeserializeOptionalData(std::string_view token, bo
     Keywords::Slot slot = record.GetItem(index);
 
     // Quotes make a literal of the default token in a string only.
-    const bool isDefault = type != MDType::RestOfLine && token == VeldaneDeckInfo::DEFAULT_TOKEN &&
-                           !(type == MDType::String && quoted);
+    const bool isDefault =
+        type != MDType::RestOfLine && token == VeldaneDeckInfo::DEFAULT_TOKEN && !(type == MDType::String && quoted);
     if (!isDefault && token.find('$') != std::string_view::npos) {
         if (state.hasPaths) {
             state.text.assign(token);
@@ -237,7 +234,8 @@ bool KeywordDataDeserializer::DeserializeOptionalData(std::string_view token, bo
         return true;
     default:
         if (!isDefault) {
-            slot.SetString(StringValue(token, static_cast<const Keywords::IKeywordStringMD&>(itemMD), state, state.text));
+            slot.SetString(
+                StringValue(token, static_cast<const Keywords::IKeywordStringMD&>(itemMD), state, state.text));
             return true;
         }
         break;

@@ -50,18 +50,15 @@ bool KeywordDataStore::Open(const IKeyword& keyword, long long start, long long 
         return false;
     };
 
-    if (!m_reader || start < 0 || length < 0)
-        return fail(": data store has not been properly initialized.");
+    if (!m_reader || start < 0 || length < 0) return fail(": data store has not been properly initialized.");
     const std::int64_t end = End();
     m_reader->Seek(start, 0);
     if (firstLineIsKeywordName && !m_reader->ReadNextDataLine(m_nextLine, nullptr, true))
         return fail(": can not read keyword name.");
     long long position = -1;
-    if (!m_reader->ReadNextDataLine(m_nextLine, &position, true))
-        return fail(": keyword has no valid data line.");
+    if (!m_reader->ReadNextDataLine(m_nextLine, &position, true)) return fail(": keyword has no valid data line.");
     Service::StringTrimRight(m_nextLine);
-    if (position == end && MayLackData(name))
-        return true;
+    if (position == end && MayLackData(name)) return true;
     if (position >= end) {
         const bool known = !Environment::Instance().GetSyntaxTable()->FindSyntaxes(m_nextLine).empty();
         return fail(known ? ": keyword is not properly terminated." : ": attempting to read beyond keyword boundary.");
@@ -73,7 +70,7 @@ bool KeywordDataStore::Open(const IKeyword& keyword, long long start, long long 
 std::int64_t KeywordDataStore::End() const
 {
     return m_length > std::numeric_limits<std::int64_t>::max() - m_start ? std::numeric_limits<std::int64_t>::max()
-                                                                        : m_start + m_length;
+                                                                         : m_start + m_length;
 }
 
 void KeywordDataStore::TakeOverLine(std::int64_t position)
@@ -87,8 +84,7 @@ void KeywordDataStore::TakeOverLine(std::int64_t position)
 
 bool KeywordDataStore::AdvanceLine()
 {
-    if (m_atEnd)
-        return false;
+    if (m_atEnd) return false;
     // The line goes to the tokenizer only once it is known to be this keyword's: what a reset starts on again is never
     // a line of the next keyword.
     long long position = -1;
@@ -103,12 +99,10 @@ bool KeywordDataStore::AdvanceLine()
 
 bool KeywordDataStore::NextTokenView(std::string_view& token, bool stayOnLine, bool allowCommas, bool* quoted)
 {
-    if (m_atEnd)
-        return false;
+    if (m_atEnd) return false;
     // A data line may hold no token at all.
     while (!m_tokenizer.NextView(token, quoted, allowCommas)) {
-        if (stayOnLine || !AdvanceLine())
-            return false;
+        if (stayOnLine || !AdvanceLine()) return false;
     }
     MarkLineTaken();
     return true;
@@ -127,11 +121,9 @@ bool KeywordDataStore::NextToken(std::string& token, bool stayOnLine, bool allow
 
 bool KeywordDataStore::PeekTokenView(std::string_view& token, bool stayOnLine, bool* quoted)
 {
-    if (m_atEnd)
-        return false;
+    if (m_atEnd) return false;
     while (!m_tokenizer.PeekView(token, quoted)) {
-        if (stayOnLine || !AdvanceLine())
-            return false;
+        if (stayOnLine || !AdvanceLine()) return false;
     }
     return true;
 }
@@ -139,8 +131,7 @@ bool KeywordDataStore::PeekTokenView(std::string_view& token, bool stayOnLine, b
 bool KeywordDataStore::PeekToken(std::string& token, bool stayOnLine, bool* quoted)
 {
     std::string_view view;
-    if (!PeekTokenView(view, stayOnLine, quoted))
-        return false;
+    if (!PeekTokenView(view, stayOnLine, quoted)) return false;
     token.assign(view);
     return true;
 }
@@ -148,23 +139,18 @@ bool KeywordDataStore::PeekToken(std::string& token, bool stayOnLine, bool* quot
 bool KeywordDataStore::ExpectToken(std::string_view expected, bool consume, bool stayOnLine)
 {
     std::string_view token;
-    if (!PeekTokenView(token, stayOnLine, nullptr) || token != expected)
-        return false;
-    if (consume && !m_atEnd)
-        NextTokenView(token, true, false, nullptr);
+    if (!PeekTokenView(token, stayOnLine, nullptr) || token != expected) return false;
+    if (consume && !m_atEnd) NextTokenView(token, true, false, nullptr);
     return true;
 }
 
 bool KeywordDataStore::AtListEnd(const Keywords::IListEndDetector* detector)
 {
     std::string_view token;
-    if (!detector || !PeekTokenView(token, false, nullptr))
-        return false;
+    if (!detector || !PeekTokenView(token, false, nullptr)) return false;
     bool consume = false;
-    if (!detector->IsEnd(token, consume))
-        return false;
-    if (consume)
-        NextTokenView(token, true, false, nullptr);
+    if (!detector->IsEnd(token, consume)) return false;
+    if (consume) NextTokenView(token, true, false, nullptr);
     return true;
 }
 
@@ -174,8 +160,7 @@ std::int64_t KeywordDataStore::CountTokensToTerminator()
     std::string_view token;
     while (NextTokenView(token, true, false, nullptr)) {
         ++count;
-        if (token == VeldaneDeckInfo::TERMINATION_TOKEN)
-            return count;
+        if (token == VeldaneDeckInfo::TERMINATION_TOKEN) return count;
         count += TakeRun(INT32_MAX);
     }
     return -count;
@@ -190,8 +175,7 @@ void KeywordDataStore::ResetLine()
 bool KeywordDataStore::ReadAllText(std::string& text)
 {
     text.clear();
-    if (m_start < 0 || m_length < 0 || !m_reader)
-        return false;
+    if (m_start < 0 || m_length < 0 || !m_reader) return false;
     const std::int64_t last = End() - 1;
     std::int64_t first = m_start;
     if (m_firstLineIsKeywordName) {
@@ -200,8 +184,7 @@ bool KeywordDataStore::ReadAllText(std::string& text)
                                                                                                  : last + 1;
         m_reader->Seek(position, 0);
     }
-    if (first > last)
-        return false;
+    if (first > last) return false;
     m_reader->ReadRange(first, last, text);
     m_textStart = first;
     return true;
@@ -209,8 +192,7 @@ bool KeywordDataStore::ReadAllText(std::string& text)
 
 void KeywordDataStore::MarkTextTaken(std::int64_t lines)
 {
-    if (m_textStart < 0)
-        return;
+    if (m_textStart < 0) return;
     if (lines < 0) {
         m_takenEnd = End();
         return;
@@ -226,8 +208,7 @@ void KeywordDataStore::MarkTextTaken(std::int64_t lines)
 
 int KeywordDataStore::LineInExtent() const
 {
-    if (!m_reader || m_linePosition < 0 || m_start < 0)
-        return 0;
+    if (!m_reader || m_linePosition < 0 || m_start < 0) return 0;
     if (m_countedPosition < m_start || m_countedPosition > m_linePosition) {
         m_countedPosition = m_start;
         m_countedLines = 0;

@@ -68,15 +68,15 @@ public:
     bool NextTokenView(std::string_view& token, bool stayOnLine, bool allowCommas, bool* quoted);
     bool PeekTokenView(std::string_view& token, bool stayOnLine, bool* quoted);
 
-    /// Whether a list ends ahead of the next token, as its detector says; takes the token where that belongs to the list.
-    /// Null detects nothing.
+    /// Whether a list ends ahead of the next token, as its detector says; takes the token where that belongs to the
+    /// list. Null detects nothing.
     bool AtListEnd(const Keywords::IListEndDetector* detector);
 
-    /// Takes up to `most` of the copies of the token just taken that its repeat has still to give, and returns how many.
+    /// Takes up to `most` of the copies of the token just taken that its repeat has still to give, and returns how
+    /// many.
     std::int64_t TakeRun(std::int64_t most)
     {
-        if (m_tokenizer.HasPeeked() || m_chain->RepeatCount() == 0)
-            return 0;
+        if (m_tokenizer.HasPeeked() || m_chain->RepeatCount() == 0) return 0;
         ++m_takenCount;
         return m_chain->TakeRepeats(static_cast<std::int32_t>(std::min<std::int64_t>(most, INT32_MAX)));
     }

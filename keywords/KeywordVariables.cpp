@@ -32,8 +32,7 @@ public:
     const Keywords::VariablesString& Get(const Key& key, const char* missing) const
     {
         const auto found = m_variables.find(key);
-        if (found == m_variables.end())
-            throw Keywords::KeywordException(missing);
+        if (found == m_variables.end()) throw Keywords::KeywordException(missing);
         return found->second;
     }
 
@@ -78,10 +77,8 @@ template <class Variables, class Key>
 void KeywordVariables::Set(const Keywords::IKeywordData& data, const Key& key, const Keywords::VariablesString& text)
 {
     auto& entry = m_dataVariables[&data];
-    if (!entry)
-        entry = std::make_shared<Variables>();
-    if (auto* const variables = dynamic_cast<Variables*>(entry.get()))
-        variables->Set(key, text);
+    if (!entry) entry = std::make_shared<Variables>();
+    if (auto* const variables = dynamic_cast<Variables*>(entry.get())) variables->Set(key, text);
 }
 
 void KeywordVariables::SetListVariable(Keywords::IKeywordListData& data, int index,

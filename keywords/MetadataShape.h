@@ -21,8 +21,7 @@ inline const Keywords::IKeywordListMD* AsList(const Keywords::IKeywordMD* md)
 /// A record of that many items.
 inline const Keywords::IKeywordRecordMD* AsRecord(const Keywords::IKeywordMD* md, int itemCount)
 {
-    if (Keywords::KeywordUtils::GetMDType(md) != Keywords::MDType::Record)
-        return nullptr;
+    if (Keywords::KeywordUtils::GetMDType(md) != Keywords::MDType::Record) return nullptr;
     const auto* const record = static_cast<const Keywords::IKeywordRecordMD*>(md);
     return record->GetItemCount() == itemCount ? record : nullptr;
 }

@@ -31,11 +31,9 @@ std::size_t ParseInteger(std::string_view text, int& value)
     std::int64_t number = 0;
     for (; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at) {
         number = number * 10 + (text[at] - '0');
-        if (number > largestInteger)
-            number = largestInteger;
+        if (number > largestInteger) number = largestInteger;
     }
-    if (at == firstDigit)
-        return 0;
+    if (at == firstDigit) return 0;
     value = static_cast<int>(negative ? -number : number);
     return at;
 }
@@ -56,8 +54,7 @@ bool ParseReal(const std::string& text, double& value)
 {
     char* end = nullptr;
     const double number = ParseLikeC(text.c_str(), &end);
-    if (end != text.c_str() + text.size())
-        return false;
+    if (end != text.c_str() + text.size()) return false;
     value = number;
     return true;
 }
@@ -94,11 +91,10 @@ bool ToReal(std::string_view text, double& value)
         value = number;
         return true;
     }
-    // The forms that are left: an exponent of Fortran, a plus sign, hexadecimal digits, what is beyond a double's range,
-    // and nothing at all.
+    // The forms that are left: an exponent of Fortran, a plus sign, hexadecimal digits, what is beyond a double's
+    // range, and nothing at all.
     std::string copy(text);
-    if (const std::size_t mark = copy.find_first_of("Dd"); mark != std::string::npos)
-        copy[mark] = 'E';
+    if (const std::size_t mark = copy.find_first_of("Dd"); mark != std::string::npos) copy[mark] = 'E';
     return ParseReal(copy, value);
 }
 

@@ -40,9 +40,9 @@ public:
     void Bind(const IDeckKeywords* keywords);
 
     /// The value of an expression: a decimal number, an item of another keyword such as "RUNSPEC:TABDIMS[3]" (the item,
-    /// counted from 0, of the keyword's record), or a name such as "context:NUMREP". True when `value` holds the result;
-    /// false when the deck doesn't tell it. Throws DeckManagerException without a deck, and for what a deck can never
-    /// answer. Reads the data of the keywords that it asks.
+    /// counted from 0, of the keyword's record), or a name such as "context:NUMREP". True when `value` holds the
+    /// result; false when the deck doesn't tell it. Throws DeckManagerException without a deck, and for what a deck can
+    /// never answer. Reads the data of the keywords that it asks.
     bool EvaluateIntegerExpr(const std::string& expression, int& value) const;
 
     /// Shows the context a keyword as the deck is read. It takes the path aliases of a PATHS keyword, if the settings

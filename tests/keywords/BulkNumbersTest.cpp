@@ -17,9 +17,10 @@ rc::Gen<std::string> Piece()
     return rc::gen::weightedOneOf<std::string>({
         {12, rc::gen::map(rc::gen::inRange(-1000, 100000), [](int number) { return std::to_string(number); })},
         {8, rc::gen::map(rc::gen::arbitrary<double>(), [](double number) { return fmt::format("{}", number); })},
-        {4, rc::gen::element<std::string>("1.5D3", "+7", "1e5", ".5", "5.", "0x10", "inf", "nan", "1e999", "3.7", "12abc",
-                                          "-2147483648", "2147483648", "1--2", "1-2", "-", "--", "-5-", "''", "' 7 '", "'",
-                                          "8'9'", "$A", "0*5", "3*2.5", "4*", "1*", "2*x", "2000000000*1", "5*'/'", "x")},
+        {4,
+         rc::gen::element<std::string>("1.5D3", "+7", "1e5", ".5", "5.", "0x10", "inf", "nan", "1e999", "3.7", "12abc",
+                                       "-2147483648", "2147483648", "1--2", "1-2", "-", "--", "-5-", "''", "' 7 '", "'",
+                                       "8'9'", "$A", "0*5", "3*2.5", "4*", "1*", "2*x", "2000000000*1", "5*'/'", "x")},
         {2, rc::gen::element<std::string>(",", ", ,", "1,2", ",,", "7,", ",8")},
         {1, rc::gen::element<std::string>("/", "7/", "/7", "-- comment", "STOP")},
     });
@@ -27,23 +28,31 @@ rc::Gen<std::string> Piece()
 
 rc::Gen<std::string> Text()
 {
-    const auto gap = rc::gen::weightedElement<std::string>(
-        {{20, " "}, {3, "  "}, {2, "\t"}, {6, "\n"}, {1, "\r\n"}, {1, "\n-- a comment\n\n"}, {1, ""}, {1, std::string(60, ' ')}});
-    return rc::gen::map(rc::gen::container<std::vector<std::pair<std::string, std::string>>>(rc::gen::pair(Piece(), gap)),
-                        [](const std::vector<std::pair<std::string, std::string>>& pieces) {
-                            std::string text;
-                            for (const auto& [piece, space] : pieces)
-                                text += piece + space;
-                            return text;
-                        });
+    const auto gap = rc::gen::weightedElement<std::string>({{20, " "},
+                                                            {3, "  "},
+                                                            {2, "\t"},
+                                                            {6, "\n"},
+                                                            {1, "\r\n"},
+                                                            {1, "\n-- a comment\n\n"},
+                                                            {1, ""},
+                                                            {1, std::string(60, ' ')}});
+    return rc::gen::map(
+        rc::gen::container<std::vector<std::pair<std::string, std::string>>>(rc::gen::pair(Piece(), gap)),
+        [](const std::vector<std::pair<std::string, std::string>>& pieces) {
+            std::string text;
+            for (const auto& [piece, space] : pieces)
+                text += piece + space;
+            return text;
+        });
 }
 
 /// The list under test, and behind it a string that tells where it has stopped.
 std::string Shape(const char* kind, const char* list)
 {
-    return fmt::format(R"({{"type": "record", "items": [{{"name": "L", "type": "list", "element": {{"type": "{}"}}, {}}},
+    return fmt::format(
+        R"({{"type": "record", "items": [{{"name": "L", "type": "list", "element": {{"type": "{}"}}, {}}},
                            {{"name": "S", "type": "string"}}]}})",
-                       kind, list);
+        kind, list);
 }
 
 } // namespace
@@ -52,12 +61,13 @@ TEST(BulkNumbers, ReadAsTheTokenizersDo)
 {
     const char* detector = R"(, "end": {"tokens": ["NEVER"]})";
     for (const char* kind : {"real", "integer"}) {
-        for (const std::string list : {R"("termination": "slash", "elementsDefaultable": true)", R"("termination": "none")",
-                                       R"("termination": "none", "size": "5", "elementsDefaultable": true)"}) {
-            const std::string json =
-                fmt::format(R"([{{"name": "BULK", "sections": "all", "data": {}}},
+        for (const std::string list :
+             {R"("termination": "slash", "elementsDefaultable": true)", R"("termination": "none")",
+              R"("termination": "none", "size": "5", "elementsDefaultable": true)"})
+        {
+            const std::string json = fmt::format(R"([{{"name": "BULK", "sections": "all", "data": {}}},
                                 {{"name": "TOKENS", "sections": "all", "data": {}}}])",
-                            Shape(kind, list.c_str()), Shape(kind, (list + detector).c_str()));
+                                                 Shape(kind, list.c_str()), Shape(kind, (list + detector).c_str()));
             const TableInForce table(json);
             const LooseKeyword bulk(table.Syntax("BULK"), "X");
             const LooseKeyword tokens(table.Syntax("TOKENS"), "X");
@@ -89,7 +99,10 @@ TEST(BulkNumbers, BlocksJoin)
         }
     }
     tree.back() = ']';
-    EXPECT_EQ(ReadShape(R"({"type": "list", "elementsDefaultable": true, "element": {"type": "real"}})", text + "/").tree, tree);
-    EXPECT_EQ(ReadShape(R"({"type": "list", "elementsDefaultable": true, "element": {"type": "integer"}})", text + "/").tree,
-              tree);
+    EXPECT_EQ(
+        ReadShape(R"({"type": "list", "elementsDefaultable": true, "element": {"type": "real"}})", text + "/").tree,
+        tree);
+    EXPECT_EQ(
+        ReadShape(R"({"type": "list", "elementsDefaultable": true, "element": {"type": "integer"}})", text + "/").tree,
+        tree);
 }

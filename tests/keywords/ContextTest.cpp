@@ -68,7 +68,8 @@ TEST(Context, AnswersNumbersWithoutADeck)
 
 TEST(Context, AnswersItemsOfOtherKeywords)
 {
-    const DeckOfText deck("RUNSPEC\nTITLE\nOne\nTABDIMS\n 2 1* 30 /\nOIL\nWELLDIMS\n 7 /\nGRID\nPROPS\nDENSITY\n 1 2 3 /\n");
+    const DeckOfText deck(
+        "RUNSPEC\nTITLE\nOne\nTABDIMS\n 2 1* 30 /\nOIL\nWELLDIMS\n 7 /\nGRID\nPROPS\nDENSITY\n 1 2 3 /\n");
     const TestSupport::LogRecorder log;
     const struct
     {
@@ -131,10 +132,13 @@ TEST(Context, AnswersSizesByName)
         {"NCMPHW", "RUNSPEC\nCO2STORE\n", "1"},
         {"NCMPHW", "RUNSPEC\nCO2SOL\nH2SSOL\n", "2"},
         {"NCMPHW", "RUNSPEC\nCO2SOL\nCOMPW\n 6 /\n", "6"},
-        {"NCMPHW", "RUNSPEC\nCOMPW\n 1* /\n", "Context::EvalNCMPHW: COMPW keyword does not have integer value at item 1"},
+        {"NCMPHW", "RUNSPEC\nCOMPW\n 1* /\n",
+         "Context::EvalNCMPHW: COMPW keyword does not have integer value at item 1"},
         {"NCMPHW", "RUNSPEC\nGASSOL\n 3 /\n", "3"},
-        {"NCMPHW", "RUNSPEC\nGASSOL\n 1* /\n", "Context::EvalSpecial: GASSOL keyword does not have integer value at item 1"},
-        {"NCMPHW", "RUNSPEC\nGASSOL\n 3 /\nCO2SOL\n", "Context::EvalSpecial: GASSOL cannot be used with CO2SOL & H2SOL keywords"},
+        {"NCMPHW", "RUNSPEC\nGASSOL\n 1* /\n",
+         "Context::EvalSpecial: GASSOL keyword does not have integer value at item 1"},
+        {"NCMPHW", "RUNSPEC\nGASSOL\n 3 /\nCO2SOL\n",
+         "Context::EvalSpecial: GASSOL cannot be used with CO2SOL & H2SOL keywords"},
         {"NCMPHW", "RUNSPEC\nOIL\n", "0"},
         {"NCOMPW", "RUNSPEC\nCOMPW\n 6 /\n", "6"},
         {"NCOMPW", "RUNSPEC\nOIL\n", "1"},
@@ -156,7 +160,8 @@ TEST(Context, AnswersSizesByName)
     };
     for (const auto& c : cases) {
         const DeckOfText deck(c.deck);
-        EXPECT_EQ(Evaluate(deck.context, std::string("context:") + c.expression), c.value) << c.expression << "\n" << c.deck;
+        EXPECT_EQ(Evaluate(deck.context, std::string("context:") + c.expression), c.value) << c.expression << "\n"
+                                                                                           << c.deck;
     }
 }
 
@@ -194,7 +199,8 @@ TEST(Context, ResolvesPathAliasesWhereAFileIsNamed)
 {
     DeckManager::Environment::Instance().SetPATHSSupport(true);
     {
-        const DeckOfText deck("RUNSPEC\nPATHS\n 'inc' 'sub/dir' /\n 'deep' '$inc/more' /\n/\nINCLUDE\n '$DEEP/a.inc' /\nOIL\n");
+        const DeckOfText deck(
+            "RUNSPEC\nPATHS\n 'inc' 'sub/dir' /\n 'deep' '$inc/more' /\n/\nINCLUDE\n '$DEEP/a.inc' /\nOIL\n");
         const DeckManager::IKeyword* paths = nullptr;
         const DeckManager::IKeyword* include = nullptr;
         const DeckManager::IKeyword* oil = nullptr;
@@ -220,7 +226,8 @@ TEST(Context, ResolvesPathAliasesWhereAFileIsNamed)
         EXPECT_EQ(out, "$DEEP/a.inc");
         EXPECT_TRUE(copy.ResolvePathAliases(nullptr, "$DEEP/a.inc", out));
         EXPECT_EQ(out, "$DEEP/a.inc");
-        EXPECT_EQ(ReadText(LooseKeyword(include->GetSyntax()), "'$deep/B.inc' /", false, copy).tree, "{sub/dir/more/B.inc}");
+        EXPECT_EQ(ReadText(LooseKeyword(include->GetSyntax()), "'$deep/B.inc' /", false, copy).tree,
+                  "{sub/dir/more/B.inc}");
     }
     DeckManager::Environment::Instance().destroy();
 }

@@ -61,8 +61,7 @@ TEST(CustomReaders, ViscosityCoefficientsAreSplitByTheFormula)
               {"LOG CORRELATION 1 1* 3 4 /", "[[{LOG CORRELATION [[1 1*] [3 4]]}]]"},
               {"LOG FORMULA /", "[[{LOG FORMULA []}]]"},
               // A bad value ends the run, and what follows makes no record.
-              {"LOG FORMULA 1 2 x 3 /\nLOG FORMULA 5 6 /",
-               "[[{LOG FORMULA [[1] [2]]}] [{LOG FORMULA [[5] [6]]}]]"},
+              {"LOG FORMULA 1 2 x 3 /\nLOG FORMULA 5 6 /", "[[{LOG FORMULA [[1] [2]]}] [{LOG FORMULA [[5] [6]]}]]"},
               {"LOG /\n/\n", "[]"},
               {"900000000*X /", "[]", {"3 Keyword OILVISCC has more data than can be held; the rest is left out."}},
           });
@@ -82,16 +81,16 @@ TEST(CustomReaders, ViscosityCoefficientsAreSplitByTheFormula)
 
 TEST(CustomReaders, ADefinitionTakesItsLine)
 {
-    Check("UDQ",
-          {
-              {"DEFINE WUX A / B /\nASSIGN WUY P1 2.5 /\n/", "[{DEFINE WUX [A / B]} {ASSIGN WUY [P1 2.5]}]"},
-              {"define wux WOPR*2+3,4 'a b' / text\n/", "[{DEFINE WUX [WOPR * 2+3,4 a b]}]"},
-              {"DEFINE WUX 1 + 2\n/", "[{DEFINE WUX [1 + 2]}]"},
-              {"DEFINE WUX 2*3 --2\n/", "[{DEFINE WUX [2 * 3]}]"},
-              {"DEFINE\n/", "[{DEFINE - []}]"},
-              {"DEFINE WUX (A) /\nDEFINE WUZ B /", "[{DEFINE WUX [(A)]} {DEFINE WUZ [B]}]",
-               {"2 List in keyword UDQ is not properly terminated"}},
-          });
+    Check("UDQ", {
+                     {"DEFINE WUX A / B /\nASSIGN WUY P1 2.5 /\n/", "[{DEFINE WUX [A / B]} {ASSIGN WUY [P1 2.5]}]"},
+                     {"define wux WOPR*2+3,4 'a b' / text\n/", "[{DEFINE WUX [WOPR * 2+3,4 a b]}]"},
+                     {"DEFINE WUX 1 + 2\n/", "[{DEFINE WUX [1 + 2]}]"},
+                     {"DEFINE WUX 2*3 --2\n/", "[{DEFINE WUX [2 * 3]}]"},
+                     {"DEFINE\n/", "[{DEFINE - []}]"},
+                     {"DEFINE WUX (A) /\nDEFINE WUZ B /",
+                      "[{DEFINE WUX [(A)]} {DEFINE WUZ [B]}]",
+                      {"2 List in keyword UDQ is not properly terminated"}},
+                 });
     Outcome outcome = ReadText(BuiltIn("UDQ"), "DEFINE WUX A * $B /\n/", true);
     EXPECT_EQ(outcome.tree, "[{DEFINE WUX [A * 1*]}]");
     EXPECT_TRUE(outcome.variables.HasVariables());
@@ -100,15 +99,14 @@ TEST(CustomReaders, ADefinitionTakesItsLine)
 TEST(CustomReaders, ATableHasTheRowsOfItsDimensions)
 {
     const char* line = "{{TUFL 1} [{LC [1 2 3]}] [{[10 20 30]}]}";
-    Check("UDT",
-          {
-              {"'TUFL' 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n/", line},
-              {"T 2 /\nLC 1 2 /\nNV 5 6 7 /\n1 2 /\n3 4 /\n2*5 /\n/\n/\n",
-               "{{T 2} [{LC [1 2]} {NV [5 6 7]}] [{[1 2]} {[3 4]} {[5 5]} {[]}]}"},
-              {"T 3 /\nLC 1 /\nNV 5 /\nNV 8 9 /\n1 /\n/\n2 /\n/\n/\n/\n",
-               "{{T 3} [{LC [1]} {NV [5]} {NV [8 9]}] [{[1]} {[]} {[2]} {[]} {[]}]}"},
-              {"T", "{{T -} [] []}"},
-          });
+    Check("UDT", {
+                     {"'TUFL' 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n/", line},
+                     {"T 2 /\nLC 1 2 /\nNV 5 6 7 /\n1 2 /\n3 4 /\n2*5 /\n/\n/\n",
+                      "{{T 2} [{LC [1 2]} {NV [5 6 7]}] [{[1 2]} {[3 4]} {[5 5]} {[]}]}"},
+                     {"T 3 /\nLC 1 /\nNV 5 /\nNV 8 9 /\n1 /\n/\n2 /\n/\n/\n/\n",
+                      "{{T 3} [{LC [1]} {NV [5]} {NV [8 9]}] [{[1]} {[]} {[2]} {[]} {[]}]}"},
+                     {"T", "{{T -} [] []}"},
+                 });
     // A table that doesn't fit is refused where it stands, and the generic reader goes on from there.
     Check("UDT", {
                      {"T 1 /\nLC 1 2 3 /\n10 20 /\n/\n/", "{{T 1} [{LC [1 2 3]}] [{[10 20]}]}"},

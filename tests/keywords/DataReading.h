@@ -78,8 +78,8 @@ Outcome ReadText(const DeckManager::IKeyword& keyword, const std::string& text, 
 /// Reads the extent of a keyword in the text of a file.
 Outcome ReadExtent(const DeckManager::IKeyword& keyword, const std::string& file, long long start, long long length);
 
-/// Data in a line: records in {}, lists in [], "-" for unset, "1*" for a defaulted element, maps as NAME=value of what is
-/// set, raw text in quotes with "|" for its line ends.
+/// Data in a line: records in {}, lists in [], "-" for unset, "1*" for a defaulted element, maps as NAME=value of what
+/// is set, raw text in quotes with "|" for its line ends.
 std::string Describe(const Core::Keywords::IKeywordData& data);
 
 /// Reads a text by the data shape given as catalogue JSON: one table, one keyword X, valid everywhere.

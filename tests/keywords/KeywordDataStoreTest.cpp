@@ -12,7 +12,8 @@ using namespace DataReading;
 
 namespace {
 
-constexpr const char* names = R"([{"name": "BRINE", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}},
+constexpr const char* names =
+    R"([{"name": "BRINE", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}},
     {"name": "OTHER", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}},
     {"name": "ARRAY", "sections": "all", "data": {"type": "list", "element": {"type": "integer"}}},
     {"name": "MARKS", "sections": "all", "data": {"type": "map", "entries": ["A", "B"]}},
@@ -55,8 +56,7 @@ TEST(KeywordDataStore, ReadsNoFurtherThanTheExtent)
         std::string file = c.file;
         const std::size_t end = file.find('~');
         file.erase(end, 1);
-        const Outcome outcome =
-            ReadExtent(LooseKeyword(table.Syntax(c.keyword)), file, 0, static_cast<long long>(end));
+        const Outcome outcome = ReadExtent(LooseKeyword(table.Syntax(c.keyword)), file, 0, static_cast<long long>(end));
         EXPECT_EQ(outcome.tree, c.tree) << c.file;
         EXPECT_EQ(outcome.messages, c.messages) << c.file;
     }
@@ -108,7 +108,8 @@ TEST(KeywordDataStore, PutsTheReaderBackAndPlacesMessages)
     const auto data = Core::Keywords::KeywordDataFactory::Instance().ConstructSafely(keyword.GetSyntax());
     reader.Seek(3, 0);
     const TestSupport::LogRecorder log;
-    DeckManager::KeywordDataDeserializer::Deserialize(keyword, *data, reader, 8, 32, DeckManager::Context(), true, nullptr);
+    DeckManager::KeywordDataDeserializer::Deserialize(keyword, *data, reader, 8, 32, DeckManager::Context(), true,
+                                                      nullptr);
     EXPECT_EQ(reader.Tell(), 3);
     ASSERT_EQ(log.Count(), 2);
     EXPECT_EQ(log.Messages()[0].line, 13);

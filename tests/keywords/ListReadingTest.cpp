@@ -57,10 +57,10 @@ TEST(ListReading, Items)
               {"1 2\n  -- comment\n3\n/", "[1 2 3]"},
               {"1 2--x\n3/ 4", "[1 2 3]"},
               {"/", "[]"},
-              {"3*5 3.7 +8 12abc -99999999999 -2147483648/",
-               "[5 5 5 3 8 12 -2147483647 -2147483647]"},
+              {"3*5 3.7 +8 12abc -99999999999 -2147483648/", "[5 5 5 3 8 12 -2147483647 -2147483647]"},
               {"1 1* 2* 3 '1*' /", "[1 3]", {noDefault}},
-              {"1 x 2*y 4 /", "[1 4]",
+              {"1 x 2*y 4 /",
+               "[1 4]",
                {"3 \"x\" can not be converted into int", "3 \"y\" can not be converted into int",
                 "3 \"y\" can not be converted into int"}},
               {"1, 2,,3 /", "[1 2 3]", {noDefault}},
@@ -107,19 +107,21 @@ TEST(ListReading, WithoutATerminator)
 
 TEST(ListReading, RecordsToALoneTerminator)
 {
-    Check(R"({"type": "list", "element": {"type": "record", "items":
+    Check(
+        R"({"type": "list", "element": {"type": "record", "items":
               [{"name": "A", "type": "string"}, {"name": "B", "type": "integer"}]}})",
-          {
-              {"w1 1 /\nw2 2 /\n/", "[{W1 1} {W2 2}]"},
-              {"w1 1 /\n/\nw2 2 /\n/", "[{W1 1}]"},
-              {"w1 /  text\nw2 2 / -- text\n/ text", "[{W1 -} {W2 2}]"},
-              {"/", "[]"},
-              {"w1 1 /", "[{W1 1}]", {notTerminated}},
-              {"w1 1 2 /\n/", "[{W1 1}]", {"2 Record in keyword X has too many items"}},
-              {"2*w1 /\n/", "[{W1 -}]",
-               {"3 A problem was encountered when parsing the keyword X. Item value \"w1\" is not valid. Must be a whole "
-                "number."}},
-          });
+        {
+            {"w1 1 /\nw2 2 /\n/", "[{W1 1} {W2 2}]"},
+            {"w1 1 /\n/\nw2 2 /\n/", "[{W1 1}]"},
+            {"w1 /  text\nw2 2 / -- text\n/ text", "[{W1 -} {W2 2}]"},
+            {"/", "[]"},
+            {"w1 1 /", "[{W1 1}]", {notTerminated}},
+            {"w1 1 2 /\n/", "[{W1 1}]", {"2 Record in keyword X has too many items"}},
+            {"2*w1 /\n/",
+             "[{W1 -}]",
+             {"3 A problem was encountered when parsing the keyword X. Item value \"w1\" is not valid. Must be a whole "
+              "number."}},
+        });
     Check(R"({"type": "list", "element": {"type": "record", "items":
               [{"name": "A", "type": "integer", "default": 3}, {"name": "B", "type": "integer"}]}})",
           {
@@ -199,7 +201,8 @@ TEST(ListReading, LongRepeatsAreBounded)
 
 TEST(ListReading, ReferencesCountRemovedElements)
 {
-    const TableInForce table(R"([{"name": "X", "sections": "all", "data": {"type": "list", "element": {"type": "integer"}}}])");
+    const TableInForce table(
+        R"([{"name": "X", "sections": "all", "data": {"type": "list", "element": {"type": "integer"}}}])");
     Outcome outcome = ReadText(LooseKeyword(table.Syntax("X")), "1 x $A 2*$B 4 /", true);
     EXPECT_EQ(outcome.tree, "[1 1* 1* 1* 4]");
     auto* const variables = dynamic_cast<Core::Keywords::IKeywordListDataVariables*>(
@@ -214,7 +217,8 @@ TEST(ListReading, SizesOfTheKeywordItself)
     // A deck that nothing is asked of.
     const char noDeck = 0;
     const DeckManager::Context context(reinterpret_cast<const DeckManager::IDeckKeywords*>(&noDeck));
-    const char* lift = R"([{"name": "VFPPROD", "names": ["VFPX"], "sections": "all", "data": {"type": "record", "items": [
+    const char* lift =
+        R"([{"name": "VFPPROD", "names": ["VFPX"], "sections": "all", "data": {"type": "record", "items": [
         {"name": "N", "type": "integer"},
         {"name": "F", "type": "list", "element": {"type": "real"}}, {"name": "T", "type": "list", "element": {"type": "real"}},
         {"name": "W", "type": "list", "element": {"type": "real"}}, {"name": "G", "type": "list", "element": {"type": "real"}},

@@ -34,12 +34,11 @@ TEST(MapReading, ByNameOrByPosition)
 
 TEST(MapReading, References)
 {
-    const TableInForce table(
-        R"([{"name": "X", "sections": "all", "data": {"type": "map", "entries": ["A", "B"]}}])");
+    const TableInForce table(R"([{"name": "X", "sections": "all", "data": {"type": "map", "entries": ["A", "B"]}}])");
     Outcome outcome = ReadText(LooseKeyword(table.Syntax("X")), "A=$V a=$W B=2 /", true);
     EXPECT_EQ(outcome.tree, "{B=2}");
-    auto* const variables = dynamic_cast<Core::Keywords::IKeywordMapDataVariables*>(
-        outcome.variables.GetDataVariables(outcome.data.get()));
+    auto* const variables =
+        dynamic_cast<Core::Keywords::IKeywordMapDataVariables*>(outcome.variables.GetDataVariables(outcome.data.get()));
     ASSERT_NE(variables, nullptr);
     EXPECT_EQ(variables->GetVariableKeys(), (std::list<std::string>{"A", "a"}));
     EXPECT_EQ(variables->GetVariable("a").GetString(), "$W");

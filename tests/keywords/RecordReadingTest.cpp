@@ -30,8 +30,8 @@ constexpr const char* notTerminated = "2 Record in keyword X not properly termin
 
 std::string Bad(const std::string& token, const std::string& reason)
 {
-    return "3 A problem was encountered when parsing the keyword X. Item value \"" + token + "\" is not valid. " + reason +
-           ".";
+    return "3 A problem was encountered when parsing the keyword X. Item value \"" + token + "\" is not valid. " +
+           reason + ".";
 }
 
 const std::string wholeNumber = "Must be a whole number";
@@ -169,7 +169,8 @@ TEST(RecordReading, RecordsAndListsNest)
 
 TEST(RecordReading, References)
 {
-    const char* shape = R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "string"}]})";
+    const char* shape =
+        R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "string"}]})";
     const Outcome outcome = ReadShape(shape, "$NX 'W${N}' /", true);
     EXPECT_EQ(outcome.tree, "{- -}");
     EXPECT_TRUE(outcome.messages.empty());
