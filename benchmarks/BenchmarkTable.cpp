@@ -1,5 +1,5 @@
-// Prints how fast the system is: each piece of work beside its yardstick, measured in the same run, and whether the work
-// keeps to its budget. Whole commands are timed from outside; the memory of keywords is measured in this process.
+// Prints how fast the system is: each piece of work beside its yardstick, measured in the same run, and whether the
+// work keeps to its budget. Whole commands are timed from outside; the memory of keywords is measured in this process.
 
 #include <cstdio>
 #include <filesystem>
@@ -25,7 +25,8 @@ void PrintRow(const std::string& work, const std::string& value, const std::stri
               const std::string& yardstickValue, const std::string& ratio, const std::string& budget, bool met,
               const std::string& peak)
 {
-    fmt::print(fmt::runtime(rowFormat), work, value, yardstick, yardstickValue, ratio, budget, met ? "yes" : "NO", peak);
+    fmt::print(fmt::runtime(rowFormat), work, value, yardstick, yardstickValue, ratio, budget, met ? "yes" : "NO",
+               peak);
     std::fflush(stdout);
 }
 
@@ -57,8 +58,8 @@ bool CompareToTime(const std::string& work, const Command& command, double budge
     const std::vector<Run> runs = Benchmarks::MedianRuns({command, Command{{"/bin/true"}, {}}}, repeats);
     const bool met = runs[0].seconds <= budgetSeconds;
     PrintRow(work, Time(runs[0].seconds), "/bin/true", Time(runs[1].seconds),
-             fmt::format("{:.1f}", runs[0].seconds / runs[1].seconds), fmt::format("{:.0f} ms", budgetSeconds * 1000), met,
-             Peak(runs[0]));
+             fmt::format("{:.1f}", runs[0].seconds / runs[1].seconds), fmt::format("{:.0f} ms", budgetSeconds * 1000),
+             met, Peak(runs[0]));
     return met;
 }
 
@@ -86,7 +87,8 @@ int main(int argc, char** argv)
         const std::string smallDeck = argv[3];
 
         fmt::print("Median of {} after a warm-up; peak is the largest resident size of the command.\n\n", repeats);
-        fmt::print(fmt::runtime(rowFormat), "work", "measured", "yardstick", "measured", "ratio", "budget", "met", "peak");
+        fmt::print(fmt::runtime(rowFormat), "work", "measured", "yardstick", "measured", "ratio", "budget", "met",
+                   "peak");
         int missed = 0;
         missed += !CompareToTime("deckman --version", Command{{deckman, "--version"}, {}}, 0.015);
         missed += !CompareToTime("deckman ls of a small deck", Command{{deckman, "ls", smallDeck}, {}}, 0.030);

@@ -56,8 +56,7 @@ Run RunOnce(const Command& command)
     const std::vector<char*> variables = Pointers(environment);
 
     int channel[2];
-    if (pipe2(channel, O_CLOEXEC) != 0)
-        Fail(command, std::strerror(errno));
+    if (pipe2(channel, O_CLOEXEC) != 0) Fail(command, std::strerror(errno));
     const auto begin = std::chrono::steady_clock::now();
     const pid_t child = vfork();
     if (child == 0) {
@@ -93,8 +92,7 @@ std::vector<Run> MedianRuns(const std::vector<Command>& commands, int repeats)
     for (int round = 0; round <= repeats; ++round)
         for (std::size_t i = 0; i < commands.size(); ++i) {
             const Run run = RunOnce(commands[i]);
-            if (round > 0)
-                runs[i].push_back(run);
+            if (round > 0) runs[i].push_back(run);
         }
 
     std::vector<Run> medians;

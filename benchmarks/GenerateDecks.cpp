@@ -25,30 +25,26 @@ class Output
 public:
     explicit Output(const std::filesystem::path& path) : m_path(path), m_file(std::fopen(path.c_str(), "wb"))
     {
-        if (!m_file)
-            throw std::runtime_error(m_path.string() + ": " + std::strerror(errno));
+        if (!m_file) throw std::runtime_error(m_path.string() + ": " + std::strerror(errno));
     }
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
     ~Output()
     {
-        if (m_file)
-            std::fclose(m_file);
+        if (m_file) std::fclose(m_file);
     }
 
     void Write(const std::string& text)
     {
         m_buffer += text;
-        if (m_buffer.size() > s_chunk)
-            Flush();
+        if (m_buffer.size() > s_chunk) Flush();
     }
 
     template <typename... Args>
     void Print(fmt::format_string<Args...> format, Args&&... args)
     {
         fmt::format_to(std::back_inserter(m_buffer), format, std::forward<Args>(args)...);
-        if (m_buffer.size() > s_chunk)
-            Flush();
+        if (m_buffer.size() > s_chunk) Flush();
     }
 
     void Close()
@@ -56,8 +52,7 @@ public:
         Flush();
         const bool closed = std::fclose(m_file) == 0;
         m_file = nullptr;
-        if (!closed)
-            throw std::runtime_error(m_path.string() + ": " + std::strerror(errno));
+        if (!closed) throw std::runtime_error(m_path.string() + ": " + std::strerror(errno));
     }
 
 private:
@@ -92,7 +87,8 @@ private:
 
 void WriteRunspec(Output& out, const std::string& title, int nx, int ny, int nz)
 {
-    out.Print("RUNSPEC\n\nTITLE\n{}\n\nDIMENS\n   {} {} {} /\n\nOIL\nWATER\nGAS\nDISGAS\nMETRIC\n\n", title, nx, ny, nz);
+    out.Print("RUNSPEC\n\nTITLE\n{}\n\nDIMENS\n   {} {} {} /\n\nOIL\nWATER\nGAS\nDISGAS\nMETRIC\n\n", title, nx, ny,
+              nz);
     out.Write("START\n   1 'JAN' 1990 /\n\nTABDIMS\n/\n\nWELLDIMS\n   200 50 20 100 /\n\nGRID\n\nINIT\n\n");
 }
 
@@ -230,7 +226,8 @@ private:
     {
         out.Write("WCONINJE\n");
         for (int i = 0; i < m_wells / 3 + 1; ++i)
-            out.Print("   'INJ{:03}' 'WATER' 'OPEN' 'RATE' {:.1f} 1* {:.1f} /\n", i + 1, Rate(500, 4500), Rate(280, 390));
+            out.Print("   'INJ{:03}' 'WATER' 'OPEN' 'RATE' {:.1f} 1* {:.1f} /\n", i + 1, Rate(500, 4500),
+                      Rate(280, 390));
         out.Write("/\n\n");
     }
 
@@ -302,8 +299,7 @@ int Usage()
 int main(int argc, char** argv)
 {
     try {
-        if (argc < 2 || argv[1][0] == '-')
-            return Usage();
+        if (argc < 2 || argv[1][0] == '-') return Usage();
         const std::filesystem::path folder = argv[1];
         double scale = 1.0;
         std::vector<std::string> names;
@@ -316,10 +312,8 @@ int main(int argc, char** argv)
             else
                 return Usage();
         }
-        if (!(scale > 0.0))
-            return Usage();
-        if (names.empty())
-            names = {"arrays", "schedule", "includes"};
+        if (!(scale > 0.0)) return Usage();
+        if (names.empty()) names = {"arrays", "schedule", "includes"};
 
         std::filesystem::create_directories(folder);
         for (const std::string& name : names) {

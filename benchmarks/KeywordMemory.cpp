@@ -27,8 +27,7 @@ std::size_t HeapBytes()
 long long CountKeywords(IDeckManager& manager, const std::string& deckFile)
 {
     IDeck* deck = manager.ImportDeck("Deck", deckFile, false, true, false);
-    if (!deck)
-        throw std::runtime_error(deckFile + ": cannot be opened");
+    if (!deck) throw std::runtime_error(deckFile + ": cannot be opened");
     IDeckKeywords* keywords = deck->GetDeckKeywords();
     long long count = 0;
     for (KeywordIterator position = keywords->Begin(), end = keywords->End(); position != end; ++position)

@@ -35,15 +35,14 @@ std::map<std::string, int> CountNames(const IDeckKeywords& keywords)
     return counts;
 }
 
-/// Prints the size of the grid, from the record of DIMENS. The keyword's data are read and parsed here, on first demand.
+/// Prints the size of the grid, from the record of DIMENS. The keyword's data are read and parsed here, on first
+/// demand.
 void PrintGrid(const IDeckKeywords& keywords)
 {
     for (KeywordIterator position = keywords.Begin(); position != keywords.End(); ++position) {
-        if (position->GetName() != "DIMENS")
-            continue;
+        if (position->GetName() != "DIMENS") continue;
         const Keywords::IKeywordData* data = keywords.GetKeywordData(*position);
-        if (!data || data->GetType() != Keywords::MDType::Record)
-            return;
+        if (!data || data->GetType() != Keywords::MDType::Record) return;
         const auto& record = static_cast<const Keywords::IKeywordRecordData&>(*data);
         std::cout << "grid:";
         for (int item = 0; item < record.GetItemCount(); ++item)
@@ -57,15 +56,14 @@ void PrintGrid(const IDeckKeywords& keywords)
 void PrintWells(const IDeckKeywords& keywords)
 {
     for (KeywordIterator position = keywords.Begin(); position != keywords.End(); ++position) {
-        if (position->GetName() != "WELSPECS")
-            continue;
+        if (position->GetName() != "WELSPECS") continue;
         const Keywords::IKeywordData* data = keywords.GetKeywordData(*position);
-        if (!data || data->GetType() != Keywords::MDType::List)
-            continue;
+        if (!data || data->GetType() != Keywords::MDType::List) continue;
         const auto& records = static_cast<const Keywords::IKeywordListData&>(*data);
         for (int i = 0; i < records.GetElementCount(); ++i) {
             const auto& record = static_cast<const Keywords::IKeywordRecordData&>(records.GetContainer(i));
-            std::cout << "well: " << record.GetItem(0).GetString() << ", keyword at line " << position->GetLine() << '\n';
+            std::cout << "well: " << record.GetItem(0).GetString() << ", keyword at line " << position->GetLine()
+                      << '\n';
         }
     }
 }

@@ -29,8 +29,7 @@ CommandResult Execute(const std::string& command)
 {
     CommandResult result;
     std::FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe)
-        return result;
+    if (!pipe) return result;
     char buffer[4096];
     for (std::size_t count; (count = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
         result.output.append(buffer, count);
@@ -86,7 +85,8 @@ TEST_F(InstalledPackage, AHostFindsItWithCMake)
 TEST_F(InstalledPackage, AHostFindsItWithPkgConfig)
 {
     const std::string program = m_directory.Path("walk_deck");
-    const std::string query = fmt::format("PKG_CONFIG_PATH='{}/{}/pkgconfig' pkg-config", Prefix(), DECK_INSTALL_LIBDIR);
+    const std::string query =
+        fmt::format("PKG_CONFIG_PATH='{}/{}/pkgconfig' pkg-config", Prefix(), DECK_INSTALL_LIBDIR);
     ASSERT_COMMAND(fmt::format("'{}' -std=c++20 {} $({} --cflags tarn-deckmanager) -o '{}' "
                                "'{}/examples/hosts/walk_deck.cpp' $({} --libs tarn-deckmanager)",
                                DECK_CXX_COMPILER, SanitizerFlags(), query, program, DECK_SOURCE_DIR, query));
@@ -113,7 +113,8 @@ TEST_F(InstalledPackage, EveryHeaderCompilesAlone)
 
     // Each included twice, into a file of its own; the compiler names the header that doesn't pass.
     for (std::size_t i = 0; i < headers.size(); ++i)
-        m_directory.Write(fmt::format("alone/{:03}.cpp", i), fmt::format("#include <{0}>\n#include <{0}>\n", headers[i]));
+        m_directory.Write(fmt::format("alone/{:03}.cpp", i),
+                          fmt::format("#include <{0}>\n#include <{0}>\n", headers[i]));
     ASSERT_COMMAND(fmt::format("printf '%s\\n' '{}'/alone/*.cpp | xargs -n 1 -P 2 '{}' -std=c++20 -fsyntax-only -Wall "
                                "-Wextra -Wpedantic -Wshadow -Wconversion -Werror -I'{}'",
                                m_directory.Path(), DECK_CXX_COMPILER, include));
