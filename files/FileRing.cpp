@@ -10,6 +10,8 @@ namespace Tarn::Fjel::Core::DeckManager {
 std::vector<KeywordFile*> FileRing::Closing(KeywordFile& including, KeywordFile& target)
 {
     if (&including == &target) return {&including, &including};
+    // A file that isn't loaded has no INCLUDE keywords.
+    if (!target.IsLoaded()) return {};
 
     // Upwards from the including file: a file has few files above it, and may have thousands below.
     std::unordered_map<KeywordFile*, KeywordFile*> below{{&including, nullptr}};

@@ -44,6 +44,8 @@ KeywordFile* FileScan::Run()
     if (!m_started) {
         m_started = true;
         if (!Open()) return nullptr;
+    } else if (m_putAside && !Resume()) {
+        return nullptr;
     }
     for (;;) {
         if (!m_hasCandidate) {
@@ -67,9 +69,13 @@ KeywordFile* FileScan::Run()
 bool FileScan::Open()
 {
     Environment& environment = Environment::Instance();
-    const bool required = !environment.GetAllowIncompleteDeck();
     m_status = Service::FileStatus::Of(Path());
-    if (m_file.IsDataFile()) m_file.m_sectionsSeen.fill(nullptr);
+
+    // A data file begins the book of sections anew, any other file takes its own out of it.
+    const bool isDataFile = m_file.IsDataFile();
+    for (std::weak_ptr<const KeywordFile>& bringer : m_file.DataFile().m_sectionsSeen) {
+        if (isDataFile || bringer.lock().get() == &m_file) bringer.reset();
+    }
 
     CacheEntry entry;
     if (m_file.m_manager.GetCacheEntry(m_file, entry)) {
@@ -78,12 +84,7 @@ bool FileScan::Open()
         return true;
     }
 
-    m_reader = m_file.m_fileReader->OpenLineReader(required);
-    if (!m_reader) {
-        if (required) Log::SendLogMessage("Loading keyword file: Fails to open file:" + Path(), Log::Error);
-        m_file.m_loadFailed = true;
-        return false;
-    }
+    if (!OpenReader()) return false;
     char head[3];
     m_byteOrderMark = m_reader->ReadRaw(head, 3) == 3 && std::string_view(head, 3) == "\xEF\xBB\xBF";
     m_reader->Seek(0, 0);
@@ -91,6 +92,36 @@ bool FileScan::Open()
     m_warnIndented = environment.LogWarningForPossibleIndentedKeywords();
     m_skip.enabled = environment.SKIPENDSKIPEnabled();
     m_skip.simulator = environment.SKIPENDSKIPSimulator();
+    return true;
+}
+
+bool FileScan::OpenReader()
+{
+    const bool required = !Environment::Instance().GetAllowIncompleteDeck();
+    m_reader = m_file.m_fileReader->OpenLineReader(required);
+    if (m_reader) return true;
+    if (required) Log::SendLogMessage("Loading keyword file: Fails to open file:" + Path(), Log::Error);
+    m_file.m_loadFailed = true;
+    return false;
+}
+
+void FileScan::PutAside()
+{
+    m_putAside = true;
+    m_resumeAt = m_reader ? m_reader->Tell() : 0;
+    m_reader.reset();
+    m_guard.reset();
+}
+
+bool FileScan::Resume()
+{
+    m_putAside = false;
+    if (m_cached) {
+        m_guard = std::make_unique<OpenReaderGuard>(m_file);
+        return true;
+    }
+    if (!OpenReader()) return false;
+    m_reader->Seek(m_resumeAt, 0);
     return true;
 }
 
@@ -137,15 +168,16 @@ void FileScan::TakeFound()
 {
     Environment& environment = Environment::Instance();
     if (m_found.indented && environment.LogWarningForPossibleIndentedKeywords()) {
+        const int line = m_found.line > 0 ? m_found.line : m_file.m_fileReader->LineNumberAt(m_found.pos);
         Log::SendLogMessage(environment.getIndentedKeywordsWarningPrefix() + " " + m_found.name +
-                                " will be ignored, at line " + std::to_string(m_reader->Lines()->LineNumber()) +
-                                " in " + Path(),
+                                " will be ignored, at line " + std::to_string(line) + " in " + Path(),
                             Log::Warning);
         return;
     }
 
     const std::vector<SkippedKeyword> skipped =
-        SkipRegion::Consume(m_skip, m_found.name, m_found.pos, m_found.syntax, *m_reader, m_query, Path());
+        SkipRegion::Consume(m_skip, m_found.name, m_found.pos, m_found.syntax, *m_reader, m_query,
+                            *m_file.m_fileReader);
     if (!skipped.empty()) {
         // A keyword of the skip family never becomes an ordinary keyword.
         m_found.syntax = nullptr;
@@ -177,10 +209,23 @@ void FileScan::TakeCached()
     SectionType section = SectionType::None;
     if (m_found.syntax->GetKind() == KeywordKind::Section && FindSection(value.name, section)) {
         m_query.SetSection(section);
-        m_file.DataFile().m_sectionsSeen[static_cast<std::size_t>(section)] = &m_file;
+        m_file.DataFile().m_sectionsSeen[static_cast<std::size_t>(section)] = m_file.weak_from_this();
     }
-    Keyword& added = m_file.AddScannedKeyword(*m_found.syntax, value.pos, value.size, value.name, nullptr);
+    const KeywordMarks marks = ReadMarks(value.pos, value.size);
+    Keyword& added = m_file.AddScannedKeyword(*m_found.syntax, value.pos, value.size, value.name, &marks);
     m_query.IncludeFound(KeywordFile::IncludedFileOf(&added));
+}
+
+/// What a scan would have learnt in passing, from the reader that the guard keeps open: the keywords come in the order
+/// of the file, so it goes through the file once.
+KeywordMarks FileScan::ReadMarks(long long position, long long size) const
+{
+    KeywordMarks marks;
+    ILineReader* const reader = m_file.m_openReader.get();
+    marks.suppressed = LineReaderUtil::NextLineIsSuppressed(reader, position);
+    marks.tagKnown = reader != nullptr;
+    LineReaderUtil::AdvanceToNonTagLine(reader, position, size, &marks.tagged, true);
+    return marks;
 }
 
 void FileScan::NoteActions(const std::string& name)
@@ -211,13 +256,17 @@ void FileScan::SettlePending(long long end)
     AddPending(end - m_pending.position);
 }
 
+/// Whether the section is in the deck already; from here on it is.
 bool FileScan::IsDuplicateSection(const std::string& name)
 {
     SectionType section = SectionType::None;
     if (m_pending.syntax->GetKind() != KeywordKind::Section || !FindSection(name, section)) return false;
-    const KeywordFile*& bringer = m_file.DataFile().m_sectionsSeen[static_cast<std::size_t>(section)];
-    if (bringer != nullptr) return true;
-    bringer = &m_file;
+    KeywordFile& top = m_file.DataFile();
+    std::weak_ptr<const KeywordFile>& seen = top.m_sectionsSeen[static_cast<std::size_t>(section)];
+    // A file that was reset, or has left the deck, has taken its sections along.
+    const std::shared_ptr<const KeywordFile> bringer = seen.lock();
+    if (bringer && bringer->IsLoaded() && &bringer->DataFile() == &top) return true;
+    seen = m_file.weak_from_this();
     return false;
 }
 
@@ -239,7 +288,8 @@ void FileScan::AddSkipKeywords(const std::vector<SkippedKeyword>& skipped)
     if (!m_guard) m_guard = std::make_unique<OpenReaderGuard>(m_file);
     for (const SkippedKeyword& keyword : skipped) {
         if (const Keywords::IKeywordSyntax* syntax = LineReaderUtil::FindSyntax(keyword.name, m_query)) {
-            m_file.AddScannedKeyword(*syntax, keyword.position, 0, keyword.name, nullptr);
+            const KeywordMarks marks = ReadMarks(keyword.position, 0);
+            m_file.AddScannedKeyword(*syntax, keyword.position, 0, keyword.name, &marks);
         }
     }
 }
@@ -247,7 +297,7 @@ void FileScan::AddSkipKeywords(const std::vector<SkippedKeyword>& skipped)
 void FileScan::Finish()
 {
     if (m_pending.syntax != nullptr) {
-        const long long end = m_reader->Eof() ? m_file.FileSize() : m_reader->Tell();
+        const long long end = m_reader->Tell();
         if (m_pending.listed != nullptr) {
             m_pending.listed->SetSize(end - m_pending.position);
         } else {
@@ -256,8 +306,11 @@ void FileScan::Finish()
     }
     if (m_cached) {
         m_reader = m_file.m_fileReader->OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
-    } else {
+    } else if (m_reader->Eof()) {
         m_file.SaveToCache(m_status);
+    } else {
+        Log::SendLogMessage("Loading keyword file: Fails to read file:" + Path(), Log::Error);
+        m_file.m_loadFailed = true;
     }
     m_file.FinishLoad(m_reader.get());
 }

@@ -26,7 +26,11 @@ public:
 
     Keywords::SectionType GetSection() const override;
 
-    void SetSection(Keywords::SectionType section) { m_section = section; }
+    void SetSection(Keywords::SectionType section)
+    {
+        m_section = section;
+        m_included = nullptr;
+    }
     /// The section of a file that the scan has met since the section was last asked counts from here on.
     void IncludeFound(const KeywordFile* file) { m_included = file; }
     /// The included file that the answer waits for; null when nothing is open.
@@ -56,6 +60,10 @@ public:
     /// Throws what the reader and the syntax rules throw.
     KeywordFile* Run();
 
+    /// Gives the file back while the scan waits for another one; the next `Run` opens it again. From there on the scan
+    /// knows no line numbers.
+    void PutAside();
+
 private:
     /// A keyword whose end isn't known yet.
     struct Pending
@@ -68,11 +76,14 @@ private:
     };
 
     bool Open();
+    bool OpenReader();
+    bool Resume();
     bool NextCandidate();
     bool ResolveCandidate();
     void ListInclude();
     void TakeFound();
     void TakeCached();
+    KeywordMarks ReadMarks(long long position, long long size) const;
     void NoteActions(const std::string& name);
     void SettlePending(long long end);
     void AddPending(long long size);
@@ -85,6 +96,8 @@ private:
     KeywordFile& m_file;
     bool m_started = false;
     bool m_hasCandidate = false;
+    bool m_putAside = false;
+    long long m_resumeAt = 0;
     std::unique_ptr<ILineReader> m_reader;
     std::unique_ptr<OpenReaderGuard> m_guard;
     std::optional<CacheEntry> m_cached; ///< the entry that stands for the text

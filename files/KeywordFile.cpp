@@ -141,9 +141,11 @@ KeywordFileContents& KeywordFile::Contents() const
 }
 
 /// Reading one file may need the section that a file ends in which it includes, and that file's text a further one.
-/// The scans under way stand on a stack of their own, so that a long chain of files needs no deep recursion.
+/// The scans under way stand on a stack of their own, so that a long chain of files needs no deep recursion. Deep down
+/// in a chain those that wait give their files back: a process may hold only so many open.
 void KeywordFile::Load() const
 {
+    constexpr std::size_t MostOpenFiles = 32;
     std::vector<std::unique_ptr<FileScan>> scans;
     const auto begin = [&scans](KeywordFile& file) {
         file.m_contents = std::make_unique<KeywordFileContents>(&file);
@@ -157,6 +159,7 @@ void KeywordFile::Load() const
         begin(const_cast<KeywordFile&>(*this));
         while (!scans.empty()) {
             if (KeywordFile* needed = scans.back()->Run()) {
+                if (scans.size() > MostOpenFiles) scans.back()->PutAside();
                 begin(*needed);
             } else {
                 scans.pop_back();
@@ -236,10 +239,6 @@ void KeywordFile::SaveToCache(const Service::FileStatus& status) const
 
 void KeywordFile::ResetContents()
 {
-    // The sections that this file brought into its deck are free again.
-    for (const KeywordFile*& bringer : DataFile().m_sectionsSeen) {
-        if (bringer == this) bringer = nullptr;
-    }
     DropPositions();
     m_snapshot.clear();
     m_snapshotTaken = false;
@@ -433,8 +432,7 @@ std::vector<KeywordFile*> KeywordFile::IncludingFiles() const
     std::vector<KeywordFile*> files;
     for (const KeywordINCLUDE* link : m_links) {
         KeywordFile* file = link->Owner() != nullptr ? link->Owner()->AsKeywordFile() : nullptr;
-        if (file == nullptr || (!files.empty() && files.back() == file)) continue;
-        if (std::find(files.begin(), files.end(), file) == files.end()) files.push_back(file);
+        if (file != nullptr) files.push_back(file);
     }
     return files;
 }

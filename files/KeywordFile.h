@@ -122,7 +122,8 @@ public:
     /// An INCLUDE keyword names this file from now on, or no longer.
     void LinkAdded(KeywordINCLUDE& keyword);
     void LinkDropped(KeywordINCLUDE& keyword);
-    /// The files with an INCLUDE keyword that names this file, each once, in the order of the links.
+    /// The files with an INCLUDE keyword that names this file, in the order of the links: a file stands there for each
+    /// of its own.
     std::vector<KeywordFile*> IncludingFiles() const;
 
 private:
@@ -168,8 +169,8 @@ private:
     mutable LinkCached<Keywords::SectionType> m_endSection;
     mutable LinkCached<KeywordFile*> m_dataFile;
     unsigned long long m_lastEvent = 0;
-    /// Of a top file: which file brought each section into the deck; null: not seen so far.
-    std::array<const KeywordFile*, 9> m_sectionsSeen{};
+    /// Of a top file: which file brought each section into the deck; empty: not seen so far.
+    std::array<std::weak_ptr<const KeywordFile>, 9> m_sectionsSeen;
 };
 
 /// Keeps a file open for the length of a pass over its keywords.

@@ -40,9 +40,6 @@ public:
     /// How many keywords stand ahead of `node`. The list's end counts as one more place.
     std::size_t OrdinalOf(List::iterator node);
 
-    /// The list has changed behind the index's back.
-    void DropIndex() { m_index.reset(); }
-
     static Keyword& AsKeyword(const std::shared_ptr<IKeyword>& keyword);
 
 private:

@@ -35,11 +35,11 @@ public:
 
     void Add(const std::shared_ptr<KeywordFile>& file, const Service::FileStatus& status)
     {
-        m_byName.emplace(file->GetFileName().GetFullName(), file.get());
+        m_byName.emplace(file->GetFileName().GetFullName(), file);
         if (status.Exists()) {
-            m_byInode.emplace(status.inode, file.get());
+            m_byInode.emplace(status.inode, file);
         } else {
-            m_byLeaf.emplace(file->GetFileName().GetFileName(), file.get());
+            m_byLeaf.emplace(file->GetFileName().GetFileName(), file);
         }
     }
 
@@ -65,14 +65,16 @@ private:
     {
         const auto [first, last] = map.equal_range(key);
         for (auto entry = first; entry != last; ++entry) {
-            if (entry->second->GetFileName() == name) return entry->second->shared_from_this();
+            const std::shared_ptr<KeywordFile> file = entry->second.lock();
+            if (file && file->GetFileName() == name) return file;
         }
         return nullptr;
     }
 
-    std::unordered_multimap<std::string, KeywordFile*> m_byName;
-    std::unordered_multimap<std::uint64_t, KeywordFile*> m_byInode;
-    std::unordered_multimap<std::string, KeywordFile*> m_byLeaf; ///< files that were missing when they came
+    // Weak: a file that is going may ask for another one, and must not be found itself.
+    std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>> m_byName;
+    std::unordered_multimap<std::uint64_t, std::weak_ptr<KeywordFile>> m_byInode;
+    std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>> m_byLeaf; ///< files that were missing when they came
 };
 
 KeywordFileManager::KeywordFileManager(const std::string& projectDir)
@@ -190,6 +192,8 @@ void KeywordFileManager::SetTempProjectDir(const Service::Directory& directory)
 void KeywordFileManager::Clear()
 {
     m_index->Clear();
+    // The list is empty before the first file goes, which may ask for another one.
+    const std::list<std::shared_ptr<KeywordFile>> going = std::move(m_files);
     m_files.clear();
 }
 

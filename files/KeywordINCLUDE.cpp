@@ -47,7 +47,8 @@ KeywordFile* KeywordINCLUDE::OwnerFile() const { return Owner() != nullptr ? Own
 
 KeywordFile* KeywordINCLUDE::IncludedFile() const
 {
-    if (!m_includedFile) m_includedFile = Resolve();
+    // A link that was refused, or a path that led to no file, may have become good since.
+    if (!m_includedFile) const_cast<KeywordINCLUDE*>(this)->Wire();
     return m_includedFile.get();
 }
 
@@ -112,7 +113,9 @@ bool KeywordINCLUDE::ClosesRing(KeywordFile& target, const std::string& text) co
 
 void KeywordINCLUDE::Wire()
 {
-    if (m_wired || IncludedFile() == nullptr) return;
+    if (m_wired) return;
+    if (!m_includedFile) m_includedFile = Resolve();
+    if (!m_includedFile) return;
     m_wired = true;
     m_includedFile->sectionQuery.Add(this, &KeywordINCLUDE::AnswerSection);
     m_includedFile->dataFileQuery.Add(this, &KeywordINCLUDE::AnswerDataFile);

@@ -1,5 +1,6 @@
 #include "files/SkipRegion.h"
 
+#include "text/KeywordFileReader.h"
 #include "text/LineStreamReader.h"
 #include <deckmanager/ILineReader.h>
 #include <deckmanager/ISectionContextQuery.h>
@@ -18,7 +19,7 @@ using Keywords::SimulatorType;
 std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::string& firstName,
                                                 long long firstPosition, const Keywords::IKeywordSyntax* firstSyntax,
                                                 ILineReader& reader, const ISectionContextQuery& query,
-                                                const std::string& path)
+                                                KeywordFileReader& file)
 {
     std::vector<SkippedKeyword> skipped;
     if (!state.enabled || firstSyntax == nullptr) return skipped;
@@ -34,9 +35,10 @@ std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::str
                 state.depth = 0;
                 state.activeDepth = 0;
                 const LineStreamReader* lines = reader.Lines();
+                const int known = lines != nullptr ? lines->LineNumber() : -1;
                 Service::Log::LogWF("Encountered ENDSKIP without SKIP/SKIP100/SKIP300 near line %d in %s. Please ensure "
                                     "that SKIP and ENDSKIP are both in the same file.",
-                                    lines != nullptr ? lines->LineNumber() : -1, path.c_str());
+                                    known > 0 ? known : file.LineNumberAt(position), file.GetPath().c_str());
             }
             if (state.activeDepth == 0) return skipped;
         } else {

@@ -13,6 +13,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 class ILineReader;
 class ISectionContextQuery;
+class KeywordFileReader;
 
 /// A keyword that opens or closes a skipped region.
 struct SkippedKeyword
@@ -36,10 +37,10 @@ class SkipRegion
 public:
     /// Called with each keyword that the scan finds; the reader stands behind its line. Where the keyword opens a region
     /// that the simulator skips, reads to the end of the region. Gives the skip keywords met, the first one included;
-    /// nothing for any other keyword. `path` is for messages.
+    /// nothing for any other keyword. `file` is for messages.
     static std::vector<SkippedKeyword> Consume(SkipState& state, const std::string& name, long long position,
                                                const Keywords::IKeywordSyntax* syntax, ILineReader& reader,
-                                               const ISectionContextQuery& query, const std::string& path);
+                                               const ISectionContextQuery& query, KeywordFileReader& file);
 
 private:
     static bool IsOpener(const Keywords::IKeywordSyntax& syntax);

@@ -193,8 +193,8 @@ std::string Keyword::ReadDataText() const
     const long long last = m_position + m_size - 1;
     if (!lines || !LineReaderUtil::AdvanceToNonTagLine(lines.get(), m_position, m_size, nullptr, true)) return text;
     lines->ReadRange(lines->Tell(), last, text);
-    Service::StringTrimRight(text);
     if (m_suppressed && Environment::Instance().KeywordSuppressionEnabled()) LineReaderUtil::ActivateLines(text);
+    Service::StringTrimRight(text);
     return text;
 }
 
@@ -268,7 +268,7 @@ void Keyword::SetOwner(IKeywordOwner* owner)
 bool Keyword::ReadTag() const
 {
     if (m_tagKnown) return m_taggedOnDisk;
-    if (!m_reader) return false;
+    if (!HasValidExtent()) return false;
     bool sawTag = false;
     LineReaderUtil::AdvanceToNonTagLine(BorrowReader().get(), m_position, m_size, &sawTag, true);
     return sawTag;

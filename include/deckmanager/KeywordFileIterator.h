@@ -29,7 +29,7 @@ public:
     }
     bool operator!=(const KeywordFileIterator& other) const { return !(*this == other); }
 
-    /// From before the first keyword to the first one; nothing happens without a file.
+    /// From before the first keyword to the first one; nothing happens without a file. REQUIRES: not at `End()`.
     KeywordFileIterator& operator++();
     KeywordFileIterator operator++(int);
 
