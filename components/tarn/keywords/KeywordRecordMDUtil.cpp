@@ -1,17 +1,34 @@
 #include <tarn/keywords/KeywordRecordMDUtil.h>
 
-#include <tarn/keywords/ConstMetaDataIterator.h>
+#include <tarn/keywords/IKeywordListMD.h>
 #include <tarn/keywords/KeywordUtils.h>
 
 namespace Tarn::Fjel::Core::Keywords {
 
+namespace {
+
+bool IsNumeric(const IKeywordMD& md)
+{
+    switch (md.GetType()) {
+    case MDType::Integer:
+    case MDType::Real:
+        return true;
+    case MDType::List:
+        return IsNumeric(*static_cast<const IKeywordListMD&>(md).GetElementMD());
+    case MDType::Record:
+        return KeywordRecordMDUtil::AllNumeric(static_cast<const IKeywordRecordMD&>(md));
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+// A load asks this for every keyword that is a list of records: no iterator with a stack of its own here.
 bool KeywordRecordMDUtil::AllNumeric(const IKeywordRecordMD& md)
 {
-    for (ConstMetaDataIterator it(&md); !it.AtEnd(); it.Next()) {
-        const MDType type = it.Get()->GetType();
-        const bool passes =
-            type == MDType::Integer || type == MDType::Real || type == MDType::Record || type == MDType::List;
-        if (!passes) return false;
+    for (int i = 0; i < md.GetItemCount(); ++i) {
+        if (!IsNumeric(*md.GetItemMD(i))) return false;
     }
     return true;
 }
