@@ -37,7 +37,9 @@ Deck::Deck(IKeywordFileManager& fileManager, const std::string& name, bool openE
     file = directory;
     if (!openExisting) {
         if (m_fileManager.HasProjectDir()) {
-            if (directory.Exists()) directory.DeleteContent();
+            // A name such as ".." or the empty one leads to no folder of its own: nobody asked to lose what is there.
+            const bool isOwn = directory.IsDescendantOf(m_fileManager.ProjectDir());
+            if (isOwn && directory.Exists()) directory.DeleteContent();
         } else if (file.FileExists()) {
             Service::FileUtils::Remove(file);
         }

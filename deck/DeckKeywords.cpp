@@ -1,12 +1,14 @@
 #include "deck/DeckKeywords.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "deck/FilePaths.h"
 #include "deck/ScopeWalk.h"
 #include "files/GridFileGuess.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
+#include "files/LinkCounter.h"
 #include "keywords/Keyword.h"
 #include "text/SectionNames.h"
 #include <deckmanager/Context.h>
@@ -39,6 +41,36 @@ KeywordIterator FindFirst(KeywordIterator position, const KeywordIterator& last,
     return *position == nullptr ? last : position;
 }
 
+/// Shows each file of a tree once, a file ahead of those that it includes, and these in the order of their INCLUDE
+/// keywords, each with all that is below it. `visit` answers false to stop; of the INCLUDE keywords those count that
+/// `follows` accepts.
+template <class Visit, class Follows>
+void VisitFiles(KeywordFile& root, const Visit& visit, const Follows& follows)
+{
+    std::unordered_set<const KeywordFile*> seen;
+    std::vector<KeywordFile*> waiting{&root};
+    while (!waiting.empty()) {
+        KeywordFile* file = waiting.back();
+        waiting.pop_back();
+        if (!seen.insert(file).second) continue;
+        if (!visit(*file)) return;
+        const std::vector<KeywordFileIterator>& includes = file->GetINCLUDEKeywords();
+        for (auto include = includes.rbegin(); include != includes.rend(); ++include) {
+            if (!follows(**include)) continue;
+            KeywordFile* included = KeywordFile::IncludedFileOf(**include);
+            if (included != nullptr && seen.count(included) == 0) waiting.push_back(included);
+        }
+    }
+}
+
+/// The decks that editors work on: at most one of each manager. Never destroyed, since a manager may be held by a static
+/// object.
+std::vector<const DeckKeywords*>& EditedDecks()
+{
+    static auto& decks = *new std::vector<const DeckKeywords*>;
+    return decks;
+}
+
 } // namespace
 
 DeckKeywords::DeckKeywords(const std::shared_ptr<KeywordFile>& file, bool variablesAllowed)
@@ -50,8 +82,9 @@ DeckKeywords::DeckKeywords(const std::shared_ptr<KeywordFile>& file, bool variab
 DeckKeywords::~DeckKeywords()
 {
     try {
+        SetEdited(false);
         m_rootFile->fileChanged.Remove(this, &DeckKeywords::OnKeywordFileChanged);
-        if (m_rootFile->OwnContext().Keywords() == this) m_rootFile->OwnContext().Bind(nullptr);
+        UnbindContext();
         Rollback();
     } catch (...) {
         // A destructor has nobody to tell.
@@ -65,7 +98,7 @@ void DeckKeywords::SetDataFile(const std::shared_ptr<KeywordFile>& newFile)
     if (m_rootFile) {
         Rollback();
         m_rootFile->fileChanged.Remove(this, &DeckKeywords::OnKeywordFileChanged);
-        if (m_rootFile->OwnContext().Keywords() == this) m_rootFile->OwnContext().Bind(nullptr);
+        UnbindContext();
     }
     m_rootFile = newFile;
     m_rootFile->fileChanged.Add(this, &DeckKeywords::OnKeywordFileChanged);
@@ -111,7 +144,7 @@ const DeckKeywords::Sections& DeckKeywords::GetSections() const
     std::vector<std::pair<KeywordIterator, SectionType>> found;
     bool behindEnd = false;
     for (KeywordIterator position = Begin(); *position != nullptr; ++position) {
-        if (position == End()) behindEnd = true;
+        if (!behindEnd && position == End()) behindEnd = true;
         SectionType section = SectionType::None;
         if (KindOf(**position) != KeywordKind::Section || !FindSection(position->GetName(), section)) continue;
         sections->all.emplace_back(position, section);
@@ -149,11 +182,31 @@ SectionType DeckKeywords::SectionOf(const KeywordIterator& givenPosition) const
         // A position made from a place in an included file: the deck knows where that file stands.
         position = DeckPositionOf(IteratorAccess::CurrentFileIter(position));
     }
+    const IteratorPath::Places path = IteratorPath::Of(position);
+    const auto isPassedBy = [](const KeywordFileIterator& place) {
+        return IteratorAccess::File(place)->WalkEnd() < place;
+    };
+    if (std::any_of(path.begin(), path.end(), isPassedBy)) return SectionBehindLogicalEnd(position);
+
     const auto& all = GetSections().all;
-    for (auto entry = all.rbegin(); entry != all.rend(); ++entry) {
-        if (!(position < entry->first)) return entry->second;
+    const auto behind =
+        std::upper_bound(all.begin(), all.end(), position,
+                         [](const KeywordIterator& place, const auto& entry) { return place < entry.first; });
+    return behind == all.begin() ? SectionType::None : std::prev(behind)->second;
+}
+
+/// The walk that gathers the sections never comes to such a position: this one goes back from there.
+SectionType DeckKeywords::SectionBehindLogicalEnd(KeywordIterator position) const
+{
+    const KeywordIterator begin = Begin();
+    for (;; --position) {
+        const IKeyword* keyword = *position;
+        SectionType section = SectionType::None;
+        if (keyword != nullptr && KindOf(*keyword) == KeywordKind::Section && FindSection(keyword->GetName(), section)) {
+            return section;
+        }
+        if (position == begin || IteratorAccess::Position(position).AtBeforeBegin()) return SectionType::None;
     }
-    return SectionType::None;
 }
 
 bool DeckKeywords::CheckSections(std::string& message) const
@@ -174,7 +227,11 @@ bool DeckKeywords::CheckSections(std::string& message) const
 
 const FilePaths& DeckKeywords::Paths() const
 {
-    if (!m_paths) m_paths = std::make_unique<FilePaths>(*m_rootFile);
+    // A link may come alive without an event: one that a ring had forbidden, once the ring is open.
+    if (!m_paths || m_pathsStamp != LinkCounter::Now()) {
+        m_paths = std::make_unique<FilePaths>(*m_rootFile);
+        m_pathsStamp = LinkCounter::Now();
+    }
     return *m_paths;
 }
 
@@ -183,10 +240,8 @@ KeywordIterator DeckKeywords::FindKeyword(const IKeyword* keyword) const
     KeywordFile* file = keyword != nullptr && keyword->GetFile() ? keyword->GetFile()->AsKeywordFile() : nullptr;
     if (file == nullptr || !Paths().Contains(file)) return End();
     const KeywordFileIterator place = file->Find(keyword);
-    if (place == file->End()) return End();
-    const IteratorPath::Places path = Paths().PathTo(place, true);
-    if (path.empty()) return End();
-    KeywordIterator position = IteratorPath::ToPosition(path, false);
+    if (place == file->End() || !Paths().IsWalked(place)) return End();
+    KeywordIterator position = IteratorPath::ToPosition(Paths().PathTo(place), false);
     return position < End() ? position : End();
 }
 
@@ -230,22 +285,15 @@ std::vector<KeywordFileIterator> DeckKeywords::FindKeywords(const std::string& n
     const Keywords::IKeywordSyntax* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
     if (syntax == nullptr) return found;
 
-    std::set<KeywordFile*> seen{m_rootFile.get()};
-    std::vector<KeywordFile*> waiting{m_rootFile.get()};
-    while (!waiting.empty()) {
-        KeywordFile* file = waiting.back();
-        waiting.pop_back();
-        const KeywordFileIterator end = file->End();
-        for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
+    const auto collect = [&](KeywordFile& file) {
+        const KeywordFileIterator end = file.End();
+        for (KeywordFileIterator place = file.Begin(); place != end; ++place) {
             if (place->GetSyntax() == syntax && (!generatedOnly || place->IsGenerated())) found.push_back(place);
         }
-        const std::vector<KeywordFileIterator>& includes = file->GetINCLUDEKeywords();
-        for (auto include = includes.rbegin(); include != includes.rend(); ++include) {
-            if (generatedOnly && !(*include)->IsGenerated()) continue;
-            KeywordFile* included = KeywordFile::IncludedFileOf(**include);
-            if (included != nullptr && seen.insert(included).second) waiting.push_back(included);
-        }
-    }
+        return true;
+    };
+    VisitFiles(*m_rootFile, collect,
+               [&](const IKeyword* include) { return !generatedOnly || include->IsGenerated(); });
     return found;
 }
 
@@ -303,13 +351,25 @@ KeywordVariables* DeckKeywords::GetVariables(const IKeyword* keyword) const
 void DeckKeywords::RebuildContext()
 {
     if (!m_rootFile) return;
-    Context& context = m_rootFile->DataFile().OwnContext();
-    context.Bind(this);
+    BindContext();
+    const Context& context = m_rootFile->RootContext();
     const KeywordIterator end = SectionEnd(SectionType::RUNSPEC);
     for (KeywordIterator position = SectionBegin(SectionType::RUNSPEC); position != end; ++position) {
         context.NoteKeyword(*position);
     }
     m_rootFile->GetINCLUDEKeywords();
+}
+
+/// Expressions in the files of the deck are answered by the deck. Where its root file is included by the file of another
+/// deck, they stay that deck's.
+void DeckKeywords::BindContext() const
+{
+    if (m_rootFile->IsDataFile()) m_rootFile->OwnContext().Bind(this);
+}
+
+void DeckKeywords::UnbindContext() const
+{
+    if (m_rootFile->OwnContext().Keywords() == this) m_rootFile->OwnContext().Bind(nullptr);
 }
 
 // --- files ------------------------------------------------------------------------------------------------------------
@@ -323,12 +383,15 @@ IKeywordFile* DeckKeywords::GetDataFile() const { return m_rootFile.get(); }
 
 std::set<IKeywordFile*> DeckKeywords::GetFiles() const
 {
-    if (!m_rootFile->HasIncludeIndex()) m_rootFile->DataFile().OwnContext().Bind(this);
     const std::vector<KeywordFile*>& files = FilesInDeckOrder();
     return {files.begin(), files.end()};
 }
 
-const std::vector<KeywordFile*>& DeckKeywords::FilesInDeckOrder() const { return Paths().Files(); }
+const std::vector<KeywordFile*>& DeckKeywords::FilesInDeckOrder() const
+{
+    if (!m_rootFile->HasIncludeIndex()) BindContext();
+    return Paths().Files();
+}
 
 IKeywordFile* DeckKeywords::GetIncludedFile(const IKeyword* keyword) const
 {
@@ -338,40 +401,44 @@ IKeywordFile* DeckKeywords::GetIncludedFile(const IKeyword* keyword) const
 IKeyword* DeckKeywords::GetIncludingKeyword(IKeywordFile* file) const
 {
     // A level's own INCLUDE keywords are looked at ahead of what they include.
-    std::set<KeywordFile*> seen{m_rootFile.get()};
-    std::vector<KeywordFile*> waiting{m_rootFile.get()};
-    while (!waiting.empty()) {
-        KeywordFile* level = waiting.back();
-        waiting.pop_back();
-        const std::vector<KeywordFileIterator>& includes = level->GetINCLUDEKeywords();
-        for (const KeywordFileIterator& include : includes) {
+    const IKeyword* found = nullptr;
+    const auto look = [&](KeywordFile& level) {
+        for (const KeywordFileIterator& include : level.GetINCLUDEKeywords()) {
             KeywordFile* included = KeywordFile::IncludedFileOf(*include);
-            if (included != nullptr && included == file) return const_cast<IKeyword*>(*include);
+            if (included == nullptr || included != file) continue;
+            found = *include;
+            return false;
         }
-        for (auto include = includes.rbegin(); include != includes.rend(); ++include) {
-            KeywordFile* included = KeywordFile::IncludedFileOf(**include);
-            if (included != nullptr && seen.insert(included).second) waiting.push_back(included);
-        }
-    }
-    return nullptr;
+        return true;
+    };
+    VisitFiles(*m_rootFile, look, [](const IKeyword*) { return true; });
+    return const_cast<IKeyword*>(found);
 }
 
 // --- changes ----------------------------------------------------------------------------------------------------------
 
+void DeckKeywords::SetEdited(bool edited)
+{
+    std::vector<const DeckKeywords*>& decks = EditedDecks();
+    decks.erase(std::remove(decks.begin(), decks.end(), this), decks.end());
+    if (edited) decks.push_back(this);
+}
+
+/// Only the editor changes files: what is uncommitted belongs to the deck that it works on.
+bool DeckKeywords::IsEditedByAnother(const KeywordFile& file) const
+{
+    const std::vector<const DeckKeywords*>& decks = EditedDecks();
+    const auto isAnother = [&](const DeckKeywords* deck) {
+        return deck != this && &deck->m_rootFile->Manager() == &file.Manager();
+    };
+    return std::any_of(decks.begin(), decks.end(), isAnother) && file.IsModified();
+}
+
 void DeckKeywords::Rollback()
 {
     // A file that was never read has no changes, and is not read for this.
-    std::set<KeywordFile*> seen{m_rootFile.get()};
-    std::vector<KeywordFile*> files{m_rootFile.get()};
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        if (!files[i]->IsLoaded()) continue;
-        for (const KeywordFileIterator& include : files[i]->GetINCLUDEKeywords()) {
-            KeywordFile* included = KeywordFile::IncludedFileOf(*include);
-            if (included != nullptr && seen.insert(included).second) files.push_back(included);
-        }
-    }
-    for (KeywordFile* file : files) {
-        file->CancelChanges();
+    for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile)) {
+        if (!IsEditedByAnother(*file)) file->CancelChanges();
     }
     DropAll();
 }
@@ -379,25 +446,24 @@ void DeckKeywords::Rollback()
 void DeckKeywords::Refresh(bool allFiles)
 {
     Rollback();
-    if (!allFiles) {
-        m_rootFile->ResetContents();
-        return;
-    }
     // A file goes after the files that it includes, so that no INCLUDE keyword goes through which one is still reached.
     // Each tells the decks that share it. A file that was never read has nothing to drop, and is not read for this.
     std::vector<std::shared_ptr<KeywordFile>> files;
-    for (KeywordFile* file : FilePaths::LoadedFromBelow(*m_rootFile)) {
-        files.push_back(file->shared_from_this());
+    if (allFiles) {
+        for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile)) {
+            files.push_back(file->shared_from_this());
+        }
+    } else {
+        files.push_back(m_rootFile);
     }
     for (const std::shared_ptr<KeywordFile>& file : files) {
-        file->Reload();
+        if (!IsEditedByAnother(*file)) file->Reload();
     }
     DropAll();
 }
 
 void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
 {
-    m_paths.reset();
     switch (args.GetKind()) {
     case KeywordFileEventArgs::Insert:
     case KeywordFileEventArgs::Remove:
@@ -405,8 +471,7 @@ void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
         const int kind = args.GetKeyword() != nullptr ? KindOf(*args.GetKeyword())
                                                       : KeywordKind::Ordinary;
         if (kind == KeywordKind::End || kind == KeywordKind::EndInc || kind == KeywordKind::Include) {
-            DropEnds();
-            m_sections.reset();
+            DropAll();
         } else if (kind == KeywordKind::Section) {
             m_sections.reset();
         }
@@ -414,27 +479,18 @@ void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
     }
     case KeywordFileEventArgs::Cancel:
     case KeywordFileEventArgs::Overwrite:
-        DropEnds();
-        m_sections.reset();
+        DropAll();
         break;
     case KeywordFileEventArgs::KeywordUpdated:
-        if (args.GetKeyword() != nullptr && KindOf(*args.GetKeyword()) == KeywordKind::Include) {
-            DropEnds();
-            m_sections.reset();
-        }
+        if (args.GetKeyword() != nullptr && KindOf(*args.GetKeyword()) == KeywordKind::Include) DropAll();
         break;
     }
 }
 
-void DeckKeywords::DropEnds()
+void DeckKeywords::DropAll()
 {
     m_logicalEnd.reset();
     m_physicalEnd.reset();
-}
-
-void DeckKeywords::DropAll()
-{
-    DropEnds();
     m_sections.reset();
     m_paths.reset();
 }

@@ -63,8 +63,13 @@ public:
     void SetDataFile(const std::shared_ptr<KeywordFile>& newFile);
     const std::shared_ptr<KeywordFile>& RootFile() const { return m_rootFile; }
 
-    /// The files of the deck, each once, the root first. The reference lasts until a file of the deck changes.
+    /// The files of the deck, each once, the root first; their text is read. The reference lasts until a file of the
+    /// deck changes.
     const std::vector<KeywordFile*>& FilesInDeckOrder() const;
+
+    /// The editor works on this deck from now on, or no longer. While it does, no other deck of the manager drops what
+    /// is uncommitted in a file that both may share.
+    void SetEdited(bool edited);
 
     /// Drops the uncommitted changes of every file.
     void Rollback();
@@ -91,9 +96,12 @@ private:
     };
 
     const Sections& GetSections() const;
+    Keywords::SectionType SectionBehindLogicalEnd(KeywordIterator position) const;
     const FilePaths& Paths() const;
+    void BindContext() const;
+    void UnbindContext() const;
+    bool IsEditedByAnother(const KeywordFile& file) const;
     void OnKeywordFileChanged(KeywordFileEventArgs& args);
-    void DropEnds();
     void DropAll();
 
     std::shared_ptr<KeywordFile> m_rootFile;
@@ -102,6 +110,7 @@ private:
     mutable std::optional<KeywordIterator> m_physicalEnd;
     mutable std::unique_ptr<Sections> m_sections;
     mutable std::unique_ptr<FilePaths> m_paths;
+    mutable unsigned long long m_pathsStamp = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

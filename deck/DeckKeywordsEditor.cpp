@@ -16,6 +16,7 @@ DeckKeywordsEditor::~DeckKeywordsEditor()
     } catch (...) {
         // A destructor has nobody to tell.
     }
+    Release();
 }
 
 IDeck* DeckKeywordsEditor::GetDeck() const { return m_deck; }
@@ -23,6 +24,12 @@ IDeck* DeckKeywordsEditor::GetDeck() const { return m_deck; }
 void DeckKeywordsEditor::Close()
 {
     Discard();
+    Release();
+}
+
+void DeckKeywordsEditor::Release()
+{
+    if (m_deck != nullptr) m_deck->Keywords().SetEdited(false);
     m_deck = nullptr;
 }
 
@@ -36,8 +43,9 @@ void DeckKeywordsEditor::Discard()
 void DeckKeywordsEditor::SetDeck(Deck* deck)
 {
     if (deck == m_deck) return;
-    Discard();
+    Close();
     m_deck = deck;
+    if (deck != nullptr) deck->Keywords().SetEdited(true);
 }
 
 bool DeckKeywordsEditor::ImportDeck(const std::string& fileName, bool managed, bool checkDataFiles)

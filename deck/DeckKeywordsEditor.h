@@ -24,6 +24,7 @@ public:
 
 private:
     void CleanUp();
+    void Release();
 
     IKeywordFileManager& m_fileManager;
     Deck* m_deck = nullptr;

@@ -1,9 +1,9 @@
 #include "deck/DeckKeywords.h"
+#include "deck/FilePaths.h"
 #include "deck/ScopeWalk.h"
 #include "files/IteratorAccess.h"
 #include "files/IteratorPath.h"
 #include "files/KeywordFile.h"
-#include "deck/FilePaths.h"
 #include "text/SectionNames.h"
 #include <deckmanager/DeckPositions.h>
 #include <deckmanager/IDeck.h>
@@ -86,22 +86,26 @@ KeywordFileIterator FileScopeBehind(const KeywordFileIterator& position, bool ge
 KeywordIterator DeckKeywords::DeckPositionOf(const KeywordFileIterator& place) const
 {
     KeywordFile* file = IteratorAccess::File(place);
-    if (file == nullptr || place.AtBeforeBegin() || !Paths().Contains(file)) return PhysicalEnd();
-    if (place == file->End()) {
-        if (file == m_rootFile.get()) return PhysicalEnd();
+    const bool isNowhere = file == nullptr || place.AtBeforeBegin() || !Paths().Contains(file) ||
+                           place == m_rootFile->End();
+    if (!isNowhere) {
+        IteratorPath::Places path = Paths().PathTo(place);
+        if (place != file->End()) return IteratorPath::ToPosition(path, true);
         // Behind the file is behind its INCLUDE.
-        IteratorPath::Places path = Paths().PathTo(place, false);
         path.pop_back();
         return StepOverInclude(IteratorPath::ToPosition(path, true));
     }
-    IteratorPath::Places path = Paths().PathTo(place, true);
-    if (path.empty()) path = Paths().PathTo(place, false);
-    return IteratorPath::ToPosition(path, true);
+    KeywordIterator end = PhysicalEnd();
+    end.SetIgnoreLogicalEnds(true);
+    return end;
 }
 
 KeywordIterator DeckKeywords::StepOverInclude(const KeywordIterator& position) const
 {
-    IteratorPath::Places path = IteratorPath::Of(position);
+    // A position made from a place in an included file knows nothing of the files around it.
+    IteratorPath::Places path = IteratorAccess::TopFile(position) == m_rootFile.get()
+                                    ? IteratorPath::Of(position)
+                                    : Paths().PathTo(IteratorAccess::CurrentFileIter(position));
     while (!path.empty()) {
         KeywordFileIterator& place = path.back();
         KeywordFile* file = IteratorAccess::File(place);

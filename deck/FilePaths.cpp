@@ -11,7 +11,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 namespace {
 
-bool IsWalked(const KeywordFileIterator& place)
+bool IsAheadOfLogicalEnd(const KeywordFileIterator& place)
 {
     const KeywordFileIterator end = IteratorAccess::File(place)->WalkEnd();
     return place < end || (place == end && end == IteratorAccess::File(place)->End());
@@ -56,11 +56,11 @@ void FilePaths::Visit(KeywordFile& root, bool walkedOnly)
         }
         const KeywordFileIterator& include = (*level.includes)[level.next++];
         KeywordFile* file = KeywordFile::IncludedFileOf(*include);
-        if (file != nullptr && (!walkedOnly || IsWalked(include))) enter(*file, include);
+        if (file != nullptr && (!walkedOnly || IsAheadOfLogicalEnd(include))) enter(*file, include);
     }
 }
 
-std::vector<KeywordFile*> FilePaths::LoadedFromBelow(KeywordFile& root)
+std::vector<KeywordFile*> FilePaths::ReadFromBelow(KeywordFile& root)
 {
     static const std::vector<KeywordFileIterator> none;
     struct Level
@@ -74,7 +74,7 @@ std::vector<KeywordFile*> FilePaths::LoadedFromBelow(KeywordFile& root)
     while (!levels.empty()) {
         Level& level = levels.back();
         const std::vector<KeywordFileIterator>& includes =
-            level.file->IsLoaded() ? level.file->GetINCLUDEKeywords() : none;
+            level.file->WasLoaded() ? level.file->GetINCLUDEKeywords() : none;
         if (level.next == includes.size()) {
             files.push_back(level.file);
             levels.pop_back();
@@ -86,17 +86,22 @@ std::vector<KeywordFile*> FilePaths::LoadedFromBelow(KeywordFile& root)
     return files;
 }
 
-IteratorPath::Places FilePaths::PathTo(const KeywordFileIterator& place, bool walkedOnly) const
+bool FilePaths::IsWalked(const KeywordFileIterator& place) const
+{
+    const auto entry = m_entries.find(IteratorAccess::File(place));
+    return entry != m_entries.end() && entry->second.isWalked && IsAheadOfLogicalEnd(place);
+}
+
+IteratorPath::Places FilePaths::PathTo(const KeywordFileIterator& place) const
 {
     IteratorPath::Places places;
-    if (walkedOnly && !IsWalked(place)) return places;
     for (KeywordFileIterator step = place;;) {
         KeywordFile* file = IteratorAccess::File(step);
         const auto entry = m_entries.find(file);
-        if (entry == m_entries.end() || (walkedOnly && !entry->second.isWalked)) return {};
+        if (entry == m_entries.end()) return {};
         places.push_back(step);
         if (file == m_root) break;
-        step = walkedOnly ? entry->second.walked : entry->second.first;
+        step = entry->second.isWalked ? entry->second.walked : entry->second.first;
     }
     std::reverse(places.begin(), places.end());
     return places;

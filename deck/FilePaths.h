@@ -18,13 +18,17 @@ public:
 
     /// All files, each once, in the order in which a walk that ignores logical ends comes to them.
     const std::vector<KeywordFile*>& Files() const { return m_files; }
-    /// The root, and the files below it as far as they have been loaded, each behind those that it includes. Loads none.
-    static std::vector<KeywordFile*> LoadedFromBelow(KeywordFile& root);
+    /// The root, and the files below it as far as they have been read, each behind those that it includes. A file that
+    /// was read and has been reset is read again, since it leads to others.
+    static std::vector<KeywordFile*> ReadFromBelow(KeywordFile& root);
     bool Contains(KeywordFile* file) const { return m_entries.count(file) > 0; }
 
-    /// The way to a place in one of the files; where the file is reached more than once, the first. Empty for a file
-    /// that is not of the deck and, with `walkedOnly`, for a place that a walk which heeds logical ends passes by.
-    IteratorPath::Places PathTo(const KeywordFileIterator& place, bool walkedOnly) const;
+    /// Whether a walk that heeds logical ends comes to a place.
+    bool IsWalked(const KeywordFileIterator& place) const;
+    /// The way to a place in one of the files. Where the file is reached more than once, the first way on which no
+    /// INCLUDE keyword stands behind a logical end; without such a way, the first. Empty for a file that is not of the
+    /// deck.
+    IteratorPath::Places PathTo(const KeywordFileIterator& place) const;
 
 private:
     /// The INCLUDE keyword that leads to a file; of the root: none.

@@ -10,6 +10,21 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
+namespace {
+
+/// What a deck has of its generator: tagged keywords, sections, and the keywords that end a deck or a file.
+bool IsAnchor(const IKeyword& keyword)
+{
+    switch (keyword.GetSyntax()->GetKind()) {
+    case Keywords::KeywordKind::Section:
+    case Keywords::KeywordKind::End:
+    case Keywords::KeywordKind::EndInc: return true;
+    default: return keyword.IsGenerated();
+    }
+}
+
+} // namespace
+
 bool KeywordNameEqual::operator()(const IKeyword* keyword) const { return keyword->GetName() == m_name; }
 
 KeywordIdEqual::KeywordIdEqual(const IDeckKeywords& keywords, const std::string& name,
@@ -24,10 +39,9 @@ KeywordIdEqual::~KeywordIdEqual() = default;
 
 bool KeywordIdEqual::operator()(const IKeyword* keyword) const
 {
-    const bool isAnchor =
-        keyword->GetSyntax()->GetKind() == Keywords::KeywordKind::Section || keyword->IsGenerated();
-    if (m_generatedOnly && !isAnchor) return false;
+    // The name tells most keywords off, and costs less than a tag.
     if (keyword->GetName() != m_name) return false;
+    if (m_generatedOnly && !IsAnchor(*keyword)) return false;
     if (m_data == nullptr || !m_data->GetSyntax()->HasIdentity()) return true;
     if (!m_identity) m_identity = std::make_shared<Keywords::KeywordIdentity>(m_data);
     return m_identity->Compare(m_keywords.GetKeywordData(keyword));

@@ -19,7 +19,8 @@ class KeywordIdEqual
 {
 public:
     /// `data` is not owned and must outlive the predicate; null: names alone count. With `generatedOnly` only generated
-    /// keywords and section keywords match. `keywords` gives the data of the keywords that are compared.
+    /// keywords, section keywords, and those that end a deck or a file match. `keywords` gives the data of the keywords
+    /// that are compared.
     KeywordIdEqual(const IDeckKeywords& keywords, const std::string& name, const Keywords::IKeywordData* data,
                    bool generatedOnly);
     KeywordIdEqual(const KeywordIdEqual& other);

@@ -123,6 +123,47 @@ TEST_F(DeckKeywordsTest, PlacesInFilesAsPositions)
     EXPECT_EQ(step(deck.At("OIL")), "-");
 }
 
+TEST_F(DeckKeywordsTest, PositionsBehindTheEndOfAFile)
+{
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'c.inc' /\nINCLUDE\n'b.inc' /\nOIL\n"},
+                         {"b.inc", "GAS\nENDINC\nWATER\nDISGAS\n"},
+                         {"c.inc", "METRIC\nENDINC\nINCLUDE\n'b.inc' /\n"}});
+    // The way that the walk takes goes ahead of one from behind the end of c.inc.
+    KeywordIterator position = DeckPositionOf(*deck.At("WATER"), deck.Deck());
+    StepOverInclude(position, deck.Deck());
+    EXPECT_EQ(NameAt(position), "DISGAS");
+    StepOverInclude(position, deck.Deck());
+    EXPECT_EQ(NameAt(position), "OIL");
+
+    // A position that knows its own file only steps out of it all the same.
+    position = IteratorAccess::At(deck.File("b.inc").Begin());
+    for (int i = 0; i < 4; ++i) {
+        StepOverInclude(position, deck.Deck());
+    }
+    EXPECT_EQ(NameAt(position), "OIL");
+
+    const TestDeck other({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "GAS\nENDINC\nGRID\nPORO\n1 /\n"}});
+    EXPECT_EQ(other.Keywords().SectionOf(other.At("GAS")), SectionType::RUNSPEC);
+    EXPECT_EQ(other.Keywords().SectionOf(other.At("GRID")), SectionType::GRID);
+    EXPECT_EQ(other.Keywords().SectionOf(other.At("PORO")), SectionType::GRID);
+}
+
+TEST_F(DeckKeywordsTest, FilesInTheOrderOfTheirIncludes)
+{
+    const TestDeck deck({{"A.DATA", "INCLUDE\n'y.inc' /\nINCLUDE\n'x.inc' /\n"},
+                         {"y.inc", "INCLUDE\n'x.inc' /\nINCLUDE\n'w.inc' /\n"},
+                         {"x.inc", "OIL\nINCLUDE\n't.inc' /\n"},
+                         {"w.inc", "OIL\nINCLUDE\n't.inc' /\n"},
+                         {"t.inc", "OIL\n"}});
+    deck.Walk();
+    EXPECT_EQ(deck.Keywords().GetIncludingKeyword(&deck.File("t.inc")), *deck.File("x.inc").GetINCLUDEKeywords()[0]);
+    std::string files;
+    for (const KeywordFileIterator& place : ViewOf(deck).FindKeywords("OIL", false)) {
+        files += place->GetFile()->GetFileName().GetFileName() + " ";
+    }
+    EXPECT_EQ(files, "x.inc t.inc w.inc ");
+}
+
 TEST_F(DeckKeywordsTest, FilesOfTheTree)
 {
     const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'c.inc' /\n"}, {"b.inc", "OIL\nINCLUDE\n'c.inc' /\nOIL\n"}, {"c.inc", "OIL\nEND\nOIL\n"}});
@@ -271,6 +312,14 @@ TEST_F(DeckKeywordsTest, IdentityOfKeywords)
     EXPECT_EQ(keywords.FindKeywordById("TSTEP", nullptr, first, keywords.End(), false), keywords.End());
     EXPECT_EQ(keywords.FindLastKeywordById("WELSPECS", data, first, deck.At("WELSPECS", 3), false), first);
     EXPECT_EQ(keywords.FindLastKeywordById("SCHEDULE", nullptr, first, keywords.End(), false), keywords.End());
+
+    const TestDeck ended(TestDeck::Texts{{"A.DATA", "RUNSPEC\nOIL\nEND\n"}});
+    const auto isAnchor = [&ended](const std::string& name) {
+        return KeywordIdEqual(ended.Keywords(), name, nullptr, true)(*ended.At(name));
+    };
+    EXPECT_TRUE(isAnchor("RUNSPEC"));
+    EXPECT_TRUE(isAnchor("END"));
+    EXPECT_FALSE(isAnchor("OIL"));
 }
 
 TEST_F(DeckKeywordsTest, GridFiles)
@@ -297,6 +346,19 @@ TEST_F(DeckKeywordsTest, DeckBindsTheExpressionsOfItsFiles)
     view.SetDataFile(static_cast<class DeckKeywords*>(other->GetDeckKeywords())->RootFile());
     EXPECT_EQ(oldRoot.RootContext().Keywords(), nullptr);
     EXPECT_EQ(deck.Walk(), "RUNSPEC GAS");
+}
+
+TEST_F(DeckKeywordsTest, ADeckOnAnIncludedFileLeavesTheExpressionsToTheDeckAround)
+{
+    TestDeck deck({{"A.DATA", "RUNSPEC\nTABDIMS\n2 /\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "OIL\n"}});
+    deck.Walk();
+    IDeck* inner = deck.Manager().ImportDeck("B", deck.Dir().Path("b.inc"), false, false, false);
+    EXPECT_EQ(inner->GetDeckKeywords()->GetFiles().size(), 1u);
+    static_cast<class DeckKeywords*>(inner->GetDeckKeywords())->RebuildContext();
+    EXPECT_EQ(deck.TopFile().RootContext().Keywords(), nullptr);
+    EXPECT_EQ(deck.Keywords().GetFiles().size(), 2u);
+    deck.Manager().RemoveDeck(inner);
+    EXPECT_NE(deck.Keywords().GetKeywordData(*deck.At("TABDIMS")), nullptr);
 }
 
 } // namespace

@@ -1,4 +1,6 @@
 #include "deck/Deck.h"
+#include "keywords/ITagMgr.h"
+#include "keywords/Keyword.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
 #include <deckmanager/DeckInconsistencyInfo.h>
@@ -97,6 +99,20 @@ TEST_F(DeckManagerTest, PlacesOfDecks)
               "DeckManager project dir must be a complete path and can not be a file.");
 }
 
+TEST_F(DeckManagerTest, NamesThatLeadToNoFolderOfTheirOwnClearNothing)
+{
+    m_directory.Write("project/Old/Old.DATA", "RUNSPEC\n");
+    m_directory.Write("beside.inc", "OIL\n");
+    const auto manager = DeckManagerFactory::Create(m_directory.Path("project"));
+    for (const char* name : {"", "  ", "..", ".", "Old/../.."}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(MessageOf([&] { manager->CreateDeck(name, false); }), "DeckKeywords::SetDataFile: null newFile");
+        EXPECT_TRUE(m_directory.Exists("project/Old/Old.DATA"));
+        EXPECT_TRUE(m_directory.Exists("beside.inc"));
+    }
+    EXPECT_TRUE(manager->GetDecks().empty());
+}
+
 TEST_F(DeckManagerTest, ImportedDecks)
 {
     m_directory.Write("d/A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'gone.inc' /\n");
@@ -155,6 +171,74 @@ TEST_F(DeckManagerTest, DecksShareFilesAndSurviveEachOther)
     manager->Clear();
     EXPECT_TRUE(manager->GetDecks().empty());
     EXPECT_TRUE(manager->GetKeywordFiles().empty());
+}
+
+TEST_F(DeckManagerTest, ImportingTheSameFileAnewTellsTheDecksThatShareIt)
+{
+    m_directory.Write("A.DATA", "RUNSPEC\nOIL\nEND\nGAS\n");
+    const auto manager = DeckManagerFactory::Create();
+    const std::string path = m_directory.Path("A.DATA");
+    IDeck* a = manager->ImportDeck("1", path, false, false, false);
+    IDeck* b = manager->ImportDeck("2", path, false, false, false);
+    EXPECT_EQ((*b->GetDeckKeywords()->LogicalEnd())->GetName(), "END");
+    m_directory.Write("A.DATA", "RUNSPEC\nWATER\n");
+    EXPECT_TRUE(manager->GetEditor(a)->ImportDeck(path, false, false));
+    EXPECT_EQ(*b->GetDeckKeywords()->LogicalEnd(), nullptr);
+}
+
+TEST_F(DeckManagerTest, AFileBelowOneThatWasResetIsRefreshedToo)
+{
+    m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n");
+    m_directory.Write("b.inc", "INCLUDE\n'c.inc' /\n");
+    m_directory.Write("c.inc", "OIL\n");
+    const auto manager = DeckManagerFactory::Create();
+    IDeck* deck = manager->ImportDeck("A", m_directory.Path("A.DATA"), false, false, false);
+    EXPECT_EQ(deck->GetDeckKeywords()->GetFiles().size(), 3u);
+    for (IKeywordFile* file : manager->GetKeywordFiles()) {
+        if (file->GetFileName().GetFileName() == "b.inc") file->Reload();
+    }
+    m_directory.Write("c.inc", "GAS\n");
+    manager->RefreshDeck("A");
+    KeywordIterator position = deck->GetDeckKeywords()->Begin();
+    for (int i = 0; i < 3; ++i) {
+        ++position;
+    }
+    EXPECT_EQ(position->GetName(), "GAS");
+}
+
+TEST_F(DeckManagerTest, NoDeckDropsWhatIsEditedThroughAnother)
+{
+    m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'shared.inc' /\n");
+    m_directory.Write("B.DATA", "RUNSPEC\nINCLUDE\n'shared.inc' /\n");
+    m_directory.Write("shared.inc", "OIL\n");
+    const auto manager = DeckManagerFactory::Create();
+    IDeck* a = manager->ImportDeck("1", m_directory.Path("A.DATA"), false, false, false);
+    IDeck* b = manager->ImportDeck("2", m_directory.Path("B.DATA"), false, false, false);
+    IDeckKeywordsEditor* editor = manager->GetEditor(a);
+    KeywordFile* shared = nullptr;
+    for (IKeywordFile* file : a->GetDeckKeywords()->GetFiles()) {
+        if (file->GetFileName().GetFileName() == "shared.inc") shared = file->AsKeywordFile();
+    }
+    b->GetDeckKeywords()->GetFiles();
+    const auto edit = [shared] {
+        const auto& oil = static_cast<const Keyword&>(**shared->Begin());
+        oil.GetTagMgr().SetTag(true);
+    };
+
+    edit();
+    EXPECT_EQ(MessageOf([&] { manager->RefreshDeck("2"); }),
+              "Attempt to refresh a shared deck file that has uncommitted changes made through editing another deck.");
+    manager->ImportDeck("3", m_directory.Path("B.DATA"), false, false, false);
+    EXPECT_TRUE(manager->RemoveDeck(b));
+    EXPECT_TRUE(shared->IsModified());
+    manager->RefreshDeck("1"); // its own changes go without question
+    EXPECT_FALSE(shared->IsModified());
+    edit();
+    EXPECT_EQ(manager->GetEditor(manager->FindDeck("3")), editor);
+    EXPECT_FALSE(shared->IsModified());
+    edit();
+    editor->Close();
+    EXPECT_FALSE(shared->IsModified());
 }
 
 TEST_F(DeckManagerTest, FilesThatMoveUnderTheManager)
