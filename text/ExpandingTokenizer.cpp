@@ -22,6 +22,7 @@ bool ExpandingTokenizer::Next(std::string& token, bool* quoted, bool allowCommas
 
 bool ExpandingTokenizer::NextView(std::string_view& token, bool* quoted, bool allowCommas)
 {
+    bool behindRepeat = false;
     for (;;) {
         if (m_repeatCount != 0) {
             token = m_value;
@@ -31,10 +32,11 @@ bool ExpandingTokenizer::NextView(std::string_view& token, bool* quoted, bool al
         }
         bool isQuoted = false;
         const bool found = m_inner.NextView(token, &isQuoted, allowCommas);
-        if (quoted) *quoted = isQuoted;
+        if (quoted) *quoted = isQuoted && !behindRepeat;
         if (!found) return false;
         if (isQuoted || !ParseRepeat(token)) return true;
-        // A count of 0 gives nothing: the line goes on behind it.
+        // A count of 0 gives nothing: what stands behind it comes in its place, as a repeated value would.
+        behindRepeat = true;
         allowCommas = false;
     }
 }

@@ -320,6 +320,8 @@ TEST(ExpandingTokenizer, ExpandsRepeats)
         {"0*5", ""},
         {"0*5 6", "6"},
         {"0* 0*1 6", "6"},
+        // In place of the repeat, so in no quotes.
+        {"0*5 '3*4' 'B'", "3*4|<B>"},
         {"3", "3"},
         {"*3", "*3"},
         {"A3*4", "A3*4"},
