@@ -38,12 +38,18 @@ void KeywordFileReader::ReadLineStarts()
     const std::unique_ptr<ILineReader> reader = OpenLineReader(false);
     LineStreamReader* lines = reader ? reader->Lines() : nullptr;
     if (!lines) return;
+    // Behind a byte order mark the first line begins where its text does: there its keyword stands.
+    constexpr auto markSize = static_cast<long long>(LineStreamReader::ByteOrderMark.size());
+    std::string head;
+    lines->ReadRange(0, markSize - 1, head);
+    const long long textBegin = head == LineStreamReader::ByteOrderMark ? markSize : 0;
     std::string_view line;
     long long position = 0;
     while (lines->NextLineView(line, &position)) {
         // A suppressed line counts by what stands behind its marker, as the scan takes it.
         const std::string_view text = Service::TrimmedLeft(VeldaneDeckInfo::SkipSuppressMarker(line));
-        if (!text.empty() && Service::IsAlpha(text.front())) m_lineStarts->push_back({position, lines->LineNumber()});
+        if (text.empty() || !Service::IsAlpha(text.front())) continue;
+        m_lineStarts->push_back({std::max(position, textBegin), lines->LineNumber()});
     }
 }
 

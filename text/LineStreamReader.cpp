@@ -25,8 +25,6 @@ constexpr long long ShortMove = 1024;
 /// Texts longer than this grow as they are read, whatever length was asked for.
 constexpr long long LargestReserve = 1 << 20;
 
-constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
-
 /// `a + b`, held within the range of positions.
 long long AddSaturated(long long a, long long b)
 {

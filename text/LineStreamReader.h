@@ -20,6 +20,8 @@ class LineStreamReader final : public ILineReader
 public:
     /// What a line holds at most; the rest of a longer one is dropped.
     static constexpr std::size_t MaxLineLength = 1024;
+    /// What the first line of a text may begin with; dropped there, and counted by the positions.
+    static constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 
     LineStreamReader() = default;
     /// A stream that was attached without ownership is left where the reader stands.

@@ -281,4 +281,9 @@ TEST(KeywordFileReader, CountsLinesByTheirFirstLetter)
     file.SetPath(other);
     EXPECT_EQ(file.LineNumberAt(0), 1);
     EXPECT_EQ(KeywordFileReader(dir.Path("none")).LineNumberAt(0), -1);
+    // The keyword behind a byte order mark stands at 3.
+    KeywordFileReader marked(dir.Write("c", "\xEF\xBB\xBFOIL\nGAS\n"));
+    EXPECT_EQ(marked.LineNumberAt(0), 1);
+    EXPECT_EQ(marked.LineNumberAt(3), 1);
+    EXPECT_EQ(marked.LineNumberAt(4), 2);
 }
