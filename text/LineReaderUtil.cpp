@@ -75,8 +75,10 @@ void WarnOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
         Service::Log::SendLogMessage(text + ".", Service::Log::Warning);
         return;
     }
+    // Put together here: a format of C strings would lose what stands behind a byte 0 in the word.
     const int line = word.line > 0 ? word.line : file->LineNumberAt(word.pos);
-    Service::Log::LogWF("%s near line %d in %s.", text.c_str(), line - 1, file->GetPath().c_str());
+    text.append(" near line ").append(std::to_string(line - 1)).append(" in ").append(file->GetPath()).append(".");
+    Service::Log::SendLogMessage(text, Service::Log::Warning);
 }
 
 /// Looks at the first line ahead that isn't blank. A generated tag there belongs to the keyword, whose line has been

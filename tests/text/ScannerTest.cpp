@@ -170,6 +170,13 @@ TEST_F(Scanner, UnknownWordsAreToldOfWhereTheyLookLikeKeywords)
                                                       "Keyword GHI is not recognized near line 5" + end}));
     EXPECT_EQ(log.Messages()[0].file, path);
     EXPECT_EQ(log.Messages()[0].line, 3);
+
+    // A byte 0 is a byte like any other.
+    KeywordFileReader zero(dir.Write("zero", std::string("A\0B\n", 4)));
+    log.Clear();
+    LineReaderUtil::FindNextKeywordSyntax(*zero.OpenLineReader(true), query, false, &zero, found);
+    ASSERT_EQ(log.Count(), 1);
+    EXPECT_EQ(log.Messages()[0].text.substr(0, 29), std::string("Keyword A\0B is not recognized", 29));
 }
 
 TEST_F(Scanner, WhatIsLearntInPassing)
