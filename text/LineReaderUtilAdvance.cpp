@@ -32,11 +32,6 @@ using Keywords::Termination;
 
 namespace {
 
-KnownSyntax pathsSyntax("PATHS");
-KnownSyntax endscaleSyntax("ENDSCALE");
-KnownSyntax eosSyntax("EOS");
-KnownSyntax actionxSyntax("ACTIONX");
-
 /// Words that could be taken for keywords: options and strings.
 bool IsTextual(MDType type)
 {
@@ -108,12 +103,36 @@ void ConsumeRawText(const IKeywordRawTextMD& rawText, ILineReader& reader)
 
 } // namespace
 
+const IKeywordSyntax* LineReaderUtil::GetACTIONXSyntax()
+{
+    static KnownSyntax actionx("ACTIONX");
+    return actionx.Get();
+}
+
+const IKeywordSyntax* LineReaderUtil::GetENDSCALESyntax()
+{
+    static KnownSyntax endscale("ENDSCALE");
+    return endscale.Get();
+}
+
+const IKeywordSyntax* LineReaderUtil::GetEOSSyntax()
+{
+    static KnownSyntax eos("EOS");
+    return eos.Get();
+}
+
+const IKeywordSyntax* LineReaderUtil::GetPATHSSyntax()
+{
+    static KnownSyntax paths("PATHS");
+    return paths.Get();
+}
+
 void LineReaderUtil::ConsumeDataLines(const IKeywordSyntax* syntax, ILineReader& reader)
 {
     const IKeywordMD* md = syntax ? syntax->GetMetaData() : nullptr;
     if (!md) return;
 
-    if (pathsSyntax.Is(syntax) && !Environment::Instance().PATHSSupport()) {
+    if (syntax == GetPATHSSyntax() && !Environment::Instance().PATHSSupport()) {
         const std::string text = syntax->GetName() + " is not supported";
         Service::Log::SendLogMessage(text, Service::Log::Error);
         throw DeckManagerException(text);
@@ -124,9 +143,9 @@ void LineReaderUtil::ConsumeDataLines(const IKeywordSyntax* syntax, ILineReader&
         source.NextData(line, nullptr, true);
         return;
     }
-    if (endscaleSyntax.Is(syntax)) return;
-    if (eosSyntax.Is(syntax)) AdvanceToNextTerminatedLine(reader);
-    if (actionxSyntax.Is(syntax)) {
+    if (syntax == GetENDSCALESyntax()) return;
+    if (syntax == GetEOSSyntax()) AdvanceToNextTerminatedLine(reader);
+    if (syntax == GetACTIONXSyntax()) {
         ConsumeDataLinesACTIONX(reader);
         return;
     }
@@ -183,7 +202,8 @@ void LineReaderUtil::AdvanceToNextLineStartedWithTermination(ILineReader& reader
     }
     // A comment doesn't begin with a terminator, unless a suppress marker stands ahead of that.
     while (lines->NextLineView(line, nullptr)) {
-        if (VeldaneDeckInfo::BeginsWithSuppressMarker(line)) {
+        if (line.empty()) continue;
+        if (line.front() == VeldaneDeckInfo::DASH) {
             if (!IsLiveSuppressedLine(line)) continue;
             line = VeldaneDeckInfo::SkipSuppressMarker(line);
         }

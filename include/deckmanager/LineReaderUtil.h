@@ -104,6 +104,11 @@ public:
 
 private:
     static void TellOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file);
+    /// The keywords whose data lines have rules of their own; null where the table in force lacks them.
+    static const Keywords::IKeywordSyntax* GetACTIONXSyntax();
+    static const Keywords::IKeywordSyntax* GetENDSCALESyntax();
+    static const Keywords::IKeywordSyntax* GetEOSSyntax();
+    static const Keywords::IKeywordSyntax* GetPATHSSyntax();
     static void ConsumeDataLinesACTIONX(ILineReader& reader);
     static bool IsAKeyword(std::string_view line);
     static bool IsACommentedOutKeyword(std::string_view line);
