@@ -92,17 +92,22 @@ public:
     }
     static const std::string m_defaultIndentedKeywordsWarningPrefix;
 
+    /// From how many equal tokens on a writer joins them to a repeat.
     void SetKeywordItemRepeatOptions(const KeywordItemRepeatOptions& options) { m_repeatOptions = options; }
     const KeywordItemRepeatOptions& GetKeywordItemRepeatOptions() const { return m_repeatOptions; }
 
+    /// Whether the empty elements of a list get the data of others, where the list's syntax provides for that.
     void AutoFillEmptyListElements(bool value) { m_autoFillEmptyListElements = value; }
     bool AutoFillEmptyListElements() const { return m_autoFillEmptyListElements; }
 
+    /// Whether strings become capitals when a keyword's data are read, but for those that preserve their case.
     void SetUppercaseKeywordStringsOnRead(bool value) { m_uppercaseOnRead = value; }
     bool GetUppercaseKeywordStringsOnRead() const { return m_uppercaseOnRead; }
+    /// The same when a host sets data on a keyword.
     void SetUppercaseKeywordStringsOnWrite(bool value) { m_uppercaseOnWrite = value; }
     bool GetUppercaseKeywordStringsOnWrite() const { return m_uppercaseOnWrite; }
 
+    /// Whether a string that is read is cut to the length that its item allows.
     void SetLimitStringLengthOnRead(bool value) { m_limitStringLengthOnRead = value; }
     bool LimitStringLengthOnRead() const { return m_limitStringLengthOnRead; }
 
@@ -171,6 +176,7 @@ public:
     void SetDeckWriteMaxLineLength(std::int32_t length) { m_deckWriteMaxLineLength = length; }
     std::int32_t DeckWriteMaxLineLength() const { return m_deckWriteMaxLineLength; }
 
+    /// Whether keywords are judged without the rest of their deck: sizes that other keywords tell are then not known.
     void SetIncompleteDeckKeywordValidation(bool value) { m_incompleteDeckKeywordValidation = value; }
     bool IncompleteDeckKeywordValidation() const { return m_incompleteDeckKeywordValidation; }
 

@@ -31,8 +31,9 @@ public:
                                            bool* indented, bool* terminated);
 
     /// Finds the next keyword that the syntax table knows in the section in force. Words that it doesn't know are
-    /// passed over, with a warning where the line looks like a keyword line. With `file` the warning tells file and
-    /// line. False at the end of the text, with an empty `keyword` and a null `syntax`.
+    /// passed over, with a warning where the line looks like a keyword line. `pos` and `indented` may be null. With
+    /// `file`, null for a text that isn't one, the warning tells file and line. False at the end of the text, with an
+    /// empty `keyword` and a null `syntax`.
     static bool FindNextKeywordSyntax(ILineReader& reader, const ISectionContextQuery& query, std::string& keyword,
                                       long long* pos, bool allowIndented, bool* indented,
                                       const Keywords::IKeywordSyntax*& syntax, KeywordFileReader* file);
