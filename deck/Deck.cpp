@@ -22,8 +22,8 @@ using Core::Keywords::KeywordSyntaxUtils;
 using Core::Keywords::SectionType;
 using Core::Keywords::SimulatorType;
 
-std::unique_ptr<Deck> DeckFactory::Create(IKeywordFileManager& fileManager, const std::string& name,
-                                          bool openExisting, bool allowVariables)
+std::unique_ptr<Deck> DeckFactory::Create(IKeywordFileManager& fileManager, const std::string& name, bool openExisting,
+                                          bool allowVariables)
 {
     return std::make_unique<Deck>(fileManager, name, openExisting, allowVariables);
 }
@@ -49,7 +49,10 @@ Deck::Deck(IKeywordFileManager& fileManager, const std::string& name, bool openE
 
 Deck::~Deck() = default;
 
-IDeckKeywords* Deck::GetDeckKeywords() const { return m_keywords.get(); }
+IDeckKeywords* Deck::GetDeckKeywords() const
+{
+    return m_keywords.get();
+}
 
 Service::Directory Deck::GetDirectory() const
 {

@@ -28,9 +28,15 @@ using Keywords::SectionType;
 namespace {
 
 /// The keyword behind a loan of the public interface. Its caches fill while it is read, const or not.
-Keyword* AsKeyword(const IKeyword* keyword) { return static_cast<Keyword*>(const_cast<IKeyword*>(keyword)); }
+Keyword* AsKeyword(const IKeyword* keyword)
+{
+    return static_cast<Keyword*>(const_cast<IKeyword*>(keyword));
+}
 
-int KindOf(const IKeyword& keyword) { return keyword.GetSyntax()->GetKind(); }
+int KindOf(const IKeyword& keyword)
+{
+    return keyword.GetSyntax()->GetKind();
+}
 
 template <class Predicate>
 KeywordIterator FindFirst(KeywordIterator position, const KeywordIterator& last, const Predicate& matches)
@@ -61,14 +67,6 @@ void VisitFiles(KeywordFile& root, const Visit& visit, const Follows& follows)
             if (included != nullptr && seen.count(included) == 0) waiting.push_back(included);
         }
     }
-}
-
-/// The decks that editors work on: at most one of each manager. Never destroyed, since a manager may be held by a static
-/// object.
-std::vector<const DeckKeywords*>& EditedDecks()
-{
-    static auto& decks = *new std::vector<const DeckKeywords*>;
-    return decks;
 }
 
 } // namespace
@@ -105,9 +103,12 @@ void DeckKeywords::SetDataFile(const std::shared_ptr<KeywordFile>& newFile)
     DropAll();
 }
 
-// --- ends and sections ------------------------------------------------------------------------------------------------
+// --- ends and sections ---------------------------------------------------------------------------------------------
 
-KeywordIterator DeckKeywords::Begin() const { return IteratorAccess::Walk(m_rootFile.get(), true, false); }
+KeywordIterator DeckKeywords::Begin() const
+{
+    return IteratorAccess::Walk(m_rootFile.get(), true, false);
+}
 
 const KeywordIterator& DeckKeywords::LogicalEnd() const
 {
@@ -202,7 +203,8 @@ SectionType DeckKeywords::SectionBehindLogicalEnd(KeywordIterator position) cons
     for (;; --position) {
         const IKeyword* keyword = *position;
         SectionType section = SectionType::None;
-        if (keyword != nullptr && KindOf(*keyword) == KeywordKind::Section && FindSection(keyword->GetName(), section)) {
+        if (keyword != nullptr && KindOf(*keyword) == KeywordKind::Section && FindSection(keyword->GetName(), section))
+        {
             return section;
         }
         if (position == begin || IteratorAccess::Position(position).AtBeforeBegin()) return SectionType::None;
@@ -223,7 +225,7 @@ bool DeckKeywords::CheckSections(std::string& message) const
     return false;
 }
 
-// --- finding ----------------------------------------------------------------------------------------------------------
+// --- finding -------------------------------------------------------------------------------------------------------
 
 const FilePaths& DeckKeywords::Paths() const
 {
@@ -292,8 +294,7 @@ std::vector<KeywordFileIterator> DeckKeywords::FindKeywords(const std::string& n
         }
         return true;
     };
-    VisitFiles(*m_rootFile, collect,
-               [&](const IKeyword* include) { return !generatedOnly || include->IsGenerated(); });
+    VisitFiles(*m_rootFile, collect, [&](const IKeyword* include) { return !generatedOnly || include->IsGenerated(); });
     return found;
 }
 
@@ -311,9 +312,12 @@ KeywordIterator DeckKeywords::FindGridKeyword() const
     return position;
 }
 
-Service::FileName DeckKeywords::GetGridFile() const { return GridFileGuess::Find(*this); }
+Service::FileName DeckKeywords::GetGridFile() const
+{
+    return GridFileGuess::Find(*this);
+}
 
-// --- data and text ----------------------------------------------------------------------------------------------------
+// --- data and text -------------------------------------------------------------------------------------------------
 
 Keywords::IKeywordData* DeckKeywords::GetKeywordData(const IKeyword* keyword) const
 {
@@ -360,8 +364,8 @@ void DeckKeywords::RebuildContext()
     m_rootFile->GetINCLUDEKeywords();
 }
 
-/// Expressions in the files of the deck are answered by the deck. Where its root file is included by the file of another
-/// deck, they stay that deck's.
+/// Expressions in the files of the deck are answered by the deck. Where its root file is included by the file of
+/// another deck, they stay that deck's.
 void DeckKeywords::BindContext() const
 {
     if (m_rootFile->IsDataFile()) m_rootFile->OwnContext().Bind(this);
@@ -372,14 +376,17 @@ void DeckKeywords::UnbindContext() const
     if (m_rootFile->OwnContext().Keywords() == this) m_rootFile->OwnContext().Bind(nullptr);
 }
 
-// --- files ------------------------------------------------------------------------------------------------------------
+// --- files ---------------------------------------------------------------------------------------------------------
 
 IKeywordFile* DeckKeywords::GetFileOf(const KeywordFileIterator& position) const
 {
     return IteratorAccess::File(position);
 }
 
-IKeywordFile* DeckKeywords::GetDataFile() const { return m_rootFile.get(); }
+IKeywordFile* DeckKeywords::GetDataFile() const
+{
+    return m_rootFile.get();
+}
 
 std::set<IKeywordFile*> DeckKeywords::GetFiles() const
 {
@@ -413,86 +420,6 @@ IKeyword* DeckKeywords::GetIncludingKeyword(IKeywordFile* file) const
     };
     VisitFiles(*m_rootFile, look, [](const IKeyword*) { return true; });
     return const_cast<IKeyword*>(found);
-}
-
-// --- changes ----------------------------------------------------------------------------------------------------------
-
-void DeckKeywords::SetEdited(bool edited)
-{
-    std::vector<const DeckKeywords*>& decks = EditedDecks();
-    decks.erase(std::remove(decks.begin(), decks.end(), this), decks.end());
-    if (edited) decks.push_back(this);
-}
-
-/// Only the editor changes files: what is uncommitted belongs to the deck that it works on.
-bool DeckKeywords::IsEditedByAnother(const KeywordFile& file) const
-{
-    const std::vector<const DeckKeywords*>& decks = EditedDecks();
-    const auto isAnother = [&](const DeckKeywords* deck) {
-        return deck != this && &deck->m_rootFile->Manager() == &file.Manager();
-    };
-    return std::any_of(decks.begin(), decks.end(), isAnother) && file.IsModified();
-}
-
-void DeckKeywords::Rollback()
-{
-    // A file that was never read has no changes, and is not read for this.
-    for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile)) {
-        if (!IsEditedByAnother(*file)) file->CancelChanges();
-    }
-    DropAll();
-}
-
-void DeckKeywords::Refresh(bool allFiles)
-{
-    Rollback();
-    // A file goes after the files that it includes, so that no INCLUDE keyword goes through which one is still reached.
-    // Each tells the decks that share it. A file that was never read has nothing to drop, and is not read for this.
-    std::vector<std::shared_ptr<KeywordFile>> files;
-    if (allFiles) {
-        for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile)) {
-            files.push_back(file->shared_from_this());
-        }
-    } else {
-        files.push_back(m_rootFile);
-    }
-    for (const std::shared_ptr<KeywordFile>& file : files) {
-        if (!IsEditedByAnother(*file)) file->Reload();
-    }
-    DropAll();
-}
-
-void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
-{
-    switch (args.GetKind()) {
-    case KeywordFileEventArgs::Insert:
-    case KeywordFileEventArgs::Remove:
-    case KeywordFileEventArgs::Move: {
-        const int kind = args.GetKeyword() != nullptr ? KindOf(*args.GetKeyword())
-                                                      : KeywordKind::Ordinary;
-        if (kind == KeywordKind::End || kind == KeywordKind::EndInc || kind == KeywordKind::Include) {
-            DropAll();
-        } else if (kind == KeywordKind::Section) {
-            m_sections.reset();
-        }
-        break;
-    }
-    case KeywordFileEventArgs::Cancel:
-    case KeywordFileEventArgs::Overwrite:
-        DropAll();
-        break;
-    case KeywordFileEventArgs::KeywordUpdated:
-        if (args.GetKeyword() != nullptr && KindOf(*args.GetKeyword()) == KeywordKind::Include) DropAll();
-        break;
-    }
-}
-
-void DeckKeywords::DropAll()
-{
-    m_logicalEnd.reset();
-    m_physicalEnd.reset();
-    m_sections.reset();
-    m_paths.reset();
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -14,7 +14,8 @@ class FilePaths;
 class KeywordFile;
 class KeywordFileEventArgs;
 
-/// The deck's keywords, over a shared root file. What a question has found out is kept until a file of the deck changes.
+/// The deck's keywords, over a shared root file. What a question has found out is kept until a file of the deck
+/// changes.
 class DeckKeywords : public IDeckKeywords
 {
 public:
@@ -76,9 +77,9 @@ public:
     /// Drops what was read, of the root file alone or of every file: the next use reads the disk.
     void Refresh(bool allFiles);
 
-    /// All keywords with the syntax of that name, behind logical ends too: those of a file, then those of the files that
-    /// it includes. Each file is looked at once. With `generatedOnly` only generated keywords count, and only generated
-    /// INCLUDE keywords are followed.
+    /// All keywords with the syntax of that name, behind logical ends too: those of a file, then those of the files
+    /// that it includes. Each file is looked at once. With `generatedOnly` only generated keywords count, and only
+    /// generated INCLUDE keywords are followed.
     std::vector<KeywordFileIterator> FindKeywords(const std::string& name, bool generatedOnly) const;
 
     /// The position of the walk for a place in a file; logical ends are ignored.

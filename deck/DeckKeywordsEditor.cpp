@@ -19,7 +19,10 @@ DeckKeywordsEditor::~DeckKeywordsEditor()
     Release();
 }
 
-IDeck* DeckKeywordsEditor::GetDeck() const { return m_deck; }
+IDeck* DeckKeywordsEditor::GetDeck() const
+{
+    return m_deck;
+}
 
 void DeckKeywordsEditor::Close()
 {

@@ -30,7 +30,7 @@ DeckManager::~DeckManager()
     }
 }
 
-// --- decks ------------------------------------------------------------------------------------------------------------
+// --- decks ---------------------------------------------------------------------------------------------------------
 
 bool DeckManager::IsDeckNameAvailable(const std::string& name) const
 {
@@ -38,9 +38,8 @@ bool DeckManager::IsDeckNameAvailable(const std::string& name) const
     if (!m_fileManager.HasProjectDir()) return true;
     Service::Directory directory = m_fileManager.ProjectDir();
     directory.Append(name);
-    return std::none_of(m_decks.begin(), m_decks.end(), [&directory](const std::unique_ptr<Deck>& deck) {
-        return deck->GetDirectory() == directory;
-    });
+    return std::none_of(m_decks.begin(), m_decks.end(),
+                        [&directory](const std::unique_ptr<Deck>& deck) { return deck->GetDirectory() == directory; });
 }
 
 Deck* DeckManager::AddDeck(const std::string& name, bool openExisting, bool allowVariables)
@@ -167,7 +166,7 @@ bool DeckManager::RenameDeck(IDeck* deck, const std::string& name)
     return true;
 }
 
-// --- the editor and the files -----------------------------------------------------------------------------------------
+// --- the editor and the files --------------------------------------------------------------------------------------
 
 DeckKeywordsEditor& DeckManager::Editor()
 {
@@ -175,7 +174,10 @@ DeckKeywordsEditor& DeckManager::Editor()
     return *m_editor;
 }
 
-IDeckKeywordsEditor* DeckManager::GetEditor() { return &Editor(); }
+IDeckKeywordsEditor* DeckManager::GetEditor()
+{
+    return &Editor();
+}
 
 IDeckKeywordsEditor* DeckManager::GetEditor(IDeck* deck)
 {
@@ -197,7 +199,10 @@ void DeckManager::NotifyDirectoryDeleted(const std::string& directory)
     m_fileManager.SaveCacheTable();
 }
 
-void DeckManager::FlushCache() { m_fileManager.FlushCache(); }
+void DeckManager::FlushCache()
+{
+    m_fileManager.FlushCache();
+}
 
 void DeckManager::SetTempProjectDir(const std::string& directory)
 {
@@ -213,26 +218,29 @@ std::list<IKeywordFile*> DeckManager::GetKeywordFiles() const
     return files;
 }
 
-// --- entry ------------------------------------------------------------------------------------------------------------
+// --- entry ---------------------------------------------------------------------------------------------------------
 
 std::unique_ptr<IDeckManager> DeckManagerFactory::Create(const std::string& projectDir)
 {
     return CreateSafely(projectDir);
 }
 
-std::unique_ptr<IDeckManager> DeckManagerFactory::Create() { return CreateSafely(); }
+std::unique_ptr<IDeckManager> DeckManagerFactory::Create()
+{
+    return CreateSafely();
+}
 
 std::unique_ptr<IDeckManager> DeckManagerFactory::CreateSafely(const std::string& projectDir)
 {
     return std::make_unique<DeckManager>(projectDir);
 }
 
-std::unique_ptr<IDeckManager> DeckManagerFactory::CreateSafely() { return CreateSafely(std::string()); }
-
-DeckReader::DeckReader()
-    : m_manager(std::make_unique<std::unique_ptr<IDeckManager>>(DeckManagerFactory::Create()))
+std::unique_ptr<IDeckManager> DeckManagerFactory::CreateSafely()
 {
+    return CreateSafely(std::string());
 }
+
+DeckReader::DeckReader() : m_manager(std::make_unique<std::unique_ptr<IDeckManager>>(DeckManagerFactory::Create())) {}
 
 DeckReader::~DeckReader() = default;
 
@@ -245,7 +253,8 @@ IDeck* DeckReader::Read(const std::string& fileName)
     std::string name = manager.GenerateDeckName();
     for (int i = 1; manager.FindDeck(name) != nullptr ||
                     Service::FileName(Service::Directory::Current(), name + ".DATA").FileExists();
-         ++i) {
+         ++i)
+    {
         name = "Deck_" + std::to_string(i);
     }
     IDeck* deck = manager.CreateDeck(name, false);

@@ -18,10 +18,13 @@ using Keywords::SectionType;
 
 namespace {
 
-const DeckKeywords& KeywordsOf(const IDeck& deck) { return static_cast<const DeckKeywords&>(*deck.GetDeckKeywords()); }
+const DeckKeywords& KeywordsOf(const IDeck& deck)
+{
+    return static_cast<const DeckKeywords&>(*deck.GetDeckKeywords());
+}
 
-/// The position behind the scope of `head`, which `end` closes: a closing keyword belongs to its scope, a further head does
-/// not, and what ends a scope that has no closing keyword of its own (a TSTEP behind a DATES) does not either.
+/// The position behind the scope of `head`, which `end` closes: a closing keyword belongs to its scope, a further head
+/// does not, and what ends a scope that has no closing keyword of its own (a TSTEP behind a DATES) does not either.
 template <class Iterator>
 Iterator Behind(const IKeyword* head, Iterator end, const Iterator& limit)
 {
@@ -33,7 +36,7 @@ Iterator Behind(const IKeyword* head, Iterator end, const Iterator& limit)
 
 } // namespace
 
-// --- scopes -----------------------------------------------------------------------------------------------------------
+// --- scopes --------------------------------------------------------------------------------------------------------
 
 KeywordIterator DeckKeywords::GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const
 {
@@ -81,13 +84,13 @@ KeywordFileIterator FileScopeBehind(const KeywordFileIterator& position, bool ge
     return end == limit ? end : Behind(*position, end, limit);
 }
 
-// --- places and positions ---------------------------------------------------------------------------------------------
+// --- places and positions ------------------------------------------------------------------------------------------
 
 KeywordIterator DeckKeywords::DeckPositionOf(const KeywordFileIterator& place) const
 {
     KeywordFile* file = IteratorAccess::File(place);
-    const bool isNowhere = file == nullptr || place.AtBeforeBegin() || !Paths().Contains(file) ||
-                           place == m_rootFile->End();
+    const bool isNowhere =
+        file == nullptr || place.AtBeforeBegin() || !Paths().Contains(file) || place == m_rootFile->End();
     if (!isNowhere) {
         IteratorPath::Places path = Paths().PathTo(place);
         if (place != file->End()) return IteratorPath::ToPosition(path, true);

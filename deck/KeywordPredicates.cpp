@@ -18,14 +18,19 @@ bool IsAnchor(const IKeyword& keyword)
     switch (keyword.GetSyntax()->GetKind()) {
     case Keywords::KeywordKind::Section:
     case Keywords::KeywordKind::End:
-    case Keywords::KeywordKind::EndInc: return true;
-    default: return keyword.IsGenerated();
+    case Keywords::KeywordKind::EndInc:
+        return true;
+    default:
+        return keyword.IsGenerated();
     }
 }
 
 } // namespace
 
-bool KeywordNameEqual::operator()(const IKeyword* keyword) const { return keyword->GetName() == m_name; }
+bool KeywordNameEqual::operator()(const IKeyword* keyword) const
+{
+    return keyword->GetName() == m_name;
+}
 
 KeywordIdEqual::KeywordIdEqual(const IDeckKeywords& keywords, const std::string& name,
                                const Keywords::IKeywordData* data, bool generatedOnly)

@@ -38,11 +38,12 @@ public:
                 heads.pop_back();
                 if (heads.empty()) return current;
                 // What closed the inner scope may concern the outer one too: a further head, the ENDFIN that ends a box
-                // together with the refinement around it, the ENDSKIP that ends a date together with the SKIP around it.
-                lookAgain = keyword->GetSyntax()->IsScopeStart() ||
-                            (closed->GetName() == "BOX" && keyword->GetName() == "ENDFIN") ||
-                            (closed->GetName() == "DATES" &&
-                             keyword->GetSyntax()->GetKind() == Keywords::KeywordKind::EndSkip);
+                // together with the refinement around it, the ENDSKIP that ends a date together with the SKIP around
+                // it.
+                lookAgain =
+                    keyword->GetSyntax()->IsScopeStart() ||
+                    (closed->GetName() == "BOX" && keyword->GetName() == "ENDFIN") ||
+                    (closed->GetName() == "DATES" && keyword->GetSyntax()->GetKind() == Keywords::KeywordKind::EndSkip);
                 continue;
             }
             if (keyword->GetSyntax()->IsScopeStart()) heads.push_back(keyword);

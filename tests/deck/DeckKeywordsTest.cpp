@@ -29,7 +29,10 @@ const class DeckKeywords& ViewOf(const TestDeck& deck)
     return static_cast<const class DeckKeywords&>(deck.Keywords());
 }
 
-std::string NameAt(const KeywordIterator& position) { return *position != nullptr ? position->GetName() : "-"; }
+std::string NameAt(const KeywordIterator& position)
+{
+    return *position != nullptr ? position->GetName() : "-";
+}
 
 TEST_F(DeckKeywordsTest, EmptyDeck)
 {
@@ -46,8 +49,9 @@ TEST_F(DeckKeywordsTest, EmptyDeck)
 
 TEST_F(DeckKeywordsTest, Sections)
 {
-    const TestDeck deck({{"A.DATA", "OIL\nSCHEDULE\nTSTEP\n1 /\nGRID\nINCLUDE\n'b.inc' /\nGRID\nPORO\n1 /\nEND\nPROPS\nSWOF\n/\n"},
-                         {"b.inc", "PORO\n1 /\nGRID\nGRID\nPORO\n2 /\n"}});
+    const TestDeck deck(
+        {{"A.DATA", "OIL\nSCHEDULE\nTSTEP\n1 /\nGRID\nINCLUDE\n'b.inc' /\nGRID\nPORO\n1 /\nEND\nPROPS\nSWOF\n/\n"},
+         {"b.inc", "PORO\n1 /\nGRID\nGRID\nPORO\n2 /\n"}});
     const IDeckKeywords& keywords = deck.Keywords();
     // Only the last of a file's duplicates gets past the load.
     EXPECT_EQ(deck.Walk(), "OIL SCHEDULE TSTEP GRID INCLUDE PORO PORO PORO END PROPS SWOF");
@@ -68,7 +72,8 @@ TEST_F(DeckKeywordsTest, Sections)
 
 TEST_F(DeckKeywordsTest, SectionKeywordsThatRecur)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'b.inc' /\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "GRID\nPORO\n1 /\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'b.inc' /\nINCLUDE\n'b.inc' /\n"},
+                         {"b.inc", "GRID\nPORO\n1 /\n"}});
     std::string message;
     EXPECT_FALSE(deck.Keywords().CheckSections(message));
     EXPECT_EQ(message, "The following section keywords occur more than once in the deck: GRID, GRID.");
@@ -106,7 +111,9 @@ TEST_F(DeckKeywordsTest, FindingIsTheWalkByAnotherWay)
 
 TEST_F(DeckKeywordsTest, PlacesInFilesAsPositions)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nOIL\n"}, {"b.inc", "GAS\nINCLUDE\n'c.inc' /\n"}, {"c.inc", "METRIC\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nOIL\n"},
+                         {"b.inc", "GAS\nINCLUDE\n'c.inc' /\n"},
+                         {"c.inc", "METRIC\n"}});
     deck.Walk();
     EXPECT_EQ(NameAt(DeckPositionOf(deck.File("c.inc").End(), deck.Deck())), "OIL");
     EXPECT_EQ(DeckPositionOf(deck.TopFile().End(), deck.Deck()), deck.Keywords().PhysicalEnd());
@@ -166,7 +173,9 @@ TEST_F(DeckKeywordsTest, FilesInTheOrderOfTheirIncludes)
 
 TEST_F(DeckKeywordsTest, FilesOfTheTree)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'c.inc' /\n"}, {"b.inc", "OIL\nINCLUDE\n'c.inc' /\nOIL\n"}, {"c.inc", "OIL\nEND\nOIL\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'c.inc' /\n"},
+                         {"b.inc", "OIL\nINCLUDE\n'c.inc' /\nOIL\n"},
+                         {"c.inc", "OIL\nEND\nOIL\n"}});
     const IDeckKeywords& keywords = deck.Keywords();
     EXPECT_EQ(keywords.GetFiles().size(), 3u);
     // The level's own INCLUDE goes ahead of one further down.
@@ -192,14 +201,19 @@ TEST_F(DeckKeywordsTest, Scopes)
         std::string behind;
     };
     const std::vector<Case> cases = {
-        {"its own closer", "SCHEDULE\nACTIONX\nA 1 /\nP > 1 /\n/\nWELOPEN\n/\nENDACTIO\nTSTEP\n1 /\n", "ACTIONX", "ENDACTIO", "TSTEP"},
+        {"its own closer", "SCHEDULE\nACTIONX\nA 1 /\nP > 1 /\n/\nWELOPEN\n/\nENDACTIO\nTSTEP\n1 /\n", "ACTIONX",
+         "ENDACTIO", "TSTEP"},
         {"a section ends every scope", "GRID\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nEDIT\n", "BOX", "EDIT", "EDIT"},
         {"never closed", "GRID\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\n", "BOX", "-", "-"},
-        {"closed by a further head", "GRID\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nBOX\n1 1 1 1 1 1 /\nENDBOX\n", "BOX", "BOX", "BOX"},
+        {"closed by a further head", "GRID\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nBOX\n1 1 1 1 1 1 /\nENDBOX\n", "BOX", "BOX",
+         "BOX"},
         {"a box in a refinement ends with it",
-         "GRID\nCARFIN\n'L' 1 1 1 1 1 1 2 2 2 /\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nENDFIN\nPORO\n1 /\n", "CARFIN", "ENDFIN", "PORO"},
-        {"a date ends at the next time", "SCHEDULE\nDATES\n1 JAN 2020 /\n/\nWELOPEN\n/\nTSTEP\n1 /\n", "DATES", "TSTEP", "TSTEP"},
-        {"a date in a skipped region ends with it", "SCHEDULE\nSKIP\nDATES\n1 JAN 2020 /\n/\nENDSKIP\nTSTEP\n1 /\n", "SKIP", "ENDSKIP", "TSTEP"},
+         "GRID\nCARFIN\n'L' 1 1 1 1 1 1 2 2 2 /\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nENDFIN\nPORO\n1 /\n", "CARFIN",
+         "ENDFIN", "PORO"},
+        {"a date ends at the next time", "SCHEDULE\nDATES\n1 JAN 2020 /\n/\nWELOPEN\n/\nTSTEP\n1 /\n", "DATES", "TSTEP",
+         "TSTEP"},
+        {"a date in a skipped region ends with it", "SCHEDULE\nSKIP\nDATES\n1 JAN 2020 /\n/\nENDSKIP\nTSTEP\n1 /\n",
+         "SKIP", "ENDSKIP", "TSTEP"},
         {"the last section runs to the end of the walk", "RUNSPEC\nOIL\nGRID\nPORO\n1 /\n", "GRID", "-", "-"},
         {"a section runs to the next one", "RUNSPEC\nOIL\nGRID\nPORO\n1 /\n", "RUNSPEC", "GRID", "GRID"},
     };
@@ -221,16 +235,19 @@ TEST_F(DeckKeywordsTest, Scopes)
 
 TEST_F(DeckKeywordsTest, ScopesOfGeneratedKeywordsPassByTheUsers)
 {
-    const TestDeck deck(TestDeck::Texts{{"A.DATA", "GRID\nBOX                                  -- Generated\n1 1 1 1 1 1 /\nBOX\n1 1 1 1 1 1 /\nENDBOX\n"
-                                                   "PORO\n1 /\nENDBOX                               -- Generated\nPORO\n1 /\n"}});
+    const TestDeck deck(TestDeck::Texts{
+        {"A.DATA",
+         "GRID\nBOX                                  -- Generated\n1 1 1 1 1 1 /\nBOX\n1 1 1 1 1 1 /\nENDBOX\n"
+         "PORO\n1 /\nENDBOX                               -- Generated\nPORO\n1 /\n"}});
     EXPECT_EQ(deck.Keywords().GetScopeEnd(deck.At("BOX"), false), deck.At("BOX", 2));
     EXPECT_EQ(deck.Keywords().GetScopeEnd(deck.At("BOX"), true), deck.At("ENDBOX", 2));
 }
 
 TEST_F(DeckKeywordsTest, EnclosingScope)
 {
-    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nOIL\nGRID\nCARFIN\n'L' 1 1 1 1 1 1 2 2 2 /\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nENDBOX\n"
-                                                   "PERMX\n1 /\nENDFIN\nPERMY\n1 /\n"}});
+    const TestDeck deck(TestDeck::Texts{
+        {"A.DATA", "RUNSPEC\nOIL\nGRID\nCARFIN\n'L' 1 1 1 1 1 1 2 2 2 /\nBOX\n1 1 1 1 1 1 /\nPORO\n1 /\nENDBOX\n"
+                   "PERMX\n1 /\nENDFIN\nPERMY\n1 /\n"}});
     const auto headOf = [&deck](const std::string& name) {
         KeywordIterator head;
         KeywordIterator end;
@@ -268,8 +285,16 @@ KeywordFileIterator LiteralScopeEnd(const KeywordFileIterator& head, const Keywo
 
 TEST_F(DeckKeywordsTest, ScopeWalkIsTheLiteralOne)
 {
-    const char* const words[] = {"BOX\n1 1 1 1 1 1 /\n", "ENDBOX\n",           "CARFIN\n'L' 1 1 1 1 1 1 2 2 2 /\n", "ENDFIN\n", "SKIP\n", "ENDSKIP\n",
-                                 "PORO\n1 /\n",          "DATES\n1 JAN 2020 /\n/\n", "TSTEP\n1 /\n",              "EDIT\n"};
+    const char* const words[] = {"BOX\n1 1 1 1 1 1 /\n",
+                                 "ENDBOX\n",
+                                 "CARFIN\n'L' 1 1 1 1 1 1 2 2 2 /\n",
+                                 "ENDFIN\n",
+                                 "SKIP\n",
+                                 "ENDSKIP\n",
+                                 "PORO\n1 /\n",
+                                 "DATES\n1 JAN 2020 /\n/\n",
+                                 "TSTEP\n1 /\n",
+                                 "EDIT\n"};
     unsigned random = 1;
     for (int run = 0; run < 150; ++run) {
         std::string text;
@@ -299,8 +324,9 @@ TEST_F(DeckKeywordsTest, TenThousandNestedScopes)
 
 TEST_F(DeckKeywordsTest, IdentityOfKeywords)
 {
-    const TestDeck deck(TestDeck::Texts{{"A.DATA", "SCHEDULE\nWELSPECS\n'A' 'G' 1 1 1* OIL /\n/\nWELSPECS\n'B' 'G' 1 1 1* OIL /\n/\n"
-                                                   "WELSPECS                             -- Generated\n'a' 'H' 2 2 1* GAS /\n/\n"}});
+    const TestDeck deck(
+        TestDeck::Texts{{"A.DATA", "SCHEDULE\nWELSPECS\n'A' 'G' 1 1 1* OIL /\n/\nWELSPECS\n'B' 'G' 1 1 1* OIL /\n/\n"
+                                   "WELSPECS                             -- Generated\n'a' 'H' 2 2 1* GAS /\n/\n"}});
     const IDeckKeywords& keywords = deck.Keywords();
     const KeywordIterator first = deck.At("WELSPECS");
     const Keywords::IKeywordData* data = keywords.GetKeywordData(*first);
@@ -325,7 +351,10 @@ TEST_F(DeckKeywordsTest, IdentityOfKeywords)
 TEST_F(DeckKeywordsTest, GridFiles)
 {
     const TestDeck deck({{"A.DATA", "GRID\nGDFILE\n'none' /\nGDFILE\n'grid/CASE' /\nORDGRID\n'x.OPF' /\nEND\n"},
-                         {"grid/CASE.FEGRID", ""}, {"grid/CASE.EGRID", ""}, {"grid/CASE.XGRID", ""}, {"grid/CASEY.EGRID", ""}});
+                         {"grid/CASE.FEGRID", ""},
+                         {"grid/CASE.EGRID", ""},
+                         {"grid/CASE.XGRID", ""},
+                         {"grid/CASEY.EGRID", ""}});
     EXPECT_EQ(deck.Keywords().GetGridFile().GetFullName(), deck.Dir().Path("grid/CASE.EGRID"));
     EXPECT_EQ(deck.Keywords().FindGridKeyword(), deck.At("GDFILE"));
     const TestDeck other(TestDeck::Texts{{"A.DATA", "GRID\nEND\nORDGRID\n'x.OPF' /\n"}});

@@ -72,7 +72,8 @@ TEST_F(DeckManagerTest, PlacesOfDecks)
 
     const auto manager = DeckManagerFactory::Create(m_directory.Path("project"));
     IDeck* old = manager->OpenExistingDeck("Old", false);
-    EXPECT_EQ(old->GetDeckKeywords()->GetDataFile()->GetFileName().GetFullName(), m_directory.Path("project/Old/Old.DATA"));
+    EXPECT_EQ(old->GetDeckKeywords()->GetDataFile()->GetFileName().GetFullName(),
+              m_directory.Path("project/Old/Old.DATA"));
     EXPECT_EQ((*old->GetDeckKeywords()->Begin())->GetName(), "RUNSPEC");
     EXPECT_TRUE(manager->RenameDeck(old, "New"));
     EXPECT_EQ(old->GetDirectory().Name(), m_directory.Path("project/Old"));
@@ -86,7 +87,8 @@ TEST_F(DeckManagerTest, PlacesOfDecks)
     const auto plain = DeckManagerFactory::Create();
     EXPECT_EQ(plain->OpenDeck("x/A.B", false)->GetDeckKeywords()->GetDataFile()->GetFileName().GetFileName(), "A.DATA");
     EXPECT_EQ(plain->GetEditor()->GetDeck(), plain->FindDeck("A"));
-    EXPECT_EQ(plain->OpenExistingDeck("A.VFP", false)->GetDeckKeywords()->GetDataFile()->GetFileName().GetFileName(), "A.VFP");
+    EXPECT_EQ(plain->OpenExistingDeck("A.VFP", false)->GetDeckKeywords()->GetDataFile()->GetFileName().GetFileName(),
+              "A.VFP");
     EXPECT_EQ(plain->OpenExistingDeck("A.vfp", false), nullptr); // names know no case
     EXPECT_TRUE(m_directory.Exists("A.DATA"));
     plain->RemoveDeck(plain->FindDeck("A"));
