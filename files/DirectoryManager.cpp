@@ -4,7 +4,10 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-DirectoryManager::DirectoryManager(const Service::Directory& projectDir) { SetProjectDir(projectDir); }
+DirectoryManager::DirectoryManager(const Service::Directory& projectDir)
+{
+    SetProjectDir(projectDir);
+}
 
 bool DirectoryManager::Validate(const Service::Directory& directory, bool mustThrow)
 {

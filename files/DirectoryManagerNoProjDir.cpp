@@ -20,10 +20,25 @@ const std::string& NoName()
 
 } // namespace
 
-const Service::Directory& DirectoryManagerNoProjDir::ProjectDir() const { return NoDirectory(); }
-const std::string& DirectoryManagerNoProjDir::ProjectDirName() const { return NoName(); }
-const Service::Directory& DirectoryManagerNoProjDir::CacheDir() const { return NoDirectory(); }
-const std::string& DirectoryManagerNoProjDir::TempProjectDirName() const { return NoName(); }
-const Service::Directory& DirectoryManagerNoProjDir::TempProjectDir() const { return NoDirectory(); }
+const Service::Directory& DirectoryManagerNoProjDir::ProjectDir() const
+{
+    return NoDirectory();
+}
+const std::string& DirectoryManagerNoProjDir::ProjectDirName() const
+{
+    return NoName();
+}
+const Service::Directory& DirectoryManagerNoProjDir::CacheDir() const
+{
+    return NoDirectory();
+}
+const std::string& DirectoryManagerNoProjDir::TempProjectDirName() const
+{
+    return NoName();
+}
+const Service::Directory& DirectoryManagerNoProjDir::TempProjectDir() const
+{
+    return NoDirectory();
+}
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -37,7 +37,10 @@ FileScan::FileScan(KeywordFile& file) : m_file(file), m_query(file) {}
 
 FileScan::~FileScan() = default;
 
-const std::string& FileScan::Path() const { return m_file.m_fileReader->GetPath(); }
+const std::string& FileScan::Path() const
+{
+    return m_file.m_fileReader->GetPath();
+}
 
 KeywordFile* FileScan::Run()
 {
@@ -175,9 +178,8 @@ void FileScan::TakeFound()
         return;
     }
 
-    const std::vector<SkippedKeyword> skipped =
-        SkipRegion::Consume(m_skip, m_found.name, m_found.pos, m_found.syntax, *m_reader, m_query,
-                            *m_file.m_fileReader);
+    const std::vector<SkippedKeyword> skipped = SkipRegion::Consume(m_skip, m_found.name, m_found.pos, m_found.syntax,
+                                                                    *m_reader, m_query, *m_file.m_fileReader);
     if (!skipped.empty()) {
         // A keyword of the skip family never becomes an ordinary keyword.
         m_found.syntax = nullptr;

@@ -23,7 +23,8 @@ KeywordIterator IteratorPath::ToPosition(const Places& places, bool ignoreLogica
     KeywordIterator position = IteratorAccess::Standing(innermost, ignoreLogicalEnds);
     for (std::size_t level = places.size() - 1; level-- > 0;) {
         KeywordFile* file = IteratorAccess::File(places[level]);
-        auto walk = std::make_unique<KeywordINCLUDEIterator>(file, places[level], std::move(position), ignoreLogicalEnds);
+        auto walk =
+            std::make_unique<KeywordINCLUDEIterator>(file, places[level], std::move(position), ignoreLogicalEnds);
         position = IteratorAccess::Around(places[level], std::move(walk), ignoreLogicalEnds);
     }
     return position;

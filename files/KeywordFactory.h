@@ -28,18 +28,16 @@ public:
     /// These throw `DeckManagerException` for any other syntax.
     static std::unique_ptr<Keyword> CreateINCLUDE(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed,
                                                   std::string_view name, IKeywordOwner* owner,
-                                                  const std::shared_ptr<KeywordFileReader>& reader,
-                                                  long long position, long long size,
-                                                  const KeywordMarks* marks = nullptr);
+                                                  const std::shared_ptr<KeywordFileReader>& reader, long long position,
+                                                  long long size, const KeywordMarks* marks = nullptr);
     static std::unique_ptr<Keyword> CreateGDFILE(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed,
                                                  std::string_view name, IKeywordOwner* owner,
                                                  const std::shared_ptr<KeywordFileReader>& reader, long long position,
                                                  long long size, const KeywordMarks* marks = nullptr);
     static std::unique_ptr<Keyword> CreateORDGRID(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed,
                                                   std::string_view name, IKeywordOwner* owner,
-                                                  const std::shared_ptr<KeywordFileReader>& reader,
-                                                  long long position, long long size,
-                                                  const KeywordMarks* marks = nullptr);
+                                                  const std::shared_ptr<KeywordFileReader>& reader, long long position,
+                                                  long long size, const KeywordMarks* marks = nullptr);
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -38,16 +38,23 @@ KeywordFile::~KeywordFile()
     }
 }
 
-// --- the list ---------------------------------------------------------------------------------------------------------
+// --- the list
+// ---------------------------------------------------------------------------------------------------------
 
 KeywordFileIterator KeywordFile::At(KeywordFileContents::List::iterator node) const
 {
     return KeywordFileIterator(const_cast<KeywordFile*>(this), node);
 }
 
-KeywordFileIterator KeywordFile::Begin() const { return At(Contents().Keywords().begin()); }
+KeywordFileIterator KeywordFile::Begin() const
+{
+    return At(Contents().Keywords().begin());
+}
 
-KeywordFileIterator KeywordFile::End() const { return At(Contents().Keywords().end()); }
+KeywordFileIterator KeywordFile::End() const
+{
+    return At(Contents().Keywords().end());
+}
 
 KeywordFileIterator KeywordFile::LogicalEnd() const
 {
@@ -59,8 +66,7 @@ KeywordFileIterator KeywordFile::LogicalEnd() const
             if (kind != KeywordKind::End && kind != KeywordKind::EndInc) return false;
             return endEnds || keyword->GetName() != "END";
         };
-        m_logicalEnd =
-            std::make_unique<KeywordFileIterator>(At(std::find_if(keywords.begin(), keywords.end(), ends)));
+        m_logicalEnd = std::make_unique<KeywordFileIterator>(At(std::find_if(keywords.begin(), keywords.end(), ends)));
     }
     return *m_logicalEnd;
 }
@@ -77,7 +83,10 @@ KeywordFileIterator KeywordFile::WalkEnd() const
     return *m_walkEnd;
 }
 
-KeywordFileIterator KeywordFile::Find(const IKeyword* keyword) const { return At(Contents().Find(keyword)); }
+KeywordFileIterator KeywordFile::Find(const IKeyword* keyword) const
+{
+    return At(Contents().Find(keyword));
+}
 
 std::size_t KeywordFile::OrdinalOf(const KeywordFileIterator& position) const
 {
@@ -132,7 +141,8 @@ KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
     return include != nullptr ? include->IncludedFile() : nullptr;
 }
 
-// --- loading ----------------------------------------------------------------------------------------------------------
+// --- loading
+// ----------------------------------------------------------------------------------------------------------
 
 KeywordFileContents& KeywordFile::Contents() const
 {
@@ -286,7 +296,8 @@ void KeywordFile::SetFileName(const Service::FileName& name)
     m_fileReader->SetPath(name.GetFullName());
 }
 
-// --- the text ---------------------------------------------------------------------------------------------------------
+// --- the text
+// ---------------------------------------------------------------------------------------------------------
 
 std::string KeywordFile::HeaderText() const
 {
@@ -340,7 +351,8 @@ OpenReaderGuard::~OpenReaderGuard()
     if (m_opened) m_file.m_openReader.reset();
 }
 
-// --- the place in the tree --------------------------------------------------------------------------------------------
+// --- the place in the tree
+// --------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -403,7 +415,10 @@ KeywordFile& KeywordFile::DataFile() const
     return *m_dataFile.Get();
 }
 
-const Context& KeywordFile::RootContext() const { return DataFile().m_context; }
+const Context& KeywordFile::RootContext() const
+{
+    return DataFile().m_context;
+}
 
 void KeywordFile::LinkAdded(KeywordINCLUDE& keyword)
 {
@@ -437,7 +452,8 @@ std::vector<KeywordFile*> KeywordFile::IncludingFiles() const
     return files;
 }
 
-// --- events -----------------------------------------------------------------------------------------------------------
+// --- events
+// -----------------------------------------------------------------------------------------------------------
 
 void KeywordFile::RaiseOnce(KeywordFileEventArgs& args)
 {
@@ -447,7 +463,10 @@ void KeywordFile::RaiseOnce(KeywordFileEventArgs& args)
     fileChanged.Raise(args);
 }
 
-void KeywordFile::OnIncludedFileChanged(KeywordFileEventArgs& args) { RaiseOnce(args); }
+void KeywordFile::OnIncludedFileChanged(KeywordFileEventArgs& args)
+{
+    RaiseOnce(args);
+}
 
 void KeywordFile::KeywordUpdated(Keyword& keyword)
 {

@@ -18,8 +18,8 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 /// Finds files by name without a walk over all of them.
 ///
-/// Two names are one file when they are equal, or when they lead to the same place through links. So a name is looked up
-/// as it stands first; then only files with its inode, or missing ones with its leaf, can be the same, and these are
+/// Two names are one file when they are equal, or when they lead to the same place through links. So a name is looked
+/// up as it stands first; then only files with its inode, or missing ones with its leaf, can be the same, and these are
 /// compared.
 class KeywordFileManager::FileIndex
 {
@@ -74,7 +74,8 @@ private:
     // Weak: a file that is going may ask for another one, and must not be found itself.
     std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>> m_byName;
     std::unordered_multimap<std::uint64_t, std::weak_ptr<KeywordFile>> m_byInode;
-    std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>> m_byLeaf; ///< files that were missing when they came
+    std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>>
+        m_byLeaf; ///< files that were missing when they came
 };
 
 KeywordFileManager::KeywordFileManager(const std::string& projectDir)
@@ -134,9 +135,15 @@ std::shared_ptr<KeywordFile> KeywordFileManager::FindKeywordFile(const Service::
     return m_index->Find(name, Service::FileStatus::Of(name.GetFullName()));
 }
 
-const Service::Directory& KeywordFileManager::ProjectDir() const { return m_directoryManager->ProjectDir(); }
+const Service::Directory& KeywordFileManager::ProjectDir() const
+{
+    return m_directoryManager->ProjectDir();
+}
 
-bool KeywordFileManager::HasProjectDir() const { return ProjectDir().IsSet(); }
+bool KeywordFileManager::HasProjectDir() const
+{
+    return ProjectDir().IsSet();
+}
 
 void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::FileName& newName)
 {
@@ -178,11 +185,20 @@ void KeywordFileManager::ClearUnreferencedFiles()
     if (someLeft) m_index->Rebuild(m_files);
 }
 
-void KeywordFileManager::SaveCacheTable() { m_cacheManager->SaveCacheTable(); }
+void KeywordFileManager::SaveCacheTable()
+{
+    m_cacheManager->SaveCacheTable();
+}
 
-const Service::Directory& KeywordFileManager::TempProjectDir() const { return m_directoryManager->TempProjectDir(); }
+const Service::Directory& KeywordFileManager::TempProjectDir() const
+{
+    return m_directoryManager->TempProjectDir();
+}
 
-bool KeywordFileManager::HasTempProjectDir() const { return TempProjectDir().IsSet(); }
+bool KeywordFileManager::HasTempProjectDir() const
+{
+    return TempProjectDir().IsSet();
+}
 
 void KeywordFileManager::SetTempProjectDir(const Service::Directory& directory)
 {
@@ -197,6 +213,9 @@ void KeywordFileManager::Clear()
     m_files.clear();
 }
 
-void KeywordFileManager::FlushCache() const { m_cacheManager->FlushCache(); }
+void KeywordFileManager::FlushCache() const
+{
+    m_cacheManager->FlushCache();
+}
 
 } // namespace Tarn::Fjel::Core::DeckManager

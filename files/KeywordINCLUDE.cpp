@@ -30,7 +30,10 @@ KeywordINCLUDE::KeywordINCLUDE(const Keywords::IKeywordSyntax& syntax, bool vari
     Wire();
 }
 
-KeywordINCLUDE::~KeywordINCLUDE() { Unwire(); }
+KeywordINCLUDE::~KeywordINCLUDE()
+{
+    Unwire();
+}
 
 KeywordINCLUDE* KeywordINCLUDE::From(IKeyword* keyword)
 {
@@ -43,7 +46,10 @@ const KeywordINCLUDE* KeywordINCLUDE::From(const IKeyword* keyword)
     return From(const_cast<IKeyword*>(keyword));
 }
 
-KeywordFile* KeywordINCLUDE::OwnerFile() const { return Owner() != nullptr ? Owner()->AsKeywordFile() : nullptr; }
+KeywordFile* KeywordINCLUDE::OwnerFile() const
+{
+    return Owner() != nullptr ? Owner()->AsKeywordFile() : nullptr;
+}
 
 KeywordFile* KeywordINCLUDE::IncludedFile() const
 {
@@ -80,7 +86,8 @@ std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
     if (status.Exists() && !status.IsRegularFile()) {
         std::string message = "The INCLUDE path \"" + *text + "\"";
         if (!wasComplete) message += ", which resolves to \"" + name.GetFullName() + "\",";
-        message += " is not a file.\nEnsure that INCLUDE paths contain valid file names and are properly single-quoted.";
+        message +=
+            " is not a file.\nEnsure that INCLUDE paths contain valid file names and are properly single-quoted.";
         Log::SendLogMessage(message, Log::Error);
         return nullptr;
     }
@@ -140,7 +147,10 @@ void KeywordINCLUDE::Forget()
     m_ringTold = false;
 }
 
-void KeywordINCLUDE::OnDataChanging() { Unwire(); }
+void KeywordINCLUDE::OnDataChanging()
+{
+    Unwire();
+}
 
 void KeywordINCLUDE::OnDataChanged()
 {
@@ -183,6 +193,9 @@ void KeywordINCLUDE::AnswerDataFile(KeywordFileDataFileQueryEventArgs& args)
     if (KeywordFile* owner = OwnerFile()) args.dataFile = &owner->DataFile();
 }
 
-void KeywordINCLUDE::ForwardChange(KeywordFileEventArgs& args) { forwardedChange.Raise(args); }
+void KeywordINCLUDE::ForwardChange(KeywordFileEventArgs& args)
+{
+    forwardedChange.Raise(args);
+}
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -18,8 +18,8 @@ class KeywordINCLUDE : public FileReferencingKeyword
 {
 public:
     KeywordINCLUDE(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
-                   std::shared_ptr<KeywordFileReader> reader, long long position, long long size,
-                   std::string_view name, const KeywordMarks* marks);
+                   std::shared_ptr<KeywordFileReader> reader, long long position, long long size, std::string_view name,
+                   const KeywordMarks* marks);
     ~KeywordINCLUDE() override;
 
     /// The keyword as an INCLUDE; null for any other keyword and for null.

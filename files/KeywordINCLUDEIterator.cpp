@@ -65,9 +65,12 @@ bool KeywordINCLUDEIterator::IsIdentical(const ISingleKeywordIterator& other) co
 const IKeyword* KeywordINCLUDEIterator::Current() const
 {
     switch (m_state) {
-    case State::OnKeyword: return *m_position;
-    case State::Inside: return m_nested ? **m_nested : nullptr;
-    case State::Ahead: break;
+    case State::OnKeyword:
+        return *m_position;
+    case State::Inside:
+        return m_nested ? **m_nested : nullptr;
+    case State::Ahead:
+        break;
     }
     return nullptr;
 }
@@ -112,9 +115,12 @@ bool KeywordINCLUDEIterator::Less(const ISingleKeywordIterator& other) const
 KeywordFile* KeywordINCLUDEIterator::CurrentFile() const
 {
     switch (m_state) {
-    case State::OnKeyword: return m_file;
-    case State::Inside: return m_nested ? m_nested->CurrentFile() : nullptr;
-    case State::Ahead: break;
+    case State::OnKeyword:
+        return m_file;
+    case State::Inside:
+        return m_nested ? m_nested->CurrentFile() : nullptr;
+    case State::Ahead:
+        break;
     }
     return nullptr;
 }

@@ -59,8 +59,7 @@ void KeywordIterator::Init(KeywordFile* file, bool atBegin)
 
 std::unique_ptr<ISingleKeywordIterator> KeywordIterator::FindSingleKeywordIterator(KeywordFile* file,
                                                                                    const KeywordFileIterator& position,
-                                                                                   bool atBegin,
-                                                                                   bool ignoreLogicalEnds)
+                                                                                   bool atBegin, bool ignoreLogicalEnds)
 {
     if (KeywordFile::IncludedFileOf(*position) == nullptr) return nullptr;
     return std::make_unique<KeywordINCLUDEIterator>(file, position, atBegin, ignoreLogicalEnds);
@@ -72,8 +71,8 @@ const IKeyword* KeywordIterator::operator*() const
     return m_inner ? m_inner->Current() : *m_position;
 }
 
-/// Each level answers for itself and takes the answer of the level below as it is: a walk deep down a chain of files must
-/// not ask the whole chain again at every level.
+/// Each level answers for itself and takes the answer of the level below as it is: a walk deep down a chain of files
+/// must not ask the whole chain again at every level.
 bool KeywordIterator::Increment()
 {
     if (m_topFile == nullptr) return false;
@@ -148,7 +147,10 @@ void KeywordIterator::SetIgnoreLogicalEnds(bool ignore) const
     if (m_inner) m_inner->SetIgnoreLogicalEnds(ignore);
 }
 
-bool KeywordIterator::afterLogicalEnd() const { return m_inner ? m_inner->AfterLogicalEnd() : m_afterLogicalEnd; }
+bool KeywordIterator::afterLogicalEnd() const
+{
+    return m_inner ? m_inner->AfterLogicalEnd() : m_afterLogicalEnd;
+}
 
 bool KeywordIterator::IsIdentical(const KeywordIterator& other) const
 {

@@ -6,8 +6,8 @@
 namespace Tarn::Fjel::Core::DeckManager {
 
 KeywordORDGRID::KeywordORDGRID(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
-                             std::shared_ptr<KeywordFileReader> reader, long long position, long long size,
-                             std::string_view name, const KeywordMarks* marks)
+                               std::shared_ptr<KeywordFileReader> reader, long long position, long long size,
+                               std::string_view name, const KeywordMarks* marks)
     : FileReferencingKeyword(syntax, variablesAllowed, owner, std::move(reader), position, size, name, marks)
 {
 }

@@ -16,10 +16,9 @@ using Keywords::KeywordKind;
 using Keywords::KeywordSyntaxUtils;
 using Keywords::SimulatorType;
 
-std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::string& firstName,
-                                                long long firstPosition, const Keywords::IKeywordSyntax* firstSyntax,
-                                                ILineReader& reader, const ISectionContextQuery& query,
-                                                KeywordFileReader& file)
+std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::string& firstName, long long firstPosition,
+                                                const Keywords::IKeywordSyntax* firstSyntax, ILineReader& reader,
+                                                const ISectionContextQuery& query, KeywordFileReader& file)
 {
     std::vector<SkippedKeyword> skipped;
     if (!state.enabled || firstSyntax == nullptr) return skipped;
@@ -36,9 +35,10 @@ std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::str
                 state.activeDepth = 0;
                 const LineStreamReader* lines = reader.Lines();
                 const int known = lines != nullptr ? lines->LineNumber() : -1;
-                Service::Log::LogWF("Encountered ENDSKIP without SKIP/SKIP100/SKIP300 near line %d in %s. Please ensure "
-                                    "that SKIP and ENDSKIP are both in the same file.",
-                                    known > 0 ? known : file.LineNumberAt(position), file.GetPath().c_str());
+                Service::Log::LogWF(
+                    "Encountered ENDSKIP without SKIP/SKIP100/SKIP300 near line %d in %s. Please ensure "
+                    "that SKIP and ENDSKIP are both in the same file.",
+                    known > 0 ? known : file.LineNumberAt(position), file.GetPath().c_str());
             }
             if (state.activeDepth == 0) return skipped;
         } else {

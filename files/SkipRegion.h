@@ -35,9 +35,9 @@ struct SkipState
 class SkipRegion
 {
 public:
-    /// Called with each keyword that the scan finds; the reader stands behind its line. Where the keyword opens a region
-    /// that the simulator skips, reads to the end of the region. Gives the skip keywords met, the first one included;
-    /// nothing for any other keyword. `file` is for messages.
+    /// Called with each keyword that the scan finds; the reader stands behind its line. Where the keyword opens a
+    /// region that the simulator skips, reads to the end of the region. Gives the skip keywords met, the first one
+    /// included; nothing for any other keyword. `file` is for messages.
     static std::vector<SkippedKeyword> Consume(SkipState& state, const std::string& name, long long position,
                                                const Keywords::IKeywordSyntax* syntax, ILineReader& reader,
                                                const ISectionContextQuery& query, KeywordFileReader& file);

@@ -13,7 +13,8 @@ CommentManager::CommentManager(const Keyword* keyword)
 {
     if (keyword == nullptr || !keyword->HasValidExtent()) return;
     const std::unique_ptr<ILineReader> reader = keyword->Reader()->OpenLineReader(false);
-    if (!reader || !LineReaderUtil::ExtractComment(reader.get(), keyword->Position(), keyword->Size(), m_comment)) return;
+    if (!reader || !LineReaderUtil::ExtractComment(reader.get(), keyword->Position(), keyword->Size(), m_comment))
+        return;
 
     const std::string& marker = VeldaneDeckInfo::CommentMarker();
     if (VeldaneDeckInfo::BeginsWithCommentMarker(m_comment.c_str())) m_comment.erase(0, marker.size());

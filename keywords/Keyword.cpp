@@ -75,9 +75,15 @@ Keyword::Keyword(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, 
 
 Keyword::~Keyword() = default;
 
-const std::string& Keyword::GetName() const { return m_givenName ? *m_givenName : m_syntax->GetName(); }
+const std::string& Keyword::GetName() const
+{
+    return m_givenName ? *m_givenName : m_syntax->GetName();
+}
 
-std::string Keyword::GetComment() const { return GetCommentManager().GetComment(); }
+std::string Keyword::GetComment() const
+{
+    return GetCommentManager().GetComment();
+}
 
 bool Keyword::IsGenerated() const
 {
@@ -89,9 +95,15 @@ bool Keyword::IsGenerated() const
     return GetTagMgr().IsTagged();
 }
 
-bool Keyword::IsInGeneratedFile() const { return GetTagMgr().IsFileTagged(); }
+bool Keyword::IsInGeneratedFile() const
+{
+    return GetTagMgr().IsFileTagged();
+}
 
-IKeywordFile* Keyword::GetFile() const { return m_owner; }
+IKeywordFile* Keyword::GetFile() const
+{
+    return m_owner;
+}
 
 KeywordFile* Keyword::GetDiskFile() const
 {
@@ -105,9 +117,15 @@ int Keyword::GetLine() const
     return m_line > 0 ? m_line : m_reader->LineNumberAt(m_position);
 }
 
-long long Keyword::GetPosition() const { return m_reader && m_position >= 0 && m_size >= 0 ? m_position : 0; }
+long long Keyword::GetPosition() const
+{
+    return m_reader && m_position >= 0 && m_size >= 0 ? m_position : 0;
+}
 
-long long Keyword::GetSize() const { return m_reader && m_position >= 0 && m_size >= 0 ? m_size : 0; }
+long long Keyword::GetSize() const
+{
+    return m_reader && m_position >= 0 && m_size >= 0 ? m_size : 0;
+}
 
 std::shared_ptr<std::string> Keyword::GetText() const
 {

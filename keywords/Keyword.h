@@ -24,9 +24,9 @@ class KeywordVariables;
 /// What a scan learns of a keyword in passing, so that nothing has to seek back for it.
 struct KeywordMarks
 {
-    int line = 0;           ///< 1-based line of the keyword; 0: not known
+    int line = 0; ///< 1-based line of the keyword; 0: not known
     bool suppressed = false;
-    bool tagKnown = false;  ///< `tagged` holds; otherwise the tag manager reads the file when it is asked
+    bool tagKnown = false; ///< `tagged` holds; otherwise the tag manager reads the file when it is asked
     bool tagged = false;
 };
 

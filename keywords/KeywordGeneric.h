@@ -9,8 +9,8 @@ class KeywordGeneric : public Keyword
 {
 public:
     KeywordGeneric(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
-                   std::shared_ptr<KeywordFileReader> reader, long long position, long long size,
-                   std::string_view name, const KeywordMarks* marks);
+                   std::shared_ptr<KeywordFileReader> reader, long long position, long long size, std::string_view name,
+                   const KeywordMarks* marks);
     ~KeywordGeneric() override;
 
     ITagMgr& GetTagMgr() const override;

@@ -1,3 +1,5 @@
+#include <sys/resource.h>
+
 #include "files/KeywordFile.h"
 #include "files/KeywordINCLUDE.h"
 #include "tests/support/LogRecorder.h"
@@ -49,9 +51,10 @@ TEST_F(IncludeTest, NamesThatLeadNowhere)
                          {"folder/x", ""}});
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE INCLUDE INCLUDE INCLUDE OIL");
     const std::string folder = deck.Dir().Path("folder");
-    EXPECT_TRUE(m_log.Contains("The INCLUDE path \"folder\", which resolves to \"" + folder +
-                               "\", is not a file.\nEnsure that INCLUDE paths contain valid file names and are properly "
-                               "single-quoted."));
+    EXPECT_TRUE(
+        m_log.Contains("The INCLUDE path \"folder\", which resolves to \"" + folder +
+                       "\", is not a file.\nEnsure that INCLUDE paths contain valid file names and are properly "
+                       "single-quoted."));
     // A name that leads nowhere yet is a file without keywords.
     EXPECT_NE(deck.Keywords().GetIncludedFile(*deck.At("INCLUDE")), nullptr);
     EXPECT_EQ(deck.Keywords().GetIncludedFile(*deck.At("INCLUDE", 2)), nullptr);
@@ -60,10 +63,11 @@ TEST_F(IncludeTest, NamesThatLeadNowhere)
 
 TEST_F(IncludeTest, SectionsCrossFileBorders)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nOIL\nGRID\nINCLUDE\n'b.inc' /\nMULTX\n1 /\nINCLUDE\n'c.inc' /\nINCLUDE\n'd.inc' /\n"},
-                         {"b.inc", "PORO\n1 /\nEDIT\n"},
-                         {"c.inc", "-- nothing\n"},
-                         {"d.inc", "PORV\n1 /\n"}});
+    const TestDeck deck(
+        {{"A.DATA", "RUNSPEC\nOIL\nGRID\nINCLUDE\n'b.inc' /\nMULTX\n1 /\nINCLUDE\n'c.inc' /\nINCLUDE\n'd.inc' /\n"},
+         {"b.inc", "PORO\n1 /\nEDIT\n"},
+         {"c.inc", "-- nothing\n"},
+         {"d.inc", "PORV\n1 /\n"}});
     EXPECT_EQ(deck.Walk(), "RUNSPEC OIL GRID INCLUDE PORO EDIT MULTX INCLUDE INCLUDE PORV");
     EXPECT_EQ(deck.File("b.inc").GetStartSection(), SectionType::GRID);
     EXPECT_EQ(deck.File("b.inc").EndSection(), SectionType::EDIT);
@@ -86,15 +90,20 @@ TEST_F(IncludeTest, RingsAreRefusedOnceAndTheWalkEnds)
         std::vector<std::string> rings;
     };
     const std::vector<Case> cases = {
-        {"a file that includes itself", {{"A.DATA", "RUNSPEC\nINCLUDE\n'A.DATA' /\nOIL\n"}}, "RUNSPEC INCLUDE OIL",
+        {"a file that includes itself",
+         {{"A.DATA", "RUNSPEC\nINCLUDE\n'A.DATA' /\nOIL\n"}},
+         "RUNSPEC INCLUDE OIL",
          {"The INCLUDE path \"A.DATA\" closes a ring of files: A.DATA -> A.DATA."}},
         {"a ring of three",
-         {{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "INCLUDE\n'c.inc' /\nOIL\n"}, {"c.inc", "INCLUDE\n'b.inc' /\nINCLUDE\n'A.DATA' /\nGAS\n"}},
+         {{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n"},
+          {"b.inc", "INCLUDE\n'c.inc' /\nOIL\n"},
+          {"c.inc", "INCLUDE\n'b.inc' /\nINCLUDE\n'A.DATA' /\nGAS\n"}},
          "RUNSPEC INCLUDE INCLUDE INCLUDE INCLUDE GAS OIL",
          {"The INCLUDE path \"b.inc\" closes a ring of files: c.inc -> b.inc -> c.inc.",
           "The INCLUDE path \"A.DATA\" closes a ring of files: c.inc -> A.DATA -> b.inc -> c.inc."}},
         {"two files that include each other twice",
-         {{"A.DATA", "INCLUDE\n'b.inc' /\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "INCLUDE\n'A.DATA' /\nINCLUDE\n'A.DATA' /\nOIL\n"}},
+         {{"A.DATA", "INCLUDE\n'b.inc' /\nINCLUDE\n'b.inc' /\n"},
+          {"b.inc", "INCLUDE\n'A.DATA' /\nINCLUDE\n'A.DATA' /\nOIL\n"}},
          "INCLUDE INCLUDE INCLUDE OIL INCLUDE INCLUDE INCLUDE OIL",
          {"The INCLUDE path \"A.DATA\" closes a ring of files: b.inc -> A.DATA -> b.inc.",
           "The INCLUDE path \"A.DATA\" closes a ring of files: b.inc -> A.DATA -> b.inc."}},
@@ -111,8 +120,53 @@ TEST_F(IncludeTest, RingsAreRefusedOnceAndTheWalkEnds)
     }
 }
 
+TEST_F(IncludeTest, LinkThatWasRefusedIsAWholeLinkOnceTheRingIsGone)
+{
+    const TestSupport::TempDir directory;
+    directory.Write("A.DATA", "INCLUDE\n'b.inc' /\n");
+    directory.Write("b.inc", "INCLUDE\n'A.DATA' /\n");
+    KeywordFileManager manager("");
+    const std::shared_ptr<KeywordFile> a = manager.GetKeywordFile(directory.File("A.DATA"), true);
+    const std::shared_ptr<KeywordFile> b = manager.GetKeywordFile(directory.File("b.inc"), true);
+    EXPECT_EQ(KeywordFile::IncludedFileOf(*a->Begin()), b.get());
+    EXPECT_EQ(KeywordFile::IncludedFileOf(*b->Begin()), nullptr);
+
+    directory.Write("A.DATA", "OIL\n");
+    a->Reload();
+    EXPECT_EQ((*a->Begin())->GetName(), "OIL");
+    EXPECT_EQ(KeywordFile::IncludedFileOf(*b->Begin()), a.get());
+    EXPECT_EQ(&a->DataFile(), b.get());
+
+    directory.Write("A.DATA", "INCLUDE\n'b.inc' /\n");
+    a->Reload();
+    m_log.Clear();
+    EXPECT_EQ(KeywordFile::IncludedFileOf(*a->Begin()), nullptr);
+    EXPECT_EQ(m_log.Texts(), (std::vector<std::string>{
+                                 "The INCLUDE path \"b.inc\" closes a ring of files: A.DATA -> b.inc -> A.DATA."}));
+}
+
+/// The process may hold only few files open until the end of the scope.
+class FewOpenFiles
+{
+public:
+    explicit FewOpenFiles(rlim_t limit)
+    {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        rlimit few = m_before;
+        few.rlim_cur = limit;
+        setrlimit(RLIMIT_NOFILE, &few);
+    }
+    ~FewOpenFiles() { setrlimit(RLIMIT_NOFILE, &m_before); }
+    FewOpenFiles(const FewOpenFiles&) = delete;
+    FewOpenFiles& operator=(const FewOpenFiles&) = delete;
+
+private:
+    rlimit m_before{};
+};
+
 TEST_F(IncludeTest, ChainOfAThousandFiles)
 {
+    const FewOpenFiles limit(128);
     TestDeck::Texts files{{"A.DATA", "RUNSPEC\nINCLUDE\n'f0.inc' /\nOIL\n"}};
     for (int i = 0; i < 1000; ++i) {
         files.push_back({"f" + std::to_string(i) + ".inc",
@@ -125,6 +179,8 @@ TEST_F(IncludeTest, ChainOfAThousandFiles)
     }
     EXPECT_EQ(count, 3 + 999 * 2 + 1);
     EXPECT_EQ(deck.Keywords().SectionOf(deck.At("WATER")), SectionType::RUNSPEC);
+    EXPECT_EQ(deck.At("GAS", 1)->GetLine(), 3);
+    EXPECT_EQ(deck.At("GAS", 999)->GetLine(), 3);
     EXPECT_EQ(deck.Keywords().GetFiles().size(), 1001u);
     EXPECT_TRUE(m_log.Empty());
 }

@@ -97,7 +97,8 @@ TEST_F(IteratorTest, PositionMadeFromAPlaceStepsOverTheIncludedFile)
 
 TEST_F(IteratorTest, EndsOfFiles)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nOIL\nENDINC\nGAS\n"}, {"b.inc", "WATER\nENDINC\nMETRIC\n"}});
+    const TestDeck deck(
+        {{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nOIL\nENDINC\nGAS\n"}, {"b.inc", "WATER\nENDINC\nMETRIC\n"}});
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE WATER OIL");
     EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE WATER ENDINC METRIC OIL ENDINC GAS");
 

@@ -47,7 +47,8 @@ TEST_F(LoadTest, HeadsOfFiles)
     const std::vector<Case> cases = {
         {"no keyword: the comments are neither header nor tail", "-- only\n-- words\n", "", "", false},
         {"an empty file", "", "", "", false},
-        {"a byte order mark is the file's", "\xEF\xBB\xBFRUNSPEC\nOIL\n", "RUNSPEC@3+8 OIL@11+4", "\xEF\xBB\xBF", false},
+        {"a byte order mark is the file's", "\xEF\xBB\xBFRUNSPEC\nOIL\n", "RUNSPEC@3+8 OIL@11+4", "\xEF\xBB\xBF",
+         false},
         {"a tag block is no header", "-- Generated\n-- words\nRUNSPEC\n", "RUNSPEC@22+8", "-- words\n", true},
         {"a blank line, then two tag lines", "\n-- Generated\n  --!!! Program generated\nOIL\n", "OIL@40+4", "", true},
         {"no last line end", "RUNSPEC\nOIL", "RUNSPEC@0+8 OIL@8+3", "", false},
@@ -68,8 +69,9 @@ TEST_F(LoadTest, HeadsOfFiles)
 TEST_F(LoadTest, WhatTheScanLearnsInPassingIsWhatTheFileSays)
 {
     const std::string tag = "                             -- Generated\n";
-    const TestDeck deck({{"A.DATA", "RUNSPEC\n--@@@OIL\nGAS" + tag + "WATER\n\n  --!!! Program generated\nMETRIC\n-- no tag\n"
-                                    "SCHEDULE\nWELSPECS\n--@@@-- Generated\n P G 1 1 1* OIL /\n/\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\n--@@@OIL\nGAS" + tag +
+                                        "WATER\n\n  --!!! Program generated\nMETRIC\n-- no tag\n"
+                                        "SCHEDULE\nWELSPECS\n--@@@-- Generated\n P G 1 1 1* OIL /\n/\n"}});
     std::string generated;
     std::string suppressed;
     for (KeywordFileIterator place = deck.TopFile().Begin(); place != deck.TopFile().End(); ++place) {
@@ -83,11 +85,13 @@ TEST_F(LoadTest, WhatTheScanLearnsInPassingIsWhatTheFileSays)
 
 TEST_F(LoadTest, SecondSectionKeywordIsDroppedAndNothingElse)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nOIL\nRUNSPEC\nGAS\nINCLUDE\n'b.inc' /\nPORO\n1 /\n"}, {"b.inc", "GRID\nGRID\nPORO\n1 /\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nOIL\nRUNSPEC\nGAS\nINCLUDE\n'b.inc' /\nPORO\n1 /\n"},
+                         {"b.inc", "GRID\nGRID\nPORO\n1 /\n"}});
     EXPECT_EQ(deck.Walk(), "RUNSPEC OIL GAS INCLUDE GRID PORO PORO");
-    EXPECT_EQ(m_log.Texts(), (std::vector<std::string>{
-                                 "RUNSPEC should only appear once, ignoring duplicate seen in " + deck.Dir().Path("A.DATA"),
-                                 "GRID should only appear once, ignoring duplicate seen in " + deck.Dir().Path("b.inc")}));
+    EXPECT_EQ(m_log.Texts(),
+              (std::vector<std::string>{
+                  "RUNSPEC should only appear once, ignoring duplicate seen in " + deck.Dir().Path("A.DATA"),
+                  "GRID should only appear once, ignoring duplicate seen in " + deck.Dir().Path("b.inc")}));
     // The dropped keyword's line belongs to nobody's extent.
     EXPECT_EQ(TestDeck::Extents(deck.TopFile()), "RUNSPEC@0+8 OIL@8+4 GAS@20+4 INCLUDE@24+18 PORO@42+9");
 }
@@ -101,7 +105,9 @@ TEST_F(LoadTest, DuplicateSectionThatEndsTheFileStays)
 
 TEST_F(LoadTest, TwoDecksThatLoadInTurnKeepTheirSectionsApart)
 {
-    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'a.inc' /\n"}, {"a.inc", "GRID\nPORO\n1 /\n"}, {"B.DATA", "RUNSPEC\nGRID\nPORO\n1 /\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'a.inc' /\n"},
+                         {"a.inc", "GRID\nPORO\n1 /\n"},
+                         {"B.DATA", "RUNSPEC\nGRID\nPORO\n1 /\n"}});
     IDeck* other = deck.Manager().ImportDeck("B", deck.Dir().Path("B.DATA"), false, true, false);
     KeywordIterator position = deck.Keywords().Begin();
     EXPECT_EQ((*other->GetDeckKeywords()->Begin())->GetName(), "RUNSPEC");
@@ -147,7 +153,8 @@ TEST_F(LoadTest, SkippedRegions)
     Environment::Instance().EnableOrdaleLegacySkipHandling(true);
     EXPECT_EQ(TestDeck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nSKIP\nOIL\nENDSKIP\nGAS\n"}}).Walk(), "RUNSPEC GAS");
     Environment::Instance().EnableSKIPENDSKIP(false, SimulatorType::S100);
-    EXPECT_EQ(TestDeck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nSKIP\nOIL\nENDSKIP\nGAS\n"}}).Walk(), "RUNSPEC SKIP OIL ENDSKIP GAS");
+    EXPECT_EQ(TestDeck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nSKIP\nOIL\nENDSKIP\nGAS\n"}}).Walk(),
+              "RUNSPEC SKIP OIL ENDSKIP GAS");
 }
 
 TEST_F(LoadTest, ManyNestedSkips)
@@ -166,8 +173,9 @@ TEST_F(LoadTest, ManyNestedSkips)
 
 TEST_F(LoadTest, ActionsAreNoted)
 {
-    const TestDeck deck(TestDeck::Texts{{"A.DATA", "SCHEDULE\nACTIONX\nA 1 /\nWBHP P > 2 /\n/\nWELOPEN\n'P' SHUT /\n/\nENDACTIO\nENDACTIO\n"
-                                    "WEFAC\n'P' 1 /\n/\n"}});
+    const TestDeck deck(TestDeck::Texts{
+        {"A.DATA", "SCHEDULE\nACTIONX\nA 1 /\nWBHP P > 2 /\n/\nWELOPEN\n'P' SHUT /\n/\nENDACTIO\nENDACTIO\n"
+                   "WEFAC\n'P' 1 /\n/\n"}});
     EXPECT_EQ(deck.Walk(), "SCHEDULE ACTIONX WELOPEN ENDACTIO ENDACTIO WEFAC");
     EXPECT_TRUE(Environment::Instance().hasActionKeyword());
     EXPECT_TRUE(Environment::Instance().isInActionX("WELOPEN"));
@@ -180,8 +188,9 @@ TEST_F(LoadTest, IndentedKeywordsAreToldAndLeft)
     Environment::Instance().LogWarningForPossibleIndentedKeywords(true);
     const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\n  OIL\nGAS\n"}});
     EXPECT_EQ(deck.Walk(), "RUNSPEC GAS");
-    EXPECT_EQ(m_log.Texts(2), (std::vector<std::string>{"Possible indented keyword: OIL will be ignored, at line 2 in " +
-                                                        deck.Dir().Path("A.DATA")}));
+    EXPECT_EQ(m_log.Texts(2),
+              (std::vector<std::string>{"Possible indented keyword: OIL will be ignored, at line 2 in " +
+                                        deck.Dir().Path("A.DATA")}));
 }
 
 TEST_F(LoadTest, LogicalEndOfAFile)
@@ -199,7 +208,8 @@ TEST_F(LoadTest, FileThatCannotBeRead)
     std::filesystem::permissions(deck.Dir().Path("b.inc"), std::filesystem::perms::none);
     const TestSupport::UnprivilegedUser user(deck.Dir());
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE OIL");
-    EXPECT_EQ(m_log.Texts(3), (std::vector<std::string>{"Loading keyword file: Fails to open file:" + deck.Dir().Path("b.inc")}));
+    EXPECT_EQ(m_log.Texts(3),
+              (std::vector<std::string>{"Loading keyword file: Fails to open file:" + deck.Dir().Path("b.inc")}));
     EXPECT_TRUE(deck.File("b.inc").IsReadOnly());
 
     m_log.Clear();
@@ -246,8 +256,9 @@ TEST_F(LoadTest, CachedLoadGivesTheListOfTheScan)
 {
     const TestSupport::TempDir directory;
     const std::string tag = "                             -- Generated\n";
-    directory.Write("A.DATA", "-- Generated\nRUNSPEC\n--@@@OIL\nGAS" + tag + "INCLUDE\n'b.inc' /\nPORO\n1 /\nRUNSPEC\nSKIP\nWATER\nENDSKIP\nEDIT\n");
-    directory.Write("b.inc", "-- head\nGRID\n-- no data\n");
+    directory.Write("A.DATA", "-- head\nRUNSPEC\n--@@@OIL\nGAS" + tag +
+                                  "INCLUDE\n'b.inc' /\nPORO\n1 /\nRUNSPEC\nSKIP\nWATER\nENDSKIP\nEDIT\n");
+    directory.Write("b.inc", "-- Generated\nGRID\n-- no data\n");
     Environment::Instance().EnableSKIPENDSKIP(true, SimulatorType::S100);
 
     std::map<std::string, CacheEntry> entries;
@@ -260,14 +271,17 @@ TEST_F(LoadTest, CachedLoadGivesTheListOfTheScan)
                  std::to_string(file->HeaderEnd()) + " " + std::to_string(file->TailBegin());
         for (KeywordFileIterator place = file->Begin(); place != file->End(); ++place) {
             result += place->IsSuppressed() ? " s" : " -";
+            result += place->IsGenerated() ? "g" : "";
             result += KeywordFile::IncludedFileOf(*place) != nullptr ? "i" : "";
-            result += " " + std::to_string(place->GetLine()) + " " + std::to_string(static_cast<int>(file->SectionAt(place, true)));
+            result += " " + std::to_string(place->GetLine()) + " " +
+                      std::to_string(static_cast<int>(file->SectionAt(place, true)));
         }
         entries = manager.m_entries;
     }
     EXPECT_EQ(entries.size(), 2u);
     EXPECT_EQ(scanned[0], scanned[1]);
-    EXPECT_EQ(m_log.CountOf("RUNSPEC should only appear once, ignoring duplicate seen in " + directory.Path("A.DATA")), 1);
+    EXPECT_EQ(m_log.CountOf("RUNSPEC should only appear once, ignoring duplicate seen in " + directory.Path("A.DATA")),
+              1);
 
     // A name that no table knows any more is passed over.
     CachingManager manager(directory.Path());

@@ -1,0 +1,133 @@
+#include "keywords/Keyword.h"
+#include "files/KeywordFile.h"
+#include "keywords/CommentManager.h"
+#include "keywords/ITagMgr.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/IKeyword.h>
+
+// A keyword as it stands in its file: its text, its comment, its tag.
+
+namespace {
+
+using namespace Tarn::Fjel::Core::DeckManager;
+using TestSupport::TestDeck;
+
+class KeywordTest : public testing::Test
+{
+protected:
+    static Keyword& At(const TestDeck& deck, const std::string& name)
+    {
+        return static_cast<Keyword&>(const_cast<IKeyword&>(**deck.At(name)));
+    }
+
+    TestSupport::CleanEnvironment m_environment;
+    TestSupport::LogRecorder m_log;
+};
+
+TEST_F(KeywordTest, TextsOfAKeyword)
+{
+    struct Case
+    {
+        const char* what;
+        std::string text;
+        std::string dataText;
+        std::string comment;
+        bool suppressed;
+    };
+    const std::vector<Case> cases = {
+        {"data", "DIMENS\n  1 2 3 /\n\n", "  1 2 3 /", "", false},
+        {"no line end", "DIMENS\n 1 2 3 /", " 1 2 3 /", "", false},
+        {"CR LF", "DIMENS\r\n 1 2\r\n 3 /\r\n", " 1 2\n 3 /", "", false},
+        {"a comment of two lines", "DIMENS\n-- so\n--  many\n1 2 3 /\n", "-- so\n--  many\n1 2 3 /", " so\n  many",
+         false},
+        {"an indented comment", "DIMENS\n  -- so\n1 2 3 /\n", "  -- so\n1 2 3 /", " so", false},
+        {"a second paragraph is none of the comment", "DIMENS\n-- so\n\n-- not\n1 2 3 /\n", "-- so\n\n-- not\n1 2 3 /",
+         " so", false},
+        {"a tag line", "DIMENS\n-- Generated\n1 2 3 /\n", "1 2 3 /", "", false},
+        {"suppressed as a whole", "--@@@DIMENS\n--@@@1 2\n--@@@ 3 /\n--@@@\n", "1 2\n 3 /", "", true},
+        {"one row suppressed", "DIMENS\n--@@@1 2 3 /\n", "--@@@1 2 3 /", "", false},
+        {"only its line", "DIMENS", "", "", false},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\n" + test.text}});
+        Keyword& keyword = At(deck, "DIMENS");
+        EXPECT_EQ(*keyword.GetDataText(), test.dataText);
+        EXPECT_EQ(keyword.GetComment(), test.comment);
+        EXPECT_EQ(keyword.IsSuppressed(), test.suppressed);
+        std::string whole = test.text;
+        whole.erase(std::remove(whole.begin(), whole.end(), '\r'), whole.end());
+        if (whole.back() != '\n') whole += '\n';
+        EXPECT_EQ(*keyword.GetText(), whole);
+        EXPECT_FALSE(keyword.IsDirty());
+    }
+}
+
+TEST_F(KeywordTest, TitlesAndKeywordsWithoutData)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nTITLE\n-- no comment\nOIL\n-- a comment\n"}});
+    EXPECT_EQ(At(deck, "TITLE").GetComment(), "");
+    EXPECT_EQ(*At(deck, "TITLE").GetDataText(), "-- no comment");
+    EXPECT_EQ(At(deck, "OIL").GetDataText(), nullptr);
+    EXPECT_EQ(At(deck, "OIL").GetData(Context()), nullptr);
+    EXPECT_EQ(At(deck, "OIL").GetComment(), " a comment");
+    EXPECT_EQ(*At(deck, "OIL").GetText(), "OIL\n-- a comment\n");
+    EXPECT_EQ(At(deck, "OIL").GetDiskFile(), &deck.TopFile());
+}
+
+TEST_F(KeywordTest, VariablesAreAskedOfDataLinesOnly)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\n-- $NX\nTABDIMS\n1 -- $NX\n/\nDIMENS\n$NX 2 3 /\nOIL\n"}});
+    EXPECT_FALSE(At(deck, "RUNSPEC").HasVariables());
+    EXPECT_TRUE(At(deck, "DIMENS").HasVariables());
+    EXPECT_NE(At(deck, "DIMENS").GetVariables(Context()), nullptr);
+    EXPECT_FALSE(At(deck, "OIL").HasVariables());
+
+    const TestDeck without({{"A.DATA", "RUNSPEC\nDIMENS\n$NX 2 3 /\n"}}, false);
+    EXPECT_FALSE(At(without, "DIMENS").HasVariables());
+}
+
+TEST_F(KeywordTest, ChangesOfTagAndCommentAreDropped)
+{
+    const std::string tag = "                             -- Generated\n";
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nDIMENS" + tag + "-- so\n1 2 3 /\nOIL\n"}});
+    ITagMgr& generated = At(deck, "DIMENS").GetTagMgr();
+    EXPECT_TRUE(generated.SetTag(true));
+    EXPECT_FALSE(generated.IsTagChanged());
+    EXPECT_TRUE(generated.SetTag(false));
+    EXPECT_FALSE(generated.SetTag(true));
+    EXPECT_TRUE(generated.SetTag(false));
+    EXPECT_FALSE(At(deck, "DIMENS").IsGenerated());
+    EXPECT_TRUE(At(deck, "DIMENS").IsDirty());
+    EXPECT_TRUE(deck.TopFile().IsModified());
+    deck.TopFile().CancelChanges();
+    EXPECT_TRUE(At(deck, "DIMENS").IsGenerated());
+    EXPECT_FALSE(deck.TopFile().IsModified());
+
+    CommentManager comment(&At(deck, "DIMENS"));
+    comment.RevertComment();
+    EXPECT_EQ(comment.GetComment(), " so");
+    comment.SetComment("one");
+    comment.SetComment("two");
+    EXPECT_TRUE(comment.IsCommentChanged());
+    comment.RevertComment();
+    EXPECT_EQ(comment.GetComment(), " so");
+    EXPECT_FALSE(comment.IsCommentChanged());
+    EXPECT_EQ(CommentManager(nullptr).GetComment(), "");
+}
+
+TEST_F(KeywordTest, TagsWithTheHostsWord)
+{
+    Environment::Instance().SetCustomKeywordGeneratedTag("ABC");
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC -- Generated ABC\nOIL -- Generated\nGAS\n"
+                                                   "  --!!! Program generated\nWATER\n-- Generated ABC\n"}});
+    std::string generated;
+    for (KeywordFileIterator place = deck.TopFile().Begin(); place != deck.TopFile().End(); ++place) {
+        if (place->IsGenerated()) generated += place->GetName() + " ";
+    }
+    EXPECT_EQ(generated, "RUNSPEC GAS WATER ");
+}
+
+} // namespace
