@@ -84,6 +84,8 @@ struct DeserializeState
     const bool limitStringLength;
     const bool upperCase;
 
+    bool customRefused = false; ///< a reader of its own may have filled data that the generic one goes on with
+
     // Scratch, each for one use.
     std::string text;   ///< a string on its way into the data
     std::string path;   ///< a text whose path alias was replaced

@@ -69,10 +69,12 @@ public:
     static bool IsEmptyContainer(const Keywords::IKeywordData* data);
 
 private:
-    struct ItemResult
+    /// What an item of a record found.
+    enum class ItemStep
     {
-        DeserializeResult result;
-        bool endOfLine = false; ///< the line had no token left for the item
+        Nothing,   ///< no token
+        Value,     ///< a token, whether it became a value or not
+        Terminator ///< the terminator
     };
 
     struct RecordEnd
@@ -94,9 +96,9 @@ private:
     static DeserializeResult Deserialize(Keywords::IKeywordRecordData& record, const RecordPlan& plan,
                                          KeywordDataStore& store, const Context& context, DeserializeState& state,
                                          KeywordVariables* variables);
-    static ItemResult DeserializeItem(Keywords::IKeywordRecordData& record, int index, const RecordPlan::Item& item,
-                                      bool endOfLine, KeywordDataStore& store, const Context& context,
-                                      DeserializeState& state, KeywordVariables* variables);
+    static ItemStep DeserializeItem(Keywords::IKeywordRecordData& record, int index, const RecordPlan::Item& item,
+                                    bool endOfLine, KeywordDataStore& store, const Context& context,
+                                    DeserializeState& state, KeywordVariables* variables);
     static DeserializeResult Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
                                          KeywordVariables* variables);
     static DeserializeResult Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store);

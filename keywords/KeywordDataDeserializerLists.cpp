@@ -59,6 +59,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordListDat
     const Keywords::IKeywordListMD& md = *list.GetListMD();
     if (IDeserializer* const custom = state.customs.Find(&md)) {
         if (custom->Deserialize(list, store, context, state, variables)) return {true, false, false};
+        state.customRefused = true;
     }
     const std::int64_t size = ListSize(md, context, state);
     if (size == 0) return {};

@@ -53,7 +53,10 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
                                                        KeywordDataStore& store, const Context& context,
                                                        DeserializeState& state, KeywordVariables* variables)
 {
-    if (plan.custom && plan.custom->Deserialize(record, store, context, state, variables)) return {true, false, false};
+    if (plan.custom) {
+        if (plan.custom->Deserialize(record, store, context, state, variables)) return {true, false, false};
+        state.customRefused = true;
+    }
     const bool slash = plan.termination == Termination::Slash;
     const bool endOfLine = plan.termination == Termination::EndOfLine;
     const int count = static_cast<int>(plan.items.size());
@@ -80,9 +83,10 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
             }
             step = Deserialize(record.GetContainer(index), store, context, state, variables);
         } else {
-            const ItemResult result = DeserializeItem(record, index, item, endOfLine, store, context, state, variables);
-            if (result.endOfLine) break;
-            step = result.result;
+            const ItemStep found = DeserializeItem(record, index, item, endOfLine, store, context, state, variables);
+            if (found == ItemStep::Nothing && endOfLine) break;
+            step.hasData = found == ItemStep::Value;
+            step.terminated = step.firstWasTerminator = found == ItemStep::Terminator;
             lineTaken = item.type == MDType::RestOfLine;
         }
         if (step.hasData) {
@@ -115,7 +119,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
     return result;
 }
 
-KeywordDataDeserializer::ItemResult
+KeywordDataDeserializer::ItemStep
 KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, int index, const RecordPlan::Item& item,
                                          bool endOfLine, KeywordDataStore& store, const Context& context,
                                          DeserializeState& state, KeywordVariables* variables)
@@ -124,7 +128,7 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     bool quoted = false;
     const bool wholeLine = item.type == MDType::RestOfLine;
     if (wholeLine) {
-        if (store.IsAtEnd()) return {{}, endOfLine};
+        if (store.IsAtEnd()) return ItemStep::Nothing;
         state.line = store.Line();
         store.MarkLineTaken();
         store.AdvanceLine();
@@ -132,13 +136,17 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     } else if (item.optional ? !store.PeekTokenView(token, endOfLine, &quoted)
                              : !store.NextTokenView(token, endOfLine, false, &quoted))
     {
-        return {{}, endOfLine};
+        return ItemStep::Nothing;
     }
 
+    // The most frequent tokens of long rows: nothing to convert, and the item of a fresh record is unset already.
+    if (token == VeldaneDeckInfo::DEFAULT_TOKEN && !quoted && !item.optional && !wholeLine && !state.customRefused)
+        return ItemStep::Value;
+
     bool taken = true;
-    DeserializeResult result{false, true, true};
+    ItemStep found = ItemStep::Terminator;
     if (token != VeldaneDeckInfo::TERMINATION_TOKEN) {
-        result = {true, false, false};
+        found = ItemStep::Value;
         std::string& reason = state.reason;
         if (item.optional) {
             const Service::LogEnabler silence(false);
@@ -152,7 +160,7 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     }
     // What an optional item can't take stays for the next item.
     if (item.optional && taken && !wholeLine) store.NextTokenView(token, true, false, nullptr);
-    return {result, false};
+    return found;
 }
 
 bool KeywordDataDeserializer::DeserializeOptionalData(std::string_view token, bool quoted,
@@ -175,7 +183,7 @@ bool KeywordDataDeserializer::DeserializeOptionalData(std::string_view token, bo
                                                "unhandled metadata type \"{}\"",
                                                typeid(itemMD).name()));
     }
-    Keywords::Slot slot = record.GetItem(index);
+    Keywords::Slot slot(record, index);
 
     // Quotes make a literal of the default token in a string only.
     const bool isDefault =

@@ -101,7 +101,9 @@ bool KeywordDataStore::NextTokenView(std::string_view& token, bool stayOnLine, b
 {
     if (m_atEnd) return false;
     // A data line may hold no token at all.
-    while (!m_tokenizer.NextView(token, quoted, allowCommas)) {
+    while (!(m_tokenizer.HasPeeked() ? m_tokenizer.NextView(token, quoted, allowCommas)
+                                     : m_chain->NextView(token, quoted, allowCommas)))
+    {
         if (stayOnLine || !AdvanceLine()) return false;
     }
     MarkLineTaken();
