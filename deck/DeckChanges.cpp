@@ -70,6 +70,7 @@ void DeckKeywords::Refresh(bool allFiles)
 
 void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
 {
+    m_scopes.reset();
     switch (args.GetKind()) {
     case KeywordFileEventArgs::Insert:
     case KeywordFileEventArgs::Remove:
@@ -99,6 +100,7 @@ void DeckKeywords::DropAll()
     m_logicalEnd.reset();
     m_physicalEnd.reset();
     m_sections.reset();
+    m_scopes.reset();
     m_paths.reset();
 }
 

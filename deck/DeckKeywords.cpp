@@ -183,17 +183,21 @@ SectionType DeckKeywords::SectionOf(const KeywordIterator& givenPosition) const
         // A position made from a place in an included file: the deck knows where that file stands.
         position = DeckPositionOf(IteratorAccess::CurrentFileIter(position));
     }
-    const IteratorPath::Places path = IteratorPath::Of(position);
-    const auto isPassedBy = [](const KeywordFileIterator& place) {
-        return IteratorAccess::File(place)->WalkEnd() < place;
-    };
-    if (std::any_of(path.begin(), path.end(), isPassedBy)) return SectionBehindLogicalEnd(position);
+    if (IsPassedByWalk(position)) return SectionBehindLogicalEnd(position);
 
     const auto& all = GetSections().all;
     const auto behind =
         std::upper_bound(all.begin(), all.end(), position,
                          [](const KeywordIterator& place, const auto& entry) { return place < entry.first; });
     return behind == all.begin() ? SectionType::None : std::prev(behind)->second;
+}
+
+/// The position stands behind the end of a file on its way: a walk that heeds these ends never comes to it.
+bool DeckKeywords::IsPassedByWalk(const KeywordIterator& position) const
+{
+    const IteratorPath::Places path = IteratorPath::Of(position);
+    return std::any_of(path.begin(), path.end(),
+                       [](const KeywordFileIterator& place) { return IteratorAccess::File(place)->WalkEnd() < place; });
 }
 
 /// The walk that gathers the sections never comes to such a position: this one goes back from there.

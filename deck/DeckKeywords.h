@@ -96,7 +96,18 @@ private:
         std::vector<std::pair<KeywordIterator, Keywords::SectionType>> all;
     };
 
+    struct Scope
+    {
+        KeywordIterator head;
+        KeywordIterator end;
+        std::size_t outer; ///< the place of the scope around it; its own when there is none
+    };
+
     const Sections& GetSections() const;
+    const std::vector<Scope>& GetScopes() const;
+    bool FindEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const;
+    bool GoBackToEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const;
+    bool IsPassedByWalk(const KeywordIterator& position) const;
     Keywords::SectionType SectionBehindLogicalEnd(KeywordIterator position) const;
     const FilePaths& Paths() const;
     void BindContext() const;
@@ -110,6 +121,7 @@ private:
     mutable std::optional<KeywordIterator> m_logicalEnd;
     mutable std::optional<KeywordIterator> m_physicalEnd;
     mutable std::unique_ptr<Sections> m_sections;
+    mutable std::unique_ptr<std::vector<Scope>> m_scopes; ///< in the order of the walk
     mutable std::unique_ptr<FilePaths> m_paths;
     mutable unsigned long long m_pathsStamp = 0;
 };

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "deck/DeckKeywords.h"
 #include "deck/FilePaths.h"
 #include "deck/ScopeWalk.h"
@@ -53,17 +55,77 @@ KeywordIterator DeckKeywords::GetScopeEnd(const KeywordIterator& position, bool 
 
 void DeckKeywords::GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const
 {
+    const bool found = IteratorAccess::TopFile(position) == m_rootFile.get() && !IsPassedByWalk(position)
+                           ? FindEnclosingScope(position, head, end)
+                           : GoBackToEnclosingScope(position, head, end);
+    if (found) return;
+    head = Begin();
+    end = GetScopeEnd(head, false);
+}
+
+bool DeckKeywords::FindEnclosingScope(const KeywordIterator& position, KeywordIterator& head,
+                                      KeywordIterator& end) const
+{
+    const std::vector<Scope>& scopes = GetScopes();
+    const auto behind = std::lower_bound(scopes.begin(), scopes.end(), position,
+                                         [](const Scope& scope, const KeywordIterator& at) { return scope.head < at; });
+    if (behind == scopes.begin()) return false;
+    // Only the nearest head ahead of the position and the heads around it can still be open there.
+    const KeywordIterator begin = Begin();
+    for (auto place = static_cast<std::size_t>(behind - scopes.begin()) - 1;;) {
+        const Scope& scope = scopes[place];
+        if (scope.head != begin && position < scope.end) {
+            head = scope.head;
+            end = scope.end;
+            return true;
+        }
+        if (scope.outer == place) return false;
+        place = scope.outer;
+    }
+}
+
+/// For positions that the walk never comes to.
+bool DeckKeywords::GoBackToEnclosingScope(const KeywordIterator& position, KeywordIterator& head,
+                                          KeywordIterator& end) const
+{
     const KeywordIterator begin = Begin();
     head = position;
     for (--head; head != begin; --head) {
         const IKeyword* keyword = *head;
-        if (keyword == nullptr) break;
+        if (keyword == nullptr) return false;
         if (!keyword->GetSyntax()->IsScopeStart()) continue;
         end = GetScopeEnd(head, false);
-        if (position < end) return;
+        if (position < end) return true;
     }
-    head = begin;
-    end = GetScopeEnd(begin, false);
+    return false;
+}
+
+/// All scopes of the deck from one walk: asking each head would cost the square of a deck of dates.
+const std::vector<DeckKeywords::Scope>& DeckKeywords::GetScopes() const
+{
+    if (m_scopes) return *m_scopes;
+    auto scopes = std::make_unique<std::vector<Scope>>();
+    OpenScopes open;
+    std::vector<std::size_t> path; // the places of the open scopes
+    for (KeywordIterator position = Begin();; ++position) {
+        const IKeyword* keyword = *position;
+        const std::size_t left = keyword != nullptr ? open.Close(*keyword) : 0;
+        for (; path.size() > left; path.pop_back()) {
+            (*scopes)[path.back()].end = position;
+        }
+        if (keyword == nullptr) break;
+        if (!keyword->GetSyntax()->IsScopeStart()) continue;
+        const std::size_t place = scopes->size();
+        scopes->push_back({position, KeywordIterator(), path.empty() ? place : path.back()});
+        path.push_back(place);
+        open.Open(*keyword);
+    }
+    // A section keyword that occurs again has the range of the first.
+    for (Scope& scope : *scopes) {
+        if (scope.head->GetSyntax()->GetKind() == KeywordKind::Section) scope.end = GetScopeEnd(scope.head, false);
+    }
+    m_scopes = std::move(scopes);
+    return *m_scopes;
 }
 
 KeywordIterator ScopeEnd(const KeywordIterator& position, const IDeck& deck, bool generatedOnly)

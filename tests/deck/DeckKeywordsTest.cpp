@@ -308,6 +308,23 @@ TEST_F(DeckKeywordsTest, ScopeWalkIsTheLiteralOne)
             if (!place->GetSyntax()->IsScopeStart()) continue;
             ASSERT_EQ(FileScopeEnd(place, false), LiteralScopeEnd(place, end)) << place->GetName() << "\n" << text;
         }
+
+        // The scope around each place: the nearest head ahead of it, the first keyword aside, that ends behind it.
+        const IDeckKeywords& keywords = deck.Keywords();
+        const KeywordIterator begin = keywords.Begin();
+        for (KeywordIterator position = begin; position != keywords.PhysicalEnd(); ++position) {
+            if (position == begin) continue;
+            KeywordIterator literal = position;
+            do {
+                --literal;
+            } while (literal != begin &&
+                     !(literal->GetSyntax()->IsScopeStart() && position < keywords.GetScopeEnd(literal, false)));
+            KeywordIterator head;
+            KeywordIterator scopeEnd;
+            keywords.GetEnclosingScope(position, head, scopeEnd);
+            ASSERT_EQ(head, literal) << position->GetName() << "\n" << text;
+            ASSERT_EQ(scopeEnd, keywords.GetScopeEnd(literal, false)) << position->GetName() << "\n" << text;
+        }
     }
 }
 
