@@ -44,7 +44,9 @@ TEST(BadInput, TopFileThatCannotBeReadIsNamedWithStatus3)
     const TempDir folder;
     folder.Write("secret.DATA", "RUNSPEC\n");
     folder.Write("sub/x.DATA", "RUNSPEC\n");
+    folder.Write("closed/x.DATA", "RUNSPEC\n");
     std::filesystem::permissions(folder.Path("secret.DATA"), std::filesystem::perms::none);
+    std::filesystem::permissions(folder.Path("closed"), std::filesystem::perms::none);
     Launch run = In(folder);
     run.unprivileged = true;
 
@@ -54,6 +56,7 @@ TEST(BadInput, TopFileThatCannotBeReadIsNamedWithStatus3)
         {"sub", "sub: error: This is a directory, and not the top file of a deck."},
         {"sub/", "sub/: error: This is a directory, and not the top file of a deck."},
         {"secret.DATA", "secret.DATA: error: No permission to read the file."},
+        {"closed/x.DATA", "closed/x.DATA: error: No permission to enter the folder of the file."},
         {"/dev/null", "/dev/null: error: This is not a regular file."},
         {"", ": error: The file does not exist."},
     };
@@ -87,6 +90,17 @@ TEST(BadInput, MissingIncludeLeavesTheDeckOpen)
     EXPECT_EQ(top.at("includes").at(0).dump(),
               R"({"file":"gone.inc","exists":false,"keywords":0,"bytes":0,"includes":[]})");
     EXPECT_FALSE(folder.Exists("gone.inc"));
+}
+
+TEST(BadInput, IncludeWhoseNameHasNoValueIsShownAsWritten)
+{
+    const TempDir folder;
+    folder.Write("TOP.DATA", "RUNSPEC\n" + include + "$NONE/a.inc' / text\nINCLUDE\n $NONE /\nINCLUDE\n/\n");
+    const auto tree = JsonLines(Deckman({"tree", "TOP.DATA", "--json"}, In(folder)).out).at(0);
+    std::vector<std::string> names;
+    for (const auto& link : tree.at("includes"))
+        names.push_back(link.at("file"));
+    EXPECT_THAT(names, testing::ElementsAre("$NONE/a.inc", "$NONE", "/"));
 }
 
 TEST(BadInput, IncludeWithoutPermissionIsAFileFailure)
@@ -238,6 +252,13 @@ TEST(BadInput, WarningsCountOnlyWhenStrict)
     EXPECT_EQ(Deckman({"ls", "TOP.DATA", "--strict"}, run).status, 1);
 }
 
+TEST(BadInput, MessagesGiveATerminalNoOrders)
+{
+    const TempDir folder;
+    folder.Write("TOP.DATA", "RUNSPEC\nNO\x1b[31mWORD\x07 1 2\n");
+    EXPECT_THAT(Deckman({"ls", "TOP.DATA"}, In(folder)).err, HasSubstr("Keyword NO?[31MWORD? is not recognized"));
+}
+
 TEST(BadInput, RecurringSectionsAreNamed)
 {
     const TempDir folder;
@@ -264,9 +285,12 @@ TEST(BadInput, OutputThatNobodyTakes)
 
     Launch full;
     full.outFile = "/dev/full";
-    const Outcome outcome = Deckman({"ls", deck}, full);
-    EXPECT_EQ(outcome.status, 3);
-    EXPECT_THAT(outcome.err, HasSubstr("standard output: error: "));
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"ls", deck}, {"--help"}, {"ls", "--help"}, {"--version"}}) {
+        const Outcome outcome = Deckman(arguments, full);
+        EXPECT_EQ(outcome.status, 3) << arguments.front();
+        EXPECT_THAT(outcome.err, HasSubstr("standard output: error: "));
+    }
 }
 
 TEST(BadInput, NoColoursInAFile)

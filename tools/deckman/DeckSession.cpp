@@ -1,10 +1,12 @@
 #include "DeckSession.h"
 
+#include <cerrno>
 #include <exception>
 
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/Environment.h>
 #include <deckmanager/IKeywordFile.h>
+#include <unistd.h>
 
 namespace Deckman {
 
@@ -47,7 +49,11 @@ void DeckSession::Open(const std::string& path)
     m_topFile = ToFileName(path);
     if (Service::Directory(path).IsDirectory())
         throw Failure(FileFailure, "This is a directory, and not the top file of a deck.", path);
-    if (!m_topFile.IsSet() || !m_topFile.FileExists()) throw Failure(FileFailure, "The file does not exist.", path);
+    if (!m_topFile.IsSet() || !m_topFile.FileExists()) {
+        const bool closed = ::access(path.c_str(), F_OK) != 0 && errno == EACCES;
+        throw Failure(FileFailure,
+                      closed ? "No permission to enter the folder of the file." : "The file does not exist.", path);
+    }
     if (!m_topFile.IsFile()) throw Failure(FileFailure, "This is not a regular file.", path);
     if (!m_topFile.FileAccessibleAndExists()) throw Failure(FileFailure, "No permission to read the file.", path);
 

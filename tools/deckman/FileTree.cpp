@@ -30,6 +30,17 @@ struct GridKeyword
 constexpr GridKeyword gridKeywords[] = {{"GDFILE", "F?E?GRID", &DataAccessUtils::GetGDFILEName},
                                         {"ORDGRID", "OPF", &DataAccessUtils::GetORDGRIDName}};
 
+/// The name in the data of an `INCLUDE` as it is written there, without quotes; the first line of the data when there
+/// is no name.
+std::string_view WrittenName(std::string_view data)
+{
+    data = Service::Trimmed(data);
+    const bool quoted = data.starts_with('\'');
+    const std::string_view name =
+        quoted ? data.substr(1, data.find_first_of("'\n", 1) - 1) : data.substr(0, data.find_first_of("/ \t\n"));
+    return name.empty() ? data.substr(0, data.find('\n')) : name;
+}
+
 /// The root of a leaf as a regular expression that matches nothing else.
 std::string Quoted(std::string_view text)
 {
@@ -83,8 +94,7 @@ FileLink FileTree::LinkOf(const DeckManager::IKeyword& include) const
     if (!text) {
         // A name that nothing gives a value, such as a variable: what stands in the deck says more than nothing.
         const DeckManager::KeywordText written(include);
-        const std::string_view data = Service::Trimmed(written.Data());
-        link.shown = data.substr(0, data.find('\n'));
+        link.shown = WrittenName(written.Data());
         return link;
     }
     link.shown = *text;

@@ -45,8 +45,12 @@ bool Matches(const RE2& expression, const DeckManager::IKeyword& keyword)
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out)
 {
     const RE2 expression("(?m)" + options.regex, Settings());
-    if (!expression.ok())
-        throw Failure(WrongUsage, fmt::format("'{}' is no regular expression: {}.", options.regex, expression.error()));
+    if (!expression.ok()) {
+        // Of the expression as the user wrote it.
+        const std::string error = RE2(options.regex, Settings()).error();
+        throw Failure(WrongUsage, fmt::format("'{}' is no regular expression: {}.", options.regex,
+                                              error.empty() ? expression.error() : error));
+    }
 
     KeywordRows rows(session, out, options.json);
     bool found = false;

@@ -46,10 +46,19 @@ std::string Messages::Shown(std::string_view file) const
     return std::string(file);
 }
 
+/// A message may quote a file that is no deck, and a terminal must not take what that holds for orders.
+void Messages::MakeHarmless(std::string& text)
+{
+    for (char& c : text) {
+        if ((static_cast<unsigned char>(c) < 0x20 && c != '\n' && c != '\t') || c == 0x7F) c = '?';
+    }
+}
+
 bool Messages::Print(std::string_view place, std::string_view severity, std::string_view text)
 {
     std::string line = fmt::format("{}: {}: {}", place.empty() ? "deckman" : place, severity,
                                    Tarn::Fjel::Core::Service::TrimmedRight(text));
+    MakeHarmless(line);
     if (!place.empty() && !m_told.insert(std::hash<std::string>()(line)).second) return false;
     Tarn::Fjel::Core::Service::StringReplace(line, "\n", "\n    ");
     line += '\n';

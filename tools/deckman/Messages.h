@@ -35,6 +35,7 @@ public:
 
 private:
     void Take(std::string_view text, int severity);
+    static void MakeHarmless(std::string& text);
     /// False for a message that has been told.
     bool Print(std::string_view place, std::string_view severity, std::string_view text);
 

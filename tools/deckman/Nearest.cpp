@@ -44,7 +44,7 @@ std::vector<std::string> Nearest(std::string_view word, std::span<const std::str
     std::vector<std::string> result;
     for (const auto& entry : ranked) {
         if (result.size() == limit) break;
-        result.emplace_back(entry.second);
+        if (std::ranges::find(result, entry.second) == result.end()) result.emplace_back(entry.second);
     }
     return result;
 }

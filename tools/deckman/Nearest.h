@@ -9,7 +9,7 @@ namespace Deckman {
 
 /// The candidates that are closest to `word` by edit distance (a swap of neighbours counts once), the best first, at
 /// most `limit`, and none that has little to do with it. Case doesn't count. Equal distances keep the candidates'
-/// order.
+/// order, and a candidate that is there twice comes once.
 std::vector<std::string> Nearest(std::string_view word, std::span<const std::string_view> candidates,
                                  std::size_t limit = 3);
 

@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -11,6 +12,7 @@
 
 #include "Help.h"
 #include "Nearest.h"
+#include "Output.h"
 #include "Sections.h"
 
 namespace Deckman {
@@ -98,7 +100,7 @@ void AddFilter(CLI::App& verb, Options& options)
         options.filter.section = FindSection(name);
         if (!options.filter.section) {
             throw CLI::ValidationError("--section",
-                                       fmt::format("{} is not a section.{}", name, NearestHint(name, sectionNames)));
+                                       fmt::format("'{}' is not a section.{}", name, NearestHint(name, sectionNames)));
         }
     };
     const auto toGlob = [&options](const std::string& glob) {
@@ -146,28 +148,71 @@ void AddCommonOptions(CLI::App& app, Options& options)
     app.add_option("--file-tag", options.fileTag)->type_name("WORD");
 }
 
-void Print(std::FILE* to, std::string_view text)
+void PrintError(std::string_view text)
 {
-    std::fwrite(text.data(), 1, text.size(), to);
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+/// What was asked for: unlike a message it must not get lost without a word.
+ExitStatus PrintAnswer(std::string_view text)
+{
+    Output out;
+    out.Append(text);
+    out.Flush();
+    if (out.Failure() == 0) return Done;
+    PrintError(fmt::format("standard output: error: {}\n", std::strerror(out.Failure())));
+    return FileFailure;
+}
+
+/// The options that a verb takes, its own and those of every verb.
+std::vector<std::string> OptionNames(const CLI::App& app, const CLI::App& verb)
+{
+    std::vector<std::string> names;
+    for (const CLI::App* level : {&verb, &app}) {
+        for (const CLI::Option* option : level->get_options()) {
+            for (const std::string& name : option->get_lnames())
+                names.push_back("--" + name);
+        }
+    }
+    return names;
+}
+
+/// What is wrong with a command line that has a verb, in place of the parser's own words where those say too little.
+std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::ParseError& error)
+{
+    const std::string text = error.what();
+    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+        for (const std::string& word : app.remaining(true)) {
+            if (!word.starts_with('-')) continue;
+            const std::vector<std::string> names = OptionNames(app, verb);
+            return fmt::format("{} has no option {}.{}", verb.get_name(), word,
+                               NearestHint(word.substr(0, word.find('=')),
+                                           std::vector<std::string_view>(names.begin(), names.end())));
+        }
+    } else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.starts_with("--")) {
+        return fmt::format("{} needs a value.", text.substr(0, text.find(':')));
+    }
+    return text;
 }
 
 ExitStatus TellWrongUsage(const CLI::App& app, const CLI::ParseError& error)
 {
     const auto chosen = app.get_subcommands();
     if (!chosen.empty()) {
-        const std::string name = chosen.front()->get_name();
-        Print(stderr, fmt::format("deckman: error: {}\nSee deckman {} --help.\n", error.what(), name));
+        const CLI::App& verb = *chosen.front();
+        PrintError(fmt::format("deckman: error: {}\nSee deckman {} --help.\n", Complaint(app, verb, error),
+                               verb.get_name()));
         return WrongUsage;
     }
     for (const std::string& word : app.remaining()) {
         if (word.starts_with('-')) continue;
-        Print(stderr, fmt::format("deckman: error: There is no verb {}.{}\nSee deckman --help.\n", word,
-                                  NearestHint(word, VerbNames())));
+        PrintError(fmt::format("deckman: error: There is no verb {}.{}\nSee deckman --help.\n", word,
+                               NearestHint(word, VerbNames())));
         return WrongUsage;
     }
     const std::string text =
         dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? "A verb is missing." : error.what();
-    Print(stderr, fmt::format("deckman: error: {}\nSee deckman --help.\n", text));
+    PrintError(fmt::format("deckman: error: {}\nSee deckman --help.\n", text));
     return WrongUsage;
 }
 
@@ -188,17 +233,12 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         return options;
     } catch (const CLI::CallForHelp&) {
         const auto chosen = app.get_subcommands();
-        if (chosen.empty())
-            Print(stdout, helpText);
-        else
-            Print(stdout, chosen.front()->help("deckman"));
-        return Done;
+        return PrintAnswer(chosen.empty() ? std::string(helpText) : chosen.front()->help("deckman"));
     } catch (const CLI::CallForVersion& version) {
-        Print(stdout, fmt::format("{}\n", version.what()));
-        return Done;
+        return PrintAnswer(fmt::format("{}\n", version.what()));
     } catch (const CLI::ParseError& error) {
         if (argc == 1) {
-            Print(stderr, helpText);
+            PrintError(helpText);
             return WrongUsage;
         }
         return TellWrongUsage(app, error);

@@ -29,7 +29,7 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out)
     }
     if (text.All().empty()) {
         session.Log().Note(fmt::format("{}:{}", session.PlaceOf(*keyword.GetFile()), keyword.GetLine()),
-                           fmt::format("{} bounds a skipped region and has no text of its own.", keyword.GetName()));
+                           fmt::format("With --simulator, {} is listed without its text.", keyword.GetName()));
     }
     return Done;
 }
