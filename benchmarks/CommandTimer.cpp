@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -26,6 +27,7 @@ namespace {
 std::vector<char*> Pointers(const std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (const std::string& text : texts)
         pointers.push_back(const_cast<char*>(text.c_str()));
     pointers.push_back(nullptr);
@@ -58,18 +60,17 @@ Run RunOnce(const Command& command)
     int channel[2];
     if (pipe2(channel, O_CLOEXEC) != 0) Fail(command, std::strerror(errno));
     const auto begin = std::chrono::steady_clock::now();
-    const pid_t child = vfork();
-    if (child == 0) {
-        const int null = open("/dev/null", O_WRONLY);
-        dup2(channel[1], STDOUT_FILENO);
-        dup2(null, STDERR_FILENO);
-        execvpe(arguments[0], arguments.data(), variables.data());
-        _exit(127);
-    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, channel[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = -1;
+    const int failure = posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), variables.data());
+    posix_spawn_file_actions_destroy(&actions);
     close(channel[1]);
-    if (child < 0) {
+    if (failure != 0) {
         close(channel[0]);
-        Fail(command, std::strerror(errno));
+        Fail(command, std::strerror(failure));
     }
     Run run;
     run.outputBytes = Drain(channel[0]);

@@ -103,7 +103,10 @@ bool FileScan::OpenReader()
     const bool required = !Environment::Instance().GetAllowIncompleteDeck();
     m_reader = m_file.m_fileReader->OpenLineReader(required);
     if (m_reader) return true;
-    if (required) Log::SendLogMessage("Loading keyword file: Fails to open file:" + Path(), Log::Error);
+    if (required) {
+        const Log::Place place(Path(), -1);
+        Log::SendLogMessage("Loading keyword file: Fails to open file:" + Path(), Log::Error);
+    }
     m_file.m_loadFailed = true;
     return false;
 }
@@ -172,6 +175,7 @@ void FileScan::TakeFound()
     Environment& environment = Environment::Instance();
     if (m_found.indented && environment.LogWarningForPossibleIndentedKeywords()) {
         const int line = m_found.line > 0 ? m_found.line : m_file.m_fileReader->LineNumberAt(m_found.pos);
+        const Log::Place place(Path(), line);
         Log::SendLogMessage(environment.getIndentedKeywordsWarningPrefix() + " " + m_found.name +
                                 " will be ignored, at line " + std::to_string(line) + " in " + Path(),
                             Log::Warning);
@@ -251,6 +255,7 @@ void FileScan::SettlePending(long long end)
         return;
     }
     if (IsDuplicateSection(m_pending.name)) {
+        const Log::Place place(Path(), m_pending.marks.line);
         Log::SendLogMessage(m_pending.name + " should only appear once, ignoring duplicate seen in " + Path(),
                             Log::Warning);
         return;
@@ -311,6 +316,7 @@ void FileScan::Finish()
     } else if (m_reader->Eof()) {
         m_file.SaveToCache(m_status);
     } else {
+        const Log::Place place(Path(), -1);
         Log::SendLogMessage("Loading keyword file: Fails to read file:" + Path(), Log::Error);
         m_file.m_loadFailed = true;
     }

@@ -35,10 +35,12 @@ std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::str
                 state.activeDepth = 0;
                 const LineStreamReader* lines = reader.Lines();
                 const int known = lines != nullptr ? lines->LineNumber() : -1;
+                const int line = known > 0 ? known : file.LineNumberAt(position);
+                const Service::Log::Place place(file.GetPath(), line);
                 Service::Log::LogWF(
                     "Encountered ENDSKIP without SKIP/SKIP100/SKIP300 near line %d in %s. Please ensure "
                     "that SKIP and ENDSKIP are both in the same file.",
-                    known > 0 ? known : file.LineNumberAt(position), file.GetPath().c_str());
+                    line, file.GetPath().c_str());
             }
             if (state.activeDepth == 0) return skipped;
         } else {

@@ -23,14 +23,31 @@ Messages::~Messages()
     Log::SetHandler(std::move(m_previous));
 }
 
-void Messages::Take(std::string_view text, int severity)
+namespace {
+
+/// The scan's own words on a place ("… near line 7 in FILE.") go where deckman's place says the same more exactly.
+std::string WithoutPlace(std::string_view text, std::string_view file)
+{
+    const std::size_t begin = text.rfind(" near line ");
+    const std::string ending = fmt::format(" in {}.", file);
+    return begin != std::string_view::npos && text.ends_with(ending) ? std::string(text.substr(0, begin)) + "."
+                                                                      : std::string(text);
+}
+
+} // namespace
+
+void Messages::Take(std::string_view givenText, int severity)
 {
     if (Log::IsProbing()) return;
 
+    std::string text(givenText);
     std::string place;
     if (const Log::Location location = Log::CurrentPlace(); location.IsKnown()) {
         place = Shown(location.file);
-        if (location.line > 0) place += fmt::format(":{}", location.line);
+        if (location.line > 0) {
+            text = WithoutPlace(text, location.file);
+            place += fmt::format(":{}", location.line);
+        }
     }
     if (severity >= Log::Error)
         Error(place, text);
