@@ -175,7 +175,7 @@ bool Context::EvalNDETAC(int& value) const
     std::int64_t sum = 0;
     for (int index = 0; index < lumps->GetElementCount(); ++index) {
         const auto* const lump = AsRecord(lumps->GetElement(index).GetContainer());
-        if (!lump) return false;
+        if (!lump || lump->GetItemCount() < 2 || lump->GetItem(1).Kind() != Keywords::MDType::Integer) return false;
         const int detailed = lump->GetItem(1).GetInteger();
         if (detailed == Keywords::UnsetValue::Integer) {
             throw DeckManagerException(fmt::format(

@@ -120,12 +120,22 @@ std::int64_t KeywordDataDeserializer::SelfSize(const std::string& expression, De
     constexpr std::string_view prefix = "self:";
     if (!std::string_view(expression).starts_with(prefix) || expression.size() == prefix.size()) return -1;
 
-    const auto elementCount = [&state](int item) -> std::int64_t {
-        const auto& root = static_cast<const Keywords::IKeywordRecordData&>(state.root);
-        return static_cast<const Keywords::IKeywordListData&>(root.GetContainer(item)).GetElementCount();
-    };
     const std::string_view name = std::string_view(expression).substr(prefix.size());
     const std::string& keyword = state.keyword.GetName();
+    const auto unhandled = [&] {
+        return DeckManagerException(fmt::format(
+            "DeckManager::KeywordDataDeserializer(): unhandled size \"{}\" while parsing keyword {}. ", expression,
+            keyword));
+    };
+    // A host's table may give these keywords another shape.
+    const auto elementCount = [&](int item) -> std::int64_t {
+        if (state.root.GetType() != MDType::Record) throw unhandled();
+        const auto& root = static_cast<const Keywords::IKeywordRecordData&>(state.root);
+        if (item >= root.GetItemCount()) throw unhandled();
+        const Keywords::IKeywordData* const list = root.GetItem(item).GetContainer();
+        if (!list || list->GetType() != MDType::List) throw unhandled();
+        return static_cast<const Keywords::IKeywordListData*>(list)->GetElementCount();
+    };
     if (name == "SIZEPRSVALUES" && keyword == "VFPINJ") {
         if (state.sizePRSValues < 0) state.sizePRSValues = elementCount(2);
         return state.sizePRSValues;
@@ -142,10 +152,7 @@ std::int64_t KeywordDataDeserializer::SelfSize(const std::string& expression, De
         }
         return state.sizeValuesList;
     }
-    throw DeckManagerException(
-        fmt::format("DeckManager::KeywordDataDeserializer(): unhandled size \"{}\" while parsing "
-                    "keyword {}. ",
-                    expression, keyword));
+    throw unhandled();
 }
 
 bool KeywordDataDeserializer::IsEmptyRecord(const Keywords::IKeywordRecordData* record)

@@ -21,7 +21,7 @@ class References
 public:
     void Set(const Key& key, const Keywords::VariablesString& text) { m_variables.insert_or_assign(key, text); }
 
-    const std::list<Key>& Keys()
+    const std::list<Key>& Keys() const
     {
         m_keys.clear();
         for (const auto& [key, text] : m_variables)
@@ -37,14 +37,14 @@ public:
     }
 
 private:
-    std::list<Key> m_keys;
+    mutable std::list<Key> m_keys;
     std::map<Key, Keywords::VariablesString> m_variables;
 };
 
 class KeywordListDataVariables : public Keywords::IKeywordListDataVariables, public References<int>
 {
 public:
-    const std::list<int>& GetVariableIndices() override { return Keys(); }
+    const std::list<int>& GetVariableIndices() const override { return Keys(); }
     const Keywords::VariablesString& GetVariable(int index) const override
     {
         return Get(index, "Variables are not set for the given index");
@@ -54,7 +54,7 @@ public:
 class KeywordRecordDataVariables : public Keywords::IKeywordRecordDataVariables, public References<int>
 {
 public:
-    const std::list<int>& GetVariableIndices() override { return Keys(); }
+    const std::list<int>& GetVariableIndices() const override { return Keys(); }
     const Keywords::VariablesString& GetVariable(int index) const override
     {
         return Get(index, "Variable are not set for the given index");
@@ -64,7 +64,7 @@ public:
 class KeywordMapDataVariables : public Keywords::IKeywordMapDataVariables, public References<std::string>
 {
 public:
-    const std::list<std::string>& GetVariableKeys() override { return Keys(); }
+    const std::list<std::string>& GetVariableKeys() const override { return Keys(); }
     const Keywords::VariablesString& GetVariable(const std::string& key) const override
     {
         return Get(key, "Variable are not set for the given key");
@@ -99,13 +99,7 @@ void KeywordVariables::SetRecordVariable(Keywords::IKeywordRecordData& data, int
     Set<KeywordRecordDataVariables>(data, index, text);
 }
 
-Keywords::IKeywordDataVariables* KeywordVariables::GetDataVariables(const Keywords::IKeywordData* data)
-{
-    const auto found = m_dataVariables.find(data);
-    return found == m_dataVariables.end() ? nullptr : found->second.get();
-}
-
-const Keywords::IKeywordDataVariables* KeywordVariables::GetDataVariables(const Keywords::IKeywordData* data) const
+Keywords::IKeywordDataVariables* KeywordVariables::GetDataVariables(const Keywords::IKeywordData* data) const
 {
     const auto found = m_dataVariables.find(data);
     return found == m_dataVariables.end() ? nullptr : found->second.get();

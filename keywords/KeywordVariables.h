@@ -29,8 +29,7 @@ public:
     /// At least one reference has been noted.
     bool HasVariables() const { return !m_dataVariables.empty(); }
 
-    Keywords::IKeywordDataVariables* GetDataVariables(const Keywords::IKeywordData* data) override;
-    const Keywords::IKeywordDataVariables* GetDataVariables(const Keywords::IKeywordData* data) const override;
+    Keywords::IKeywordDataVariables* GetDataVariables(const Keywords::IKeywordData* data) const override;
 
 private:
     template <class Variables, class Key>

@@ -61,6 +61,12 @@ TEST(KeywordVariables, KeepTheLastTextOfAPlaceInOrder)
     EXPECT_EQ(ofList->GetVariable(3).GetString(), "$LAST");
     EXPECT_EQ(Thrown([&] { ofList->GetVariable(2); }), "Variables are not set for the given index");
 
+    // What a host is given, a table that it can't change, tells the same.
+    const Core::Keywords::IKeywordVariables& asGiven = variables;
+    EXPECT_EQ(asGiven.GetDataVariables(list.get()), ofList);
+    const Core::Keywords::IKeywordListDataVariables& unchangeable = *ofList;
+    EXPECT_EQ(unchangeable.GetVariableIndices(), (std::list<int>{1, 3, 5}));
+
     auto* const ofMap = dynamic_cast<Core::Keywords::IKeywordMapDataVariables*>(variables.GetDataVariables(map.get()));
     ASSERT_NE(ofMap, nullptr);
     EXPECT_EQ(ofMap->GetVariableKeys(), (std::list<std::string>{"B", "b"}));

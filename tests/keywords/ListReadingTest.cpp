@@ -37,6 +37,16 @@ constexpr const char* notTerminated = "2 List in keyword X is not properly termi
 constexpr const char* noDefault = "3 Defaulted value \"1*\" used but item is not defaultable (has no default value).";
 constexpr const char* truncated = "3 Keyword X has more data than can be held; the rest is left out.";
 
+std::string Thrown(const DeckManager::IKeyword& keyword, const char* text, const DeckManager::Context& context)
+{
+    try {
+        ReadText(keyword, text, false, context);
+    } catch (const DeckManager::DeckManagerException& exception) {
+        return exception.what();
+    }
+    return "nothing";
+}
+
 /// Narrower limits until the end of the scope.
 struct Limits
 {
@@ -233,8 +243,23 @@ TEST(ListReading, SizesOfTheKeywordItself)
     // A product beyond all bounds is no size: the list then takes what there is.
     EXPECT_EQ(ReadText(keyword, "1 10 /\n65536*1 /\n65536*1 /\n65536*1 /\n65536*1 /\n5 6 /", false, context).messages,
               std::vector<std::string>{});
-    EXPECT_THROW(ReadText(LooseKeyword(table.Syntax("VFPX"), "VFPX"), "1 1 /\n1 /\n1 /\n1 /\n1 /\n5 /", false, context),
-                 DeckManager::DeckManagerException);
+    EXPECT_EQ(Thrown(LooseKeyword(table.Syntax("VFPX"), "VFPX"), "1 1 /\n1 /\n1 /\n1 /\n1 /\n5 /", context),
+              "DeckManager::KeywordDataDeserializer(): unhandled size \"self:SIZEVALUESLIST\" while parsing keyword VFPX. ");
+    // The same names in a table that gives the keyword another shape.
+    const std::string sized = R"({"type": "list", "termination": "none", "size": "self:SIZEFLOVALUES", "element":
+        {"type": "real"}})";
+    for (const std::string& shape :
+         {fmt::format(R"({{"type": "list", "element": {}}})", sized),
+          fmt::format(R"({{"type": "record", "items": [{{"name": "N", "type": "integer"}},
+                          {{"name": "F", "type": "integer"}}, {{"name": "V", "use": "V"}}]}})"),
+          std::string(R"({"type": "record", "items": [{"name": "V", "use": "V"}]})")}) {
+        const TableInForce other(fmt::format(
+            R"({{"shapes": {{"V": {}}}, "keywords": [{{"name": "VFPINJ", "sections": "all", "data": {}}}]}})", sized,
+            shape));
+        EXPECT_EQ(
+            Thrown(LooseKeyword(other.Syntax("VFPINJ")), "1 2 3 /", context),
+            "DeckManager::KeywordDataDeserializer(): unhandled size \"self:SIZEFLOVALUES\" while parsing keyword VFPINJ. ");
+    }
     // Without a deck no expression can be answered.
     EXPECT_THROW(ReadText(keyword, "1 1 /\n1 /\n1 /\n1 /\n1 /\n5 /"), DeckManager::DeckManagerException);
 }

@@ -228,8 +228,14 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
     for (const VerbHelp& verb : verbs)
         AddVerb(app, verb, options);
 
+    // People ask for help in this way too.
+    std::vector<const char*> arguments(argv, argv + argc);
+    if (argc > 1 && std::string_view(argv[1]) == "help") {
+        arguments.erase(arguments.begin() + 1);
+        arguments.push_back("--help");
+    }
     try {
-        app.parse(argc, argv);
+        app.parse(static_cast<int>(arguments.size()), arguments.data());
         return options;
     } catch (const CLI::CallForHelp&) {
         const auto chosen = app.get_subcommands();

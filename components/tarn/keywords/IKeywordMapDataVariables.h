@@ -12,8 +12,8 @@ namespace Tarn::Fjel::Core::Keywords {
 class IKeywordMapDataVariables : public IKeywordDataVariables
 {
 public:
-    /// The names, ascending byte by byte. The list is made anew by each call.
-    virtual const std::list<std::string>& GetVariableKeys() = 0;
+    /// The names, ascending byte by byte. Each call makes the list anew.
+    virtual const std::list<std::string>& GetVariableKeys() const = 0;
 
     /// The text under that name; throws KeywordException where there is none.
     virtual const VariablesString& GetVariable(const std::string& key) const = 0;

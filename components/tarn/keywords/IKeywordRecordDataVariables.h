@@ -11,8 +11,8 @@ namespace Tarn::Fjel::Core::Keywords {
 class IKeywordRecordDataVariables : public IKeywordDataVariables
 {
 public:
-    /// The positions, ascending. The list is made anew by each call.
-    virtual const std::list<int>& GetVariableIndices() = 0;
+    /// The positions, ascending. Each call makes the list anew.
+    virtual const std::list<int>& GetVariableIndices() const = 0;
 
     /// The text at that position; throws KeywordException where there is none.
     virtual const VariablesString& GetVariable(int index) const = 0;

@@ -13,8 +13,7 @@ public:
     virtual ~IKeywordVariables() = default;
 
     /// The references of that container; null if it holds none.
-    virtual IKeywordDataVariables* GetDataVariables(const IKeywordData* data) = 0;
-    virtual const IKeywordDataVariables* GetDataVariables(const IKeywordData* data) const = 0;
+    virtual IKeywordDataVariables* GetDataVariables(const IKeywordData* data) const = 0;
 };
 
 } // namespace Tarn::Fjel::Core::Keywords
