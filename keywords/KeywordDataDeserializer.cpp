@@ -123,9 +123,9 @@ std::int64_t KeywordDataDeserializer::SelfSize(const std::string& expression, De
     const std::string_view name = std::string_view(expression).substr(prefix.size());
     const std::string& keyword = state.keyword.GetName();
     const auto unhandled = [&] {
-        return DeckManagerException(fmt::format(
-            "DeckManager::KeywordDataDeserializer(): unhandled size \"{}\" while parsing keyword {}. ", expression,
-            keyword));
+        return DeckManagerException(
+            fmt::format("DeckManager::KeywordDataDeserializer(): unhandled size \"{}\" while parsing keyword {}. ",
+                        expression, keyword));
     };
     // A host's table may give these keywords another shape.
     const auto elementCount = [&](int item) -> std::int64_t {

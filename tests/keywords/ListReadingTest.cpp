@@ -243,22 +243,23 @@ TEST(ListReading, SizesOfTheKeywordItself)
     // A product beyond all bounds is no size: the list then takes what there is.
     EXPECT_EQ(ReadText(keyword, "1 10 /\n65536*1 /\n65536*1 /\n65536*1 /\n65536*1 /\n5 6 /", false, context).messages,
               std::vector<std::string>{});
-    EXPECT_EQ(Thrown(LooseKeyword(table.Syntax("VFPX"), "VFPX"), "1 1 /\n1 /\n1 /\n1 /\n1 /\n5 /", context),
-              "DeckManager::KeywordDataDeserializer(): unhandled size \"self:SIZEVALUESLIST\" while parsing keyword VFPX. ");
+    EXPECT_EQ(
+        Thrown(LooseKeyword(table.Syntax("VFPX"), "VFPX"), "1 1 /\n1 /\n1 /\n1 /\n1 /\n5 /", context),
+        "DeckManager::KeywordDataDeserializer(): unhandled size \"self:SIZEVALUESLIST\" while parsing keyword VFPX. ");
     // The same names in a table that gives the keyword another shape.
     const std::string sized = R"({"type": "list", "termination": "none", "size": "self:SIZEFLOVALUES", "element":
         {"type": "real"}})";
-    for (const std::string& shape :
-         {fmt::format(R"({{"type": "list", "element": {}}})", sized),
-          fmt::format(R"({{"type": "record", "items": [{{"name": "N", "type": "integer"}},
+    for (const std::string& shape : {fmt::format(R"({{"type": "list", "element": {}}})", sized),
+                                     fmt::format(R"({{"type": "record", "items": [{{"name": "N", "type": "integer"}},
                           {{"name": "F", "type": "integer"}}, {{"name": "V", "use": "V"}}]}})"),
-          std::string(R"({"type": "record", "items": [{"name": "V", "use": "V"}]})")}) {
+                                     std::string(R"({"type": "record", "items": [{"name": "V", "use": "V"}]})")})
+    {
         const TableInForce other(fmt::format(
             R"({{"shapes": {{"V": {}}}, "keywords": [{{"name": "VFPINJ", "sections": "all", "data": {}}}]}})", sized,
             shape));
-        EXPECT_EQ(
-            Thrown(LooseKeyword(other.Syntax("VFPINJ")), "1 2 3 /", context),
-            "DeckManager::KeywordDataDeserializer(): unhandled size \"self:SIZEFLOVALUES\" while parsing keyword VFPINJ. ");
+        EXPECT_EQ(Thrown(LooseKeyword(other.Syntax("VFPINJ")), "1 2 3 /", context),
+                  "DeckManager::KeywordDataDeserializer(): unhandled size \"self:SIZEFLOVALUES\" while parsing keyword "
+                  "VFPINJ. ");
     }
     // Without a deck no expression can be answered.
     EXPECT_THROW(ReadText(keyword, "1 1 /\n1 /\n1 /\n1 /\n1 /\n5 /"), DeckManager::DeckManagerException);
