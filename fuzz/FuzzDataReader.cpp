@@ -137,7 +137,7 @@ void Read(const IKeyword& keyword, const std::string& text, bool isFile, bool wi
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    DeserializeState::DefaultLimits() = {1000, 1000, 100000};
+    DeserializeState::DefaultLimits() = {1000, 1000, 100000, 10};
     std::string_view input(reinterpret_cast<const char*>(data), size);
     const Keywords::IKeywordSyntax* const syntax = ChooseSyntax(input);
     const std::string text(input);

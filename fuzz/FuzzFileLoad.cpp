@@ -179,7 +179,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const Scratch scratch;
     if (size == 0) return 0;
     const unsigned settings = data[0];
-    DeserializeState::DefaultLimits() = {1000, 1000, 100000};
+    DeserializeState::DefaultLimits() = {1000, 1000, 100000, 10};
     Environment& environment = Environment::Instance();
     environment.EnableKeywordSuppression((settings & 1) == 0);
     environment.SetPATHSSupport((settings & 2) == 0);

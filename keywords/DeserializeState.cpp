@@ -60,6 +60,16 @@ void DeserializeState::NoteContainer(KeywordDataStore& store)
     if (++m_containersOfRun >= limits.containersOfRun && store.DropRun()) ReportTruncation();
 }
 
+bool DeserializeState::TakesMessage(const KeywordDataStore& store)
+{
+    const KeywordDataStore::Place place = store.TextPlace();
+    if (place != m_messagePlace) {
+        m_messagePlace = place;
+        m_messagesOfRun = 0;
+    }
+    return ++m_messagesOfRun <= limits.messagesOfRun;
+}
+
 void DeserializeState::ReportTruncation()
 {
     if (m_truncationReported) return;

@@ -32,6 +32,8 @@ struct DeserializeLimits
     std::int64_t variablesOfRun = 1000000;
     /// How many elements one list of items may hold, besides what the list itself has room for.
     std::int64_t elementsOfList = std::numeric_limits<std::int32_t>::max();
+    /// How many messages one repeat of a bad token may send.
+    std::int64_t messagesOfRun = 10;
 };
 
 /// How the items of a record are read: what its metadata say, looked up once for a read and not once for a record.
@@ -62,6 +64,9 @@ struct DeserializeState
     /// Called behind each container that a list has gained: when one repeat makes more of them than it may, the rest of
     /// the repeat is dropped.
     void NoteContainer(KeywordDataStore& store);
+
+    /// Whether the token just taken, which is no value, still gets a message: of a long repeat only the first few do.
+    bool TakesMessage(const KeywordDataStore& store);
 
     /// Tells, once for the keyword, that text was left out because it makes more data than can be held.
     void ReportTruncation();
@@ -98,6 +103,8 @@ private:
     const RecordPlan* m_lastPlan = nullptr;
     KeywordDataStore::Place m_runPlace{-1, 0};
     std::int64_t m_containersOfRun = 0;
+    KeywordDataStore::Place m_messagePlace{-1, 0};
+    std::int64_t m_messagesOfRun = 0;
     bool m_truncationReported = false;
 };
 

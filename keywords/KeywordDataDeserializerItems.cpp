@@ -29,9 +29,6 @@ using Keywords::Termination;
 
 namespace {
 
-/// How many messages a repeat of one bad token sends at most.
-constexpr std::int64_t messagesOfRun = 10;
-
 /// The number that stands for itself in a text: digits and what else `std::from_chars` takes, with a blank, a
 /// terminator or the end behind it. Such a token means the same to the tokenizers, which needn't be asked.
 template <class Number>
@@ -282,9 +279,10 @@ DeserializeResult ReadItems(const ItemListRead& read, Elements elements, bool& n
         } else if (elements.Convert(token, value)) {
             read.NoteAppended(Elements::Append(read.list, value, read.Room(run)), run);
         } else {
-            const std::string message = fmt::format("\"{}\" can not be converted into {}", token, Elements::typeName);
-            for (std::int64_t copy = 0; copy < std::min(run, messagesOfRun); ++copy)
-                Service::Log::SendLogMessage(message, Service::Log::Error);
+            for (std::int64_t copy = 0; copy < run && read.state.TakesMessage(read.store); ++copy) {
+                Service::Log::SendLogMessage(
+                    fmt::format("\"{}\" can not be converted into {}", token, Elements::typeName), Service::Log::Error);
+            }
         }
         index += run;
     }

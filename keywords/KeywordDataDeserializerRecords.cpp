@@ -153,7 +153,7 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
             taken = DeserializeOptionalData(token, quoted, *item.md, record, index, context, state, variables, reason);
         } else if (!DeserializeOptionalData(token, quoted, *item.md, record, index, context, state, variables,
                                             reason) &&
-                   (quoted || token != VeldaneDeckInfo::DEFAULT_TOKEN))
+                   (quoted || token != VeldaneDeckInfo::DEFAULT_TOKEN) && state.TakesMessage(store))
         {
             ReportBadItem(state.keyword, token, reason);
         }

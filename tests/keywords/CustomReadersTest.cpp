@@ -114,7 +114,7 @@ TEST(CustomReaders, ATableHasTheRowsOfItsDimensions)
                      {"T 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n", "{{T 1} [{LC [1 2 3]}] [{[10 20 30]}]}"},
                      {"T 5 /\nLC 1 /\n/\n", "{{T 5} [{LC [1]}] []}"},
                  });
-    DeckManager::DeserializeState::DefaultLimits() = {1000, 1000, 1000};
+    DeckManager::DeserializeState::DefaultLimits() = {1000, 1000, 1000, 10};
     const Outcome outcome = ReadText(BuiltIn("UDT"), "T 2 /\nLC 1 /\nNV 999999999*1 /\n999999999*'/'\n/\n/");
     DeckManager::DeserializeState::DefaultLimits() = {};
     EXPECT_EQ(outcome.messages[0], "3 Keyword UDT has more data than can be held; the rest is left out.");

@@ -52,7 +52,7 @@ struct Limits
 {
     Limits(std::int64_t elements, std::int64_t containers)
     {
-        DeckManager::DeserializeState::DefaultLimits() = {containers, containers, elements};
+        DeckManager::DeserializeState::DefaultLimits() = {containers, containers, elements, 10};
     }
     ~Limits() { DeckManager::DeserializeState::DefaultLimits() = {}; }
 };
@@ -207,6 +207,14 @@ TEST(ListReading, LongRepeatsAreBounded)
     const Outcome bad = ReadShape(R"({"type": "list", "element": {"type": "integer"}})", "999999999*x 7 /");
     EXPECT_EQ(bad.tree, "[7]");
     EXPECT_EQ(bad.messages.size(), 10u);
+
+    // Across the containers that the repeat makes, and anew for the next repeat.
+    EXPECT_EQ(ReadShape(records, "50*x 20*y 3*z").messages.size(), 23u);
+    EXPECT_EQ(ReadShape(R"({"type": "list", "element": {"type": "list", "termination": "none", "size": "2", "element":
+                            {"type": "integer"}}})",
+                        "50*x /")
+                  .messages.size(),
+              10u);
 }
 
 TEST(ListReading, ReferencesCountRemovedElements)
