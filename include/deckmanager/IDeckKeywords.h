@@ -99,12 +99,13 @@ public:
     /// The INCLUDE keyword that brings a file into the deck; null for the root file and for files of other decks.
     virtual IKeyword* GetIncludingKeyword(IKeywordFile* file) const = 0;
 
-    /// Where the scope that a scope head opens is closed: at its closing keyword, the next section keyword, a scope head
-    /// that closes it, or `PhysicalEnd`.
+    /// Where the scope that a scope head opens is closed: at its closing keyword, the next section keyword, a scope
+    /// head that closes it, or `PhysicalEnd`.
     virtual KeywordIterator GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const = 0;
 
     /// The head and the end of the innermost scope around a position. REQUIRES: a position behind `Begin`.
-    virtual void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const = 0;
+    virtual void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head,
+                                   KeywordIterator& end) const = 0;
 
     /// The keywords of the deck may hold references to variables.
     virtual bool AllowsVariables() const = 0;

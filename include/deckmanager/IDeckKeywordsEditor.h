@@ -20,7 +20,8 @@ public:
     virtual void Discard() = 0;
 
     /// Puts the current deck on the file of that name. False when the file cannot be used; throws
-    /// `DeckManagerException` when `managed` is asked for, and with `checkDataFiles` when a file of the tree is missing.
+    /// `DeckManagerException` when `managed` is asked for, and with `checkDataFiles` when a file of the tree is
+    /// missing.
     virtual bool ImportDeck(const std::string& fileName, bool managed, bool checkDataFiles) = 0;
 
     virtual ~IDeckKeywordsEditor() = default;

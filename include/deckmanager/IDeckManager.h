@@ -65,8 +65,8 @@ public:
     /// The editor, made on first use.
     virtual IDeckKeywordsEditor* GetEditor() = 0;
 
-    /// Tells the manager that someone else has renamed a file. Throws `DeckManagerException` for a file that the manager
-    /// does not hold, and when nothing stands under the new name.
+    /// Tells the manager that someone else has renamed a file. Throws `DeckManagerException` for a file that the
+    /// manager does not hold, and when nothing stands under the new name.
     virtual void UpdateKeywordFilePath(const std::string& oldName, const std::string& newName) = 0;
 
     /// Tells the manager that someone else has deleted a directory of the project.

@@ -286,7 +286,8 @@ TEST(BadInput, OutputThatNobodyTakes)
     Launch full;
     full.outFile = "/dev/full";
     for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"ls", deck}, {"--help"}, {"ls", "--help"}, {"--version"}}) {
+         {std::vector<std::string>{"ls", deck}, {"--help"}, {"ls", "--help"}, {"--version"}})
+    {
         const Outcome outcome = Deckman(arguments, full);
         EXPECT_EQ(outcome.status, 3) << arguments.front();
         EXPECT_THAT(outcome.err, HasSubstr("standard output: error: "));

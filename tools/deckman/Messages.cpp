@@ -31,7 +31,7 @@ std::string WithoutPlace(std::string_view text, std::string_view file)
     const std::size_t begin = text.rfind(" near line ");
     const std::string ending = fmt::format(" in {}.", file);
     return begin != std::string_view::npos && text.ends_with(ending) ? std::string(text.substr(0, begin)) + "."
-                                                                      : std::string(text);
+                                                                     : std::string(text);
 }
 
 } // namespace

@@ -185,9 +185,9 @@ std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::Pars
         for (const std::string& word : app.remaining(true)) {
             if (!word.starts_with('-')) continue;
             const std::vector<std::string> names = OptionNames(app, verb);
-            return fmt::format("{} has no option {}.{}", verb.get_name(), word,
-                               NearestHint(word.substr(0, word.find('=')),
-                                           std::vector<std::string_view>(names.begin(), names.end())));
+            return fmt::format(
+                "{} has no option {}.{}", verb.get_name(), word,
+                NearestHint(word.substr(0, word.find('=')), std::vector<std::string_view>(names.begin(), names.end())));
         }
     } else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.starts_with("--")) {
         return fmt::format("{} needs a value.", text.substr(0, text.find(':')));
@@ -200,8 +200,8 @@ ExitStatus TellWrongUsage(const CLI::App& app, const CLI::ParseError& error)
     const auto chosen = app.get_subcommands();
     if (!chosen.empty()) {
         const CLI::App& verb = *chosen.front();
-        PrintError(fmt::format("deckman: error: {}\nSee deckman {} --help.\n", Complaint(app, verb, error),
-                               verb.get_name()));
+        PrintError(
+            fmt::format("deckman: error: {}\nSee deckman {} --help.\n", Complaint(app, verb, error), verb.get_name()));
         return WrongUsage;
     }
     for (const std::string& word : app.remaining()) {
