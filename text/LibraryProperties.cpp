@@ -14,9 +14,9 @@ struct Property
 
 constexpr std::array<Property, 7> properties = {{
     {"CompanyName", "Tarn"},
-    {"FileVersion", "0.1.0.0"},
-    {"FileDescription", "Reads, edits, merges and writes reservoir simulation decks"},
-    {"ProductVersion", "0.1.0"},
+    {"FileVersion", DECKMANAGER_VERSION ".0"},
+    {"FileDescription", "Live model of reservoir simulation decks"},
+    {"ProductVersion", DECKMANAGER_VERSION},
     {"InternalName", "deckmanager"},
     {"LegalCopyright", "Copyright (c) the Tarn deck manager developers"},
     {"OriginalFilename", "libdeckmanager"},
