@@ -33,7 +33,9 @@ SectionType SectionContextQuery::GetSection() const
     return m_section;
 }
 
-FileScan::FileScan(KeywordFile& file) : m_file(file), m_query(file) {}
+FileScan::FileScan(KeywordFile& file, const Service::FileStatus& status) : m_file(file), m_status(status), m_query(file)
+{
+}
 
 FileScan::~FileScan() = default;
 
@@ -72,8 +74,6 @@ KeywordFile* FileScan::Run()
 bool FileScan::Open()
 {
     Environment& environment = Environment::Instance();
-    m_status = Service::FileStatus::Of(Path());
-
     // A data file begins the book of sections anew, any other file takes its own out of it.
     const bool isDataFile = m_file.IsDataFile();
     for (std::weak_ptr<const KeywordFile>& bringer : m_file.DataFile().m_sectionsSeen) {

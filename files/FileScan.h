@@ -50,8 +50,8 @@ private:
 class FileScan
 {
 public:
-    /// The file has an empty list.
-    explicit FileScan(KeywordFile& file);
+    /// The file has an empty list. `status` is that of a regular file, from before the scan.
+    FileScan(KeywordFile& file, const Service::FileStatus& status);
     ~FileScan();
 
     KeywordFile& File() const { return m_file; }

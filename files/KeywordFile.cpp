@@ -161,9 +161,10 @@ void KeywordFile::Load() const
         file.m_contents = std::make_unique<KeywordFileContents>(&file);
         file.m_loadFailed = false;
         file.m_wasLoaded = true;
-        if (!file.m_fileName.IsFile()) return;
+        const Service::FileStatus status = Service::FileStatus::Of(file.m_fileReader->GetPath());
+        if (!status.IsRegularFile()) return;
         file.DropPositions();
-        scans.push_back(std::make_unique<FileScan>(file));
+        scans.push_back(std::make_unique<FileScan>(file, status));
     };
     try {
         begin(const_cast<KeywordFile&>(*this));

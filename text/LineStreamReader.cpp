@@ -15,7 +15,9 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 namespace {
 
-/// What is read behind a jump, and what a read grows to.
+/// What is read first, behind a jump, and what a read grows to. Who begins at the beginning reads on, mostly, and most
+/// files of a deck are small.
+constexpr std::size_t FirstFill = 64 * 1024;
 constexpr std::size_t SmallestFill = 4096;
 constexpr std::size_t LargestFill = 256 * 1024;
 
@@ -80,7 +82,7 @@ void LineStreamReader::Reset(std::istream* stream)
     m_flags = 0;
     m_lineNumber = 0;
     m_windowPos = 0;
-    m_fillSize = SmallestFill;
+    m_fillSize = FirstFill;
     PointAt(m_lineBuffer, m_lineBuffer, m_lineBuffer);
     m_exhausted = true;
     if (!stream) return;

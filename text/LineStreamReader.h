@@ -11,10 +11,11 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 /// Reads lines from a stream, or from a text in memory.
 ///
-/// The reader keeps a window of raw bytes: 4 KiB behind a jump, growing while it reads on, so that a look at one
-/// keyword costs little and a walk through a file is made in large reads. Lines are found in the window, and the views
-/// that the reader gives point into it: they are good until the next operation. End and failure are the reader's own
-/// flags; they go by what a caller who read byte by byte would have met, not by how far the window has been filled.
+/// The reader keeps a window of raw bytes: 64 KiB at first, 4 KiB behind a jump, growing while it reads on, so that a
+/// look at one keyword costs little and a walk through a file is made in large reads. Lines are found in the window,
+/// and the views that the reader gives point into it: they are good until the next operation. End and failure are the
+/// reader's own flags; they go by what a caller who read byte by byte would have met, not by how far the window has
+/// been filled.
 class LineStreamReader final : public ILineReader
 {
 public:

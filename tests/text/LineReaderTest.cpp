@@ -221,7 +221,7 @@ TEST(LineReader, AFailedReadIsNoEndOfTheFile)
 {
     const TempDir dir;
     std::string text;
-    for (int i = 0; i < 20000; ++i)
+    for (int i = 0; i < 80000; ++i)
         text += "line " + std::to_string(i) + "\n";
     const std::string path = dir.Write("file", text);
     FailingFileSystem files;
@@ -234,12 +234,12 @@ TEST(LineReader, AFailedReadIsNoEndOfTheFile)
         int read = 0;
         while (reader.ReadNextLine(line, nullptr, false))
             ASSERT_EQ(line, "line " + std::to_string(read++));
-        EXPECT_LT(read, 20000);
+        EXPECT_LT(read, 80000);
         EXPECT_FALSE(reader.Eof());
         EXPECT_FALSE(reader.IsGood());
         // The disk has recovered.
         EXPECT_TRUE(reader.Seek(0, 0));
-        EXPECT_EQ(AllLines(reader).size(), 20001u);
+        EXPECT_EQ(AllLines(reader).size(), 80001u);
     }
 }
 
