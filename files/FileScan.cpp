@@ -103,11 +103,7 @@ bool FileScan::OpenReader()
     const bool required = !Environment::Instance().GetAllowIncompleteDeck();
     m_reader = m_file.m_fileReader->OpenLineReader(required);
     if (m_reader) return true;
-    if (required) {
-        const Log::Place place(Path(), -1);
-        Log::SendLogMessage("Loading keyword file: Fails to open file:" + Path(), Log::Error);
-    }
-    m_file.m_loadFailed = true;
+    m_file.TellOfFailedOpen();
     return false;
 }
 

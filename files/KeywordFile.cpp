@@ -17,6 +17,7 @@
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/Directory.h>
 #include <tarn/service/FileStatus.h>
+#include <tarn/service/Log.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -162,7 +163,10 @@ void KeywordFile::Load() const
         file.m_loadFailed = false;
         file.m_wasLoaded = true;
         const Service::FileStatus status = Service::FileStatus::Of(file.m_fileReader->GetPath());
-        if (!status.IsRegularFile()) return;
+        if (!status.IsRegularFile()) {
+            if (status.isUnknown) file.TellOfFailedOpen();
+            return;
+        }
         file.DropPositions();
         scans.push_back(std::make_unique<FileScan>(file, status));
     };
@@ -182,6 +186,16 @@ void KeywordFile::Load() const
         }
         throw;
     }
+}
+
+/// The file is there, or may be: it must not be taken for an empty one.
+void KeywordFile::TellOfFailedOpen()
+{
+    m_loadFailed = true;
+    if (Environment::Instance().GetAllowIncompleteDeck()) return;
+    const std::string& path = m_fileReader->GetPath();
+    const Service::Log::Place place(path, -1);
+    Service::Log::SendLogMessage("Loading keyword file: Fails to open file:" + path, Service::Log::Error);
 }
 
 void KeywordFile::AbandonLoad()

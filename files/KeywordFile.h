@@ -136,6 +136,7 @@ private:
     void SaveToCache(const Service::FileStatus& status) const;
     void FinishLoad(ILineReader* reader);
     void AbandonLoad();
+    void TellOfFailedOpen();
     Keyword& AddScannedKeyword(const Keywords::IKeywordSyntax& syntax, long long position, long long size,
                                std::string_view name, const KeywordMarks* marks);
     /// The included file begins in that section: what the scan of this file knows, it need not ask.

@@ -105,17 +105,22 @@ TEST(BadInput, IncludeWhoseNameHasNoValueIsShownAsWritten)
 
 TEST(BadInput, IncludeWithoutPermissionIsAFileFailure)
 {
-    const TempDir folder;
-    folder.Write("TOP.DATA", "RUNSPEC\n" + include + "secret.inc' /\nGRID\n");
-    folder.Write("secret.inc", "OIL\n");
-    std::filesystem::permissions(folder.Path("secret.inc"), std::filesystem::perms::none);
-    Launch run = In(folder);
-    run.unprivileged = true;
+    // The file itself, or the folder that it lies in.
+    for (const char* closed : {"closed/secret.inc", "closed"}) {
+        SCOPED_TRACE(closed);
+        const TempDir folder;
+        folder.Write("TOP.DATA", "RUNSPEC\n" + include + "closed/secret.inc' /\nGRID\n");
+        folder.Write("closed/secret.inc", "OIL\n");
+        std::filesystem::permissions(folder.Path(closed), std::filesystem::perms::none);
+        Launch run = In(folder);
+        run.unprivileged = true;
 
-    const Outcome outcome = Deckman({"ls", "TOP.DATA", "--json"}, run);
-    EXPECT_EQ(outcome.status, 3);
-    EXPECT_THAT(outcome.err, HasSubstr("secret.inc"));
-    EXPECT_THAT(Names(outcome.out), testing::ElementsAre("RUNSPEC", "INCLUDE", "GRID"));
+        const Outcome outcome = Deckman({"ls", "TOP.DATA", "--json"}, run);
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_THAT(outcome.err, HasSubstr("closed/secret.inc: error: Loading keyword file: Fails to open file:"));
+        EXPECT_THAT(Names(outcome.out), testing::ElementsAre("RUNSPEC", "INCLUDE", "GRID"));
+        std::filesystem::permissions(folder.Path("closed"), std::filesystem::perms::owner_all);
+    }
 }
 
 TEST(BadInput, IncludeOfADirectoryIsTold)

@@ -88,7 +88,7 @@ bool DeckSession::HasUnreadableFile() const
 {
     for (const DeckManager::IKeywordFile* file : m_keywords->GetFiles()) {
         const Service::FileName& name = file->GetFileName();
-        if (name.IsFile() && !name.FileAccessibleAndExists()) return true;
+        if (Service::FileStatus::Of(name).isUnknown || (name.IsFile() && !name.FileAccessibleAndExists())) return true;
     }
     return false;
 }

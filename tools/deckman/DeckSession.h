@@ -13,6 +13,7 @@
 #include <deckmanager/IDeckManager.h>
 #include <tarn/service/Exception.h>
 #include <tarn/service/FileName.h>
+#include <tarn/service/FileStatus.h>
 
 #include "ExitStatus.h"
 #include "Messages.h"

@@ -30,6 +30,8 @@ struct FileStatus
     std::uint32_t mode = 0; ///< permission bits only
     std::uint32_t owner = 0;
     std::uint32_t group = 0;
+    bool isUnknown =
+        false; ///< the system gave no answer (no permission on a folder, say); the rest is that of a missing file
 
     bool Exists() const { return kind != Kind::Missing; }
     bool IsRegularFile() const { return kind == Kind::RegularFile; }

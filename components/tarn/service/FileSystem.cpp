@@ -287,8 +287,10 @@ bool FileSystem::CopyBytes(const std::string& path, int handle, ErrorCode& error
 
 FileStatus FileStatus::Of(const std::string& path)
 {
-    FileSystem::ErrorCode ignored;
-    return FileSystem::Instance().Status(path, true, ignored);
+    FileSystem::ErrorCode error;
+    FileStatus status = FileSystem::Instance().Status(path, true, error);
+    status.isUnknown = error.failed();
+    return status;
 }
 
 FileStatus FileStatus::Of(const FileName& file)
