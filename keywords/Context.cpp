@@ -19,10 +19,10 @@
 #include <tarn/service/Strings.h>
 
 #include "keywords/Keyword.h"
-#include "keywords/KeywordVariables.h"
 #include "keywords/ValueConversions.h"
 #include "text/KnownSyntax.h"
 #include "text/SectionNames.h"
+#include <deckmanager/KeywordVariables.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 

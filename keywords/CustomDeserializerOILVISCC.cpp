@@ -12,9 +12,9 @@
 
 #include "keywords/DeserializeState.h"
 #include "keywords/KeywordDataStore.h"
-#include "keywords/KeywordVariables.h"
 #include "keywords/MetadataShape.h"
 #include "keywords/ValueConversions.h"
+#include <deckmanager/KeywordVariables.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 

@@ -8,9 +8,9 @@
 
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/KeywordDataStore.h"
-#include "keywords/KeywordVariables.h"
 #include "keywords/MetadataShape.h"
 #include "text/Tokenizer.h"
+#include <deckmanager/KeywordVariables.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 

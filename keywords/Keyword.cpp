@@ -4,11 +4,11 @@
 #include "keywords/IKeywordOwner.h"
 #include "keywords/ITagMgr.h"
 #include "keywords/KeywordDataDeserializer.h"
-#include "keywords/KeywordVariables.h"
 #include "text/KeywordFileReader.h"
 #include "text/LineStringReader.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/Environment.h>
+#include <deckmanager/KeywordVariables.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>

@@ -13,8 +13,8 @@
 #include <tarn/service/Strings.h>
 
 #include "keywords/KeywordDataDeserializer.h"
-#include "keywords/KeywordVariables.h"
 #include "keywords/ValueConversions.h"
+#include <deckmanager/KeywordVariables.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 

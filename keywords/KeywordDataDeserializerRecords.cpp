@@ -17,8 +17,8 @@
 
 #include "keywords/IDeserializer.h"
 #include "keywords/KeywordDataDeserializer.h"
-#include "keywords/KeywordVariables.h"
 #include "keywords/ValueConversions.h"
+#include <deckmanager/KeywordVariables.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 

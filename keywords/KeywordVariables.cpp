@@ -1,4 +1,4 @@
-#include "keywords/KeywordVariables.h"
+#include <deckmanager/KeywordVariables.h>
 
 #include <list>
 

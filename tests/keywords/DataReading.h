@@ -12,7 +12,7 @@
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
-#include "keywords/KeywordVariables.h"
+#include <deckmanager/KeywordVariables.h>
 
 namespace DataReading {
 
