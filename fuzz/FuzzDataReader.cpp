@@ -17,8 +17,8 @@
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
 #include "keywords/KeywordDataDeserializer.h"
-#include "keywords/KeywordVariables.h"
 #include "text/LineStringReader.h"
+#include <deckmanager/KeywordVariables.h>
 
 using namespace Tarn::Fjel::Core;
 using namespace Tarn::Fjel::Core::DeckManager;
