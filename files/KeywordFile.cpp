@@ -305,6 +305,17 @@ void KeywordFile::CancelChanges()
     }
 }
 
+bool KeywordFile::MoveKeywordFile(const Service::FileName& target)
+{
+    if (target == m_fileName) return false;
+    if (target.FileExists()) {
+        throw DeckManagerException("KeywordFile::MoveKeywordFile can not move to an existing file/directory");
+    }
+    if (m_fileName.FileExists()) Service::FileName::Rename(m_fileName, target);
+    SetFileName(target);
+    return true;
+}
+
 void KeywordFile::SetFileName(const Service::FileName& name)
 {
     m_fileName = name;

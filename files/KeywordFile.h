@@ -82,6 +82,9 @@ public:
     void ResetContents();
     /// Drops uncommitted edits, and raises the cancel event when there were any.
     void CancelChanges();
+    /// Renames the file on disk, where it exists. False when it has that name already. Throws `DeckManagerException`
+    /// when something stands under the new name, and `boost::filesystem::filesystem_error` when it can't be renamed.
+    bool MoveKeywordFile(const Service::FileName& target);
     /// The file lies under another name now.
     void SetFileName(const Service::FileName& name);
 

@@ -145,6 +145,14 @@ bool KeywordFileManager::HasProjectDir() const
     return ProjectDir().IsSet();
 }
 
+void KeywordFileManager::MoveKeywordFile(KeywordFile& file, const Service::FileName& target)
+{
+    const Service::FileName oldName = file.GetFileName();
+    if (!file.MoveKeywordFile(target)) return;
+    m_index->Rebuild(m_files);
+    m_cacheManager->MoveCacheEntry(oldName, target);
+}
+
 void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::FileName& newName)
 {
     if (!newName.FileExists()) throw DeckManagerException("KeywordFileManager::KeywordFileMoved: new file not exist");

@@ -32,6 +32,11 @@ public:
     virtual const Service::Directory& ProjectDir() const = 0;
     virtual bool HasProjectDir() const = 0;
 
+    /// Renames the file on disk, where it exists, and everywhere here. Nothing happens when it has that name already.
+    /// Throws `DeckManagerException` when something stands under the new name, and
+    /// `boost::filesystem::filesystem_error` when it can't be renamed.
+    virtual void MoveKeywordFile(KeywordFile& file, const Service::FileName& target) = 0;
+
     /// Reports a rename that someone else did on disk. Throws `DeckManagerException` when no file stands at the new
     /// name.
     virtual void KeywordFileMoved(KeywordFile& file, const Service::FileName& newName) = 0;

@@ -28,6 +28,7 @@ public:
     std::shared_ptr<KeywordFile> GetKeywordFile(const Service::FileName& name, bool useVariables) override;
     const Service::Directory& ProjectDir() const override;
     bool HasProjectDir() const override;
+    void MoveKeywordFile(KeywordFile& file, const Service::FileName& target) override;
     void KeywordFileMoved(KeywordFile& file, const Service::FileName& newName) override;
     void DirectoryDeleted(const Service::Directory& directory) override;
     void ClearUnreferencedFiles() override;

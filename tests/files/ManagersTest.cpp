@@ -120,6 +120,36 @@ TEST_F(ManagersTest, NamesOfFiles)
     EXPECT_EQ((*file->Begin())->GetName(), "OIL");
 }
 
+TEST_F(ManagersTest, FilesMoveWithTheirKeywords)
+{
+    const TempDir directory;
+    directory.Write("a.inc", "OIL\nGAS\n");
+    directory.Write("taken.inc", "WATER\n");
+    KeywordFileManager manager("");
+    const std::shared_ptr<KeywordFile> file = manager.GetKeywordFile(directory.File("a.inc"), false);
+    const IKeyword* first = *file->Begin();
+    try {
+        manager.MoveKeywordFile(*file, directory.File("taken.inc"));
+        ADD_FAILURE();
+    } catch (const DeckManagerException& failure) {
+        EXPECT_STREQ(failure.what(), "KeywordFile::MoveKeywordFile can not move to an existing file/directory");
+    }
+    EXPECT_FALSE(file->MoveKeywordFile(directory.File("a.inc")));
+
+    manager.MoveKeywordFile(*file, directory.File("b.inc"));
+    EXPECT_EQ(directory.Listing(), "b.inc taken.inc");
+    EXPECT_EQ(*file->Begin(), first);
+    EXPECT_EQ(*first->GetText(), "OIL\n");
+    EXPECT_EQ(manager.FindKeywordFile(directory.File("b.inc")), file);
+    EXPECT_EQ(manager.FindKeywordFile(directory.File("a.inc")), nullptr);
+
+    // A file that isn't there yet only takes the name.
+    const std::shared_ptr<KeywordFile> missing = manager.GetKeywordFile(directory.File("missing.inc"), false);
+    manager.MoveKeywordFile(*missing, directory.File("other.inc"));
+    EXPECT_EQ(manager.FindKeywordFile(directory.File("other.inc")), missing);
+    EXPECT_FALSE(directory.Exists("other.inc"));
+}
+
 TEST_F(ManagersTest, KeywordsAreMadeUnderNamesThatTheirSyntaxTakes)
 {
     const auto made = [](const std::string& syntax, const std::string& name, bool validate) {
