@@ -31,7 +31,7 @@ std::unique_ptr<Deck> DeckFactory::Create(IKeywordFileManager& fileManager, cons
 Deck::Deck(IKeywordFileManager& fileManager, const std::string& name, bool openExisting, bool allowVariables)
     : m_fileManager(fileManager), m_name(name), m_directoryName(name), m_variablesAllowed(allowVariables)
 {
-    const Service::Directory directory = GetDirectory();
+    const Service::Directory directory = Deck::GetDirectory();
     Service::FileName file(name);
     if (file.GetExtension() != "VFP") file.SetExtension("DATA");
     file = directory;

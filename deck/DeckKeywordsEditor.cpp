@@ -12,7 +12,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 DeckKeywordsEditor::~DeckKeywordsEditor()
 {
     try {
-        Discard();
+        DeckKeywordsEditor::Discard();
     } catch (...) {
         // A destructor has nobody to tell.
     }

@@ -24,7 +24,7 @@ DeckManager::DeckManager(const std::string& projectDir) : m_fileManager(projectD
 DeckManager::~DeckManager()
 {
     try {
-        Clear();
+        DeckManager::Clear();
     } catch (...) {
         // A destructor has nobody to tell.
     }

@@ -6,7 +6,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 DirectoryManager::DirectoryManager(const Service::Directory& projectDir)
 {
-    SetProjectDir(projectDir);
+    DirectoryManager::SetProjectDir(projectDir);
 }
 
 bool DirectoryManager::Validate(const Service::Directory& directory, bool mustThrow)

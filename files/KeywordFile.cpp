@@ -156,7 +156,7 @@ KeywordFileContents& KeywordFile::Contents() const
 /// in a chain those that wait give their files back: a process may hold only so many open.
 void KeywordFile::Load() const
 {
-    constexpr std::size_t MostOpenFiles = 32;
+    constexpr std::size_t mostOpenFiles = 32;
     std::vector<std::unique_ptr<FileScan>> scans;
     const auto begin = [&scans](KeywordFile& file) {
         file.m_contents = std::make_unique<KeywordFileContents>(&file);
@@ -174,7 +174,7 @@ void KeywordFile::Load() const
         begin(const_cast<KeywordFile&>(*this));
         while (!scans.empty()) {
             if (KeywordFile* needed = scans.back()->Run()) {
-                if (scans.size() > MostOpenFiles) scans.back()->PutAside();
+                if (scans.size() > mostOpenFiles) scans.back()->PutAside();
                 begin(*needed);
             } else {
                 scans.pop_back();
@@ -284,7 +284,7 @@ void KeywordFile::Reload()
 
 void KeywordFile::CancelChanges()
 {
-    const bool undo = IsModified();
+    const bool undo = KeywordFile::IsModified();
     if (undo) {
         m_tagState.Restore();
         if (m_contents) {
