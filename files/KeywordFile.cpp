@@ -39,8 +39,7 @@ KeywordFile::~KeywordFile()
     }
 }
 
-// --- the list
-// ---------------------------------------------------------------------------------------------------------
+// --- the list ------------------------------------------------------------------------------------
 
 KeywordFileIterator KeywordFile::At(KeywordFileContents::List::iterator node) const
 {
@@ -142,8 +141,7 @@ KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
     return include != nullptr ? include->IncludedFile() : nullptr;
 }
 
-// --- loading
-// ----------------------------------------------------------------------------------------------------------
+// --- loading -------------------------------------------------------------------------------------
 
 KeywordFileContents& KeywordFile::Contents() const
 {
@@ -322,8 +320,7 @@ void KeywordFile::SetFileName(const Service::FileName& name)
     m_fileReader->SetPath(name.GetFullName());
 }
 
-// --- the text
-// ---------------------------------------------------------------------------------------------------------
+// --- the text ------------------------------------------------------------------------------------
 
 std::string KeywordFile::HeaderText() const
 {
@@ -377,8 +374,7 @@ OpenReaderGuard::~OpenReaderGuard()
     if (m_opened) m_file.m_openReader.reset();
 }
 
-// --- the place in the tree
-// --------------------------------------------------------------------------------------------
+// --- the place in the tree -----------------------------------------------------------------------
 
 namespace {
 
@@ -478,8 +474,7 @@ std::vector<KeywordFile*> KeywordFile::IncludingFiles() const
     return files;
 }
 
-// --- events
-// -----------------------------------------------------------------------------------------------------------
+// --- events --------------------------------------------------------------------------------------
 
 void KeywordFile::RaiseOnce(KeywordFileEventArgs& args)
 {

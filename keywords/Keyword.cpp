@@ -1,5 +1,7 @@
 #include "keywords/Keyword.h"
 
+#include <algorithm>
+
 #include "keywords/CommentManager.h"
 #include "keywords/IKeywordOwner.h"
 #include "keywords/ITagMgr.h"
@@ -10,6 +12,7 @@
 #include <deckmanager/Environment.h>
 #include <deckmanager/KeywordVariables.h>
 #include <deckmanager/LineReaderUtil.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordDataFactory.h>
@@ -38,6 +41,25 @@ private:
 std::unique_ptr<ILineReader> OpenForData(const KeywordFileReader& reader)
 {
     return reader.OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
+}
+
+/// Plain text as comment lines. A line that begins as a suppress marker ends would make one together with the comment
+/// marker; a blank keeps the two apart.
+std::string AsComment(std::string text)
+{
+    constexpr std::string_view end = "@@@";
+    for (std::size_t line = 0; line < text.size();) {
+        if (std::string_view(text).substr(line).starts_with(end)) text.insert(line, 1, ' ');
+        line = std::min(text.find('\n', line), text.size() - 1) + 1;
+    }
+    LineReaderUtil::CommentLines(text);
+    return text;
+}
+
+std::string OnLinesOfTheirOwn(std::string first, std::string_view second)
+{
+    if (!first.empty() && !second.empty() && first.back() != '\n') first += '\n';
+    return first.append(second);
 }
 
 } // namespace
@@ -244,6 +266,43 @@ KeywordVariables* Keyword::GetVariables(const Context& context)
     if (!HasVariables()) return nullptr;
     GetData(context);
     return GetState().variables.get();
+}
+
+void Keyword::SetSuppressed(bool suppressed)
+{
+    if (suppressed == m_suppressed) return;
+    m_suppressed = suppressed;
+    m_suppressionChanged = true;
+}
+
+void Keyword::SetComment(const std::string& text)
+{
+    // Text that was merely read is no more than a copy of the file: it has no say.
+    if (m_dataChanged && m_state->heldText &&
+        VeldaneDeckInfo::BeginsWithCommentMarker(std::string(Service::Trimmed(*m_state->heldText)).c_str()))
+    {
+        return;
+    }
+    GetCommentManager().SetComment(text);
+}
+
+void Keyword::SetLeadingComment(const std::string& text, bool isComment)
+{
+    GetState().leadingComment = isComment ? text : AsComment(text);
+    m_leadingCommentChanged = true;
+}
+
+void Keyword::AddLeadingComment(const std::string& text, bool isComment, bool atEnd)
+{
+    const std::string added = isComment ? text : AsComment(text);
+    std::string& comment = GetState().leadingComment;
+    comment = atEnd ? OnLinesOfTheirOwn(std::move(comment), added) : OnLinesOfTheirOwn(added, comment);
+    m_leadingCommentChanged = true;
+}
+
+std::string Keyword::GetLeadingComment() const
+{
+    return m_state ? m_state->leadingComment : std::string();
 }
 
 bool Keyword::IsDirty() const

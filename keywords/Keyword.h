@@ -79,6 +79,19 @@ public:
     bool HasVariables();
     KeywordVariables* GetVariables(const Context& context);
 
+    /// The next write puts the whole keyword behind the comment marker.
+    void CommentOut() { m_commentedOut = true; }
+    void SetSuppressed(bool suppressed);
+    /// Replaces the comment between the keyword's line and its data; "\n" between lines, no markers. Nothing happens
+    /// where the keyword can have no comment, and where its changed text begins with one.
+    void SetComment(const std::string& text);
+    /// The text that the next commit writes ahead of the keyword. Unless it is a comment already, each line becomes
+    /// one.
+    void SetLeadingComment(const std::string& text, bool isComment);
+    /// Puts more behind that text, or ahead of it; on lines of its own.
+    void AddLeadingComment(const std::string& text, bool isComment, bool atEnd);
+    std::string GetLeadingComment() const;
+
     bool IsDirty() const;
     bool HasValidExtent() const { return m_reader && m_position >= 0 && m_size >= 1; }
     bool IsDataChanged() const { return m_dataChanged; }

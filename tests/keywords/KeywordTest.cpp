@@ -118,6 +118,48 @@ TEST_F(KeywordTest, ChangesOfTagAndCommentAreDropped)
     EXPECT_EQ(CommentManager(nullptr).GetComment(), "");
 }
 
+TEST_F(KeywordTest, ChangedMarksAreDropped)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\n--@@@OIL\nDIMENS\n1 2 3 /\nTITLE\nx\n"}});
+    Keyword& oil = At(deck, "OIL");
+    oil.SetSuppressed(true);
+    EXPECT_FALSE(oil.IsDirty());
+    oil.SetSuppressed(false);
+    EXPECT_TRUE(oil.IsDirty());
+    EXPECT_TRUE(deck.TopFile().IsModified());
+    At(deck, "DIMENS").CommentOut();
+    EXPECT_TRUE(At(deck, "DIMENS").IsCommentedOut());
+    At(deck, "DIMENS").GetDataText();
+    At(deck, "DIMENS").SetComment("size");
+    EXPECT_EQ(At(deck, "DIMENS").GetComment(), "size");
+    At(deck, "TITLE").SetComment("none");
+    EXPECT_EQ(At(deck, "TITLE").GetComment(), "");
+    EXPECT_FALSE(At(deck, "TITLE").IsDirty());
+
+    deck.TopFile().CancelChanges();
+    EXPECT_TRUE(oil.IsSuppressed());
+    EXPECT_FALSE(At(deck, "DIMENS").IsCommentedOut());
+    EXPECT_EQ(At(deck, "DIMENS").GetComment(), "");
+    EXPECT_FALSE(deck.TopFile().IsModified());
+}
+
+TEST_F(KeywordTest, TextAheadOfAKeyword)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\n"}});
+    Keyword& keyword = At(deck, "RUNSPEC");
+    keyword.SetLeadingComment(" one\n@@@ two", false);
+    EXPECT_EQ(keyword.GetLeadingComment(), "-- one\n-- @@@ two"); // no suppress marker
+    keyword.AddLeadingComment("-- three", true, true);
+    keyword.AddLeadingComment(" zero", false, false);
+    EXPECT_EQ(keyword.GetLeadingComment(), "-- zero\n-- one\n-- @@@ two\n-- three");
+    EXPECT_TRUE(keyword.IsDirty());
+    keyword.Rollback();
+    EXPECT_EQ(keyword.GetLeadingComment(), "");
+    EXPECT_FALSE(keyword.IsDirty());
+    keyword.AddLeadingComment("--x\n", true, false);
+    EXPECT_EQ(keyword.GetLeadingComment(), "--x\n");
+}
+
 TEST_F(KeywordTest, TagsWithTheHostsWord)
 {
     Environment::Instance().SetCustomKeywordGeneratedTag("ABC");
