@@ -15,16 +15,6 @@ namespace {
 /// A deck has a name besides its file, and looks for a file of that name first; this is no file's name.
 constexpr const char* deckName = "deckman's deck";
 
-void SetUp(const Options& options)
-{
-    auto& environment = DeckManager::Environment::Instance();
-    environment.SetPATHSSupport(true);
-    environment.SetPreventEmptyFileCreation(true);
-    if (options.simulator) environment.EnableSKIPENDSKIP(true, *options.simulator);
-    if (options.keywordTag) environment.SetCustomKeywordGeneratedTag(*options.keywordTag);
-    if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);
-}
-
 Service::FileName ToFileName(const std::string& path)
 {
     try {
@@ -36,10 +26,19 @@ Service::FileName ToFileName(const std::string& path)
 
 } // namespace
 
-DeckSession::DeckSession(const Options& options, Messages& messages) : m_messages(messages)
+void SetUpProcess(const Options& options)
 {
-    SetUp(options);
-    Open(options.deck);
+    auto& environment = DeckManager::Environment::Instance();
+    environment.SetPATHSSupport(true);
+    environment.SetPreventEmptyFileCreation(true);
+    if (options.simulator) environment.EnableSKIPENDSKIP(true, *options.simulator);
+    if (options.keywordTag) environment.SetCustomKeywordGeneratedTag(*options.keywordTag);
+    if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);
+}
+
+DeckSession::DeckSession(const std::string& path, Messages& messages) : m_messages(messages)
+{
+    Open(path);
 }
 
 DeckSession::~DeckSession() = default;

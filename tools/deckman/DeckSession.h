@@ -45,12 +45,15 @@ private:
     std::string m_place;
 };
 
+/// Sets up what the process has once, as the options say. To be called before the library is used.
+void SetUpProcess(const Options& options);
+
 /// One deck, opened for one command.
 class DeckSession
 {
 public:
-    /// Sets the process up as the options say and opens the deck. Throws `Failure` when its top file can't be read.
-    DeckSession(const Options& options, Messages& messages);
+    /// Opens the deck of that top file. Throws `Failure` when it can't be read.
+    DeckSession(const std::string& path, Messages& messages);
     ~DeckSession();
 
     const DeckManager::IDeck& Deck() const { return *m_deck; }

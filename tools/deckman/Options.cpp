@@ -14,6 +14,7 @@
 #include "Nearest.h"
 #include "Output.h"
 #include "Sections.h"
+#include "Verbs.h"
 
 namespace Deckman {
 
@@ -21,59 +22,10 @@ namespace {
 
 using Tarn::Fjel::Core::Keywords::SimulatorType;
 
-struct VerbHelp
-{
-    Verb verb;
-    std::string_view name;
-    std::string_view does;
-    std::string_view more; // an example, and what the options don't say
-};
-
-constexpr VerbHelp verbs[] = {
-    {Verb::Ls, "ls", "Lists the keywords of a deck in deck order, across all its files.",
-     "The index counts all keywords of the deck, so that @17 is the same keyword whatever is listed.\n"
-     "With --json a line each: {\"index\",\"name\",\"section\",\"file\",\"line\",\"position\",\"size\",\"depth\",\n"
-     "\"generated\",\"suppressed\"}; position and size in bytes, depth 0 in the top file.\n\n"
-     "Example: the user's well controls\n"
-     "  deckman ls FIELD.DATA --section SCHEDULE --name 'WCON*' --user\n"},
-    {Verb::Tree, "tree", "Shows the files of a deck, what includes what, and the grid files.",
-     "Keywords and bytes are those of the file itself, whatever stands behind its end included.\n"
-     "With --json one object: {\"file\",\"exists\",\"keywords\",\"bytes\",\"includes\":[...]}; keywords is null for "
-     "what is\n"
-     "no file of keywords.\n\n"
-     "Example:\n"
-     "  deckman tree FIELD.DATA\n"},
-    {Verb::Sections, "sections", "Shows the sections of a deck with their ends, and names those that recur.",
-     "Begin and end are indices of ls; the end is the first keyword that is not in the section.\n"
-     "With --json a line each: {\"section\",\"begin\",\"end\"}.\n\n"
-     "Example:\n"
-     "  deckman sections FIELD.DATA\n"},
-    {Verb::Scopes, "scopes", "Shows what encloses what: sections, boxes, refinements, skips, actions, dates.",
-     "Begin and end are indices of ls; the end is the first keyword behind the scope and its closing keyword.\n"
-     "With --json a line each: {\"head\",\"begin\",\"end\",\"depth\"}; depth 0 for what nothing encloses.\n\n"
-     "Example: where the actions are\n"
-     "  deckman scopes FIELD.DATA --json | grep ACTION\n"},
-    {Verb::Show, "show", "Shows the text of one keyword as it stands.",
-     "WHERE is NAME, NAME#3, SECTION/NAME#3, FILE:LINE or @17. The comment lines above the next keyword are not "
-     "shown:\n"
-     "they belong to that one.\n"
-     "With --json one object: {\"name\",\"text\",\"comment\"}; comment is the one below the keyword's line.\n\n"
-     "Example: the keyword around line 120 of a file, and the second COMPDAT\n"
-     "  deckman show FIELD.DATA wells.inc:120\n"
-     "  deckman show FIELD.DATA COMPDAT#2\n"},
-    {Verb::Find, "find", "Lists the keywords whose data, comments among them included, match a regular expression.",
-     "The expression is searched for in all lines of the data at once: ^ and $ stand for the ends of a line, (?i) at "
-     "the\n"
-     "head is for any case, (?s) lets a dot match a line end. Printed as ls does. Exit status 1 when nothing "
-     "matches.\n\n"
-     "Example: everything that concerns one well\n"
-     "  deckman find FIELD.DATA \"'?HR-P1\\b\"\n"},
-};
-
 std::vector<std::string_view> VerbNames()
 {
     std::vector<std::string_view> names;
-    for (const VerbHelp& verb : verbs)
+    for (const VerbEntry& verb : AllVerbs())
         names.push_back(verb.name);
     return names;
 }
@@ -118,21 +70,20 @@ void AddAll(CLI::App& verb, Options& options)
     verb.add_flag("--all", options.all, "the keywords behind the end too; then they count in the index");
 }
 
-void AddVerb(CLI::App& app, const VerbHelp& help, Options& options)
+void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
 {
-    CLI::App* verb = app.add_subcommand(std::string(help.name), std::string(help.does));
+    CLI::App* verb = app.add_subcommand(std::string(entry.name), std::string(entry.does));
     verb->fallthrough();
     verb->formatter(std::make_shared<HelpFormatter>());
     verb->footer(fmt::format(
-        "{}\ndeckman --help tells the options that every verb takes: --json, --simulator, --strict, ...", help.more));
-    verb->callback([&options, value = help.verb] { options.verb = value; });
-    AddDeck(*verb, options);
-    if (help.verb == Verb::Show)
-        verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
-    if (help.verb == Verb::Find)
-        verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
-    if (help.verb == Verb::Ls || help.verb == Verb::Find) AddFilter(*verb, options);
-    if (help.verb == Verb::Ls || help.verb == Verb::Find || help.verb == Verb::Show) AddAll(*verb, options);
+        "{}\ndeckman --help tells the options that every verb takes: --json, --simulator, --strict, ...", entry.more));
+    verb->callback([&options, &entry] { options.verb = &entry; });
+    const auto takes = [&entry](Takes what) { return (entry.takes & what) != 0; };
+    if (takes(TakesDeck)) AddDeck(*verb, options);
+    if (takes(TakesWhere)) verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
+    if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
+    if (takes(TakesFilter)) AddFilter(*verb, options);
+    if (takes(TakesAll)) AddAll(*verb, options);
 }
 
 void AddCommonOptions(CLI::App& app, Options& options)
@@ -225,7 +176,7 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
     app.require_subcommand(1);
     app.set_version_flag("--version", "deckman " DECKMAN_VERSION);
     AddCommonOptions(app, options);
-    for (const VerbHelp& verb : verbs)
+    for (const VerbEntry& verb : AllVerbs())
         AddVerb(app, verb, options);
 
     // People ask for help in this way too.

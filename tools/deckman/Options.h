@@ -11,15 +11,7 @@
 
 namespace Deckman {
 
-enum class Verb
-{
-    Ls,
-    Tree,
-    Sections,
-    Scopes,
-    Show,
-    Find,
-};
+struct VerbEntry;
 
 /// Which keywords of a deck are listed.
 struct KeywordFilter
@@ -33,10 +25,10 @@ struct KeywordFilter
 /// A command line, checked as far as that goes without a deck.
 struct Options
 {
-    Verb verb = Verb::Ls;
-    std::string deck;  ///< the top file, as the user gave it
-    std::string where; ///< show
-    std::string regex; ///< find
+    const VerbEntry* verb = nullptr; ///< set by `ParseOptions`
+    std::string deck;                ///< the top file, as the user gave it
+    std::string where;               ///< show
+    std::string regex;               ///< find
 
     KeywordFilter filter;
     bool all = false; ///< the keywords behind the end too

@@ -15,48 +15,39 @@ namespace {
 
 using namespace Deckman;
 
-ExitStatus Run(DeckSession& session, const Options& options, Output& out)
+ExitStatus RunOnDeck(OnDeck run, const Options& options, Messages& messages, Output& out)
 {
-    switch (options.verb) {
-    case Verb::Ls:
-        return RunLs(session, options, out);
-    case Verb::Tree:
-        return RunTree(session, options, out);
-    case Verb::Sections:
-        return RunSections(session, options, out);
-    case Verb::Scopes:
-        return RunScopes(session, options, out);
-    case Verb::Show:
-        return RunShow(session, options, out);
-    case Verb::Find:
-        return RunFind(session, options, out);
+    // Nothing is to be undone, and the system takes back the memory of a large deck faster than its destructors do.
+    static DeckSession* const opened = new DeckSession(options.deck, messages);
+    DeckSession& session = *opened;
+    ExitStatus status = Done;
+    try {
+        status = run(session, options, out);
+    } catch (const Failure& failure) {
+        messages.Error(failure.Place(), failure.what());
+        status = failure.Status();
+    } catch (const Service::Exception& exception) {
+        messages.Error(messages.Shown(session.TopFile().GetFullName()), exception.what());
+        status = NotThere;
     }
-    return WrongUsage;
+    session.Progress().Finish();
+    // Only trouble makes it worth while to ask every file.
+    return messages.Errors() > 0 && session.HasUnreadableFile() ? FileFailure : status;
 }
 
-/// The verb on its deck, with whatever goes wrong turned into a message and a status.
-ExitStatus RunOnDeck(const Options& options, Messages& messages, Output& out)
+/// The verb, with whatever goes wrong turned into a message and a status.
+ExitStatus Run(const Options& options, Messages& messages, Output& out)
 {
     try {
-        // Nothing is to be undone, and the system takes back the memory of a large deck faster than its destructors do.
-        static DeckSession* const opened = new DeckSession(options, messages);
-        DeckSession& session = *opened;
-        ExitStatus status = Done;
-        try {
-            status = Run(session, options, out);
-        } catch (const Failure& failure) {
-            messages.Error(failure.Place(), failure.what());
-            status = failure.Status();
-        } catch (const Service::Exception& exception) {
-            messages.Error(messages.Shown(session.TopFile().GetFullName()), exception.what());
-            status = NotThere;
-        }
-        session.Progress().Finish();
-        // Only trouble makes it worth while to ask every file.
-        return messages.Errors() > 0 && session.HasUnreadableFile() ? FileFailure : status;
+        if (const auto* onDeck = std::get_if<OnDeck>(&options.verb->run))
+            return RunOnDeck(*onDeck, options, messages, out);
+        return std::get<OnItsOwn>(options.verb->run)(messages, options, out);
     } catch (const Failure& failure) {
         messages.Error(failure.Place(), failure.what());
         return failure.Status();
+    } catch (const Service::Exception& exception) {
+        messages.Error(options.deck, exception.what());
+        return NotThere;
     } catch (const std::bad_alloc&) {
         messages.Error(options.deck, "There is not enough memory for this.");
         return FileFailure;
@@ -76,7 +67,8 @@ int main(int argc, char** argv)
 
     Output out;
     Messages messages;
-    ExitStatus status = RunOnDeck(options, messages, out);
+    SetUpProcess(options);
+    ExitStatus status = Run(options, messages, out);
     out.Flush();
     if (out.Failure() != 0) {
         messages.Error("standard output", std::strerror(out.Failure()));

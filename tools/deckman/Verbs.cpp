@@ -1,0 +1,57 @@
+#include "Verbs.h"
+
+namespace Deckman {
+
+namespace {
+
+constexpr VerbEntry verbs[] = {
+    {"ls", RunLs, TakesDeck | TakesFilter | TakesAll,
+     "Lists the keywords of a deck in deck order, across all its files.",
+     "The index counts all keywords of the deck, so that @17 is the same keyword whatever is listed.\n"
+     "With --json a line each: {\"index\",\"name\",\"section\",\"file\",\"line\",\"position\",\"size\",\"depth\",\n"
+     "\"generated\",\"suppressed\"}; position and size in bytes, depth 0 in the top file.\n\n"
+     "Example: the user's well controls\n"
+     "  deckman ls FIELD.DATA --section SCHEDULE --name 'WCON*' --user\n"},
+    {"tree", RunTree, TakesDeck, "Shows the files of a deck, what includes what, and the grid files.",
+     "Keywords and bytes are those of the file itself, whatever stands behind its end included.\n"
+     "With --json one object: {\"file\",\"exists\",\"keywords\",\"bytes\",\"includes\":[...]}; keywords is null for "
+     "what is\n"
+     "no file of keywords.\n\n"
+     "Example:\n"
+     "  deckman tree FIELD.DATA\n"},
+    {"sections", RunSections, TakesDeck, "Shows the sections of a deck with their ends, and names those that recur.",
+     "Begin and end are indices of ls; the end is the first keyword that is not in the section.\n"
+     "With --json a line each: {\"section\",\"begin\",\"end\"}.\n\n"
+     "Example:\n"
+     "  deckman sections FIELD.DATA\n"},
+    {"scopes", RunScopes, TakesDeck, "Shows what encloses what: sections, boxes, refinements, skips, actions, dates.",
+     "Begin and end are indices of ls; the end is the first keyword behind the scope and its closing keyword.\n"
+     "With --json a line each: {\"head\",\"begin\",\"end\",\"depth\"}; depth 0 for what nothing encloses.\n\n"
+     "Example: where the actions are\n"
+     "  deckman scopes FIELD.DATA --json | grep ACTION\n"},
+    {"show", RunShow, TakesDeck | TakesWhere | TakesAll, "Shows the text of one keyword as it stands.",
+     "WHERE is NAME, NAME#3, SECTION/NAME#3, FILE:LINE or @17. The comment lines above the next keyword are not "
+     "shown:\n"
+     "they belong to that one.\n"
+     "With --json one object: {\"name\",\"text\",\"comment\"}; comment is the one below the keyword's line.\n\n"
+     "Example: the keyword around line 120 of a file, and the second COMPDAT\n"
+     "  deckman show FIELD.DATA wells.inc:120\n"
+     "  deckman show FIELD.DATA COMPDAT#2\n"},
+    {"find", RunFind, TakesDeck | TakesRegex | TakesFilter | TakesAll,
+     "Lists the keywords whose data, comments among them included, match a regular expression.",
+     "The expression is searched for in all lines of the data at once: ^ and $ stand for the ends of a line, (?i) at "
+     "the\n"
+     "head is for any case, (?s) lets a dot match a line end. Printed as ls does. Exit status 1 when nothing "
+     "matches.\n\n"
+     "Example: everything that concerns one well\n"
+     "  deckman find FIELD.DATA \"'?HR-P1\\b\"\n"},
+};
+
+} // namespace
+
+std::span<const VerbEntry> AllVerbs()
+{
+    return verbs;
+}
+
+} // namespace Deckman
