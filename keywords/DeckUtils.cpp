@@ -80,8 +80,8 @@ bool DeckUtils::getKeywordsAndDataFromString(const std::string& text, std::vecto
     bool indented = false;
     while (LineReaderUtil::FindNextKeywordSyntax(reader, query, word, &pos, allowIndented, &indented, found, nullptr)) {
         if (indented && allowIndented) {
-            AddError(errors, environment.getIndentedKeywordsWarningPrefix() + " " + word + " will be ignored, at line " +
-                                 std::to_string(reader.LineNumber()));
+            AddError(errors, environment.getIndentedKeywordsWarningPrefix() + " " + word +
+                                 " will be ignored, at line " + std::to_string(reader.LineNumber()));
             continue;
         }
         import.Finish(current, pos);
