@@ -2,6 +2,7 @@
 
 #include "deck/DeckKeywords.h"
 #include "deck/FilePaths.h"
+#include "deck/KeywordNames.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
 #include <tarn/keywords/IKeywordSyntax.h>
@@ -71,6 +72,7 @@ void DeckKeywords::Refresh(bool allFiles)
 void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
 {
     m_scopes.reset();
+    m_names.reset();
     switch (args.GetKind()) {
     case KeywordFileEventArgs::Insert:
     case KeywordFileEventArgs::Remove:
@@ -101,6 +103,7 @@ void DeckKeywords::DropAll()
     m_physicalEnd.reset();
     m_sections.reset();
     m_scopes.reset();
+    m_names.reset();
     m_paths.reset();
 }
 

@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "deck/FilePaths.h"
+#include "deck/KeywordNames.h"
 #include "deck/ScopeWalk.h"
 #include "files/GridFileGuess.h"
 #include "files/IteratorAccess.h"
@@ -139,9 +140,11 @@ KeywordIterator DeckKeywords::PhysicalEnd() const
 
 const DeckKeywords::Sections& DeckKeywords::GetSections() const
 {
-    if (m_sections) return *m_sections;
+    const bool endedByEND = Environment::Instance().DeckTerminatedByENDKeyword();
+    if (m_sections && m_sections->endedByEND == endedByEND) return *m_sections;
 
     auto sections = std::make_unique<Sections>();
+    sections->endedByEND = endedByEND;
     std::vector<std::pair<KeywordIterator, SectionType>> found;
     bool behindEnd = false;
     for (KeywordIterator position = Begin(); *position != nullptr; ++position) {

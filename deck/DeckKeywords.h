@@ -3,9 +3,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "keywords/IKeywordsByName.h"
 #include <deckmanager/IDeckKeywords.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -13,10 +15,11 @@ namespace Tarn::Fjel::Core::DeckManager {
 class FilePaths;
 class KeywordFile;
 class KeywordFileEventArgs;
+struct KeywordNames;
 
 /// The deck's keywords, over a shared root file. What a question has found out is kept until a file of the deck
 /// changes.
-class DeckKeywords : public IDeckKeywords
+class DeckKeywords : public IDeckKeywords, public IKeywordsByName
 {
 public:
     DeckKeywords(const std::shared_ptr<KeywordFile>& file, bool variablesAllowed);
@@ -56,6 +59,7 @@ public:
     bool HasVariables(const IKeyword* keyword) const override;
     KeywordVariables* GetVariables(const IKeyword* keyword) const override;
     bool CheckSections(std::string& message) const override;
+    const IKeyword* FirstOfName(Keywords::SectionType section, std::string_view name) const override;
 
     /// Binds the root file's expressions to this deck, and shows them the keywords of the RUNSPEC section.
     virtual void RebuildContext();
@@ -94,6 +98,7 @@ private:
         std::vector<KeywordIterator> duplicates;
         /// All section keywords, behind the deck's end too.
         std::vector<std::pair<KeywordIterator, Keywords::SectionType>> all;
+        bool endedByEND; ///< the setting that the ends follow
     };
 
     struct Scope
@@ -122,6 +127,7 @@ private:
     mutable std::optional<KeywordIterator> m_physicalEnd;
     mutable std::unique_ptr<Sections> m_sections;
     mutable std::unique_ptr<std::vector<Scope>> m_scopes; ///< in the order of the walk
+    mutable std::unique_ptr<KeywordNames> m_names;
     mutable std::unique_ptr<FilePaths> m_paths;
     mutable unsigned long long m_pathsStamp = 0;
 };

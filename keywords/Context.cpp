@@ -18,6 +18,7 @@
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
+#include "keywords/IKeywordsByName.h"
 #include "keywords/Keyword.h"
 #include "keywords/ValueConversions.h"
 #include "text/KnownSyntax.h"
@@ -110,6 +111,8 @@ KeywordIterator Context::SectionEnd(SectionType section) const
 /// Null when the section, or the whole deck where it lacks the section, doesn't have the keyword.
 const IKeyword* Context::FindKeyword(SectionType section, std::string_view keyword) const
 {
+    if (const auto* const index = dynamic_cast<const IKeywordsByName*>(m_keywords))
+        return index->FirstOfName(section, keyword);
     const KeywordIterator end = SectionEnd(section);
     for (KeywordIterator at = SectionBegin(section); at != end; ++at) {
         const IKeyword* const candidate = *at;

@@ -1,0 +1,197 @@
+// Expressions ask an index of names where a plain view of the deck makes them walk. The two must agree in results,
+// messages and their order, whatever the deck looks like and whatever has happened to it.
+
+#include <gtest/gtest.h>
+
+#include <fmt/format.h>
+#include <rapidcheck.h>
+
+#include "deck/DeckKeywords.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/IKeyword.h>
+
+namespace {
+
+using namespace Tarn::Fjel::Core::DeckManager;
+using Tarn::Fjel::Core::Keywords::IKeywordData;
+using Tarn::Fjel::Core::Keywords::SectionType;
+using Tarn::Fjel::Core::Service::FileName;
+using TestSupport::TestDeck;
+
+/// A deck's view as any host could write it: without the index.
+class PlainView : public IDeckKeywords
+{
+public:
+    explicit PlainView(const IDeckKeywords& view) : m_view(view) {}
+
+    KeywordIterator Begin() const override { return m_view.Begin(); }
+    const KeywordIterator& LogicalEnd() const override { return m_view.LogicalEnd(); }
+    const KeywordIterator& End() const override { return m_view.End(); }
+    KeywordIterator PhysicalEnd() const override { return m_view.PhysicalEnd(); }
+    const KeywordIterator& SectionBegin(SectionType section) const override { return m_view.SectionBegin(section); }
+    const KeywordIterator& SectionEnd(SectionType section) const override { return m_view.SectionEnd(section); }
+    SectionType SectionOf(const KeywordIterator& position) const override { return m_view.SectionOf(position); }
+    KeywordIterator FindKeyword(const IKeyword* keyword) const override { return m_view.FindKeyword(keyword); }
+    KeywordFileIterator GetFileIterator(const KeywordIterator& position) const override
+    {
+        return m_view.GetFileIterator(position);
+    }
+    KeywordFileIterator GetFileIterator(const IKeyword* keyword) const override
+    {
+        return m_view.GetFileIterator(keyword);
+    }
+    KeywordIterator FindKeywordById(const std::string& name, const IKeywordData* data, const KeywordIterator& first,
+                                    const KeywordIterator& last, bool generatedOnly) const override
+    {
+        return m_view.FindKeywordById(name, data, first, last, generatedOnly);
+    }
+    KeywordIterator FindLastKeywordById(const std::string& name, const IKeywordData* data, const KeywordIterator& first,
+                                        const KeywordIterator& last, bool generatedOnly) const override
+    {
+        return m_view.FindLastKeywordById(name, data, first, last, generatedOnly);
+    }
+    IKeywordData* GetKeywordData(const IKeyword* keyword) const override { return m_view.GetKeywordData(keyword); }
+    std::shared_ptr<std::string> GetDataText(const IKeyword* keyword) const override
+    {
+        return m_view.GetDataText(keyword);
+    }
+    std::shared_ptr<std::string> GetRawText(const IKeyword* keyword) const override
+    {
+        return m_view.GetRawText(keyword);
+    }
+    IKeywordFile* GetFileOf(const KeywordFileIterator& position) const override { return m_view.GetFileOf(position); }
+    IKeywordFile* GetDataFile() const override { return m_view.GetDataFile(); }
+    std::set<IKeywordFile*> GetFiles() const override { return m_view.GetFiles(); }
+    FileName GetGridFile() const override { return m_view.GetGridFile(); }
+    KeywordIterator FindGridKeyword() const override { return m_view.FindGridKeyword(); }
+    IKeywordFile* GetIncludedFile(const IKeyword* keyword) const override { return m_view.GetIncludedFile(keyword); }
+    IKeyword* GetIncludingKeyword(IKeywordFile* file) const override { return m_view.GetIncludingKeyword(file); }
+    KeywordIterator GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const override
+    {
+        return m_view.GetScopeEnd(position, generatedOnly);
+    }
+    void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const override
+    {
+        m_view.GetEnclosingScope(position, head, end);
+    }
+    bool AllowsVariables() const override { return m_view.AllowsVariables(); }
+    bool HasVariables(const IKeyword* keyword) const override { return m_view.HasVariables(keyword); }
+    KeywordVariables* GetVariables(const IKeyword* keyword) const override { return m_view.GetVariables(keyword); }
+    bool CheckSections(std::string& message) const override { return m_view.CheckSections(message); }
+
+private:
+    const IDeckKeywords& m_view;
+};
+
+/// Every answer, and every message, in order. Data stay read: the first of two such rounds also tells of them.
+std::string Answers(const IDeckKeywords& view)
+{
+    const Context context(&view);
+    std::string all;
+    const TestSupport::LogRecorder log;
+    std::vector<std::string> expressions;
+    for (const char* section : {"RUNSPEC", "GRID", "PROPS", "SCHEDULE"}) {
+        for (const char* name : {"TABDIMS", "REGDIMS", "OIL", "END", "ENDINC", "INCLUDE", "NONE"})
+            expressions.push_back(fmt::format("{}:{}[0]", section, name));
+    }
+    for (const char* name : {"NCMPHW", "NUMSLT", "NTABSR", "NCOMPW", "NCOMPW_Or_Default", "MAXUAT", "NUMREP", "NRPINC",
+                             "NDETAC", "ROCKTABTRANSMYZ", "OILVISCT_VISCNUM", "COMPS_OR_1", "COMPS"})
+    {
+        expressions.push_back(std::string("context:") + name);
+    }
+    for (const std::string& expression : expressions) {
+        int value = -77;
+        std::string answer;
+        try {
+            answer = context.EvaluateIntegerExpr(expression, value) ? std::to_string(value) : "none";
+        } catch (const DeckManagerException& exception) {
+            answer = exception.what();
+        }
+        all += expression + " = " + answer + "\n";
+    }
+    for (const auto& message : log.Messages())
+        all += fmt::format("{}{} {}\n", message.probe ? "?" : "", message.severity, message.text);
+    return all;
+}
+
+rc::Gen<std::string> FileText()
+{
+    const auto piece = rc::gen::weightedElement<std::string>({
+        {3, "RUNSPEC\n"},
+        {3, "GRID\n"},
+        {2, "PROPS\n"},
+        {1, "SCHEDULE\n"},
+        {2, "OIL\n"},
+        {1, "WATER\n"},
+        {2, "TABDIMS\n 1 /\n"},
+        {2, "TABDIMS\n 2 4* 6 8 4* 9 3 /\n"},
+        {1, "TABDIMS\n /\n"},
+        {1, "REGDIMS\n 4 5 6 7 /\n"},
+        {1, "REGDIMS\n 9 1* 3 8 /\n"},
+        {1, "COMPS\n 3 /\n"},
+        {1, "NCOMPS\n 4 /\n"},
+        {1, "CNAMES\n A B /\n"},
+        {1, "GASSOL\n 2 /\n"},
+        {1, "COMPW\n 2 /\n"},
+        {1, "CO2SOL\n"},
+        {1, "PINCHNUM\n 1 /\n"},
+        {1, "FLUXNUM\n 1 /\n"},
+        {1, "LUMPING\n A 2 /\n/\n"},
+        {4, "INCLUDE\n 'a.inc' /\n"},
+        {3, "INCLUDE\n 'b.inc' /\n"},
+        {1, "INCLUDE\n 'none.inc' /\n"},
+        {1, "SKIP\nTABDIMS\n 5 /\nENDSKIP\n"},
+        {1, "ENDINC\n"},
+        {1, "END\n"},
+    });
+    return rc::gen::map(rc::gen::container<std::vector<std::string>>(piece), [](const std::vector<std::string>& all) {
+        std::string text;
+        for (const std::string& one : all)
+            text += one;
+        return text;
+    });
+}
+
+} // namespace
+
+TEST(ContextIndex, AnswersAsTheLiteralWalk)
+{
+    const TestSupport::CleanEnvironment clean;
+    const TestSupport::LogRecorder quiet;
+    const bool held = rc::check("an index of names answers as a walk, also after the files have changed", [] {
+        const TestDeck deck({{"T.DATA", *FileText()}, {"a.inc", *FileText()}, {"b.inc", *FileText()}});
+        auto& view = static_cast<DeckKeywords&>(deck.Keywords());
+        const PlainView plain(view);
+        const auto check = [&] {
+            Answers(plain); // reads data, whose messages come once
+            RC_ASSERT(Answers(view) == Answers(plain));
+        };
+        check();
+        for (int change = *rc::gen::inRange(0, 4); change > 0; --change) {
+            switch (*rc::gen::inRange(0, 4)) {
+            case 0:
+                deck.Dir().Write(*rc::gen::element<std::string>("T.DATA", "a.inc", "b.inc"), *FileText());
+                view.Refresh(true);
+                break;
+            case 1:
+                deck.Dir().Write("none.inc", *FileText());
+                view.Refresh(true);
+                break;
+            case 2:
+                deck.Dir().Write("b.inc", *FileText());
+                for (IKeywordFile* file : view.GetFiles())
+                    if (file->GetFileName().GetFullName() == deck.Dir().Path("b.inc")) file->AsKeywordFile()->Reload();
+                break;
+            default:
+                Environment::Instance().DeckTerminatedByENDKeyword(
+                    !Environment::Instance().DeckTerminatedByENDKeyword());
+            }
+            check();
+        }
+        Environment::Instance().destroy();
+    });
+    EXPECT_TRUE(held);
+}
