@@ -75,6 +75,11 @@ struct Keyword::State
     std::string leadingComment;
     std::unique_ptr<KeywordVariables> variables;
     bool beingRead = false;
+
+    bool IsInUse() const
+    {
+        return data || heldText || commentManager || variables || !leadingComment.empty() || beingRead;
+    }
 };
 
 Keyword::Keyword(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
@@ -188,25 +193,54 @@ Keywords::IKeywordData* Keyword::GetData(const Context& context)
 
     State& state = *m_state;
     const ReadingMark mark(state.beingRead);
-    std::unique_ptr<Keywords::IKeywordData> data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
     std::unique_ptr<KeywordVariables> variables;
     if (m_variablesAllowed) variables = std::make_unique<KeywordVariables>();
-
-    if (state.heldText) {
-        const std::shared_ptr<std::string> text = state.heldText;
-        LineStringReader lines(*text);
-        KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
-                                             false, variables.get());
-    } else if (HasValidExtent() && !m_dataChanged) {
-        if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
-            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
-                                                 variables.get());
-        }
-    }
-
+    std::unique_ptr<Keywords::IKeywordData> data = ParseData(state.heldText, context, variables.get());
     if (variables && variables->HasVariables()) state.variables = std::move(variables);
     state.data = std::move(data);
     return state.data.get();
+}
+
+std::unique_ptr<Keywords::IKeywordData> Keyword::ReadData(const Context& context, KeywordVariables* variables)
+{
+    if (m_syntax->GetMetaData() == nullptr) return nullptr;
+    // A walk over a deck leaves no state behind in keywords that had none.
+    struct StateGuard
+    {
+        std::unique_ptr<State>& state;
+        bool hadState;
+        ~StateGuard()
+        {
+            if (!hadState && !state->IsInUse()) state.reset();
+        }
+    };
+    const StateGuard guard{m_state, m_state != nullptr};
+    State& state = GetState();
+    if (state.beingRead) return nullptr;
+    if (m_dataChanged && state.data && !state.heldText) return state.data->CloneSafely();
+
+    const ReadingMark mark(state.beingRead);
+    KeywordVariables unseen;
+    if (!m_variablesAllowed) variables = nullptr;
+    if (m_variablesAllowed && variables == nullptr) variables = &unseen;
+    // Text that was merely read is a copy of the file, and knows less of its lines.
+    return ParseData(m_dataChanged ? state.heldText : nullptr, context, variables);
+}
+
+std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(std::shared_ptr<std::string> heldText,
+                                                           const Context& context, KeywordVariables* variables) const
+{
+    std::unique_ptr<Keywords::IKeywordData> data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
+    if (heldText) {
+        LineStringReader lines(*heldText);
+        KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(heldText->size()), context,
+                                             false, variables);
+    } else if (HasValidExtent() && !m_dataChanged) {
+        if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
+            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables);
+        }
+    }
+    return data;
 }
 
 std::shared_ptr<std::string> Keyword::GetDataText()

@@ -71,6 +71,10 @@ public:
     /// keyword is being read. Throws `DeckManagerException` when a size that the data need cannot be told.
     Keywords::IKeywordData* GetData(const Context& context);
 
+    /// The same as a tree of the caller's, read afresh; the keyword keeps nothing of it. Uncommitted data that were set
+    /// as a tree are copied. `variables` takes the references to variables; null for none.
+    std::unique_ptr<Keywords::IKeywordData> ReadData(const Context& context, KeywordVariables* variables);
+
     /// The held text, on demand: the text behind the keyword line and its tag lines, trimmed at the right. Null for a
     /// keyword without data.
     std::shared_ptr<std::string> GetDataText();
@@ -129,6 +133,9 @@ private:
 
     State& GetState() const;
     ICommentManager& GetCommentManager() const;
+    /// A new tree, read from `heldText`, else from the file if what stands there still counts.
+    std::unique_ptr<Keywords::IKeywordData> ParseData(std::shared_ptr<std::string> heldText, const Context& context,
+                                                      KeywordVariables* variables) const;
     std::string ReadDataText() const;
     /// The reader that a pass over the file keeps open, else one of its own; null when the file can't be opened.
     std::shared_ptr<ILineReader> BorrowReader() const;

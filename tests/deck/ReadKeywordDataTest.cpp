@@ -1,0 +1,79 @@
+#include <deckmanager/ReadKeywordData.h>
+
+#include "keywords/Keyword.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/KeywordVariables.h>
+#include <gtest/gtest.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordRecordData.h>
+
+namespace {
+
+using namespace Tarn::Fjel::Core;
+using namespace Tarn::Fjel::Core::DeckManager;
+using TestSupport::TestDeck;
+
+class ReadKeywordDataTest : public testing::Test
+{
+protected:
+    TestSupport::CleanEnvironment m_environment;
+    TestSupport::LogRecorder m_log;
+};
+
+int Elements(const Keywords::IKeywordData* data)
+{
+    return data != nullptr && data->GetType() == Keywords::MDType::List
+               ? static_cast<const Keywords::IKeywordListData*>(data)->GetElementCount()
+               : -1;
+}
+
+TEST_F(ReadKeywordDataTest, TheKeywordKeepsNothing)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nOIL\nGRID\nPORO\n-- remark\n0.1 bad\n2*0.3 /\n"}});
+    const IKeyword& poro = **deck.At("PORO");
+    for (int i = 1; i <= 2; ++i) {
+        const std::unique_ptr<Keywords::IKeywordData> data = ReadKeywordData(deck.Keywords(), poro);
+        EXPECT_EQ(Elements(data.get()), 3);
+        ASSERT_EQ(m_log.Count(), i);
+        EXPECT_EQ(m_log.Messages().back().line, 6);
+    }
+    const Keywords::IKeywordData* kept = deck.Keywords().GetKeywordData(&poro);
+    EXPECT_EQ(m_log.Count(), 3);
+    EXPECT_NE(ReadKeywordData(deck.Keywords(), poro).get(), kept);
+    EXPECT_EQ(deck.Keywords().GetKeywordData(&poro), kept);
+    EXPECT_EQ(ReadKeywordData(deck.Keywords(), **deck.At("OIL")), nullptr);
+}
+
+TEST_F(ReadKeywordDataTest, TheDeckAnswersForSizesAndVariables)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nTABDIMS\n2 /\nPROPS\nSWOF\n0.1 0 1 0\n1 1 0 0 /\n"
+                                                   "0.2 0 1 0\n1 1 0 0 /\nSCHEDULE\nTSTEP\n$STEP 30 /\n"}});
+    KeywordVariables variables;
+    EXPECT_EQ(Elements(ReadKeywordData(deck.Keywords(), **deck.At("SWOF"), &variables).get()), 2);
+    EXPECT_FALSE(variables.HasVariables());
+    EXPECT_EQ(Elements(ReadKeywordData(deck.Keywords(), **deck.At("TSTEP")).get()), 2); // nobody asks for them
+    EXPECT_EQ(Elements(ReadKeywordData(deck.Keywords(), **deck.At("TSTEP"), &variables).get()), 2);
+    EXPECT_TRUE(variables.HasVariables());
+    EXPECT_TRUE(m_log.Empty());
+
+    const TestDeck without(TestDeck::Texts{{"A.DATA", "SCHEDULE\nTSTEP\n$STEP 30 /\n"}}, false);
+    KeywordVariables none;
+    EXPECT_EQ(Elements(ReadKeywordData(without.Keywords(), **without.At("TSTEP"), &none).get()), 1); // text, no number
+    EXPECT_FALSE(none.HasVariables());
+    EXPECT_EQ(m_log.Count(), 1);
+}
+
+TEST_F(ReadKeywordDataTest, AReadThatThrowsCanBeTriedAgain)
+{
+    const TestDeck deck(
+        TestDeck::Texts{{"A.DATA", "RUNSPEC\nGASSOL\n1 /\nCO2SOL\nTABDIMS\n1 1 /\nPROPS\nSOLUBILT\n1.0 0.5 /\n/\n"}});
+    const IKeyword& solubilities = **deck.At("SOLUBILT");
+    for (int i = 0; i < 2; ++i)
+        EXPECT_THROW(ReadKeywordData(deck.Keywords(), solubilities), DeckManagerException);
+    EXPECT_THROW(deck.Keywords().GetKeywordData(&solubilities), DeckManagerException);
+}
+
+} // namespace
