@@ -78,6 +78,7 @@ void LineStreamReader::Reset(std::istream* stream)
     m_text = {};
     m_attached = stream != nullptr;
     m_startsAtZero = false;
+    m_firstLineEnd.reset();
     m_positionTrue = true;
     m_flags = 0;
     m_lineNumber = 0;

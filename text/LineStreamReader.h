@@ -3,8 +3,10 @@
 #include <cstring>
 #include <istream>
 #include <memory>
+#include <optional>
 #include <string_view>
 
+#include "text/LineEnd.h"
 #include <deckmanager/ILineReader.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -93,6 +95,8 @@ public:
     std::string_view Ahead(bool& whole);
 
 private:
+    friend std::optional<LineEnd> FirstLineEnd(ILineReader& reader);
+
     enum : unsigned
     {
         EofFlag = 1,
@@ -123,6 +127,8 @@ private:
     /// The window reaches to the end of the text.
     bool m_exhausted = true;
     unsigned m_flags = 0;
+    /// How the text's first line ends, once someone has asked.
+    std::optional<std::optional<LineEnd>> m_firstLineEnd;
     std::int64_t m_lineNumber = 0;
     /// The position of `m_begin`.
     long long m_windowPos = 0;

@@ -12,6 +12,7 @@
 #include <deckmanager/IDeck.h>
 #include <deckmanager/IDeckKeywords.h>
 #include <deckmanager/IDeckManager.h>
+#include <deckmanager/LineEnds.h>
 
 namespace TestSupport {
 
@@ -21,10 +22,17 @@ namespace Decks = Tarn::Fjel::Core::DeckManager;
 class CleanEnvironment
 {
 public:
-    CleanEnvironment() { Decks::Environment::Instance().destroy(); }
-    ~CleanEnvironment() { Decks::Environment::Instance().destroy(); }
+    CleanEnvironment() { Reset(); }
+    ~CleanEnvironment() { Reset(); }
     CleanEnvironment(const CleanEnvironment&) = delete;
     CleanEnvironment& operator=(const CleanEnvironment&) = delete;
+
+private:
+    static void Reset()
+    {
+        Decks::Environment::Instance().destroy();
+        Decks::LineEnds::SetPolicy(Decks::LineEnds::Policy::CrLf);
+    }
 };
 
 /// A deck made from literal text: files in a temporary directory, of which the first is the top file.

@@ -1,0 +1,185 @@
+#include "text/LineStreamWriter.h"
+
+#include <algorithm>
+#include <string>
+
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/Environment.h>
+#include <deckmanager/ILineReader.h>
+#include <deckmanager/LineEnds.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/service/Log.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+/// What a block of text, or a copy, is moved in.
+constexpr std::size_t PieceSize = 64 * 1024;
+
+} // namespace
+
+LineStreamWriter::~LineStreamWriter() = default;
+
+void LineStreamWriter::Attach(std::unique_ptr<std::ostream> stream, Target target)
+{
+    m_stream = std::move(stream);
+    m_target = target;
+    m_keepsBytes = target != Target::Text && LineEnds::GetPolicy() == LineEnds::Policy::Keep;
+    m_written = 0;
+    StartOver(true);
+}
+
+std::unique_ptr<std::ostream> LineStreamWriter::Detach()
+{
+    return std::move(m_stream);
+}
+
+void LineStreamWriter::StartOver(bool atLineStart)
+{
+    m_packer.Clear();
+    m_atLineStart = atLineStart;
+    m_lineIsOpen = false;
+}
+
+std::size_t LineStreamWriter::LineLimit() const
+{
+    const std::int32_t limit = m_lineLimit > 0 ? m_lineLimit : Environment::Instance().DeckWriteMaxLineLength();
+    return static_cast<std::size_t>(std::max(limit, 0));
+}
+
+void LineStreamWriter::Put(std::string_view bytes)
+{
+    if (!m_stream || bytes.empty()) return;
+    m_stream->write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    if (m_stream->good()) m_written += static_cast<std::int64_t>(bytes.size());
+}
+
+void LineStreamWriter::EndOpenLine()
+{
+    if (std::exchange(m_lineIsOpen, false)) Put(BytesOf(GetLineEnd()));
+}
+
+void LineStreamWriter::Write(const char* text, std::int32_t length, bool indent)
+{
+    if (length > 0) WriteToken(std::string_view(text, static_cast<std::size_t>(length)), indent);
+}
+
+void LineStreamWriter::WriteToken(std::string_view token, bool indent)
+{
+    WriteRun(token, indent, 1);
+}
+
+void LineStreamWriter::WriteRun(std::string_view text, bool indent, std::int64_t count)
+{
+    if (text.empty()) return;
+    if (m_lineIsOpen) EndOpenLine();
+    const std::size_t limit = LineLimit();
+    while (count > 0) {
+        if (indent && m_atLineStart) m_packer.Add(VeldaneDeckInfo::SEPARATOR_TOKEN);
+        const std::size_t width = m_packer.Width();
+        if (width + (width > 0 ? 1 : 0) + text.size() <= limit) {
+            m_atLineStart = false;
+            if (count > 1 && m_packer.Holds(text)) {
+                count -= m_packer.Repeat(count);
+            } else {
+                m_packer.Add(text);
+                --count;
+            }
+        } else if (m_atLineStart) {
+            m_packer.Add(text);
+            --count;
+            NewLine();
+            Service::Log::SendLogMessage("Line written to deck file exceeds " + std::to_string(limit) + " characters",
+                                         Service::Log::Error);
+        } else {
+            NewLine();
+        }
+    }
+}
+
+void LineStreamWriter::FlushLine()
+{
+    m_packer.WriteOut(false);
+    if (!m_packer.Line().empty()) {
+        EndOpenLine();
+        Put(m_packer.Line());
+    }
+    m_packer.Clear();
+}
+
+void LineStreamWriter::NewLine()
+{
+    EndOpenLine();
+    m_packer.WriteOut(false);
+    m_packer.Line() += BytesOf(GetLineEnd());
+    Put(m_packer.Line());
+    m_packer.Clear();
+    m_atLineStart = true;
+}
+
+void LineStreamWriter::EndLine()
+{
+    if (!m_atLineStart) NewLine();
+}
+
+char* LineStreamWriter::Block()
+{
+    if (!m_block) m_block = std::make_unique_for_overwrite<char[]>(PieceSize + LineEndConverter::MostBytes(PieceSize));
+    return m_block.get();
+}
+
+void LineStreamWriter::WriteText(std::string_view text)
+{
+    if (text.empty() || !m_stream) return;
+    FlushLine();
+    EndOpenLine();
+    char* const out = Block();
+    LineEndConverter converter(m_target == Target::LfFile ? LineEnd::Lf : LineEnd::CrLf,
+                               m_target == Target::Text ? LineEndConverter::LoneCr::Keep
+                                                        : LineEndConverter::LoneCr::Drop);
+    for (std::size_t at = 0; at < text.size() && m_stream->good(); at += PieceSize)
+        Put(std::string_view(out, converter.Convert(text.substr(at, PieceSize), out)));
+    FinishBlock(text.back() == '\n');
+}
+
+std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long long last)
+{
+    if (last < first || !m_stream) return 0;
+    const bool keepsBytes = m_keepsBytes && FirstLineEnd(reader).value_or(GetLineEnd()) == GetLineEnd();
+    if (!reader.Seek(first, 0)) throw DeckManagerException("LineStreamWriter::Copy: fail to read input stream");
+    FlushLine();
+    EndOpenLine();
+    char* const in = Block();
+    char* const out = in + PieceSize;
+    LineEndConverter converter(GetLineEnd(), m_target == Target::Text ? LineEndConverter::LoneCr::Drop
+                                                                      : LineEndConverter::LoneCr::Keep);
+    std::int64_t copied = 0;
+    char lastByte = '\n';
+    while (first <= last && m_stream->good()) {
+        const auto wanted = std::min<std::int64_t>(last - first + 1, PieceSize);
+        const std::int64_t count = reader.ReadRaw(in, wanted);
+        if (count <= 0) break;
+        const std::string_view piece(in, static_cast<std::size_t>(count));
+        Put(keepsBytes ? piece : std::string_view(out, converter.Convert(piece, out)));
+        lastByte = piece.back();
+        copied += count;
+        first += count;
+    }
+    if (copied == 0) return 0;
+    if (lastByte != '\n' && m_leavesLastLineOpen) {
+        StartOver(true);
+        m_lineIsOpen = true;
+    } else {
+        FinishBlock(lastByte == '\n');
+    }
+    return copied;
+}
+
+void LineStreamWriter::FinishBlock(bool lineEnded)
+{
+    StartOver(true);
+    if (!lineEnded) Put(BytesOf(GetLineEnd()));
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
