@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "deck/DeckKeywords.h"
+#include "deck/DiskOrder.h"
 #include "deck/FilePaths.h"
 #include "deck/KeywordNames.h"
 #include "files/KeywordFile.h"
@@ -73,6 +74,7 @@ void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
 {
     m_scopes.reset();
     m_names.reset();
+    m_diskOrder.reset();
     switch (args.GetKind()) {
     case KeywordFileEventArgs::Insert:
     case KeywordFileEventArgs::Remove:
@@ -104,6 +106,7 @@ void DeckKeywords::DropAll()
     m_sections.reset();
     m_scopes.reset();
     m_names.reset();
+    m_diskOrder.reset();
     m_paths.reset();
 }
 

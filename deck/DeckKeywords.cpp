@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <unordered_set>
 
+#include "deck/DiskOrder.h"
 #include "deck/FilePaths.h"
 #include "deck/KeywordNames.h"
 #include "deck/ScopeWalk.h"

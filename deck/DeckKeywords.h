@@ -12,7 +12,9 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
+class DiskOrder;
 class FilePaths;
+class Keyword;
 class KeywordFile;
 class KeywordFileEventArgs;
 struct KeywordNames;
@@ -46,6 +48,8 @@ public:
     Keywords::IKeywordData* GetKeywordData(const IKeyword* keyword) const override;
     std::shared_ptr<std::string> GetDataText(const IKeyword* keyword) const override;
     std::shared_ptr<std::string> GetRawText(const IKeyword* keyword) const override;
+    std::string ReadDataText(ILineReader& reader, long long limit, bool* tagSeen, bool stopAtTag) const override;
+    std::string GetComment(const KeywordIterator& position, bool stripHeader) const override;
     IKeywordFile* GetFileOf(const KeywordFileIterator& position) const override;
     IKeywordFile* GetDataFile() const override;
     std::set<IKeywordFile*> GetFiles() const override;
@@ -108,6 +112,11 @@ private:
         std::size_t outer; ///< the place of the scope around it; its own when there is none
     };
 
+    /// Moves behind the keyword's own text.
+    static void SkipKeywordData(const Keyword& keyword, ILineReader& reader);
+    /// Takes the header of a file and the lines that enclose it out of a comment.
+    static void StripGeneratedBlock(std::string& text);
+    const Keyword* AheadOnDisk(KeywordFileIterator place, const Keyword& keyword) const;
     const Sections& GetSections() const;
     const std::vector<Scope>& GetScopes() const;
     bool FindEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const;
@@ -127,6 +136,7 @@ private:
     mutable std::optional<KeywordIterator> m_physicalEnd;
     mutable std::unique_ptr<Sections> m_sections;
     mutable std::unique_ptr<std::vector<Scope>> m_scopes; ///< in the order of the walk
+    mutable std::unique_ptr<DiskOrder> m_diskOrder;
     mutable std::unique_ptr<KeywordNames> m_names;
     mutable std::unique_ptr<FilePaths> m_paths;
     mutable unsigned long long m_pathsStamp = 0;

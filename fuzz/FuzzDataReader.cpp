@@ -79,6 +79,8 @@ public:
     Keywords::IKeywordData* GetKeywordData(const IKeyword*) const override { return nullptr; }
     std::shared_ptr<std::string> GetDataText(const IKeyword*) const override { return nullptr; }
     std::shared_ptr<std::string> GetRawText(const IKeyword*) const override { return nullptr; }
+    std::string ReadDataText(ILineReader&, long long, bool*, bool) const override { return {}; }
+    std::string GetComment(const KeywordIterator&, bool) const override { return {}; }
     IKeywordFile* GetFileOf(const KeywordFileIterator&) const override { return nullptr; }
     IKeywordFile* GetDataFile() const override { return nullptr; }
     std::set<IKeywordFile*> GetFiles() const override { return {}; }

@@ -17,6 +17,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 class IKeyword;
 class IKeywordFile;
+class ILineReader;
 class KeywordVariables;
 
 /// The read view of one deck: the whole tree of keyword files under one root file, walked in deck order, with its
@@ -77,6 +78,21 @@ public:
 
     /// The keyword's whole text (`IKeyword::GetText`).
     virtual std::shared_ptr<std::string> GetRawText(const IKeyword* keyword) const = 0;
+
+    /// The text of a keyword's data lines from where the reader stands, through the last terminated line that ends at
+    /// or ahead of `limit`, a position of the reader; through the first line where none is terminated. Blank and
+    /// comment lines between the data lines are kept, suppress markers at line heads and blanks at the end are not.
+    /// `tagSeen`, which may be null, tells whether a line bears the keyword tag; with `stopAtTag` the text ends ahead
+    /// of that line. The reader is left behind the data, and where it stood when there are none.
+    virtual std::string ReadDataText(ILineReader& reader, long long limit, bool* tagSeen, bool stopAtTag) const = 0;
+
+    /// The comment lines between the keyword at a position and the data of the keyword that stands ahead of it on the
+    /// disk, read from the file at each call: with their markers, each ending in a line feed. Blank lines ahead of the
+    /// first comment line are left out, later ones are kept empty; generated tags and text that is no comment are left
+    /// out. With `stripHeader` the block that encloses the header of the file goes too.
+    ///
+    /// Empty for a keyword that stands in no file, and, with a warning, where the file cannot be read.
+    virtual std::string GetComment(const KeywordIterator& position, bool stripHeader) const = 0;
 
     /// The file that holds a position.
     virtual IKeywordFile* GetFileOf(const KeywordFileIterator& position) const = 0;

@@ -62,6 +62,14 @@ public:
     {
         return m_view.GetRawText(keyword);
     }
+    std::string ReadDataText(ILineReader& reader, long long limit, bool* tagSeen, bool stopAtTag) const override
+    {
+        return m_view.ReadDataText(reader, limit, tagSeen, stopAtTag);
+    }
+    std::string GetComment(const KeywordIterator& position, bool stripHeader) const override
+    {
+        return m_view.GetComment(position, stripHeader);
+    }
     IKeywordFile* GetFileOf(const KeywordFileIterator& position) const override { return m_view.GetFileOf(position); }
     IKeywordFile* GetDataFile() const override { return m_view.GetDataFile(); }
     std::set<IKeywordFile*> GetFiles() const override { return m_view.GetFiles(); }

@@ -1,0 +1,44 @@
+#include "deck/DiskOrder.h"
+
+#include <algorithm>
+
+#include "files/KeywordFile.h"
+#include "keywords/Keyword.h"
+#include <deckmanager/KeywordFileIterator.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+bool BeginsAhead(const Keyword* keyword, const Keyword* other)
+{
+    return keyword->Position() < other->Position();
+}
+
+} // namespace
+
+DiskOrder::DiskOrder(const std::vector<KeywordFile*>& files)
+{
+    for (const KeywordFile* file : files) {
+        if (!file->IsLoaded()) continue;
+        const KeywordFileIterator end = file->End();
+        for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
+            const auto* keyword = static_cast<const Keyword*>(*place);
+            if (keyword->HasValidExtent()) m_keywords[keyword->Reader().get()].push_back(keyword);
+        }
+    }
+    for (auto& [reader, keywords] : m_keywords) {
+        std::sort(keywords.begin(), keywords.end(), BeginsAhead);
+    }
+}
+
+const Keyword* DiskOrder::Ahead(const Keyword& keyword) const
+{
+    const auto found = m_keywords.find(keyword.Reader().get());
+    if (found == m_keywords.end()) return nullptr;
+    const std::vector<const Keyword*>& keywords = found->second;
+    const auto place = std::lower_bound(keywords.begin(), keywords.end(), &keyword, BeginsAhead);
+    return place == keywords.begin() ? nullptr : *(place - 1);
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
