@@ -5,6 +5,7 @@
 #include <string>
 
 #include <deckmanager/IKeyword.h>
+#include <tarn/keywords/SimulatorType.h>
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordData;
@@ -17,6 +18,7 @@ class Context;
 class ICommentManager;
 class IKeywordOwner;
 class ILineReader;
+class ILineWriter;
 class ITagMgr;
 class KeywordFileReader;
 class KeywordVariables;
@@ -106,6 +108,24 @@ public:
 
     /// Tells the listeners of the file that the data of an INCLUDE keyword have changed.
     void NotifyUpdated();
+
+    /// Replaces the data; `data` is taken only where the result is true. False, told at severity 3, for a tree of
+    /// another keyword's metadata and for a string with a line break in it. `notify`: `NotifyUpdated` follows.
+    bool SetData(std::unique_ptr<Keywords::IKeywordData>&& data, bool notify);
+    /// Replaces the data by text, as it stands below the keyword line. False, told at severity 3, for data of a keyword
+    /// that has none and for a text with a further keyword in it.
+    bool SetDataText(const std::string& text, bool notify);
+
+    /// Writes the keyword as it is now: copied where nothing has changed. Throws `DeckManagerException` when its text
+    /// in the file can't be read. The marks of the changes stay.
+    void Write(ILineWriter& writer, const Context& context, Keywords::SimulatorType simulator) const;
+    /// The same with other data, given as text below the keyword line. The keyword stays as it is.
+    void WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const;
+    /// What stands in the keyword's extent behind its own text: the block above the keyword below. For whoever leaves
+    /// the keyword out.
+    void WriteTrailingText(ILineWriter& writer, const Context& context) const;
+    /// `Write` copies the extent, byte for byte, and does nothing else.
+    bool IsWrittenAsItStands() const;
 
     IKeywordOwner* Owner() const { return m_owner; }
     void SetOwner(IKeywordOwner* owner);
