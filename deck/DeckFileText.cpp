@@ -158,7 +158,14 @@ void DeckKeywords::SkipKeywordData(const Keyword& keyword, ILineReader& reader)
         reader.Seek(DataEnd(reader, end), 0);
         return;
     }
+    LineSource source(reader);
+    std::string_view line;
     const std::ptrdiff_t commentLines = isRawText || isTitle ? 0 : CommentLineCount(keyword, reader);
+    if (!isRawText && !isTitle && commentLines == 0) {
+        reader.Seek(begin, 0);
+        source.Next(line);
+        return;
+    }
     if (!LineReaderUtil::AdvanceToNonTagLine(&reader, begin, keyword.Size(), nullptr, false)) {
         reader.Seek(end, 0);
         return;
@@ -168,8 +175,6 @@ void DeckKeywords::SkipKeywordData(const Keyword& keyword, ILineReader& reader)
         return;
     }
     // What stands below a title's line is the title, whatever it looks like.
-    LineSource source(reader);
-    std::string_view line;
     for (std::ptrdiff_t i = isTitle ? -1 : 0; i < commentLines; ++i) {
         source.Next(line);
     }
