@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 
 #include "benchmarks/CommandTimer.h"
+#include "benchmarks/DataReading.h"
 #include "benchmarks/KeywordMemory.h"
 
 namespace {
@@ -63,6 +64,17 @@ bool CompareToTime(const std::string& work, const Command& command, double budge
     return met;
 }
 
+/// A read in this process against its yardstick.
+bool CompareReading(const std::string& work, const Benchmarks::DataReadingResult& result, const std::string& yardstick,
+                    double budget)
+{
+    const double ratio = result.seconds / result.yardstickSeconds;
+    const bool met = ratio <= budget;
+    PrintRow(work, Time(result.seconds), yardstick, Time(result.yardstickSeconds), fmt::format("{:.2f}", ratio),
+             fmt::format("{:.1f} x", budget), met, fmt::format("{:.1f} MB", result.peakBytes / 1048576));
+    return met;
+}
+
 Command List(const std::string& deckman, const std::filesystem::path& deck)
 {
     return Command{{deckman, "ls", "--json", deck.string()}, {}};
@@ -86,6 +98,10 @@ int main(int argc, char** argv)
         const std::filesystem::path decks = argv[2];
         const std::string smallDeck = argv[3];
 
+        // First, while the process holds no freed memory in which the data could lie.
+        const Benchmarks::DataReadingResult reals =
+            Benchmarks::MeasureReals((decks / "REALS.DATA").string(), "PORO", repeats);
+
         fmt::print("Median of {} after a warm-up; peak is the largest resident size of the command.\n\n", repeats);
         fmt::print(fmt::runtime(rowFormat), "work", "measured", "yardstick", "measured", "ratio", "budget", "met",
                    "peak");
@@ -105,6 +121,18 @@ int main(int argc, char** argv)
         missed += !memoryMet;
         PrintRow("memory of a loaded, unparsed keyword", fmt::format("{:.0f} B", memory.bytesPerKeyword),
                  fmt::format("{} keywords", memory.keywords), "", "", "260 B", memoryMet, "");
+
+        missed += !CompareReading(fmt::format("read {} reals of one keyword", reals.count), reals,
+                                  "bare std::from_chars loop", 2.0);
+        const double bytesPerReal = reals.peakBytes / static_cast<double>(reals.count);
+        const bool realsMet = bytesPerReal <= 9.0;
+        missed += !realsMet;
+        PrintRow("peak memory of that, for a real", fmt::format("{:.2f} B", bytesPerReal), "a double", "8 B",
+                 fmt::format("{:.2f}", bytesPerReal / 8), "9 B", realsMet, "");
+        const Benchmarks::DataReadingResult records =
+            Benchmarks::MeasureRecords((decks / "RECORDS.DATA").string(), "COMPDAT", repeats);
+        missed += !CompareReading(fmt::format("read {} records of one keyword", records.count), records,
+                                  "the bytes cut at blanks", 4.0);
 
         fmt::print("\n{}\n", missed == 0 ? "Every budget is met." : fmt::format("{} budgets are not met.", missed));
         return 0;

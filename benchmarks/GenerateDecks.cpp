@@ -1,5 +1,6 @@
-// Writes the large decks that the benchmarks read: grid arrays, a long schedule, and a schedule cut into thousands of
-// included files beside one file of the same text. The same program gives the same bytes each time.
+// Writes the large decks that the benchmarks read: grid arrays, a long schedule, a schedule cut into thousands of
+// included files beside one file of the same text, and one keyword of many reals or records. The same program gives the
+// same bytes each time.
 
 #include <algorithm>
 #include <cerrno>
@@ -241,6 +242,32 @@ private:
     int m_year = 1990;
 };
 
+/// Ten million reals in one keyword, and 200 000 records in one.
+void WriteDataDecks(const std::filesystem::path& folder, double scale)
+{
+    const auto reals = static_cast<std::int64_t>(10000000 * scale);
+    Output numbers(folder / "REALS.DATA");
+    WriteRunspec(numbers, "Ten million reals", 1000, 1000,
+                 static_cast<int>(std::max<std::int64_t>(1, reals / 1000000)));
+    WriteArray(numbers, "PORO", reals, 0.05, 0.35, 6);
+    numbers.Write("END\n");
+    numbers.Close();
+
+    Output records(folder / "RECORDS.DATA");
+    WriteRunspec(records, "200 000 records", 200, 150, 30);
+    records.Write("SCHEDULE\n\nCOMPDAT\n");
+    Random random(11);
+    for (auto i = static_cast<std::int64_t>(200000 * scale); i > 0; --i) {
+        const std::uint32_t well = random.Next() % 200 + 1;
+        const std::uint32_t layer = random.Next() % 28 + 1;
+        records.Print("   'PROD{:03}' {} {} {} {} 'OPEN' 1* {:.2f} 0.216 {:.2f} {:.2f} 1* 'Z' /\n", well, well % 97 + 1,
+                      well % 83 + 1, layer, layer + 2, random.Between(1, 90), random.Between(100, 9000),
+                      random.Between(-2, 8));
+    }
+    records.Write("/\n\nEND\n");
+    records.Close();
+}
+
 /// 60 000 keywords in a million lines, 50 MB.
 void WriteScheduleDeck(const std::filesystem::path& folder, double scale)
 {
@@ -289,7 +316,7 @@ void WriteIncludeDecks(const std::filesystem::path& folder, double scale)
 
 int Usage()
 {
-    fmt::print(stderr, "usage: generate_decks DIR [--scale FACTOR] [arrays] [schedule] [includes]\n"
+    fmt::print(stderr, "usage: generate_decks DIR [--scale FACTOR] [arrays] [schedule] [includes] [data]\n"
                        "Writes the benchmark decks into DIR; without names, all of them. FACTOR 1 is full size.\n");
     return 2;
 }
@@ -307,13 +334,13 @@ int main(int argc, char** argv)
             const std::string word = argv[i];
             if (word == "--scale" && i + 1 < argc)
                 scale = std::strtod(argv[++i], nullptr);
-            else if (word == "arrays" || word == "schedule" || word == "includes")
+            else if (word == "arrays" || word == "schedule" || word == "includes" || word == "data")
                 names.push_back(word);
             else
                 return Usage();
         }
         if (!(scale > 0.0)) return Usage();
-        if (names.empty()) names = {"arrays", "schedule", "includes"};
+        if (names.empty()) names = {"arrays", "schedule", "includes", "data"};
 
         std::filesystem::create_directories(folder);
         for (const std::string& name : names) {
@@ -321,6 +348,8 @@ int main(int argc, char** argv)
                 WriteArraysDeck(folder, scale);
             else if (name == "schedule")
                 WriteScheduleDeck(folder, scale);
+            else if (name == "data")
+                WriteDataDecks(folder, scale);
             else
                 WriteIncludeDecks(folder, scale);
         }

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <limits>
 #include <span>
+#include <type_traits>
 #include <typeinfo>
 
 #include <deckmanager/DeckManagerException.h>
@@ -19,6 +20,7 @@
 #include <tarn/service/Strings.h>
 
 #include "keywords/KeywordDataDeserializer.h"
+#include "keywords/ShortNumbers.h"
 #include "keywords/ValueConversions.h"
 #include <deckmanager/KeywordVariables.h>
 
@@ -34,10 +36,18 @@ namespace {
 template <class Number>
 bool TakePlainNumber(const char*& at, const char* end, Number& value)
 {
-    const auto [stop, error] = std::from_chars(at, end, value);
-    if (error != std::errc() ||
-        (stop != end && !VeldaneDeckInfo::IsSpace(*stop) && *stop != VeldaneDeckInfo::TERMINATION))
-        return false;
+    const char* stop = at;
+    bool isShort = false;
+    if constexpr (std::is_same_v<Number, double>)
+        isShort = ShortNumbers::TakeReal(stop, end, value);
+    else
+        isShort = ShortNumbers::TakeInteger(stop, end, value);
+    if (!isShort) {
+        const auto [behind, error] = std::from_chars(at, end, value);
+        if (error != std::errc()) return false;
+        stop = behind;
+    }
+    if (stop != end && !VeldaneDeckInfo::IsSpace(*stop) && *stop != VeldaneDeckInfo::TERMINATION) return false;
     at = stop;
     return true;
 }

@@ -1,5 +1,6 @@
 // Records and their items.
 
+#include <algorithm>
 #include <typeinfo>
 
 #include <deckmanager/Context.h>
@@ -17,6 +18,7 @@
 
 #include "keywords/IDeserializer.h"
 #include "keywords/KeywordDataDeserializer.h"
+#include "keywords/ShortNumbers.h"
 #include "keywords/ValueConversions.h"
 #include <deckmanager/KeywordVariables.h>
 
@@ -37,6 +39,51 @@ std::string_view StringValue(std::string_view text, const Keywords::IKeywordStri
     scratch.assign(text);
     Service::StringToUpper(scratch);
     return scratch;
+}
+
+bool HasLowerCase(std::string_view text)
+{
+    return std::any_of(text.begin(), text.end(), [](char c) { return c >= 'a' && c <= 'z'; });
+}
+
+/// Sets an item from a token in its usual form; false, and nothing is set, for what needs a closer look. REQUIRES: the
+/// token holds no `$`, is no terminator and no default.
+bool SetPlainItem(std::string_view token, const RecordPlan::Item& item, Keywords::IKeywordRecordData& record, int index,
+                  DeserializeState& state)
+{
+    const char* at = token.data();
+    const char* const end = at + token.size();
+    switch (item.type) {
+    case MDType::Integer: {
+        int value = 0;
+        if (!ShortNumbers::TakeInteger(at, end, value) || at != end) return false;
+        Keywords::Slot(record, index).SetInteger(value);
+        return true;
+    }
+    case MDType::Real: {
+        double value = 0.0;
+        if (!ShortNumbers::TakeReal(at, end, value) || at != end) return false;
+        Keywords::Slot(record, index).SetReal(value);
+        return true;
+    }
+    case MDType::Option: {
+        const int value = static_cast<const Keywords::IKeywordOptionMD*>(item.md)->FindOption(token, state.reason);
+        if (value < 0) return false;
+        Keywords::Slot(record, index).SetOption(value);
+        return true;
+    }
+    case MDType::String: {
+        const auto& md = static_cast<const Keywords::IKeywordStringMD&>(*item.md);
+        if (HasLowerCase(token))
+            token = StringValue(token, md, state, state.text);
+        else if (state.limitStringLength && md.GetMaxLength() > 0)
+            token = token.substr(0, static_cast<std::size_t>(md.GetMaxLength()));
+        Keywords::Slot(record, index).SetString(token);
+        return true;
+    }
+    default:
+        return false;
+    }
 }
 
 void ReportBadItem(const IKeyword& keyword, std::string_view token, std::string_view reason)
@@ -127,7 +174,11 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     std::string_view token;
     bool quoted = false;
     const bool wholeLine = item.type == MDType::RestOfLine;
-    if (wholeLine) {
+    if (!item.optional && !wholeLine && store.TakeSimpleToken(token, quoted)) {
+        if (token == VeldaneDeckInfo::TERMINATION_TOKEN) return ItemStep::Terminator;
+        if (token != VeldaneDeckInfo::DEFAULT_TOKEN && SetPlainItem(token, item, record, index, state))
+            return ItemStep::Value;
+    } else if (wholeLine) {
         if (store.IsAtEnd()) return ItemStep::Nothing;
         state.line = store.Line();
         store.MarkLineTaken();

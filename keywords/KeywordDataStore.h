@@ -68,6 +68,17 @@ public:
     bool NextTokenView(std::string_view& token, bool stayOnLine, bool allowCommas, bool* quoted);
     bool PeekTokenView(std::string_view& token, bool stayOnLine, bool* quoted);
 
+    /// Takes the next token where it is one that the tokenizers need no thought for, and holds no reference. False,
+    /// with nothing taken, for all else.
+    bool TakeSimpleToken(std::string_view& token, bool& quoted)
+    {
+        if (m_atEnd || m_tokenizer.HasPeeked() || m_chain->RepeatCount() != 0 ||
+            !m_chain->Inner().TakeSimple(token, quoted))
+            return false;
+        MarkLineTaken();
+        return true;
+    }
+
     /// Whether a list ends ahead of the next token, as its detector says; takes the token where that belongs to the
     /// list. Null detects nothing.
     bool AtListEnd(const Keywords::IListEndDetector* detector);

@@ -10,6 +10,8 @@
 
 #include <deckmanager/VeldaneDeckInfo.h>
 
+#include "keywords/ShortNumbers.h"
+
 namespace Tarn::Fjel::Core::DeckManager::ValueConversions {
 
 namespace {
@@ -86,6 +88,10 @@ bool ToReal(std::string_view text, double& value)
 {
     double number = 0.0;
     const char* const end = text.data() + text.size();
+    if (const char* at = text.data(); ShortNumbers::TakeReal(at, end, number) && at == end) {
+        value = number;
+        return true;
+    }
     const auto [stop, error] = std::from_chars(text.data(), end, number);
     if (stop == end && error == std::errc()) {
         value = number;

@@ -1,5 +1,6 @@
 #include "text/Tokenizer.h"
 
+#include <array>
 #include <cstring>
 
 #include <deckmanager/VeldaneDeckInfo.h>
@@ -15,6 +16,30 @@ const char* FindQuote(const char* from, const char* end)
 {
     return static_cast<const char*>(std::memchr(from, VeldaneDeckInfo::QUOTE, static_cast<std::size_t>(end - from)));
 }
+
+/// What a character means to a word that is to be taken in one go.
+enum class InWord : unsigned char
+{
+    Plain,
+    Ends,  ///< a blank or a terminator
+    Asks,  ///< the tokenizer must look closer
+    Dash,  ///< two of them begin a comment
+    Repeat ///< part of a default token, maybe
+};
+
+constexpr std::array<InWord, 256> MakeInWord()
+{
+    std::array<InWord, 256> table{};
+    for (const char c : {' ', '\t', '\n', '\v', '\f', '\r', VeldaneDeckInfo::TERMINATION})
+        table[static_cast<unsigned char>(c)] = InWord::Ends;
+    for (const char c : {',', VeldaneDeckInfo::QUOTE, '$'})
+        table[static_cast<unsigned char>(c)] = InWord::Asks;
+    table[static_cast<unsigned char>(VeldaneDeckInfo::DASH)] = InWord::Dash;
+    table[static_cast<unsigned char>(VeldaneDeckInfo::REPEAT_CHAR)] = InWord::Repeat;
+    return table;
+}
+
+constexpr std::array<InWord, 256> inWord = MakeInWord();
 
 std::string_view Slice(const char* begin, const char* end)
 {
@@ -81,6 +106,47 @@ bool Tokenizer::NextView(std::string_view& token, bool* quoted, bool allowCommas
     }
     if (quoted) *quoted = isQuoted;
     return found;
+}
+
+bool Tokenizer::TakeSimple(std::string_view& token, bool& quoted)
+{
+    if (m_ended || m_repeatAsToken) return false;
+    const char* begin = m_cursor;
+    while (begin < m_limit && Service::IsSpace(*begin))
+        ++begin;
+    if (begin >= m_limit) return false;
+    const char* cursor = begin;
+    if (*begin == VeldaneDeckInfo::TERMINATION) {
+        ++cursor;
+        quoted = false;
+        token = Slice(begin, cursor);
+    } else if (*begin == VeldaneDeckInfo::QUOTE) {
+        ++begin;
+        do {
+            if (++cursor >= m_limit || *cursor == '$') return false;
+        } while (*cursor != VeldaneDeckInfo::QUOTE);
+        token = Service::Trimmed(Slice(begin, cursor));
+        quoted = true;
+        ++cursor;
+    } else {
+        for (; cursor < m_limit; ++cursor) {
+            const InWord meaning = inWord[static_cast<unsigned char>(*cursor)];
+            if (meaning == InWord::Plain) continue;
+            if (meaning == InWord::Ends) break;
+            if (meaning == InWord::Asks) return false;
+            if (meaning == InWord::Dash) {
+                if (cursor + 1 < m_limit && cursor[1] == VeldaneDeckInfo::DASH) return false;
+            } else if (cursor != begin + 1 || *begin != '1') {
+                return false;
+            }
+        }
+        token = Slice(begin, cursor);
+        if (token.size() > 2 && token[1] == VeldaneDeckInfo::REPEAT_CHAR) return false; // 1*value
+        quoted = false;
+    }
+    m_cursor = cursor;
+    m_atStart = false;
+    return true;
 }
 
 /// A quoted string may end behind the limit. Without an end the rest is read as if the quote weren't there.

@@ -33,6 +33,12 @@ public:
         m_atStart = false;
     }
 
+    /// Takes the next token where it is of the forms that lines are full of, and has no `$`: a word without commas,
+    /// quotes, repeats or double dashes, a quoted string, a terminator, "1*". It is then the token that `NextView`
+    /// gives, whether commas are allowed or not, and a repeat has no say in it. False, with nothing taken, for all
+    /// else.
+    bool TakeSimple(std::string_view& token, bool& quoted);
+
 private:
     bool Quoted(std::string_view& token);
     bool Comma(std::string_view& token);

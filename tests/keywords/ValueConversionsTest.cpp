@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <array>
+#include <charconv>
 #include <clocale>
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <random>
+#include <string>
 
+#include "keywords/ShortNumbers.h"
 #include "keywords/ValueConversions.h"
 
 namespace ValueConversions = Tarn::Fjel::Core::DeckManager::ValueConversions;
@@ -101,6 +106,53 @@ TEST(ValueConversions, RealsFollowTheCLibraryInTheCLocale)
     for (const char* text : {"1.5D3D", "12abc", "1,5", "--5", "1.5 ", "abc", "1e", "1.5E3D2", "*"})
         EXPECT_EQ(Real(text), std::nullopt) << text;
     EXPECT_EQ(Real(std::string_view("1\0", 2)), std::nullopt);
+}
+
+TEST(ValueConversions, ShortNumbersAreThoseOfTheStandardLibrary)
+{
+    namespace ShortNumbers = Tarn::Fjel::Core::DeckManager::ShortNumbers;
+    // Digits, signs, points and exponents put together at random: what is taken is taken as far, and means the same.
+    std::mt19937 random(20);
+    const auto pick = [&random](unsigned most) { return random() % (most + 1); };
+    int taken = 0;
+    for (int round = 0; round < 200000; ++round) {
+        std::string text;
+        const auto digits = [&](unsigned most) {
+            for (auto count = pick(most); count > 0; --count)
+                text += static_cast<char>('0' + pick(9));
+        };
+        if (pick(4) == 0) text += "-";
+        digits(pick(3) == 0 ? 20 : 8);
+        if (pick(3) != 0) text += '.';
+        digits(pick(3) == 0 ? 20 : 8);
+        if (pick(2) == 0) text += pick(1) == 0 ? 'e' : 'E';
+        if (pick(3) == 0) text += pick(1) == 0 ? '-' : '+';
+        digits(pick(9) == 0 ? 5 : 2);
+        text += std::array<const char*, 6>{"", " ", "/", "x", ".", "e"}[pick(5)];
+
+        const char* const end = text.data() + text.size();
+        double expected = 0;
+        const auto [stop, error] = std::from_chars(text.data(), end, expected);
+        double value = 0;
+        const char* at = text.data();
+        if (ShortNumbers::TakeReal(at, end, value)) {
+            ++taken;
+            ASSERT_EQ(error, std::errc()) << text;
+            ASSERT_EQ(at, stop) << text;
+            ASSERT_EQ(value, expected) << text;
+            ASSERT_EQ(std::signbit(value), std::signbit(expected)) << text;
+        } else {
+            ASSERT_EQ(at, text.data()) << text;
+        }
+        int integer = 0;
+        int expectedInteger = 0;
+        at = text.data();
+        if (ShortNumbers::TakeInteger(at, end, integer)) {
+            ASSERT_EQ(at, std::from_chars(text.data(), end, expectedInteger).ptr) << text;
+            ASSERT_EQ(integer, expectedInteger) << text;
+        }
+    }
+    EXPECT_GT(taken, 50000);
 }
 
 TEST(ValueConversions, YesAndNo)

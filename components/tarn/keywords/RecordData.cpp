@@ -165,20 +165,6 @@ void RecordData::AssignContainerAt(int index, const IKeywordData& source)
     AssignNode(GetContainer(index), source, false, context);
 }
 
-const RecordLayout::Place& RecordData::PlaceAt(int index) const
-{
-    const RecordLayout& layout = Layout();
-    if (index < 0 || static_cast<std::size_t>(index) >= layout.places.size()) FailPlace(*this, index, "item");
-    return layout.places[static_cast<std::size_t>(index)];
-}
-
-void* RecordData::Value(int index, MDType kind) const
-{
-    const RecordLayout::Place& place = PlaceAt(index);
-    if (place.kind != kind && !(IsString(place.kind) && IsString(kind))) FailPlace(*this, index, "value of that kind");
-    return Block() + place.offset;
-}
-
 IKeywordData* RecordData::Child(int index) const
 {
     const MDType kind = PlaceAt(index).kind;

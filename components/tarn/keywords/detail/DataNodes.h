@@ -127,8 +127,20 @@ private:
     {
         return const_cast<std::byte*>(reinterpret_cast<const std::byte*>(this)) + sizeof(RecordData);
     }
-    const RecordLayout::Place& PlaceAt(int index) const;
-    void* Value(int index, MDType kind) const;
+    const RecordLayout::Place& PlaceAt(int index) const
+    {
+        const RecordLayout& layout = Layout();
+        if (index < 0 || static_cast<std::size_t>(index) >= layout.places.size()) FailPlace(*this, index, "item");
+        return layout.places[static_cast<std::size_t>(index)];
+    }
+    void* Value(int index, MDType kind) const
+    {
+        const RecordLayout::Place& place = PlaceAt(index);
+        const auto isString = [](MDType one) { return one == MDType::String || one == MDType::RestOfLine; };
+        if (place.kind != kind && !(isString(place.kind) && isString(kind)))
+            FailPlace(*this, index, "value of that kind");
+        return Block() + place.offset;
+    }
     IKeywordData* Child(int index) const; // null for an item
     IKeywordData*& ChildPointer(int index) const noexcept;
 };
