@@ -1,13 +1,38 @@
 #include "keywords/CommentManager.h"
 
+#include <string_view>
+
 #include "keywords/Keyword.h"
 #include "text/KeywordFileReader.h"
 #include <deckmanager/ILineReader.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
-#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+/// Takes the comment marker from the head of each line that has one. Those of a suppressed keyword have the suppress
+/// marker ahead of it.
+std::string WithoutMarkers(std::string_view comment)
+{
+    std::string text;
+    text.reserve(comment.size());
+    while (!comment.empty()) {
+        std::string_view line = comment.substr(0, comment.find('\n'));
+        comment.remove_prefix(line.size());
+        if (VeldaneDeckInfo::BeginsWithCommentMarker(VeldaneDeckInfo::SkipSuppressMarker(line)))
+            line = VeldaneDeckInfo::SkipSuppressMarker(line);
+        if (VeldaneDeckInfo::BeginsWithCommentMarker(line)) line.remove_prefix(VeldaneDeckInfo::CommentMarker().size());
+        text.append(line);
+        if (comment.empty()) break;
+        text += '\n';
+        comment.remove_prefix(1);
+    }
+    return text;
+}
+
+} // namespace
 
 CommentManager::CommentManager(const Keyword* keyword)
 {
@@ -16,9 +41,7 @@ CommentManager::CommentManager(const Keyword* keyword)
     if (!reader || !LineReaderUtil::ExtractComment(reader.get(), keyword->Position(), keyword->Size(), m_comment))
         return;
 
-    const std::string& marker = VeldaneDeckInfo::CommentMarker();
-    if (VeldaneDeckInfo::BeginsWithCommentMarker(m_comment.c_str())) m_comment.erase(0, marker.size());
-    Service::StringReplace(m_comment, "\n" + marker, "\n");
+    m_comment = WithoutMarkers(m_comment);
 }
 
 void CommentManager::SetComment(const std::string& text)
