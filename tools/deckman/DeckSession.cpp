@@ -5,7 +5,9 @@
 
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/Environment.h>
+#include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
+#include <fmt/format.h>
 #include <unistd.h>
 
 namespace Deckman {
@@ -74,13 +76,22 @@ int DeckSession::FileNumber(DeckManager::IKeywordFile* file)
 
 std::string DeckSession::Shown(const Service::FileName& file) const
 {
-    const std::string& name = file.GetFullName();
-    return name.starts_with(m_topFolder) ? name.substr(m_topFolder.size()) : name;
+    return ShownName(file.GetFullName());
+}
+
+std::string DeckSession::ShownName(std::string_view name) const
+{
+    return std::string(name.starts_with(m_topFolder) ? name.substr(m_topFolder.size()) : name);
 }
 
 std::string DeckSession::PlaceOf(const DeckManager::IKeywordFile& file) const
 {
     return m_messages.Shown(file.GetFileName().GetFullName());
+}
+
+std::string DeckSession::PlaceOf(const DeckManager::IKeyword& keyword) const
+{
+    return fmt::format("{}:{}", PlaceOf(*keyword.GetFile()), keyword.GetLine());
 }
 
 bool DeckSession::HasUnreadableFile() const

@@ -21,8 +21,9 @@
 #include "Progress.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
+class IKeyword;
 class IKeywordFile;
-}
+} // namespace Tarn::Fjel::Core::DeckManager
 
 namespace Deckman {
 
@@ -70,8 +71,12 @@ public:
     /// next `FileNumber`.
     const std::string& FileShown(int number) const { return m_shownFiles[static_cast<std::size_t>(number)]; }
     std::string Shown(const Service::FileName& file) const;
+    /// The same for a full name.
+    std::string ShownName(std::string_view name) const;
     /// The same in the way of messages: as a user would type it here.
     std::string PlaceOf(const DeckManager::IKeywordFile& file) const;
+    /// File and line of a keyword, in the way of messages.
+    std::string PlaceOf(const DeckManager::IKeyword& keyword) const;
 
     /// Some file of the deck exists and can't be read.
     bool HasUnreadableFile() const;

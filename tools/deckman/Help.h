@@ -13,6 +13,7 @@ inline constexpr std::string_view helpText =
   deckman sections DECK     the sections with their ends
   deckman scopes DECK       what encloses what
   deckman show DECK WHERE   a keyword's text as it stands
+  deckman get DECK WHERE    the data of a keyword, or one item of them
   deckman find DECK REGEX   the keywords whose data match
 
 DECK is the deck's top file. WHERE is a place in the deck:
@@ -21,6 +22,8 @@ DECK is the deck's top file. WHERE is a place in the deck:
   SCHEDULE/WELSPECS#3   the third of that name in that section
   wells.inc:120         the keyword that holds line 120 of that file
   @17                   the seventeenth keyword of ls
+  TABDIMS[3] or TABDIMS.3                  the fourth item of the record
+  WELSPECS[2].WELL, WCONPROD[PROD1].ORAT   an item of a record, by number or first string
 Keywords and lines count from 1, items and records from 0.
 
 For every verb:

@@ -32,6 +32,7 @@ struct Options
 
     KeywordFilter filter;
     bool all = false; ///< the keywords behind the end too
+    bool defaults = false; ///< get
 
     bool json = false;
     bool strict = false;

@@ -11,7 +11,7 @@ namespace Deckman {
 
 ExitStatus RunShow(DeckSession& session, const Options& options, Output& out)
 {
-    const Where::Place place = Where::Parse(options.where).Find(session, options.all);
+    const Where::Place place = Where::Parse(options.where).FindKeyword(session, {options.all}, "show");
     const DeckManager::IKeyword& keyword = *place.keyword;
     const DeckManager::KeywordText text(keyword);
 

@@ -28,7 +28,7 @@ std::string Table::Indent(int depth)
 Table::Table(std::vector<Column> columns) : m_columns(std::move(columns))
 {
     for (const Column& column : m_columns)
-        m_widths.push_back(column.heading.size());
+        m_widths.push_back(std::max(column.heading.size(), column.below.size()));
 }
 
 void Table::Add(std::string_view text, Style style)
@@ -70,6 +70,10 @@ void Table::Print(Output& out) const
 
     for (std::size_t i = 0; i < m_columns.size(); ++i)
         print(i, m_columns[i].heading, m_columns[i].heading.size(), Style::Heading);
+    if (std::ranges::any_of(m_columns, [](const Column& column) { return !column.below.empty(); })) {
+        for (std::size_t i = 0; i < m_columns.size(); ++i)
+            print(i, m_columns[i].below, m_columns[i].below.size(), Style::Faint);
+    }
     for (std::size_t i = 0; i < m_cells.size() && !out.Closed(); ++i) {
         const Cell& cell = m_cells[i];
         print(i % m_columns.size(), std::string_view(m_text).substr(cell.begin, cell.size), cell.width, cell.style);

@@ -17,6 +17,7 @@ public:
     {
         std::string_view heading;
         bool alignRight = false;
+        std::string below = {}; ///< a second line of the heading: the unit of what stands in the column
     };
 
     /// Blanks ahead of a name that lies so deep; beyond what fits a screen all depths look the same.

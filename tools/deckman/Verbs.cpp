@@ -37,6 +37,20 @@ constexpr VerbEntry verbs[] = {
      "Example: the keyword around line 120 of a file, and the second COMPDAT\n"
      "  deckman show FIELD.DATA wells.inc:120\n"
      "  deckman show FIELD.DATA COMPDAT#2\n"},
+    {"get", RunGet, TakesDeck | TakesWhere | TakesAll | TakesDefaults,
+     "Shows the data of one keyword, or one item of them.",
+     "WHERE is a keyword as for show, and behind it a path to an item, with brackets or dots: TABDIMS[3] is "
+     "TABDIMS.3,\n"
+     "WELSPECS[2].WELL the item WELL of the third record, WCONPROD[PROD1].ORAT that of the record whose first string "
+     "is\n"
+     "PROD1. Items and records count from 0. A value that was left to its default shows as 1*, with --defaults as "
+     "(20).\n"
+     "With --json a record is an object by item names, a list an array, a map an object; an option goes by its name, "
+     "yes\n"
+     "and no are true and false, a variable is a string (\"$NAME\"), and what has no value is null.\n\n"
+     "Example: an oil rate, and a table\n"
+     "  deckman get FIELD.DATA WCONPROD[PROD1].ORAT\n"
+     "  deckman get FIELD.DATA PROPS/SWOF[0] --json\n"},
     {"find", RunFind, TakesDeck | TakesRegex | TakesFilter | TakesAll,
      "Lists the keywords whose data, comments among them included, match a regular expression.",
      "The expression is searched for in all lines of the data at once: ^ and $ stand for the ends of a line, (?i) at "

@@ -20,16 +20,18 @@ ExitStatus RunTree(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunSections(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunScopes(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 
 /// What a verb takes besides the options that every verb takes.
 enum Takes : unsigned
 {
-    TakesDeck = 1U << 0,   ///< DECK
-    TakesWhere = 1U << 1,  ///< WHERE
-    TakesRegex = 1U << 2,  ///< REGEX
-    TakesFilter = 1U << 3, ///< --section, --name, --user, --generated
-    TakesAll = 1U << 4,    ///< --all
+    TakesDeck = 1U << 0,     ///< DECK
+    TakesWhere = 1U << 1,    ///< WHERE
+    TakesRegex = 1U << 2,    ///< REGEX
+    TakesFilter = 1U << 3,   ///< --section, --name, --user, --generated
+    TakesAll = 1U << 4,      ///< --all
+    TakesDefaults = 1U << 8, ///< --defaults
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.

@@ -8,9 +8,11 @@
 #include <set>
 #include <vector>
 
+#include <deckmanager/Environment.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
 #include <fmt/format.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 #include "DeckSession.h"
 #include "DeckWalk.h"
@@ -31,10 +33,25 @@ std::optional<int> ParseCount(std::string_view text)
     return value;
 }
 
+std::string_view LeadingDigits(std::string_view text)
+{
+    std::size_t count = 0;
+    while (count < text.size() && Service::IsDigit(text[count]))
+        ++count;
+    return text.substr(0, count);
+}
+
+bool IsKnownName(std::string_view name)
+{
+    const auto* table = DeckManager::Environment::Instance().GetSyntaxTable();
+    return table != nullptr && !table->FindSyntaxes(Service::Uppercased(name)).empty();
+}
+
 Failure NoPlace(const std::string& text)
 {
     return Failure(WrongUsage, fmt::format("'{}' is no place in a deck. A place is NAME, NAME#3, SECTION/NAME#3, "
-                                           "FILE:LINE or @17; keywords and lines count from 1.",
+                                           "FILE:LINE or @17, with [2].ITEM behind it for an item; keywords and lines "
+                                           "count from 1, records and items from 0.",
                                            text));
 }
 
@@ -88,87 +105,147 @@ int Fit(std::string_view typed, const Service::FileName& typedFile, std::string_
 
 Where Where::Parse(const std::string& text)
 {
-    if (text.starts_with('@')) {
-        const std::optional<int> index = ParseCount(std::string_view(text).substr(1));
-        if (!index) throw NoPlace(text);
-        return Where(ByIndex{*index});
-    }
-    if (const std::size_t colon = text.rfind(':'); colon != std::string::npos) {
-        const std::optional<int> line = ParseCount(std::string_view(text).substr(colon + 1));
-        if (!line || colon == 0) throw NoPlace(text);
-        return Where(ByLine{text.substr(0, colon), *line});
-    }
+    if (auto byIndex = ParseIndex(text)) return Where(std::move(*byIndex));
+    if (auto byLine = ParseLine(text)) return Where(std::move(*byLine));
+    if (auto byName = ParseName(text)) return Where(std::move(*byName));
+    throw NoPlace(text);
+}
 
+std::optional<Where::ByIndex> Where::ParseIndex(std::string_view text)
+{
+    if (!text.starts_with('@')) return std::nullopt;
+    text.remove_prefix(1);
+    const std::string_view digits = LeadingDigits(text);
+    const std::optional<int> index = ParseCount(digits);
+    auto items = ItemPath::Parse(text.substr(digits.size()));
+    if (!index || !items) return std::nullopt;
+    return ByIndex{*index, std::move(*items)};
+}
+
+/// The last colon that makes sense: a record's name may hold one too, but no path goes on behind a number in it.
+std::optional<Where::ByLine> Where::ParseLine(std::string_view text)
+{
+    for (std::size_t colon = text.rfind(':'); colon != std::string_view::npos && colon > 0;
+         colon = text.rfind(':', colon - 1))
+    {
+        const std::string_view rest = text.substr(colon + 1);
+        const std::string_view digits = LeadingDigits(rest);
+        const std::optional<int> line = ParseCount(digits);
+        auto items = ItemPath::Parse(rest.substr(digits.size()));
+        if (line && items) return ByLine{std::string(text.substr(0, colon)), *line, std::move(*items)};
+    }
+    return std::nullopt;
+}
+
+std::optional<Where::ByName> Where::ParseName(std::string_view text)
+{
     ByName byName;
-    std::string_view rest = text;
-    if (const std::size_t slash = rest.find('/'); slash != std::string_view::npos) {
-        const std::string_view name = rest.substr(0, slash);
+    // Names of records stand in brackets or quotes, and may hold any character.
+    const auto headOf = [](std::string_view whole) { return whole.substr(0, whole.find_first_of("['\"")); };
+    if (const std::size_t slash = headOf(text).find('/'); slash != std::string_view::npos) {
+        const std::string_view name = text.substr(0, slash);
         const std::optional<SectionType> section = FindSection(name);
         if (!section) {
             throw Failure(WrongUsage, fmt::format("'{}' is not a section.{}", name, NearestHint(name, sectionNames)));
         }
         byName.section = *section;
-        rest.remove_prefix(slash + 1);
+        text.remove_prefix(slash + 1);
     }
-    if (const std::size_t hash = rest.find('#'); hash != std::string_view::npos) {
-        const std::optional<int> number = ParseCount(rest.substr(hash + 1));
-        if (!number) throw NoPlace(text);
+
+    const auto addReading = [&byName](std::string_view name, std::string_view path) {
+        if (name.empty() || name.find_first_of("/ :#[]'\"") != std::string_view::npos) return;
+        if (auto items = ItemPath::Parse(path))
+            byName.readings.push_back({Service::Uppercased(name), std::move(*items)});
+    };
+    if (const std::size_t hash = headOf(text).find('#'); hash != std::string_view::npos) {
+        const std::string_view rest = text.substr(hash + 1);
+        const std::string_view digits = LeadingDigits(rest);
+        const std::optional<int> number = ParseCount(digits);
+        if (!number) return std::nullopt;
         byName.number = *number;
-        rest = rest.substr(0, hash);
+        addReading(text.substr(0, hash), rest.substr(digits.size()));
+    } else {
+        const std::string_view head = headOf(text);
+        for (std::size_t end = head.size(); end != std::string_view::npos && end > 0; end = head.rfind('.', end - 1)) {
+            const std::string_view name = head.substr(0, end);
+            if (name.find('.') == std::string_view::npos || IsKnownName(name)) addReading(name, text.substr(end));
+        }
     }
-    if (rest.empty() || rest.find_first_of("/ ") != std::string_view::npos) throw NoPlace(text);
-    byName.name = Service::Uppercased(rest);
-    return Where(std::move(byName));
+    if (byName.readings.empty()) return std::nullopt;
+    return byName;
 }
 
-Where::Place Where::Find(DeckSession& session, bool all) const
+Where::Place Where::Find(DeckSession& session, const WhereLimits& limits) const
 {
     const auto find = [&](bool behindEndToo) {
-        return std::visit([&](const auto& where) { return FindPlace(where, session, behindEndToo); }, m_where);
+        WhereLimits asked = limits;
+        asked.all = behindEndToo;
+        return std::visit([&](const auto& where) { return FindPlace(where, session, asked); }, m_where);
     };
     try {
-        return find(all);
+        return find(limits.all);
     } catch (const Failure& failure) {
-        if (all || failure.Status() != NotThere) throw;
+        if (limits.all || failure.Status() != NotThere) throw;
         const std::string hint = HintBehindEnd(find);
         if (hint.empty()) throw;
         throw Failure(NotThere, failure.what() + hint);
     }
 }
 
-Where::Place Where::FindPlace(const ByName& where, DeckSession& session, bool all)
+Where::Place Where::FindKeyword(DeckSession& session, const WhereLimits& limits, std::string_view verb) const
+{
+    Place place = Find(session, limits);
+    if (!place.items.IsEmpty())
+        throw Failure(WrongUsage, fmt::format("{} takes a whole keyword, and no item of one.", verb));
+    return place;
+}
+
+Where::Place Where::FindPlace(const ByName& where, DeckSession& session, const WhereLimits& limits)
 {
     const bool anySection = where.section == SectionType::None;
     std::set<std::string> names;
-    int found = 0;
-    for (DeckWalk walk(session, all); walk.Next();) {
-        if (!anySection && walk.Section() != where.section) continue;
+    std::vector<int> counts(where.readings.size());
+    std::vector<Place> found(where.readings.size());
+    for (DeckWalk walk(session, limits.all); walk.Next() && walk.Index() <= limits.last;) {
+        if (walk.Index() < limits.first || (!anySection && walk.Section() != where.section)) continue;
         const std::string& name = walk.Keyword().GetName();
-        if (name != where.name)
+        std::size_t i = 0;
+        while (i < where.readings.size() && name != where.readings[i].name)
+            ++i;
+        if (i == where.readings.size()) {
             names.insert(name);
-        else if (++found == where.number)
-            return {walk.Position(), &walk.Keyword(), walk.Index()};
+        } else if (++counts[i] == where.number) {
+            found[i] = {walk.Position(), &walk.Keyword(), walk.Index(), where.readings[i].items};
+            if (i == 0) return found[i]; // no longer name can come
+        }
     }
 
-    const std::string in = anySection ? "the deck" : fmt::format("section {}", NameOf(where.section));
-    if (found > 0)
-        throw Failure(NotThere, fmt::format("There {} {} {} in {}, and no {}#{}.", found == 1 ? "is" : "are", found,
-                                            where.name, in, where.name, where.number));
-    throw Failure(NotThere,
-                  fmt::format("There is no {} in {}.{}", where.name, in, NearestHint(where.name, ViewsOf(names))));
+    const std::string in = (anySection ? "the deck" : fmt::format("section {}", NameOf(where.section))) + limits.said;
+    for (std::size_t i = 0; i < counts.size(); ++i) {
+        if (counts[i] == 0) continue;
+        if (found[i].keyword != nullptr) return found[i];
+        const std::string& name = where.readings[i].name;
+        throw Failure(NotThere, fmt::format("There {} {} {} in {}, and no {}#{}.", counts[i] == 1 ? "is" : "are",
+                                            counts[i], name, in, name, where.number));
+    }
+    const std::string& name = where.readings.back().name;
+    throw Failure(NotThere, fmt::format("There is no {} in {}.{}", name, in, NearestHint(name, ViewsOf(names))));
 }
 
-Where::Place Where::FindPlace(const ByIndex& where, DeckSession& session, bool all)
+Where::Place Where::FindPlace(const ByIndex& where, DeckSession& session, const WhereLimits& limits)
 {
-    DeckWalk walk(session, all);
+    DeckWalk walk(session, limits.all);
     while (walk.Next()) {
-        if (walk.Index() == where.index) return {walk.Position(), &walk.Keyword(), walk.Index()};
+        if (walk.Index() != where.index) continue;
+        if (!limits.Hold(where.index))
+            throw Failure(NotThere, fmt::format("There is no keyword @{} in the deck{}.", where.index, limits.said));
+        return {walk.Position(), &walk.Keyword(), walk.Index(), where.items};
     }
     throw Failure(NotThere, fmt::format("There is no keyword @{}: the deck has {}.", where.index,
                                         Plural(walk.Index(), "keyword")));
 }
 
-Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, bool all)
+Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, const WhereLimits& limits)
 {
     std::optional<Service::FileName> typed;
     try {
@@ -206,7 +283,7 @@ Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, bool al
         const bool holds = line == where.line || (line < where.line && keyword.GetSize() > 0);
         // Strictly: a file that is included twice is found where it comes first.
         if (holds && (candidate.place.keyword == nullptr || line > candidate.place.keyword->GetLine()))
-            candidate.place = {walk.Position(), &keyword, walk.Index()};
+            candidate.place = {walk.Position(), &keyword, walk.Index(), where.items};
         else if (line > where.line)
             candidate.isLast = false;
     }
@@ -245,9 +322,11 @@ Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, bool al
             throw Failure(NotThere, fmt::format("There is no line {} in {}: it has {}.", where.line, name,
                                                 Plural(lines, "line")));
     }
-    if (all) return candidate.place;
-    for (DeckWalk walk(session, false); walk.Next();) {
-        if (&walk.Keyword() == candidate.place.keyword) return {walk.Position(), &walk.Keyword(), walk.Index()};
+    for (DeckWalk walk(session, limits.all); walk.Next();) {
+        if (&walk.Keyword() != candidate.place.keyword) continue;
+        if (!limits.Hold(walk.Index()))
+            throw Failure(NotThere, fmt::format("Line {} of {} is not in the deck{}.", where.line, name, limits.said));
+        return {walk.Position(), &walk.Keyword(), walk.Index(), where.items};
     }
     throw Failure(NotThere, fmt::format("Line {} of {} lies outside the deck.", where.line, name));
 }

@@ -1,11 +1,17 @@
 #pragma once
 
+#include <limits>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include <deckmanager/KeywordIterator.h>
 #include <tarn/keywords/SectionType.h>
+
+#include "ItemPath.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 class IKeyword;
@@ -15,7 +21,18 @@ namespace Deckman {
 
 class DeckSession;
 
-/// A place in a deck, in one of the forms in which a user gives it.
+/// Which keywords of a deck a place may name.
+struct WhereLimits
+{
+    bool all = false; ///< those behind the deck's end too
+    int first = 1;    ///< as `ls` counts, with `all` if that is set
+    int last = std::numeric_limits<int>::max();
+    std::string said = {}; ///< what these two stand for: " at 2026-11-25"
+
+    bool Hold(int index) const { return index >= first && index <= last; }
+};
+
+/// A place in a deck, in one of the forms in which a user gives it: a keyword, and perhaps a path to one of its items.
 class Where
 {
 public:
@@ -27,17 +44,27 @@ public:
         Tarn::Fjel::Core::DeckManager::KeywordIterator position;
         const Tarn::Fjel::Core::DeckManager::IKeyword* keyword = nullptr;
         int index = 0; ///< as `ls` counts
+        ItemPath items;
     };
 
-    /// The keyword at that place; with `all` also behind the deck's end. Throws `Failure`, with the nearest names, when
-    /// there is none.
-    Place Find(DeckSession& session, bool all) const;
+    /// The keyword at that place, and the path to its item, which is not followed. Throws `Failure`, with the nearest
+    /// names, when there is none.
+    Place Find(DeckSession& session, const WhereLimits& limits) const;
+    /// The same for a verb that works on whole keywords, and refuses a path to an item.
+    Place FindKeyword(DeckSession& session, const WhereLimits& limits, std::string_view verb) const;
 
 private:
+    /// A name, and the path behind it.
+    struct Reading
+    {
+        std::string name;
+        ItemPath items;
+    };
     /// NAME, NAME#3, SECTION/NAME#3
     struct ByName
     {
-        std::string name;
+        /// A dot may belong to the name or begin the path: the ways to read the text, the longest name first.
+        std::vector<Reading> readings;
         int number = 1;
         Tarn::Fjel::Core::Keywords::SectionType section = Tarn::Fjel::Core::Keywords::SectionType::None;
     };
@@ -46,11 +73,13 @@ private:
     {
         std::string file;
         int line = 0;
+        ItemPath items;
     };
     /// @17
     struct ByIndex
     {
         int index = 0;
+        ItemPath items;
     };
 
     template <class Form>
@@ -58,9 +87,13 @@ private:
     {
     }
 
-    static Place FindPlace(const ByName& where, DeckSession& session, bool all);
-    static Place FindPlace(const ByLine& where, DeckSession& session, bool all);
-    static Place FindPlace(const ByIndex& where, DeckSession& session, bool all);
+    static std::optional<ByIndex> ParseIndex(std::string_view text);
+    static std::optional<ByLine> ParseLine(std::string_view text);
+    static std::optional<ByName> ParseName(std::string_view text);
+
+    static Place FindPlace(const ByName& where, DeckSession& session, const WhereLimits& limits);
+    static Place FindPlace(const ByLine& where, DeckSession& session, const WhereLimits& limits);
+    static Place FindPlace(const ByIndex& where, DeckSession& session, const WhereLimits& limits);
 
     std::variant<ByName, ByLine, ByIndex> m_where;
 };
