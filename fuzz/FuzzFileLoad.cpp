@@ -21,7 +21,9 @@
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordFileManager.h>
 #include <tarn/service/FileName.h>
+#include <tarn/service/Log.h>
 
+#include "deck/DeckKeywords.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
 #include "keywords/DeserializeState.h"
@@ -140,6 +142,28 @@ void CheckFile(KeywordFile& file)
     file.SectionAt(file.End(), true);
 }
 
+/// What stands above the keywords of a file are comment lines, read from the bytes ahead of each.
+void CheckComments(const DeckKeywords& view, const KeywordFile& file)
+{
+    bool problem = false;
+    const Service::Log::Handler before = Service::Log::SetHandler(
+        [&problem](std::string_view text, int) { problem = problem || text.starts_with("A problem was encountered"); });
+    for (KeywordFileIterator place = file.Begin(); place != file.End(); ++place) {
+        const KeywordIterator position = IteratorAccess::At(place);
+        const std::string comment = view.GetComment(position, false);
+        Require(static_cast<long long>(comment.size()) <= place->GetPosition());
+        for (std::string_view rest = comment; !rest.empty();) {
+            const std::string_view line = rest.substr(0, rest.find('\n'));
+            Require(line.empty() || line.starts_with("--"));
+            Require(line.size() < rest.size());
+            rest.remove_prefix(line.size() + 1);
+        }
+        Require(view.GetComment(position, true).size() <= comment.size());
+    }
+    Service::Log::SetHandler(before);
+    Require(!problem);
+}
+
 /// Backwards a walk is the forward walk reversed.
 void CheckWalk(KeywordFile& top)
 {
@@ -159,10 +183,12 @@ void Load(const Scratch& scratch)
 {
     KeywordFileManager manager("");
     const std::shared_ptr<KeywordFile> top = manager.GetKeywordFile(Service::FileName(scratch.Path("TOP.DATA")), true);
+    const DeckKeywords view(top, true);
     try {
         CheckWalk(*top);
         for (const std::shared_ptr<KeywordFile>& file : manager.Files()) {
             CheckFile(*file);
+            CheckComments(view, *file);
         }
         top->Reload();
         CheckWalk(*top);
