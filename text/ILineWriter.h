@@ -25,6 +25,10 @@ public:
     virtual void Write(const char* text, std::int32_t length, bool indent) = 0;
     virtual void Write(const char* text, bool indent) = 0;
     virtual void Write(const std::string& text, bool indent) = 0;
+    void WriteToken(std::string_view token, bool indent)
+    {
+        Write(token.data(), static_cast<std::int32_t>(token.size()), indent);
+    }
 
     /// The end of a container: writes the run in hand, or drops it when it is one of defaults and trailing defaults go.
     virtual void FlushItems() = 0;

@@ -1,0 +1,438 @@
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <limits>
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+#include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordMapData.h>
+#include <tarn/keywords/IKeywordOptionMD.h>
+#include <tarn/keywords/IKeywordRawTextData.h>
+#include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/KeywordDataFactory.h>
+
+#include "keywords/ISerializer.h"
+#include "keywords/KeywordDataSerializer.h"
+#include "tests/keywords/DataReading.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include "text/LineStringWriter.h"
+#include <deckmanager/DeckManagerException.h>
+
+namespace {
+
+using namespace Tarn::Fjel::Core;
+using DeckManager::KeywordDataSerializer;
+using DeckManager::LineStringWriter;
+
+std::string WriteTree(const Keywords::IKeywordData& data,
+                      Keywords::SimulatorType simulator = Keywords::SimulatorType::Any, bool useVariables = false)
+{
+    LineStringWriter writer;
+    KeywordDataSerializer::Serialize(data, writer, useVariables, simulator);
+    return writer.GetText();
+}
+
+/// Reads a text by a shape, and writes what was read.
+std::string Rewritten(std::string_view shape, const std::string& text)
+{
+    const DataReading::TableInForce table("[{\"name\": \"X\", \"sections\": \"all\", \"data\": " + std::string(shape) +
+                                          "}]");
+    const DataReading::LooseKeyword keyword(table.Syntax("X"));
+    return WriteTree(*DataReading::ReadText(keyword, text).data);
+}
+
+/// Fills a fresh tree of a keyword of the built-in catalogue and writes it.
+std::string Filled(std::string_view name, const std::function<void(Keywords::IKeywordData&)>& fill,
+                   Keywords::SimulatorType simulator = Keywords::SimulatorType::Any, bool useVariables = false)
+{
+    const auto* const syntax = DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
+    const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*syntax);
+    fill(*data);
+    return WriteTree(*data, simulator, useVariables);
+}
+
+Keywords::IKeywordListData& List(Keywords::IKeywordData& data)
+{
+    return static_cast<Keywords::IKeywordListData&>(data);
+}
+
+Keywords::IKeywordRecordData& Record(Keywords::IKeywordData& data)
+{
+    return static_cast<Keywords::IKeywordRecordData&>(data);
+}
+
+Keywords::IKeywordRecordData& Add(Keywords::IKeywordListData& list)
+{
+    list.AddElement();
+    return Record(list.GetContainer(list.GetElementCount() - 1));
+}
+
+std::string Real(double value, const char* format = nullptr)
+{
+    KeywordDataSerializer::NumberBuffer buffer;
+    return std::string(KeywordDataSerializer::FormatReal(value, format, buffer));
+}
+
+/// The same by the C library's formatting, step by step.
+std::string LiteralReal(double value)
+{
+    char text[400];
+    std::snprintf(text, sizeof text, "%.15G", value);
+    std::string result = text;
+    const std::size_t mark = result.find('E');
+    if (mark != std::string::npos) {
+        std::string mantissa = result.substr(0, mark);
+        if (mantissa.find('.') == std::string::npos) mantissa += ".0";
+        std::string digits = result.substr(mark + 2);
+        while (digits.size() > 1 && digits[0] == '0')
+            digits.erase(0, 1);
+        result = mantissa + "E" + result[mark + 1] + digits;
+    }
+    return result == "0" ? "0.0" : result;
+}
+
+TEST(DataWriting, RealsAreSpelt)
+{
+    const std::vector<std::pair<double, std::string>> cases = {
+        {0.0, "0.0"},
+        {-0.0, "-0"},
+        {5, "5"},
+        {-5, "-5"},
+        {0.25, "0.25"},
+        {1e20, "1.0E+20"},
+        {1.5e-5, "1.5E-5"},
+        {-2.5e-105, "-2.5E-105"},
+        {1e-4, "0.0001"},
+        {1234567.5, "1234567.5"},
+        {1e15, "1.0E+15"},
+        {1e14, "100000000000000"},
+        {1.0 / 3, "0.333333333333333"},
+        {0.1 + 0.2, "0.3"},
+        {999999999.999999, "999999999.999999"},
+        {std::numeric_limits<double>::infinity(), "INF"},
+        {-std::numeric_limits<double>::infinity(), "-INF"},
+        {std::numeric_limits<double>::quiet_NaN(), "NAN"},
+        {5e-324, "4.94065645841247E-324"},
+    };
+    for (const auto& [value, text] : cases) {
+        EXPECT_EQ(Real(value), text);
+        EXPECT_EQ(LiteralReal(value), text);
+    }
+    EXPECT_EQ(Real(2.5, "%10.3f"), "     2.500");
+    EXPECT_EQ(Real(2.5, "%100.3f"), "2.5"); // too long
+    EXPECT_EQ(Real(2.5, ""), "2.5");
+    EXPECT_EQ(Real(2.5, "%"), "2.5");
+    KeywordDataSerializer::NumberBuffer buffer;
+    EXPECT_EQ(KeywordDataSerializer::FormatInteger(-2147483647, nullptr, buffer), "-2147483647");
+    EXPECT_EQ(KeywordDataSerializer::FormatInteger(7, "%03d", buffer), "007");
+    EXPECT_EQ(KeywordDataSerializer::FormatInteger(7, "", buffer), "7");
+}
+
+RC_GTEST_PROP(DataWritingProperty, RealsAreSpeltAsTheCLibraryDoes, ())
+{
+    const auto check = [](double value) { RC_ASSERT(Real(value) == LiteralReal(value)); };
+    for (int i = 0; i < 500; ++i) {
+        check(std::bit_cast<double>(*rc::gen::arbitrary<std::uint64_t>()));
+        // Few digits, and what is one bit beside them.
+        const auto digits = *rc::gen::inRange<std::int64_t>(-1000000000000000, 1000000000000000);
+        const int shift = *rc::gen::inRange(0, 16);
+        const double value = static_cast<double>(digits >> *rc::gen::inRange(0, 50)) / std::pow(10.0, shift);
+        check(value);
+        check(std::nextafter(value, 1e300));
+    }
+}
+
+TEST(DataWriting, WordsAreQuotedWhereTheyMust)
+{
+    struct Case
+    {
+        std::string text, bare, withCommas;
+    };
+    const std::vector<Case> cases = {
+        {"ABC", "ABC", "ABC"},
+        {"", "''", "''"},
+        {"12A", "'12A'", "'12A'"},
+        {"A*", "'A*'", "'A*'"},
+        {"A B", "'A B'", "'A B'"},
+        {"A/B", "'A/B'", "'A/B'"},
+        {"A\\B", "'A\\B'", "'A\\B'"},
+        {"A,B", "'A,B'", "A,B"},
+        {"A--B", "'A--B'", "'A--B'"},
+        {"A-B", "A-B", "A-B"},
+        {"'A B", "'A B'", "'A B'"},
+        {"A B'", "'A B'", "'A B'"},
+        {"'A B'", "'A B'", "'A B'"},
+        {"O'NEIL", "O'NEIL", "O'NEIL"},
+        {"A\tB", "'A\tB'", "'A\tB'"},
+        {std::string(130, 'A'), "'" + std::string(130, 'A') + "'", "'" + std::string(130, 'A') + "'"},
+    };
+    std::string scratch;
+    for (const Case& c : cases) {
+        EXPECT_EQ(KeywordDataSerializer::QuoteIfNeeded(c.text, false, scratch), c.bare);
+        EXPECT_EQ(KeywordDataSerializer::QuoteIfNeeded(c.text, true, scratch), c.withCommas);
+    }
+}
+
+TEST(DataWriting, LayoutOfContainers)
+{
+    const TestSupport::CleanEnvironment clean;
+    const std::string reals = R"("element": {"type": "real", "name": "R"})";
+    const std::string row = R"({"type": "record", "items": [{"name": "W", "type": "string"}, )"
+                            R"({"name": "N", "type": "integer", "defaultable": true}, )"
+                            R"({"name": "X", "type": "real", "defaultable": true}, )"
+                            R"({"name": "Y", "type": "yesNo", "defaultable": true}]})";
+    const std::string openRow = R"({"type": "record", "termination": "none", "items": [{"name": "A", "type": "real"}, )"
+                                R"({"name": "B", "type": "real", "defaultable": true}]})";
+    const std::string defaultable =
+        R"({"name": "D", "type": "integer", "default": 1}, {"name": "E", "type": "integer", "default": 1})";
+    struct Case
+    {
+        std::string shape, in, out;
+    };
+    const std::vector<Case> cases = {
+        // A record: "/" behind its last value, defaults at its end left out.
+        {row, "W1 2 3.5 Y /", "  W1 2 3.5 YES /"},
+        {row, "W1 2 /", "  W1 2 /"},
+        {row, "W1 1* 2 /", "  W1 1* 2 /"},
+        {row, "1* /", "  /"},
+        {R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}, )"
+         R"({"name": "C", "type": "integer"}, {"name": "D", "type": "integer"}, {"name": "E", "type": "integer"}]})",
+         "5*7 /", "  5*7 /"},
+        // A record without termination writes them.
+        {openRow, "1.5", "  1.5 1*"},
+        // Records to a lone "/", which stands on a line of its own.
+        {R"({"type": "list", "element": )" + row + "}", "W1 2 /\nW2 3 /\n/", "  W1 2 /\n  W2 3 /\n  /"},
+        {R"({"type": "list", "element": )" + row + "}", "/", "  /"},
+        // All unset, but a lone "/" would end the list.
+        {R"({"type": "list", "element": )" + row + "}", "W1 /\n1* /\nW2 /\n/", "  W1 /\n  1* /\n  W2 /\n  /"},
+        {R"({"type": "list", "element": {"type": "record", "items": [)" + defaultable + "]}}", "2 /\n/\n/\n/",
+         "  2 /\n  /\n  /\n  /"},
+        {R"({"type": "list", "termination": "none", "element": )" + row + "}", "W1 2 /\nW2 3 /", "  W1 2 /\n  W2 3 /"},
+        // Lists of items: "/" behind the last value, or on a new line where the metadata say so of containers only.
+        {R"({"type": "list", )" + reals + "}", "1 2 3 3 3 3 3 /", "  1 2 5*3 /"},
+        {R"({"type": "list", )" + reals + "}", "3 3 3 3 /", "  3 3 3 3 /"},
+        {R"({"type": "list", )" + reals + "}", "/", "  /"},
+        {R"({"type": "list", "elementsDefaultable": true, )" + reals + "}", "1 7* /", "  1 7* /"},
+        {R"({"type": "list", "elementsDefaultable": true, )" + reals + "}", "1 2* /", "  1 1* 1* /"},
+        {R"({"type": "list", "terminatorOnNewLine": false, "element": )" + row + "}", "W1 /\n/", "  W1 / /"},
+        {R"({"type": "list", "terminatorOnNewLine": true, )" + reals + "}", "1 /", "  1 /"},
+        // A table of open rows, and a list of such tables.
+        {R"({"type": "list", "termination": "none", "element": {"type": "list", "element": )" + openRow + "}}",
+         "1 2 3 4 /\n5 /", "  1 2\n  3 4\n  /\n  5 1*\n  /"},
+        // A record with a record and lists in it.
+        {R"({"type": "record", "termination": "none", "items": [{"type": "record", "name": "H", "items": [)" +
+             defaultable + R"(]}, {"type": "list", "name": "L", )" + reals + R"(}, {"name": "N", "type": "integer"}]})",
+         "2 /\n1 2 /\n5", "  2 /\n  1 2 /\n  5"},
+        {R"({"type": "record", "items": [{"type": "record", "name": "H", "items": [)" + defaultable +
+             R"(]}, {"type": "list", "name": "L", )" + reals + "}]}",
+         "2 /\n1 2 /\n/", "  2 /\n  1 2 /\n  /"},
+        {R"({"type": "record", "items": [{"type": "list", "name": "L", "startsOnNewLine": false, )" + reals +
+             R"(}, {"type": "list", "name": "M", "startsOnNewLine": false, )" + reals + "}]}",
+         "1 /\n2 /\n/", "  1 / 2 /\n  /"},
+        // A list without termination of its own at the end of a record: its defaults count.
+        {R"({"type": "record", "items": [{"name": "W", "type": "string"}, {"type": "list", "name": "F", )"
+         R"("termination": "none", "elementsDefaultable": true, )" +
+             reals + "}]}",
+         "W1 1 2* /", "  W1\n  1 1* 1* /"},
+        // One line for a record that ends with its line, and a text for one that has nothing to show.
+        {R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items": [)" +
+             defaultable + "]}}",
+         "1 2\n1* 1*\n3", "  1 2\n  1*\n  3"},
+        // What its metadata make optional isn't written while unset.
+        {R"({"type": "record", "items": [{"name": "A", "type": "integer", "optionalOnRead": true, "optionalOnWrite": true}, )"
+         R"({"name": "B", "type": "string"}]})",
+         "X /", "  X /"},
+        {R"({"type": "list", "element": {"name": "W", "type": "string"}})", "'A B' 5*'C D' E 12 /",
+         "  'A B' 5*'C D' E '12' /"},
+        {R"({"type": "list", "element": {"name": "O", "type": "option", "options": ["YES", "2P"]}})", "yes 2P /",
+         "  YES '2P' /"},
+        {R"({"type": "record", "termination": "none", "items": [{"name": "T", "type": "restOfLine"}]})",
+         "A title  of many  words", "A title  of many  words"},
+    };
+    for (const Case& c : cases)
+        EXPECT_EQ(Rewritten(c.shape, c.in), c.out) << c.shape << "\n" << c.in;
+}
+
+TEST(DataWriting, UnsetElementsAreDefaults)
+{
+    const TestSupport::CleanEnvironment clean;
+    const auto fill = [](Keywords::IKeywordData& data) {
+        Keywords::IKeywordListData& list = List(data);
+        list.AddElement();
+        list.AppendRealRun(2.0, 1);
+        list.AppendDefaults(1);
+        list.AddElement();
+    };
+    EXPECT_EQ(Filled("PORO", fill), "  1* 2 1* 1* /");
+    const auto unset = [](Keywords::IKeywordData& data) {
+        for (int i = 0; i < 3; ++i)
+            List(data).AddElement();
+    };
+    for (const char* type : {R"("string")", R"("integer")", R"("real")", R"("yesNo")", R"("option", "options": ["A"])"})
+    {
+        const DataReading::TableInForce table(
+            R"([{"name": "X", "sections": "all", "data": {"type": "list", "element": )"
+            R"({"name": "E", "type": )" +
+            std::string(type) + "}}}]");
+        EXPECT_EQ(Filled("X", unset), "  1* 1* 1* /") << type;
+    }
+}
+
+TEST(DataWriting, RepeatOptionsAreFour)
+{
+    const TestSupport::CleanEnvironment clean;
+    const std::string shape =
+        R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}, )"
+        R"({"name": "C", "type": "integer"}, {"name": "D", "type": "integer"}, {"name": "E", "type": "integer"}, )"
+        R"({"type": "list", "name": "L", "elementsDefaultable": true, "element": {"name": "N", "type": "integer"}}]})";
+    const auto written = [&](DeckManager::KeywordItemRepeatOptions options) {
+        const DataReading::TableInForce table("[{\"name\": \"X\", \"sections\": \"all\", \"data\": " + shape + "}]");
+        DeckManager::Environment::Instance().SetKeywordItemRepeatOptions(options);
+        return Filled("X", [](Keywords::IKeywordData& data) {
+            for (int i = 0; i < 2; ++i)
+                Record(data).GetItem(i).SetInteger(7);
+            Record(data).GetItem(4).SetInteger(8);
+            List(Record(data).GetContainer(5)).AppendIntegerRun(3, 2);
+            List(Record(data).GetContainer(5)).AppendDefaults(2);
+        });
+    };
+    EXPECT_EQ(written({1, 0, 0, 0}), "  7 7 1* 1* 8\n  2*3 1* 1* /\n  /");
+    EXPECT_EQ(written({0, 1, 0, 0}), "  7 7 1* 1* 8\n  3 3 2* /\n  /");
+    EXPECT_EQ(written({0, 0, 1, 0}), "  2*7 1* 1* 8\n  3 3 1* 1* /\n  /");
+    EXPECT_EQ(written({0, 0, 0, 1}), "  7 7 2* 8\n  3 3 1* 1* /\n  /");
+    EXPECT_EQ(written({2, 2, 2, 2}), "  7 7 1* 1* 8\n  3 3 1* 1* /\n  /");
+}
+
+TEST(DataWriting, Maps)
+{
+    const TestSupport::CleanEnvironment clean;
+    const DataReading::TableInForce table(
+        R"([{"name": "X", "sections": "all", "data": {"type": "map", "entries": ["PRES", {"name": "FIP*"}, )"
+        R"({"name": "ONLY100", "simulators": ["S100"]}, "BIG", {"name": "VAL", "valueNames": {"2": ["TWO"]}}]}}])");
+    const auto fill = [](Keywords::IKeywordData& data) {
+        auto& map = static_cast<Keywords::IKeywordMapData&>(data);
+        map.SetEntry(0, 1);
+        map.SetEntry(1, 3);
+        map.SetEntry(2, -1);
+        map.SetEntry(3, 0);
+        map.SetEntry(4, 2);
+    };
+    EXPECT_EQ(Filled("X", fill), "  PRES FIP=3 ONLY100=-1 TWO=2 /");
+    EXPECT_EQ(Filled("X", fill, Keywords::SimulatorType::S100), "  PRES FIP=3 ONLY100=-1 TWO=2 /");
+    EXPECT_EQ(Filled("X", fill, Keywords::SimulatorType::S300), "  PRES FIP=3 TWO=2 /");
+    EXPECT_EQ(Filled("X", [](Keywords::IKeywordData&) {}), "  /");
+}
+
+TEST(DataWriting, RawText)
+{
+    const TestSupport::CleanEnvironment clean;
+    const auto text = [](const char* content) {
+        return [content](Keywords::IKeywordData& data) {
+            static_cast<Keywords::IKeywordRawTextData&>(data).SetText(content);
+        };
+    };
+    EXPECT_EQ(Filled("PYINPUT", text("a = 1\n  b(a)\n")), "a = 1\r\n  b(a)\r\nPYEND");
+    EXPECT_EQ(Filled("PYINPUT", text("a = 1")), "a = 1\nPYEND");
+    EXPECT_EQ(Filled("PYINPUT", text("")), "PYEND");
+}
+
+TEST(DataWriting, ALongListFillsItsLines)
+{
+    const TestSupport::CleanEnvironment clean;
+    std::string text;
+    for (int i = 0; i < 30; ++i)
+        text += std::to_string(1000 + i) + "\n";
+    EXPECT_EQ(Rewritten(R"({"type": "list", "element": {"type": "integer", "name": "N"}})", text + "/"),
+              "  1000 1001 1002 1003 1004 1005 1006 1007 1008 1009 1010 1011 1012 1013\n"
+              "  1014 1015 1016 1017 1018 1019 1020 1021 1022 1023 1024 1025 1026 1027\n"
+              "  1028 1029 /");
+}
+
+TEST(CustomWriters, DefinitionsStandOnOneLine)
+{
+    const TestSupport::CleanEnvironment clean;
+    const DataReading::LooseKeyword keyword(
+        DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax("UDQ", true));
+    const std::string text = "  DEFINE WUX ( WOPR * 2 ) / ( WWPR + 1.5 ) + 1234567 * 1234567 - 7654321 + 'A*B' /\n"
+                             "  ASSIGN WUY 'W 1' 2.5 /\n"
+                             "  /";
+    const auto outcome = DataReading::ReadText(keyword, text);
+    EXPECT_EQ(outcome.messages, std::vector<std::string>());
+    EXPECT_EQ(WriteTree(*outcome.data),
+              "  DEFINE WUX ( WOPR * 2 ) / ( WWPR + 1.5 ) + 1234567 * 1234567 - 7654321 + 'A*B' /\n"
+              "  ASSIGN WUY\n  'W 1' '2.5' /\n"
+              "  /");
+    const auto expression = [](std::vector<std::string> tokens) {
+        return [tokens](Keywords::IKeywordData& data) {
+            Keywords::IKeywordRecordData& record = Add(List(data));
+            record.GetItem(0).SetOption(
+                static_cast<const Keywords::IKeywordOptionMD*>(record.GetRecordMD()->GetItemMD(0))
+                    ->GetOptionIndex("DEFINE"));
+            record.GetItem(1).SetString("WUX");
+            for (const std::string& token : tokens)
+                List(record.GetContainer(2)).AppendStringRun(token, 1);
+        };
+    };
+    EXPECT_EQ(Filled("UDQ", expression({"(", "(", "(", "(", "(", "(", "A B", "/", "A/B", "A--B", "", "-", "*", ")"})),
+              "  DEFINE WUX ( ( ( ( ( ( 'A B' / 'A/B' 'A--B' '' - * ) /\n  /");
+    // 132 characters fit.
+    const std::string ofSixty(60, 'A');
+    EXPECT_NO_THROW(Filled("UDQ", expression({ofSixty, std::string(56, 'B')})));
+    EXPECT_THROW(Filled("UDQ", expression({ofSixty, std::string(57, 'B')})), DeckManager::DeckManagerException);
+}
+
+TEST(CustomWriters, TablesOfUpToFourDimensions)
+{
+    const TestSupport::CleanEnvironment clean;
+    const DataReading::LooseKeyword keyword(
+        DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax("UDT", true));
+    for (const std::string text : {
+             "  TABLE 1 /\n  NV 1 2 3 /\n  5 5 5 /\n  /\n  /",
+             "  TABLE 2 /\n  NV 1 2 3 /\n  LC 4 5 /\n  5 6 7 /\n  8 9 10 /\n  /\n  /",
+             "  TABLE 3 /\n  NV 1 2 /\n  NV 1 2 /\n  NV 1 2 /\n  1 2 /\n  3 4 /\n  /\n  5 6 /\n  7 8 /\n  /\n  /\n  /",
+         })
+    {
+        const auto outcome = DataReading::ReadText(keyword, text);
+        EXPECT_EQ(outcome.messages, std::vector<std::string>()) << text;
+        EXPECT_EQ(WriteTree(*outcome.data), text);
+        EXPECT_EQ(DataReading::ReadText(keyword, WriteTree(*outcome.data)).tree, outcome.tree);
+        // A row too many, and the form can't hold it: the generic writer takes over from the beginning.
+        Add(List(Record(*outcome.data).GetContainer(2)));
+        EXPECT_EQ(WriteTree(*outcome.data).substr(0, 11), "  TABLE " + text.substr(8, 1) + " /");
+        EXPECT_EQ(WriteTree(*outcome.data).find("TABLE", 9), std::string::npos);
+    }
+}
+
+TEST(CustomWriters, NamesOfIncludedFilesAreQuoted)
+{
+    const TestSupport::CleanEnvironment clean;
+    const auto include = [](const char* name, bool useVariables = false) {
+        return Filled(
+            "INCLUDE", [name](Keywords::IKeywordData& data) { Record(data).GetItem(0).SetString(name); },
+            Keywords::SimulatorType::Any, useVariables);
+    };
+    EXPECT_EQ(include("a/b.inc"), "'a/b.inc' /");
+    EXPECT_EQ(include("ab.inc"), "'ab.inc' /");
+    EXPECT_EQ(include("'ab.inc'"), "  'ab.inc' /");
+    EXPECT_EQ(include("$DIR.inc", true), "  $DIR.inc /");
+    EXPECT_EQ(include("$DIR.inc", false), "'$DIR.inc' /");
+    EXPECT_EQ(Filled("INCLUDE", [](Keywords::IKeywordData&) {}), "  /");
+}
+
+TEST(CustomWriters, AnotherShapeIsRefused)
+{
+    const TestSupport::CleanEnvironment clean;
+    const DataReading::TableInForce table(
+        R"([{"name": "INCLUDE", "sections": "all", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]}}])");
+    try {
+        DeckManager::CustomSerializers::InForce();
+        FAIL();
+    } catch (const DeckManager::DeckManagerException& failure) {
+        EXPECT_STREQ(failure.what(), "DeckManager::CustomSerializerINCLUDERecord: syntax mismatch");
+    }
+}
+
+} // namespace
