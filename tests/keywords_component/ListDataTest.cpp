@@ -166,6 +166,18 @@ TEST(ItemList, HoldsFourGibibytesAndNoMore)
     EXPECT_EQ(tree.List().GetRoom(), std::int64_t(1) << 29);
     EXPECT_EQ(SmallTree(ListOf(R"({"type": "yesNo"})")).List().GetRoom(), 2147483647);
     EXPECT_EQ(tree.List().AppendRealRun(1, -5), 0);
+
+    // The blocks of long strings count with the slots that they hang on.
+    SmallTree texts(strings);
+    EXPECT_EQ(texts.List().GetRoom(), std::int64_t(1) << 28);
+    texts.List().AppendStringRun("FIFTEEN LETTERS", 2);
+    EXPECT_EQ(texts.List().GetRoom(), (std::int64_t(1) << 28) - 2);
+    texts.List().AppendStringRun(std::string(1 << 20, 'x'), 3);
+    EXPECT_LT(texts.List().GetRoom(), (std::int64_t(1) << 28) - 3 * (1 << 16));
+    for (int i = 0; i < 3; ++i)
+        texts.List().RemoveElement(2);
+    EXPECT_EQ(texts.List().GetRoom(), (std::int64_t(1) << 28) - 2);
+    EXPECT_EQ(texts.List().Strings()[1].View(), "FIFTEEN LETTERS");
 }
 
 TEST(ContainerList, ElementsKeepTheirAddress)

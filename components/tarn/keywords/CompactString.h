@@ -32,6 +32,12 @@ public:
         return m_bytes[TagAt] == Heap ? HeapView() : std::string_view();
     }
 
+    /// The bytes of the block of its own, with what the allocator adds; 0 for a string in place.
+    std::size_t BlockBytes() const noexcept
+    {
+        return m_bytes[TagAt] == Heap ? ((HeapView().size() + 8 + 15) & ~std::size_t(15)) : 0;
+    }
+
     void Set(std::string_view text);
     void Clear() noexcept;
 

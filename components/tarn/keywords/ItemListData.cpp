@@ -121,8 +121,9 @@ public:
     int GetElementCount() const noexcept override { return static_cast<int>(m_values.Size()); }
     std::int64_t GetRoom() const noexcept override
     {
-        return std::min<std::int64_t>(MaxBytes / std::int64_t(sizeof(T)), std::numeric_limits<int>::max()) -
-               m_values.Size();
+        const std::int64_t byBytes = (MaxBytes - m_blockBytes) / std::int64_t(sizeof(T));
+        return std::max<std::int64_t>(
+            std::min<std::int64_t>(byBytes, std::numeric_limits<int>::max()) - m_values.Size(), 0);
     }
 
     Slot GetElement(int index) override
@@ -146,6 +147,7 @@ public:
     void RemoveElement(int index) override
     {
         const std::size_t at = At(index);
+        m_blockBytes -= std::min(BlockBytesOf(m_values.Data()[at]), m_blockBytes);
         m_values.Erase(index);
         if (!m_defaults || at >= m_defaults->size()) return;
         if ((*m_defaults)[at]) --m_defaultCount;
@@ -155,6 +157,7 @@ public:
     void Clear() noexcept override
     {
         m_values.Release();
+        m_blockBytes = 0;
         m_defaults.reset();
         m_defaultCount = 0;
     }
@@ -290,6 +293,7 @@ public:
     {
         if (this == &source) return;
         m_values = source.m_values;
+        m_blockBytes = source.m_blockBytes;
         m_defaults.reset();
         if (source.m_defaultCount > 0) m_defaults = std::make_unique<std::vector<bool>>(*source.m_defaults);
         m_defaultCount = source.m_defaultCount;
@@ -367,10 +371,31 @@ private:
     std::int64_t AppendValues(const T& value, std::int64_t count)
     {
         count = std::clamp<std::int64_t>(count, 0, GetRoom());
+        const std::int64_t blockBytes = BlockBytesOf(value);
+        if (blockBytes > 0) {
+            // What lies outside the array counts too: a repeat of a long string costs many times its slots.
+            const std::int64_t bytesLeft = MaxBytes - m_blockBytes - m_values.Size() * std::int64_t(sizeof(T));
+            count = std::min(count, bytesLeft / (blockBytes + std::int64_t(sizeof(T))));
+        }
         if (count == 0) return 0;
-        std::uninitialized_fill_n(m_values.Grow(count), count, value);
+        T* const place = m_values.Grow(count);
+        if (std::is_same_v<T, CompactString> && blockBytes == 0) {
+            // A string in place is its bytes, which are copied many times faster than string by string.
+            for (std::int64_t i = 0; i < count; ++i)
+                std::memcpy(static_cast<void*>(place + i), static_cast<const void*>(&value), sizeof(T));
+        } else {
+            std::uninitialized_fill_n(place, count, value);
+        }
         m_values.Added(count);
+        m_blockBytes += count * blockBytes;
         return count;
+    }
+    static std::int64_t BlockBytesOf([[maybe_unused]] const T& value)
+    {
+        if constexpr (std::is_same_v<T, CompactString>)
+            return static_cast<std::int64_t>(value.BlockBytes());
+        else
+            return 0;
     }
     std::int64_t AppendBlock(std::span<const T> values)
     {
@@ -384,6 +409,7 @@ private:
     std::span<T> MutableAll() { return {m_values.Own(), static_cast<std::size_t>(m_values.Size())}; }
 
     SharedArray<T> m_values;
+    std::int64_t m_blockBytes = 0;                 // of strings that have a block of their own
     std::unique_ptr<std::vector<bool>> m_defaults; // may be shorter than the list; none while nothing is defaulted
     std::int64_t m_defaultCount = 0;
 };
