@@ -12,6 +12,7 @@
 #include "DeckSession.h"
 #include "DeckWalk.h"
 #include "KeywordRows.h"
+#include "Schedule.h"
 #include "Verbs.h"
 
 namespace Deckman {
@@ -52,11 +53,12 @@ ExitStatus RunFind(DeckSession& session, const Options& options, Output& out)
                                               error.empty() ? expression.error() : error));
     }
 
+    const WhereLimits limits = LimitsOf(session, options);
     KeywordRows rows(session, out, options.json);
     bool found = false;
     DeckWalk walk(session, options.all);
     while (!out.Closed() && walk.Next()) {
-        if (!Passes(options.filter, walk)) continue;
+        if (!limits.Hold(walk.Index()) || !Passes(options.filter, walk)) continue;
         try {
             if (!Matches(expression, walk.Keyword())) continue;
         } catch (const Service::Exception& exception) {

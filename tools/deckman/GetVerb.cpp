@@ -6,6 +6,7 @@
 #include "DataJson.h"
 #include "DataText.h"
 #include "DeckSession.h"
+#include "Schedule.h"
 #include "Units.h"
 #include "Verbs.h"
 #include "Where.h"
@@ -29,7 +30,7 @@ ExitStatus TellNoData(DeckSession& session, const Where::Place& place, const Opt
 
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out)
 {
-    const Where::Place place = Where::Parse(options.where).Find(session, {options.all});
+    const Where::Place place = Where::Parse(options.where).Find(session, LimitsOf(session, options));
     const DeckManager::IKeyword& keyword = *place.keyword;
     if (keyword.GetSyntax()->GetMetaData() == nullptr) return TellNoData(session, place, options, out);
 

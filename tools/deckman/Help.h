@@ -12,6 +12,7 @@ inline constexpr std::string_view helpText =
   deckman tree DECK         the files and what includes what, grid files too
   deckman sections DECK     the sections with their ends
   deckman scopes DECK       what encloses what
+  deckman dates DECK        the moments of the schedule
   deckman show DECK WHERE   a keyword's text as it stands
   deckman get DECK WHERE    the data of a keyword, or one item of them
   deckman find DECK REGEX   the keywords whose data match
@@ -24,6 +25,7 @@ DECK is the deck's top file. WHERE is a place in the deck:
   @17                   the seventeenth keyword of ls
   TABDIMS[3] or TABDIMS.3                  the fourth item of the record
   WELSPECS[2].WELL, WCONPROD[PROD1].ORAT   an item of a record, by number or first string
+--at DATE keeps to the keywords in force at a date: 2026-11-25, '25 NOV 2026', 100d.
 Keywords and lines count from 1, items and records from 0.
 
 For every verb:

@@ -1,16 +1,18 @@
 #include "DeckSession.h"
 #include "DeckWalk.h"
 #include "KeywordRows.h"
+#include "Schedule.h"
 #include "Verbs.h"
 
 namespace Deckman {
 
 ExitStatus RunLs(DeckSession& session, const Options& options, Output& out)
 {
+    const WhereLimits limits = LimitsOf(session, options);
     KeywordRows rows(session, out, options.json);
     DeckWalk walk(session, options.all);
     while (!out.Closed() && walk.Next()) {
-        if (Passes(options.filter, walk)) rows.Add(walk);
+        if (limits.Hold(walk.Index()) && Passes(options.filter, walk)) rows.Add(walk);
     }
     rows.Finish();
     if (walk.Index() == 0)

@@ -84,6 +84,10 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
     if (takes(TakesFilter)) AddFilter(*verb, options);
     if (takes(TakesAll)) AddAll(*verb, options);
+    if (takes(TakesAt)) {
+        verb->add_option("--at", options.at, "only keywords in force from that date's time keyword to the next")
+            ->type_name("DATE");
+    }
     if (takes(TakesDefaults)) verb->add_flag("--defaults", options.defaults, "fill in the defaults that are known");
 }
 

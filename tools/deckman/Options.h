@@ -29,9 +29,10 @@ struct Options
     std::string deck;                ///< the top file, as the user gave it
     std::string where;               ///< show
     std::string regex;               ///< find
+    std::string at;                  ///< a date; empty for any
 
     KeywordFilter filter;
-    bool all = false; ///< the keywords behind the end too
+    bool all = false;      ///< the keywords behind the end too
     bool defaults = false; ///< get
 
     bool json = false;

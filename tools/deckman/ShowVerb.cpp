@@ -4,6 +4,7 @@
 
 #include "DeckSession.h"
 #include "Json.h"
+#include "Schedule.h"
 #include "Verbs.h"
 #include "Where.h"
 
@@ -11,7 +12,7 @@ namespace Deckman {
 
 ExitStatus RunShow(DeckSession& session, const Options& options, Output& out)
 {
-    const Where::Place place = Where::Parse(options.where).FindKeyword(session, {options.all}, "show");
+    const Where::Place place = Where::Parse(options.where).FindKeyword(session, LimitsOf(session, options), "show");
     const DeckManager::IKeyword& keyword = *place.keyword;
     const DeckManager::KeywordText text(keyword);
 

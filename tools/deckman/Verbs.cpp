@@ -5,7 +5,7 @@ namespace Deckman {
 namespace {
 
 constexpr VerbEntry verbs[] = {
-    {"ls", RunLs, TakesDeck | TakesFilter | TakesAll,
+    {"ls", RunLs, TakesDeck | TakesFilter | TakesAll | TakesAt,
      "Lists the keywords of a deck in deck order, across all its files.",
      "The index counts all keywords of the deck, so that @17 is the same keyword whatever is listed.\n"
      "With --json a line each: {\"index\",\"name\",\"section\",\"file\",\"line\",\"position\",\"size\",\"depth\",\n"
@@ -29,7 +29,16 @@ constexpr VerbEntry verbs[] = {
      "With --json a line each: {\"head\",\"begin\",\"end\",\"depth\"}; depth 0 for what nothing encloses.\n\n"
      "Example: where the actions are\n"
      "  deckman scopes FIELD.DATA --json | grep ACTION\n"},
-    {"show", RunShow, TakesDeck | TakesWhere | TakesAll, "Shows the text of one keyword as it stands.",
+    {"dates", RunDates, TakesDeck | TakesAll, "Shows the moments of the schedule, with their days since the start.",
+     "The start, every record of DATES, every step of TSTEP and every value of TIME; index is the keyword's in ls. "
+     "Dates\n"
+     "that are none, and time that runs backwards, are errors.\n"
+     "With --json a line each: {\"index\",\"date\",\"days\"}; a date is 2026-11-25 or 2026-11-25T12:00:00, what "
+     "the deck\n"
+     "doesn't tell is null.\n\n"
+     "Example: when the run ends\n"
+     "  deckman dates FIELD.DATA | tail -1\n"},
+    {"show", RunShow, TakesDeck | TakesWhere | TakesAll | TakesAt, "Shows the text of one keyword as it stands.",
      "WHERE is NAME, NAME#3, SECTION/NAME#3, FILE:LINE or @17. The comment lines above the next keyword are not "
      "shown:\n"
      "they belong to that one.\n"
@@ -37,7 +46,7 @@ constexpr VerbEntry verbs[] = {
      "Example: the keyword around line 120 of a file, and the second COMPDAT\n"
      "  deckman show FIELD.DATA wells.inc:120\n"
      "  deckman show FIELD.DATA COMPDAT#2\n"},
-    {"get", RunGet, TakesDeck | TakesWhere | TakesAll | TakesDefaults,
+    {"get", RunGet, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesDefaults,
      "Shows the data of one keyword, or one item of them.",
      "WHERE is a keyword as for show, and behind it a path to an item, with brackets or dots: TABDIMS[3] is "
      "TABDIMS.3,\n"
@@ -51,7 +60,7 @@ constexpr VerbEntry verbs[] = {
      "Example: an oil rate, and a table\n"
      "  deckman get FIELD.DATA WCONPROD[PROD1].ORAT\n"
      "  deckman get FIELD.DATA PROPS/SWOF[0] --json\n"},
-    {"find", RunFind, TakesDeck | TakesRegex | TakesFilter | TakesAll,
+    {"find", RunFind, TakesDeck | TakesRegex | TakesFilter | TakesAll | TakesAt,
      "Lists the keywords whose data, comments among them included, match a regular expression.",
      "The expression is searched for in all lines of the data at once: ^ and $ stand for the ends of a line, (?i) at "
      "the\n"

@@ -19,6 +19,7 @@ ExitStatus RunLs(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunTree(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunSections(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunScopes(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunDates(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
@@ -32,6 +33,7 @@ enum Takes : unsigned
     TakesFilter = 1U << 3,   ///< --section, --name, --user, --generated
     TakesAll = 1U << 4,      ///< --all
     TakesDefaults = 1U << 8, ///< --defaults
+    TakesAt = 1U << 9,       ///< --at
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.

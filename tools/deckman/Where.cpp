@@ -153,7 +153,9 @@ std::optional<Where::ByName> Where::ParseName(std::string_view text)
     }
 
     const auto addReading = [&byName](std::string_view name, std::string_view path) {
-        if (name.empty() || name.find_first_of("/ :#[]'\"") != std::string_view::npos) return;
+        if (name.empty() || !Service::IsAlpha(name.front()) ||
+            name.find_first_of("/ :#[]'\"") != std::string_view::npos)
+            return;
         if (auto items = ItemPath::Parse(path))
             byName.readings.push_back({Service::Uppercased(name), std::move(*items)});
     };
