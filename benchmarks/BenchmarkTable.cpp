@@ -11,6 +11,7 @@
 
 #include "benchmarks/CommandTimer.h"
 #include "benchmarks/DataReading.h"
+#include "benchmarks/DataWriting.h"
 #include "benchmarks/KeywordMemory.h"
 
 namespace {
@@ -75,6 +76,16 @@ bool CompareReading(const std::string& work, const Benchmarks::DataReadingResult
     return met;
 }
 
+/// A write of ten million reals against its yardstick.
+bool CompareWriting(const std::string& work, Benchmarks::Reals kind, double budget)
+{
+    const Benchmarks::DataWritingResult result = Benchmarks::MeasureWriting(kind, 10000000, repeats);
+    const double ratio = result.seconds / result.yardstickSeconds;
+    PrintRow(work, Time(result.seconds), "bare std::to_chars loop", Time(result.yardstickSeconds),
+             fmt::format("{:.2f}", ratio), fmt::format("{:.1f} x", budget), ratio <= budget, "");
+    return ratio <= budget;
+}
+
 Command List(const std::string& deckman, const std::filesystem::path& deck)
 {
     return Command{{deckman, "ls", "--json", deck.string()}, {}};
@@ -133,6 +144,8 @@ int main(int argc, char** argv)
             Benchmarks::MeasureRecords((decks / "RECORDS.DATA").string(), "COMPDAT", repeats);
         missed += !CompareReading(fmt::format("read {} records of one keyword", records.count), records,
                                   "the bytes cut at blanks", 4.0);
+        missed += !CompareWriting("write 10 million reals, all digits", Benchmarks::Reals::AllDigits, 1.5);
+        missed += !CompareWriting("write 10 million reals, few digits", Benchmarks::Reals::FewDigits, 1.5);
 
         fmt::print("\n{}\n", missed == 0 ? "Every budget is met." : fmt::format("{} budgets are not met.", missed));
         return 0;

@@ -1,7 +1,11 @@
 // How values are spelt.
 
+#include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <exception>
 
 #include <deckmanager/VeldaneDeckInfo.h>
@@ -33,31 +37,90 @@ std::string Formatted(const char* format, Value value)
     }
 }
 
-/// Numbers of few digits behind the point, which are most of those in a deck: their digits are those of an integer.
-/// The division below is rounded as the reading of these digits would be, and 15 of them are always kept, so what
-/// gives the value back is what the long road would have given. Null for any other number.
-char* WriteShortReal(double value, char* out)
+#if defined(__SIZEOF_INT128__)
+
+__extension__ using Wide = unsigned __int128;
+
+constexpr auto powersOfTen = [] {
+    std::array<std::uint64_t, 19> powers{};
+    std::uint64_t power = 1;
+    for (std::uint64_t& entry : powers) {
+        entry = power;
+        power *= 10;
+    }
+    return powers;
+}();
+
+constexpr auto digitPairs = [] {
+    std::array<char, 200> pairs{};
+    for (std::size_t i = 0; i < 100; ++i) {
+        pairs[2 * i] = static_cast<char>('0' + i / 10);
+        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+    }
+    return pairs;
+}();
+
+/// Writes a number with that many digits, zeros ahead.
+void WriteDigits(std::uint64_t number, int digits, char* out)
 {
-    constexpr double smallest = 1e-4; // what is less gets an exponent
-    constexpr double largest = 1e9;
-    constexpr double scale = 1e6;
+    for (; digits >= 2; digits -= 2, number /= 100)
+        std::memcpy(out + digits - 2, digitPairs.data() + 2 * (number % 100), 2);
+    if (digits == 1) *out = static_cast<char>('0' + number % 10);
+}
+
+/// The digits of numbers that get no exponent, which are most of those in a deck. The number is an integer times a
+/// power of two; times a power of ten it still fits into 128 bits, so that the 15 digits come out exactly, rounded
+/// half to even. Null for any other number.
+char* WritePlainReal(double value, char* out)
+{
     const double magnitude = std::fabs(value);
-    if (!(magnitude >= smallest && magnitude < largest)) return nullptr;
-    const auto scaled = static_cast<std::int64_t>(magnitude * scale + 0.5);
-    if (static_cast<double>(scaled) / scale != magnitude) return nullptr;
+    if (!(magnitude >= 1e-4 && magnitude < 1e15)) return nullptr;
+    const auto bits = std::bit_cast<std::uint64_t>(magnitude);
+    const int shift = 1075 - static_cast<int>(bits >> 52); // magnitude is mantissa / 2^shift, and 3 <= shift <= 66
+    const std::uint64_t mantissa = (bits & 0xFFFFFFFFFFFFF) | 0x10000000000000;
+
+    // From the binary exponent to the decimal one, or to one less.
+    const int estimate = ((52 - shift) * 1233) >> 12;
+    int decimals = std::min(14 - estimate, 18);
+    std::uint64_t digits = 0;
+    for (;; --decimals) {
+        if (decimals < 0) return nullptr; // rounds to what has an exponent
+        const Wide scaled = static_cast<Wide>(mantissa) * powersOfTen[static_cast<std::size_t>(decimals)];
+        digits = static_cast<std::uint64_t>(scaled >> shift);
+        const Wide rest = scaled - (static_cast<Wide>(digits) << shift);
+        const Wide half = static_cast<Wide>(1) << (shift - 1);
+        if (rest > half || (rest == half && (digits & 1) != 0)) ++digits;
+        if (digits < powersOfTen[15]) break;
+    }
+    for (const int zeros : {8, 4, 2, 1}) {
+        const std::uint64_t power = powersOfTen[static_cast<std::size_t>(zeros)];
+        while (decimals >= zeros && digits % power == 0) {
+            digits /= power;
+            decimals -= zeros;
+        }
+    }
 
     if (value < 0) *out++ = '-';
-    out = std::to_chars(out, out + 16, scaled / 1000000).ptr;
-    auto fraction = static_cast<std::int32_t>(scaled % 1000000);
-    if (fraction == 0) return out;
-    int digits = 6;
-    for (; fraction % 10 == 0; fraction /= 10)
-        --digits;
-    *out = '.';
-    for (int at = digits; at > 0; --at, fraction /= 10)
-        out[at] = static_cast<char>('0' + fraction % 10);
-    return out + digits + 1;
+    const std::uint64_t unit = powersOfTen[static_cast<std::size_t>(decimals)];
+    const std::uint64_t whole = digits / unit;
+    if (whole < 10)
+        *out++ = static_cast<char>('0' + whole);
+    else
+        out = std::to_chars(out, out + 20, whole).ptr;
+    if (decimals == 0) return out;
+    *out++ = '.';
+    WriteDigits(digits - whole * unit, decimals, out);
+    return out + decimals;
 }
+
+#else
+
+char* WritePlainReal(double, char*)
+{
+    return nullptr;
+}
+
+#endif
 
 /// Something that ends a token, repeats it, or begins a comment.
 bool HoldsSpecialCharacters(std::string_view text, bool allowCommas)
@@ -92,7 +155,7 @@ std::string_view KeywordDataSerializer::FormatReal(double value, const char* for
         if (!text.empty()) return {buffer.data(), text.copy(buffer.data(), buffer.size())};
     }
     char* const begin = buffer.data();
-    if (char* const end = WriteShortReal(value, begin)) return {begin, static_cast<std::size_t>(end - begin)};
+    if (char* const end = WritePlainReal(value, begin)) return {begin, static_cast<std::size_t>(end - begin)};
     if (value == 0.0 && !std::signbit(value)) return "0.0";
 
     char* end = std::to_chars(begin, begin + buffer.size(), value, std::chars_format::general, 15).ptr;

@@ -11,7 +11,8 @@ namespace Tarn::Fjel::Core::DeckManager {
 namespace {
 
 constexpr std::string_view defaultToken = VeldaneDeckInfo::DEFAULT_TOKEN;
-constexpr std::string_view separator = VeldaneDeckInfo::SEPARATOR_TOKEN;
+constexpr char separator = VeldaneDeckInfo::SEPARATOR_TOKEN[0];
+static_assert(VeldaneDeckInfo::SEPARATOR_TOKEN[1] == 0);
 
 std::size_t Digits(std::int64_t number)
 {
@@ -23,31 +24,31 @@ std::size_t Digits(std::int64_t number)
 
 } // namespace
 
+bool RepeatPacker::IsDefault() const
+{
+    return Holds(defaultToken);
+}
+
 bool RepeatPacker::IsJoined() const
 {
-    const std::int32_t limit = m_isDefault ? defaultRepeatLimit : valueRepeatLimit;
-    return limit > 0 && m_repeats >= limit && !m_isBlank;
+    const std::int32_t limit = IsDefault() ? defaultRepeatLimit : valueRepeatLimit;
+    return limit > 0 && m_repeats >= limit && !Service::AllBlanks(std::string_view(m_line).substr(m_token));
 }
 
-std::size_t RepeatPacker::Width() const
+std::size_t RepeatPacker::RepeatedWidth() const
 {
-    if (m_token.empty()) return m_line.size();
-    const std::size_t before = m_line.empty() ? 0 : m_line.size() + separator.size();
-    if (IsJoined()) return before + Digits(m_repeats) + defaultToken.size() + (m_isDefault ? 0 : m_token.size());
-    const std::size_t repeats = static_cast<std::size_t>(m_repeats);
-    return before + m_token.size() + repeats * (m_token.size() + separator.size());
+    const std::size_t length = m_line.size() - m_token;
+    if (IsJoined()) return m_token + Digits(m_repeats) + defaultToken.size() + (IsDefault() ? 0 : length);
+    return m_line.size() + static_cast<std::size_t>(m_repeats) * (length + 1);
 }
 
-void RepeatPacker::Add(std::string_view token)
+void RepeatPacker::Begin(std::string_view token)
 {
-    if (m_token == token) {
-        ++m_repeats;
-        return;
-    }
     WriteOut(false);
-    m_token.assign(token);
-    m_isDefault = token == defaultToken;
-    m_isBlank = token.front() == ' ' && Service::AllBlanks(token);
+    if (!m_line.empty()) m_line += separator;
+    m_token = m_line.size();
+    m_line += token;
+    m_hasRun = true;
 }
 
 std::int64_t RepeatPacker::Repeat(std::int64_t count)
@@ -63,40 +64,36 @@ std::int64_t RepeatPacker::Repeat(std::int64_t count)
     return step;
 }
 
-void RepeatPacker::AppendToken(std::string_view token)
-{
-    if (!m_line.empty()) m_line += separator;
-    m_line += token;
-}
-
 void RepeatPacker::WriteOut(bool atContainerEnd)
 {
-    if (m_token.empty()) return;
-    if (atContainerEnd && dropTrailingDefaults && m_isDefault) {
-        // A terminator means the same.
-    } else if (IsJoined()) {
-        const std::string_view token = m_token;
+    if (!m_hasRun) return;
+    if (atContainerEnd && dropTrailingDefaults && IsDefault()) {
+        m_line.resize(m_token > 0 ? m_token - 1 : 0); // a terminator means the same
+    } else if (m_repeats > 0 && IsJoined()) {
+        const bool isDefault = IsDefault();
+        const std::string_view token = std::string_view(m_line).substr(m_token);
         const std::size_t indent = token.size() - Service::TrimmedLeft(token).size();
-        AppendToken(token.substr(0, indent));
-        char digits[24];
-        m_line.append(digits, std::to_chars(digits, digits + sizeof digits, m_repeats + 1).ptr);
-        m_line += VeldaneDeckInfo::REPEAT_CHAR;
-        if (!m_isDefault) m_line += token.substr(indent);
+        char count[24];
+        char* end = std::to_chars(count, count + sizeof count - 1, m_repeats + 1).ptr;
+        *end++ = VeldaneDeckInfo::REPEAT_CHAR;
+        m_line.insert(m_token + indent, count, static_cast<std::size_t>(end - count));
+        if (isDefault) m_line.resize(m_line.size() - defaultToken.size());
     } else {
-        for (std::int64_t copy = 0; copy <= m_repeats; ++copy)
-            AppendToken(m_token);
+        const std::size_t length = m_line.size() - m_token;
+        for (; m_repeats > 0; --m_repeats) {
+            m_line += separator;
+            m_line.append(m_line, m_token, length);
+        }
     }
-    m_token.clear();
     m_repeats = 0;
-    m_isDefault = m_isBlank = false;
+    m_hasRun = false;
 }
 
 void RepeatPacker::Clear()
 {
     m_line.clear();
-    m_token.clear();
     m_repeats = 0;
-    m_isDefault = m_isBlank = false;
+    m_hasRun = false;
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager
