@@ -16,6 +16,26 @@ using Keywords::KeywordKind;
 using Keywords::KeywordSyntaxUtils;
 using Keywords::SimulatorType;
 
+namespace {
+
+/// The line of the word that the scan of a region stands on.
+struct SkippedLine
+{
+    ILineReader& reader;
+    KeywordFileReader& file;
+    const long long& position;
+
+    static int Of(const void* word)
+    {
+        const auto& self = *static_cast<const SkippedLine*>(word);
+        const LineStreamReader* const lines = self.reader.Lines();
+        const int known = lines != nullptr ? lines->LineNumber() : -1;
+        return known > 0 ? known : self.file.LineNumberAt(self.position);
+    }
+};
+
+} // namespace
+
 std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::string& firstName, long long firstPosition,
                                                 const Keywords::IKeywordSyntax* firstSyntax, ILineReader& reader,
                                                 const ISectionContextQuery& query, KeywordFileReader& file)
@@ -26,6 +46,8 @@ std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::str
     std::string name = firstName;
     long long position = firstPosition;
     const Keywords::IKeywordSyntax* syntax = firstSyntax;
+    const SkippedLine word{reader, file, position};
+    const Service::Log::Place place(file.GetPath(), &SkippedLine::Of, &word);
     for (bool firstPass = true;;) {
         if (syntax != nullptr && syntax->GetKind() == KeywordKind::EndSkip) {
             skipped.push_back({name, position});
@@ -33,10 +55,7 @@ std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::str
             if (--state.depth < 0) {
                 state.depth = 0;
                 state.activeDepth = 0;
-                const LineStreamReader* lines = reader.Lines();
-                const int known = lines != nullptr ? lines->LineNumber() : -1;
-                const int line = known > 0 ? known : file.LineNumberAt(position);
-                const Service::Log::Place place(file.GetPath(), line);
+                const int line = SkippedLine::Of(&word);
                 Service::Log::LogWF(
                     "Encountered ENDSKIP without SKIP/SKIP100/SKIP300 near line %d in %s. Please ensure "
                     "that SKIP and ENDSKIP are both in the same file.",

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <memory>
+#include <optional>
 
 #include <deckmanager/Environment.h>
 #include <deckmanager/IKeyword.h>
@@ -56,7 +57,12 @@ bool KeywordDataStore::Open(const IKeyword& keyword, long long start, long long 
     if (firstLineIsKeywordName && !m_reader->ReadNextDataLine(m_nextLine, nullptr, true))
         return fail(": can not read keyword name.");
     long long position = -1;
-    if (!m_reader->ReadNextDataLine(m_nextLine, &position, true)) return fail(": keyword has no valid data line.");
+    if (!m_reader->ReadNextDataLine(m_nextLine, &position, true)) {
+        // As the last word of a file such a keyword is as good as anywhere else: nothing is wrong with the deck.
+        std::optional<Service::Log::Probe> expected;
+        if (MayLackData(name)) expected.emplace();
+        return fail(": keyword has no valid data line.");
+    }
     Service::StringTrimRight(m_nextLine);
     if (position == end && MayLackData(name)) return true;
     if (position >= end) {

@@ -100,6 +100,23 @@ TEST(KeywordDataStore, TellsWhereTheTextThatWasTakenEnds)
     EXPECT_EQ(ReadExtent(LooseKeyword(table.Syntax("BRINE")), "BRINE\nNEXT\n", 0, 6).takenEnd, -1);
 }
 
+TEST(KeywordDataStore, NoFaultOfADeckThatEndsInAKeywordWithoutData)
+{
+    const TableInForce table(names);
+    for (const char* name : {"BRINE", "OTHER"}) {
+        const std::string text = std::string(name) + "\n-- the end\n";
+        const LooseKeyword keyword(table.Syntax(name));
+        DeckManager::LineStringReader reader(text);
+        DeckManager::KeywordDataStore store(&reader);
+        const TestSupport::LogRecorder log;
+        store.Open(keyword, 0, static_cast<long long>(text.size()), true);
+        ASSERT_EQ(log.Count(), 1) << name;
+        EXPECT_EQ(log.Messages()[0].text,
+                  "Failed to read data of keyword " + std::string(name) + ": keyword has no valid data line.");
+        EXPECT_EQ(log.Messages()[0].probe, std::string(name) == "BRINE");
+    }
+}
+
 TEST(KeywordDataStore, PutsTheReaderBackAndPlacesMessages)
 {
     const TableInForce table(names);

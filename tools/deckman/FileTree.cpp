@@ -30,17 +30,6 @@ struct GridKeyword
 constexpr GridKeyword gridKeywords[] = {{"GDFILE", "F?E?GRID", &DataAccessUtils::GetGDFILEName},
                                         {"ORDGRID", "OPF", &DataAccessUtils::GetORDGRIDName}};
 
-/// The name in the data of an `INCLUDE` as it is written there, without quotes; the first line of the data when there
-/// is no name.
-std::string_view WrittenName(std::string_view data)
-{
-    data = Service::Trimmed(data);
-    const bool quoted = data.starts_with('\'');
-    const std::string_view name =
-        quoted ? data.substr(1, data.find_first_of("'\n", 1) - 1) : data.substr(0, data.find_first_of("/ \t\n"));
-    return name.empty() ? data.substr(0, data.find('\n')) : name;
-}
-
 /// The root of a leaf as a regular expression that matches nothing else.
 std::string Quoted(std::string_view text)
 {
@@ -53,6 +42,16 @@ std::string Quoted(std::string_view text)
 }
 
 } // namespace
+
+std::string WrittenIncludeName(const DeckManager::IKeyword& include)
+{
+    const DeckManager::KeywordText text(include);
+    const std::string_view data = Service::Trimmed(text.Data());
+    const bool quoted = data.starts_with('\'');
+    const std::string_view name =
+        quoted ? data.substr(1, data.find_first_of("'\n", 1) - 1) : data.substr(0, data.find_first_of("/ \t\n"));
+    return std::string(name.empty() ? data.substr(0, data.find('\n')) : name);
+}
 
 FileLink FileTree::Top() const
 {
@@ -93,8 +92,7 @@ FileLink FileTree::LinkOf(const DeckManager::IKeyword& include) const
         DataAccessUtils::GetINCLUDEFileName(m_session.Keywords().GetKeywordData(&include));
     if (!text) {
         // A name that nothing gives a value, such as a variable: what stands in the deck says more than nothing.
-        const DeckManager::KeywordText written(include);
-        link.shown = WrittenName(written.Data());
+        link.shown = WrittenIncludeName(include);
         return link;
     }
     link.shown = *text;

@@ -16,6 +16,10 @@ namespace Deckman {
 
 class DeckSession;
 
+/// The name in the data of an `INCLUDE` as it is written there, without quotes; the first line of the data when there
+/// is no name.
+std::string WrittenIncludeName(const Tarn::Fjel::Core::DeckManager::IKeyword& include);
+
 /// What a file of the deck brings in.
 struct FileLink
 {

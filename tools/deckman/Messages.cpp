@@ -42,7 +42,13 @@ void Messages::Take(std::string_view givenText, int severity)
 
     std::string text(givenText);
     std::string place;
-    if (const Log::Location location = Log::CurrentPlace(); location.IsKnown()) {
+    const Log::Location location = Log::CurrentPlace();
+    if (m_taker) {
+        if (location.IsKnown() && location.line > 0) text = WithoutPlace(text, location.file);
+        m_taker({location.file, location.line, severity, text});
+        return;
+    }
+    if (location.IsKnown()) {
         place = Shown(location.file);
         if (location.line > 0) {
             text = WithoutPlace(text, location.file);
@@ -63,7 +69,6 @@ std::string Messages::Shown(std::string_view file) const
     return std::string(file);
 }
 
-/// A message may quote a file that is no deck, and a terminal must not take what that holds for orders.
 void Messages::MakeHarmless(std::string& text)
 {
     for (char& c : text) {

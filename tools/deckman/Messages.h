@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 
 #include <tarn/service/Log.h>
 
@@ -27,20 +29,42 @@ public:
     /// Something of use that is no fault of the deck.
     void Note(std::string_view place, std::string_view text) { Print(place, "note", text); }
 
+    /// A message of the library. The views are good during the call.
+    struct Message
+    {
+        std::string_view file; ///< complete; empty when not known
+        int line;              ///< -1 when not known
+        int severity;
+        std::string_view text;
+    };
+    using Taker = std::function<void(const Message&)>;
+
+    /// Hands the library's messages to `taker` from now on, neither printed nor counted; an empty one ends that.
+    void SendTo(Taker taker) { m_taker = std::move(taker); }
+    /// What a verb has told in its own way counts too.
+    void Count(int warnings, int errors)
+    {
+        m_warnings += warnings;
+        m_errors += errors;
+    }
+
     int Warnings() const { return m_warnings; }
     int Errors() const { return m_errors; }
 
     /// The name of a file as a user in this directory would type it: relative when the file lies below it.
     std::string Shown(std::string_view file) const;
 
+    /// A message may quote a file that is no deck, and a terminal must not take what that holds for orders.
+    static void MakeHarmless(std::string& text);
+
 private:
     void Take(std::string_view text, int severity);
-    static void MakeHarmless(std::string& text);
     /// False for a message that has been told.
     bool Print(std::string_view place, std::string_view severity, std::string_view text);
 
     std::string m_currentDirectory;
     Tarn::Fjel::Core::Service::Log::Handler m_previous;
+    Taker m_taker;
     std::unordered_set<std::size_t> m_told; // hashes of what was printed about a place
     int m_warnings = 0;
     int m_errors = 0;

@@ -68,6 +68,15 @@ constexpr VerbEntry verbs[] = {
      "matches.\n\n"
      "Example: everything that concerns one well\n"
      "  deckman find FIELD.DATA \"'?HR-P1\\b\"\n"},
+    {"check", RunCheck, TakesDeck | TakesAll, "Reads all data of a deck and says what is wrong with it.",
+     "Nothing is said of what stands between SKIP and ENDSKIP, and with --simulator of what that simulator skips;\n"
+     "keywords that it doesn't know are named. The same message is shown at its first places only. Exit status 1 "
+     "when\n"
+     "there are errors, with --strict for warnings too.\n"
+     "With --json a line each: {\"file\",\"line\",\"keyword\",\"severity\",\"text\"}; severity is error, warning or "
+     "note.\n\n"
+     "Example: is the deck fit for a run\n"
+     "  deckman check FIELD.DATA --simulator 300 --strict\n"},
 };
 
 } // namespace

@@ -23,6 +23,7 @@ ExitStatus RunDates(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
 
 /// What a verb takes besides the options that every verb takes.
 enum Takes : unsigned
