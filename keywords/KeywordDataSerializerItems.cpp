@@ -159,7 +159,7 @@ void KeywordDataSerializer::SerializeOptionalItem(const Keywords::ConstSlot& val
         return;
     }
     NumberBuffer buffer;
-    std::string scratch;
+    thread_local std::string scratch; // kept, so that nothing is allocated for an item
     switch (type) {
     case MDType::YesNo:
         writer.WriteToken(value.GetYesNo() < 1 ? "NO" : "YES", true);
