@@ -8,6 +8,7 @@
 
 #include "deck/DeckKeywords.h"
 #include "tests/support/LogRecorder.h"
+#include "tests/support/PlainView.h"
 #include "tests/support/TestDeck.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/DeckManagerException.h>
@@ -16,83 +17,8 @@
 namespace {
 
 using namespace Tarn::Fjel::Core::DeckManager;
-using Tarn::Fjel::Core::Keywords::IKeywordData;
-using Tarn::Fjel::Core::Keywords::SectionType;
-using Tarn::Fjel::Core::Service::FileName;
+using TestSupport::PlainView;
 using TestSupport::TestDeck;
-
-/// A deck's view as any host could write it: without the index.
-class PlainView : public IDeckKeywords
-{
-public:
-    explicit PlainView(const IDeckKeywords& view) : m_view(view) {}
-
-    KeywordIterator Begin() const override { return m_view.Begin(); }
-    const KeywordIterator& LogicalEnd() const override { return m_view.LogicalEnd(); }
-    const KeywordIterator& End() const override { return m_view.End(); }
-    KeywordIterator PhysicalEnd() const override { return m_view.PhysicalEnd(); }
-    const KeywordIterator& SectionBegin(SectionType section) const override { return m_view.SectionBegin(section); }
-    const KeywordIterator& SectionEnd(SectionType section) const override { return m_view.SectionEnd(section); }
-    SectionType SectionOf(const KeywordIterator& position) const override { return m_view.SectionOf(position); }
-    KeywordIterator FindKeyword(const IKeyword* keyword) const override { return m_view.FindKeyword(keyword); }
-    KeywordFileIterator GetFileIterator(const KeywordIterator& position) const override
-    {
-        return m_view.GetFileIterator(position);
-    }
-    KeywordFileIterator GetFileIterator(const IKeyword* keyword) const override
-    {
-        return m_view.GetFileIterator(keyword);
-    }
-    KeywordIterator FindKeywordById(const std::string& name, const IKeywordData* data, const KeywordIterator& first,
-                                    const KeywordIterator& last, bool generatedOnly) const override
-    {
-        return m_view.FindKeywordById(name, data, first, last, generatedOnly);
-    }
-    KeywordIterator FindLastKeywordById(const std::string& name, const IKeywordData* data, const KeywordIterator& first,
-                                        const KeywordIterator& last, bool generatedOnly) const override
-    {
-        return m_view.FindLastKeywordById(name, data, first, last, generatedOnly);
-    }
-    IKeywordData* GetKeywordData(const IKeyword* keyword) const override { return m_view.GetKeywordData(keyword); }
-    std::shared_ptr<std::string> GetDataText(const IKeyword* keyword) const override
-    {
-        return m_view.GetDataText(keyword);
-    }
-    std::shared_ptr<std::string> GetRawText(const IKeyword* keyword) const override
-    {
-        return m_view.GetRawText(keyword);
-    }
-    std::string ReadDataText(ILineReader& reader, long long limit, bool* tagSeen, bool stopAtTag) const override
-    {
-        return m_view.ReadDataText(reader, limit, tagSeen, stopAtTag);
-    }
-    std::string GetComment(const KeywordIterator& position, bool stripHeader) const override
-    {
-        return m_view.GetComment(position, stripHeader);
-    }
-    IKeywordFile* GetFileOf(const KeywordFileIterator& position) const override { return m_view.GetFileOf(position); }
-    IKeywordFile* GetDataFile() const override { return m_view.GetDataFile(); }
-    std::set<IKeywordFile*> GetFiles() const override { return m_view.GetFiles(); }
-    FileName GetGridFile() const override { return m_view.GetGridFile(); }
-    KeywordIterator FindGridKeyword() const override { return m_view.FindGridKeyword(); }
-    IKeywordFile* GetIncludedFile(const IKeyword* keyword) const override { return m_view.GetIncludedFile(keyword); }
-    IKeyword* GetIncludingKeyword(IKeywordFile* file) const override { return m_view.GetIncludingKeyword(file); }
-    KeywordIterator GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const override
-    {
-        return m_view.GetScopeEnd(position, generatedOnly);
-    }
-    void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const override
-    {
-        m_view.GetEnclosingScope(position, head, end);
-    }
-    bool AllowsVariables() const override { return m_view.AllowsVariables(); }
-    bool HasVariables(const IKeyword* keyword) const override { return m_view.HasVariables(keyword); }
-    KeywordVariables* GetVariables(const IKeyword* keyword) const override { return m_view.GetVariables(keyword); }
-    bool CheckSections(std::string& message) const override { return m_view.CheckSections(message); }
-
-private:
-    const IDeckKeywords& m_view;
-};
 
 /// Every answer, and every message, in order. Data stay read: the first of two such rounds also tells of them.
 std::string Answers(const IDeckKeywords& view)

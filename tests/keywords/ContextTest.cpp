@@ -197,8 +197,47 @@ TEST(Context, KeepsItsResults)
     deck.context.Bind(&deck.Keywords());
     EXPECT_EQ(Evaluate(deck.context, "context:NRPINC"), "none");
 
+    // What could not be told is asked anew each time, what is known once and for all never again.
+    const struct
+    {
+        const char* expression;
+        const char* first;
+        const char* second;
+        int messagesOfFirst;
+        int messagesOfSecond;
+    } cases[] = {
+        {"context:NTABSR", "1", "1", 4, 0},
+        {"context:MAXUAT", "none", "none", 2, 2},
+        {"context:COMPS", "none", "none", 0, 0},
+        {"RUNSPEC:TABDIMS[0]", "none", "none", 1, 1},
+    };
+    for (const auto& c : cases) {
+        const TestSupport::LogRecorder messages;
+        EXPECT_EQ(Evaluate(deck.context, c.expression), c.first) << c.expression;
+        EXPECT_EQ(messages.Count(3), c.messagesOfFirst) << c.expression;
+        EXPECT_EQ(Evaluate(deck.context, c.expression), c.second) << c.expression;
+        EXPECT_EQ(messages.Count(3), c.messagesOfFirst + c.messagesOfSecond) << c.expression;
+    }
+}
+
+TEST(Context, KeepsWhatAnEvaluationHadWhenItFailed)
+{
+    const DeckOfText deck("RUNSPEC\nGASWAT\nPROPS\nLUMPING\n A 2 /\n B 3 /\n C /\n/\n");
+    EXPECT_EQ(Evaluate(deck.context, "context:NCMPHW"),
+              "Context::EvalNCMPHW: COMPS keyword does not have integer value at item 1");
+    EXPECT_EQ(Evaluate(deck.context, "context:NCMPHW"), "0");
+    EXPECT_EQ(Evaluate(deck.context, "context:NDETAC"),
+              "Context::EvalNDETAC: item 2 of record 3 of keyword LUMPING has been defaulted.");
+    EXPECT_EQ(Evaluate(deck.context, "context:NDETAC"), "5");
+}
+
+TEST(Context, AnswersNoNamesForAnIncompleteDeck)
+{
+    const DeckOfText deck("RUNSPEC\nTABDIMS\n 2 /\n");
     DeckManager::Environment::Instance().SetIncompleteDeckKeywordValidation(true);
     EXPECT_EQ(Evaluate(deck.context, "context:NUMREP"), "none");
+    EXPECT_EQ(Evaluate(deck.context, "context:WHAT"), "none");
+    EXPECT_EQ(Evaluate(deck.context, "RUNSPEC:TABDIMS[0]"), "2");
     DeckManager::Environment::Instance().destroy();
 }
 

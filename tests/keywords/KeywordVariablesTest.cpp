@@ -77,4 +77,11 @@ TEST(KeywordVariables, KeepTheLastTextOfAPlaceInOrder)
     ASSERT_NE(ofRecord, nullptr);
     EXPECT_EQ(Thrown([&] { ofRecord->GetVariable(0); }), "Variable are not set for the given index");
     EXPECT_EQ(ofRecord->GetVariableIndices(), std::list<int>{2});
+
+    // Whoever has references of one kind takes none of another.
+    auto& recordAsList = reinterpret_cast<Core::Keywords::IKeywordListData&>(recordData); // never followed
+    variables.SetListVariable(recordAsList, 7, VariablesString("$L"));
+    EXPECT_EQ(variables.GetDataVariables(record.get()), ofRecord);
+    EXPECT_EQ(ofRecord->GetVariableIndices(), std::list<int>{2});
+    EXPECT_EQ(ofRecord->GetVariable(2).GetString(), "$R");
 }
