@@ -44,6 +44,7 @@ public:
     LineEnd GetLineEnd() const { return m_lines.GetLineEnd(); }
     void SetLeavesLastLineOpen(bool value) { m_lines.SetLeavesLastLineOpen(value); }
     void EndOpenLine() { m_lines.EndOpenLine(); }
+    void ContinueOpenLine() { m_lines.ContinueOpenLine(); }
 
 private:
     Service::FileOutputStream* File() const;

@@ -54,6 +54,8 @@ public:
     void SetLeavesLastLineOpen(bool value) { m_leavesLastLineOpen = value; }
     /// Writes the line end that a copy has left out.
     void EndOpenLine();
+    /// What comes next belongs to the line that a copy has left open.
+    void ContinueOpenLine() { m_lineIsOpen = false; }
 
     using ILineWriter::Write;
     void Write(const char* text, std::int32_t length, bool indent) override;
