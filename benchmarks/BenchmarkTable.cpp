@@ -76,6 +76,17 @@ bool CompareReading(const std::string& work, const Benchmarks::DataReadingResult
     return met;
 }
 
+/// A check of a whole deck against the bare read of its data in this process.
+bool CompareCheck(const std::string& work, const std::string& deckman, const std::filesystem::path& deck, double budget)
+{
+    const Run run = Benchmarks::MedianRuns({Command{{deckman, "check", deck.string()}, {}}}, repeats).front();
+    const double bare = Benchmarks::MeasureAllData(deck.string(), repeats);
+    const double ratio = run.seconds / bare;
+    PrintRow(work, Time(run.seconds), "all data read in-process", Time(bare), fmt::format("{:.2f}", ratio),
+             fmt::format("{:.1f} x", budget), ratio <= budget, Peak(run));
+    return ratio <= budget;
+}
+
 /// A write of ten million reals against its yardstick.
 bool CompareWriting(const std::string& work, Benchmarks::Reals kind, double budget)
 {
@@ -144,6 +155,7 @@ int main(int argc, char** argv)
             Benchmarks::MeasureRecords((decks / "RECORDS.DATA").string(), "COMPDAT", repeats);
         missed += !CompareReading(fmt::format("read {} records of one keyword", records.count), records,
                                   "the bytes cut at blanks", 4.0);
+        missed += !CompareCheck("deckman check, 500 MB of arrays", deckman, decks / "ARRAYS.DATA", 2.0);
         missed += !CompareWriting("write 10 million reals, all digits", Benchmarks::Reals::AllDigits, 1.5);
         missed += !CompareWriting("write 10 million reals, few digits", Benchmarks::Reals::FewDigits, 1.5);
 

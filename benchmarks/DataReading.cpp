@@ -19,6 +19,7 @@
 #include <deckmanager/IDeckManager.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordIterator.h>
+#include <deckmanager/ReadKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
 
 namespace Benchmarks {
@@ -194,7 +195,7 @@ double MeasureAllData(const std::string& deckFile, int repeats)
         const OpenDeck deck(deckFile);
         const double seconds = Seconds([&] {
             for (KeywordIterator at = deck.Keywords().Begin(); at != deck.Keywords().End(); ++at)
-                deck.Keywords().GetKeywordData(*at);
+                ReadKeywordData(deck.Keywords(), **at);
         });
         if (round > 0) work.push_back(seconds);
     }

@@ -20,7 +20,8 @@ DataReadingResult MeasureReals(const std::string& deckFile, const std::string& k
 /// The records of a keyword; the yardstick cuts the same bytes at blanks into string views.
 DataReadingResult MeasureRecords(const std::string& deckFile, const std::string& keyword, int repeats);
 
-/// The data of all keywords of the deck, one after the other, the deck being open: seconds of the median.
+/// The data of all keywords of the deck, read one after the other and let go, the deck being open: seconds of the
+/// median.
 double MeasureAllData(const std::string& deckFile, int repeats);
 
 } // namespace Benchmarks
