@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "text/ILineWriter.h"
 #include "text/TagRecognisers.h"
+#include <deckmanager/Environment.h>
 #include <deckmanager/ILineReader.h>
 #include <tarn/service/Strings.h>
 
@@ -43,6 +45,18 @@ void FileTagState::Read(ILineReader& reader)
         behindTag = reader.Tell();
     }
     if (!m_value) reader.Seek(0, 0);
+}
+
+void FileTagState::Write(ILineWriter& writer) const
+{
+    const Environment& environment = Environment::Instance();
+    if (m_value && environment.WriteGeneratedTags()) writer.WriteText(environment.GetFileGeneratedTag());
+}
+
+void FileTagState::CommitWrite(ILineWriter& writer)
+{
+    Write(writer);
+    m_changed = false;
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -3,6 +3,7 @@
 namespace Tarn::Fjel::Core::DeckManager {
 
 class ILineReader;
+class ILineWriter;
 
 /// The generated tag of a file: what the file says, and what an edit has made of it since.
 class FileTagState
@@ -19,6 +20,10 @@ public:
     /// Reads the tag block at the head of the file. The reader then stands behind the last tag line, or at 0 when the
     /// file bears no tag.
     void Read(ILineReader& reader);
+    /// Writes the tag's line where the file bears the tag and tags are written at all.
+    void Write(ILineWriter& writer) const;
+    /// The same; the value is then the one that counts from now on.
+    void CommitWrite(ILineWriter& writer);
 
 private:
     bool m_value = false;

@@ -18,6 +18,8 @@ public:
     bool IsFileTagged() const override { return false; }
     bool IsTagChanged() const override { return m_inner.IsTagChanged(); }
     void RevertTag() override { m_inner.RevertTag(); }
+    void WriteTag(std::string& keywordLine) const override { m_inner.WriteTag(keywordLine); }
+    void CommitTag(std::string& keywordLine) override { m_inner.CommitTag(keywordLine); }
 
 private:
     const KeywordINCLUDE& m_keyword;

@@ -2,7 +2,9 @@
 
 #include <string_view>
 
+#include "keywords/CommentText.h"
 #include "keywords/Keyword.h"
+#include "text/ILineWriter.h"
 #include "text/KeywordFileReader.h"
 #include <deckmanager/ILineReader.h>
 #include <deckmanager/LineReaderUtil.h>
@@ -56,6 +58,12 @@ void CommentManager::RevertComment()
     if (!m_saved) return;
     m_comment = std::move(*m_saved);
     m_saved.reset();
+}
+
+void CommentManager::WriteComment(ILineWriter& writer, bool commit)
+{
+    writer.WriteText(AsComment(m_comment));
+    if (commit) m_saved.reset();
 }
 
 const std::string& CommentManagerDummy::GetComment() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 /// Answers for the generated tag of one keyword: what the file says, and what an edit has made of it since.
@@ -18,6 +20,11 @@ public:
     virtual bool IsTagChanged() const = 0;
     /// Back to the tag before the first change.
     virtual void RevertTag() = 0;
+    /// Puts the tag behind a keyword line that is to be written: at column 37 (from 0), or one blank behind what stands
+    /// there. Nothing, unless the keyword itself is tagged and tags are written at all.
+    virtual void WriteTag(std::string& keywordLine) const = 0;
+    /// The same; the line then bears the tag that counts from now on.
+    virtual void CommitTag(std::string& keywordLine) = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -1,19 +1,15 @@
 #include "keywords/Keyword.h"
 
-#include <algorithm>
-
 #include "keywords/CommentManager.h"
 #include "keywords/IKeywordOwner.h"
 #include "keywords/ITagMgr.h"
 #include "keywords/KeywordDataDeserializer.h"
+#include "keywords/KeywordState.h"
 #include "text/KeywordFileReader.h"
 #include "text/LineStringReader.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/Environment.h>
-#include <deckmanager/KeywordVariables.h>
 #include <deckmanager/LineReaderUtil.h>
-#include <deckmanager/VeldaneDeckInfo.h>
-#include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/keywords/KeywordKind.h>
@@ -25,62 +21,14 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 namespace {
 
-/// Sets a flag for the length of a read, also when the read ends by an exception.
-class ReadingMark
-{
-public:
-    ReadingMark(bool& flag) : m_flag(flag) { m_flag = true; }
-    ~ReadingMark() { m_flag = false; }
-    ReadingMark(const ReadingMark&) = delete;
-    ReadingMark& operator=(const ReadingMark&) = delete;
-
-private:
-    bool& m_flag;
-};
-
 std::unique_ptr<ILineReader> OpenForData(const KeywordFileReader& reader)
 {
     return reader.OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
 }
 
-/// Plain text as comment lines. A line that begins as a suppress marker ends would make one together with the comment
-/// marker; a blank keeps the two apart.
-std::string AsComment(std::string text)
-{
-    constexpr std::string_view end = "@@@";
-    for (std::size_t line = 0; line < text.size();) {
-        if (std::string_view(text).substr(line).starts_with(end)) text.insert(line, 1, ' ');
-        line = std::min(text.find('\n', line), text.size() - 1) + 1;
-    }
-    LineReaderUtil::CommentLines(text);
-    return text;
-}
-
-std::string OnLinesOfTheirOwn(std::string first, std::string_view second)
-{
-    if (!first.empty() && !second.empty() && first.back() != '\n') first += '\n';
-    return first.append(second);
-}
-
 } // namespace
 
 IKeyword::~IKeyword() = default;
-
-/// What only a keyword has that was read or edited.
-struct Keyword::State
-{
-    std::unique_ptr<Keywords::IKeywordData> data;
-    std::shared_ptr<std::string> heldText;
-    std::unique_ptr<ICommentManager> commentManager;
-    std::string leadingComment;
-    std::unique_ptr<KeywordVariables> variables;
-    bool beingRead = false;
-
-    bool IsInUse() const
-    {
-        return data || heldText || commentManager || variables || !leadingComment.empty() || beingRead;
-    }
-};
 
 Keyword::Keyword(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
                  std::shared_ptr<KeywordFileReader> reader, long long position, long long size, std::string_view name,
@@ -154,17 +102,6 @@ long long Keyword::GetSize() const
     return m_reader && m_position >= 0 && m_size >= 0 ? m_size : 0;
 }
 
-std::shared_ptr<std::string> Keyword::GetText() const
-{
-    auto text = std::make_shared<std::string>();
-    if (!HasValidExtent()) return text;
-    const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader);
-    if (!lines) return text;
-    lines->ReadRange(m_position, m_position + m_size - 1, *text);
-    if (!text->empty() && text->back() != '\n') text->push_back('\n');
-    return text;
-}
-
 Keyword::State& Keyword::GetState() const
 {
     if (!m_state) m_state = std::make_unique<State>();
@@ -175,18 +112,27 @@ ICommentManager& Keyword::GetCommentManager() const
 {
     State& state = GetState();
     if (!state.commentManager) {
-        const Keywords::IKeywordMD* metaData = m_syntax->GetMetaData();
-        const bool isRawText = Keywords::KeywordUtils::GetMDType(metaData) == Keywords::MDType::RawText;
-        if (isRawText || GetName() == "TITLE") {
-            state.commentManager = std::make_unique<CommentManagerDummy>();
-        } else {
+        if (CanHaveComment()) {
             state.commentManager = std::make_unique<CommentManager>(this);
+        } else {
+            state.commentManager = std::make_unique<CommentManagerDummy>();
         }
     }
     return *state.commentManager;
 }
 
+bool Keyword::CanHaveComment() const
+{
+    const Keywords::MDType type = Keywords::KeywordUtils::GetMDType(m_syntax->GetMetaData());
+    return type != Keywords::MDType::RawText && GetName() != "TITLE";
+}
+
 Keywords::IKeywordData* Keyword::GetData(const Context& context)
+{
+    return DataTree(context);
+}
+
+Keywords::IKeywordData* Keyword::DataTree(const Context& context) const
 {
     if (m_state && m_state->data) return m_state->data.get();
     if (m_syntax->GetMetaData() == nullptr || GetState().beingRead) return nullptr;
@@ -195,7 +141,7 @@ Keywords::IKeywordData* Keyword::GetData(const Context& context)
     const ReadingMark mark(state.beingRead);
     std::unique_ptr<KeywordVariables> variables;
     if (m_variablesAllowed) variables = std::make_unique<KeywordVariables>();
-    std::unique_ptr<Keywords::IKeywordData> data = ParseData(state.heldText, context, variables.get());
+    std::unique_ptr<Keywords::IKeywordData> data = ParseData(context, variables.get());
     if (variables && variables->HasVariables()) state.variables = std::move(variables);
     state.data = std::move(data);
     return state.data.get();
@@ -217,27 +163,33 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ReadData(const Context& context
     const StateGuard guard{m_state, m_state != nullptr};
     State& state = GetState();
     if (state.beingRead) return nullptr;
-    if (m_dataChanged && state.data && !state.heldText) return state.data->CloneSafely();
+    if (m_dataChanged && state.data && !state.textIsData) return state.data->CloneSafely();
 
     const ReadingMark mark(state.beingRead);
     KeywordVariables unseen;
     if (!m_variablesAllowed) variables = nullptr;
     if (m_variablesAllowed && variables == nullptr) variables = &unseen;
-    // Text that was merely read is a copy of the file, and knows less of its lines.
-    return ParseData(m_dataChanged ? state.heldText : nullptr, context, variables);
+    return ParseData(context, variables);
 }
 
-std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(std::shared_ptr<std::string> heldText,
-                                                           const Context& context, KeywordVariables* variables) const
+/// Reads text that has replaced the data, else the file. Text that was merely read is a copy of these, and knows less
+/// of its lines.
+std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& context, KeywordVariables* variables) const
 {
     std::unique_ptr<Keywords::IKeywordData> data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
-    if (heldText) {
-        LineStringReader lines(*heldText);
-        KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(heldText->size()), context,
+    State& state = GetState();
+    if (m_dataChanged) {
+        if (!state.textIsData) return data;
+        const std::shared_ptr<std::string> text = state.heldText;
+        LineStringReader lines(*text);
+        KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
                                              false, variables);
-    } else if (HasValidExtent() && !m_dataChanged) {
+    } else if (HasValidExtent()) {
         if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
-            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables);
+            long long takenEnd = -1;
+            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
+                                                 &takenEnd);
+            state.takenSize = takenEnd < 0 ? -1 : takenEnd - m_position;
         }
     }
     return data;
@@ -247,7 +199,8 @@ std::shared_ptr<std::string> Keyword::GetDataText()
 {
     if (m_state && m_state->heldText) return m_state->heldText;
     if (m_syntax->GetMetaData() == nullptr) return nullptr;
-    GetState().heldText = std::make_shared<std::string>(ReadDataText());
+    GetState().heldText =
+        std::make_shared<std::string>(m_dataChanged || !HasValidExtent() ? WriteDataText() : ReadDataText());
     return m_state->heldText;
 }
 
@@ -276,6 +229,7 @@ bool Keyword::HasVariables()
 {
     if (!m_variablesAllowed || m_syntax->GetMetaData() == nullptr) return false;
 
+    if (m_dataChanged) GetDataText();
     // Line by line, so that asking an array of hundreds of megabytes holds no text.
     std::unique_ptr<ILineReader> lines;
     long long end = 0;
@@ -300,68 +254,6 @@ KeywordVariables* Keyword::GetVariables(const Context& context)
     if (!HasVariables()) return nullptr;
     GetData(context);
     return GetState().variables.get();
-}
-
-void Keyword::SetSuppressed(bool suppressed)
-{
-    if (suppressed == m_suppressed) return;
-    m_suppressed = suppressed;
-    m_suppressionChanged = true;
-}
-
-void Keyword::SetComment(const std::string& text)
-{
-    // Text that was merely read is no more than a copy of the file: it has no say.
-    if (m_dataChanged && m_state->heldText &&
-        VeldaneDeckInfo::BeginsWithCommentMarker(std::string(Service::Trimmed(*m_state->heldText)).c_str()))
-    {
-        return;
-    }
-    GetCommentManager().SetComment(text);
-}
-
-void Keyword::SetLeadingComment(const std::string& text, bool isComment)
-{
-    GetState().leadingComment = isComment ? text : AsComment(text);
-    m_leadingCommentChanged = true;
-}
-
-void Keyword::AddLeadingComment(const std::string& text, bool isComment, bool atEnd)
-{
-    const std::string added = isComment ? text : AsComment(text);
-    std::string& comment = GetState().leadingComment;
-    comment = atEnd ? OnLinesOfTheirOwn(std::move(comment), added) : OnLinesOfTheirOwn(added, comment);
-    m_leadingCommentChanged = true;
-}
-
-std::string Keyword::GetLeadingComment() const
-{
-    return m_state ? m_state->leadingComment : std::string();
-}
-
-bool Keyword::IsDirty() const
-{
-    return m_dataChanged || (HasTagMgr() && GetTagMgr().IsTagChanged()) ||
-           (m_state && m_state->commentManager && m_state->commentManager->IsCommentChanged()) || m_commentedOut ||
-           m_suppressionChanged || m_leadingCommentChanged;
-}
-
-void Keyword::Rollback()
-{
-    if (m_dataChanged) {
-        m_state->data.reset();
-        m_state->heldText.reset();
-        m_state->variables.reset();
-        m_dataChanged = false;
-        OnDataReverted();
-    }
-    if (HasTagMgr()) GetTagMgr().RevertTag();
-    if (m_state && m_state->commentManager) m_state->commentManager->RevertComment();
-    if (m_leadingCommentChanged) m_state->leadingComment.clear();
-    m_leadingCommentChanged = false;
-    m_suppressed = m_committedSuppressed;
-    m_suppressionChanged = false;
-    m_commentedOut = false;
 }
 
 void Keyword::NotifyUpdated()

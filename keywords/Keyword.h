@@ -22,6 +22,7 @@ class ILineWriter;
 class ITagMgr;
 class KeywordFileReader;
 class KeywordVariables;
+struct KeywordStretches;
 
 /// What a scan learns of a keyword in passing, so that nothing has to seek back for it.
 struct KeywordMarks
@@ -103,29 +104,37 @@ public:
     bool IsDataChanged() const { return m_dataChanged; }
     bool VariablesAllowed() const { return m_variablesAllowed; }
 
+    /// Replaces the data; `data` is taken only where the result is true. False for null, for a keyword of a skipped
+    /// region, and, told at severity 3, for a tree of another keyword's metadata and for a string with a line break in
+    /// it. `notify`: `NotifyUpdated` follows.
+    bool SetData(std::unique_ptr<Keywords::IKeywordData>&& data, bool notify);
+    /// Replaces the data by text, as it stands below the keyword line. Blank text takes the text away that was set
+    /// before. False for a keyword of a skipped region, and, told at severity 3, for data of a keyword that has none
+    /// and for a text with a further keyword in it.
+    bool SetDataText(const std::string& text, bool notify);
+    /// Takes the tree out of the keyword; null where `GetData` gives none. An uncommitted change of the data goes with
+    /// it.
+    std::unique_ptr<Keywords::IKeywordData> GetAndResetData(const Context& context);
+
     /// Drops uncommitted changes.
     void Rollback();
 
     /// Tells the listeners of the file that the data of an INCLUDE keyword have changed.
     void NotifyUpdated();
 
-    /// Replaces the data; `data` is taken only where the result is true. False, told at severity 3, for a tree of
-    /// another keyword's metadata and for a string with a line break in it. `notify`: `NotifyUpdated` follows.
-    bool SetData(std::unique_ptr<Keywords::IKeywordData>&& data, bool notify);
-    /// Replaces the data by text, as it stands below the keyword line. False, told at severity 3, for data of a keyword
-    /// that has none and for a text with a further keyword in it.
-    bool SetDataText(const std::string& text, bool notify);
-
-    /// Writes the keyword as it is now: copied where nothing has changed. Throws `DeckManagerException` when its text
-    /// in the file can't be read. The marks of the changes stay.
+    /// Writes the keyword as it is now, and the comment to be put ahead of it. What has not changed is copied; what
+    /// stands in the extent behind the keyword's own text always is. The keyword itself stays as it is. Throws
+    /// `DeckManagerException` when its text in the file can't be read.
     void Write(ILineWriter& writer, const Context& context, Keywords::SimulatorType simulator) const;
-    /// The same with other data, given as text below the keyword line. The keyword stays as it is.
+    /// The same with other data, given as text below the keyword line.
     void WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const;
-    /// What stands in the keyword's extent behind its own text: the block above the keyword below. For whoever leaves
-    /// the keyword out.
+    /// What stands in the extent behind the keyword's own text, which is mostly the comment above the keyword below.
+    /// For whoever leaves the keyword out.
     void WriteTrailingText(ILineWriter& writer, const Context& context) const;
-    /// `Write` copies the extent, byte for byte, and does nothing else.
+    /// `Write` copies the extent and does nothing else.
     bool IsWrittenAsItStands() const;
+    /// A keyword of a skipped region: it has a place in the file and no text.
+    bool IsSkipped() const { return m_reader && m_position >= 0 && m_size == 0; }
 
     IKeywordOwner* Owner() const { return m_owner; }
     void SetOwner(IKeywordOwner* owner);
@@ -150,15 +159,38 @@ protected:
 
 private:
     struct State;
+    struct DataSource;
 
     State& GetState() const;
     ICommentManager& GetCommentManager() const;
-    /// A new tree, read from `heldText`, else from the file if what stands there still counts.
-    std::unique_ptr<Keywords::IKeywordData> ParseData(std::shared_ptr<std::string> heldText, const Context& context,
-                                                      KeywordVariables* variables) const;
+    /// The keyword can have a comment between its line and its data.
+    bool CanHaveComment() const;
+    Keywords::IKeywordData* DataTree(const Context& context) const;
+    std::unique_ptr<Keywords::IKeywordData> ParseData(const Context& context, KeywordVariables* variables) const;
     std::string ReadDataText() const;
+    std::string WriteDataText() const;
     /// The reader that a pass over the file keeps open, else one of its own; null when the file can't be opened.
     std::shared_ptr<ILineReader> BorrowReader() const;
+    void DataReplaced(bool notify);
+
+    // How the keyword is written; see KeywordWriting.cpp.
+    bool IsTagChanged() const;
+    bool IsCommentChanged() const;
+    bool IsBodyChanged() const;
+    /// What is copied from the file loses its suppress markers.
+    bool IsActivated() const { return m_committedSuppressed && !m_suppressed; }
+    DataSource SourceOfData() const;
+    std::shared_ptr<ILineReader> ReaderToCopyFrom() const;
+    long long OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const;
+    long long TakenSize(const Context& context) const;
+    void WriteMarked(ILineWriter& writer, const DataSource& source, bool commentedOut, bool suppressed,
+                     const Context& context, Keywords::SimulatorType simulator, bool commit) const;
+    void WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,
+                   long long ownEnd, const Context& context, Keywords::SimulatorType simulator, bool commit) const;
+    void WriteHead(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,
+                   long long headEnd, bool commit) const;
+    std::string KeywordLine(const KeywordStretches* stretches, bool commit) const;
+    void CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const;
 
     const Keywords::IKeywordSyntax* m_syntax;
     std::unique_ptr<std::string> m_givenName; ///< only where it differs from the syntax's name

@@ -12,36 +12,16 @@
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/service/Strings.h>
 
+#include "keywords/DataLine.h"
 #include "text/TagRecognisers.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 
 namespace {
 
-/// A reader of lines keeps this much of a line; what lies behind is nobody's data.
-constexpr std::size_t lineLimit = 1024;
-
-/// The end of the line that begins at `begin`, its line end included.
-std::size_t LineEnd(std::string_view text, std::size_t begin)
-{
-    const std::size_t feed = text.find('\n', begin);
-    return feed == std::string_view::npos ? text.size() : feed + 1;
-}
-
 bool IsBlank(std::string_view line)
 {
     return Service::AllBlanks(line);
-}
-
-/// Neither blank nor a comment; a suppressed line is as live as suppression is.
-bool IsDataLine(std::string_view line, bool suppressionEnabled)
-{
-    std::string_view rest = Service::TrimmedLeft(line.substr(0, lineLimit));
-    if (rest.empty()) return false;
-    if (!VeldaneDeckInfo::BeginsWithCommentMarker(rest)) return true;
-    if (!suppressionEnabled || !VeldaneDeckInfo::BeginsWithSuppressMarker(rest)) return false;
-    rest = VeldaneDeckInfo::SkipSuppressMarker(rest);
-    return !VeldaneDeckInfo::BeginsWithCommentMarker(rest) && !IsBlank(rest);
 }
 
 } // namespace
@@ -62,7 +42,8 @@ KeywordText::KeywordText(const Keywords::IKeywordSyntax& syntax, std::string_vie
 
 void KeywordText::Divide(const Keywords::IKeywordSyntax& syntax, std::string_view name)
 {
-    m_dataBegin = BehindTagLines(LineEnd(m_text, 0));
+    m_ownBegin = KeywordLineBegin();
+    m_dataBegin = BehindTagLines(BehindLine(m_text, m_ownBegin));
     const Keywords::IKeywordMD* metadata = syntax.GetMetaData();
     if (Keywords::KeywordUtils::GetMDType(metadata) == Keywords::MDType::RawText) {
         std::string terminator;
@@ -70,9 +51,18 @@ void KeywordText::Divide(const Keywords::IKeywordSyntax& syntax, std::string_vie
         m_ownEnd = BehindRawText(terminator);
     } else {
         m_ownEnd = BehindLastDataLine();
-        if (m_ownEnd == 0) m_ownEnd = name == "TITLE" ? LineEnd(m_text, m_dataBegin) : BehindComment();
+        if (m_ownEnd == 0) m_ownEnd = name == "TITLE" ? BehindLine(m_text, m_dataBegin) : BehindComment();
     }
     m_ownEnd = std::max(m_ownEnd, m_dataBegin);
+}
+
+/// 0 when no line is one: then the whole keyword is a comment.
+std::size_t KeywordText::KeywordLineBegin() const
+{
+    for (std::size_t at = 0; at < m_text.size(); at = BehindLine(m_text, at)) {
+        if (IsDataLine(std::string_view(m_text).substr(at, BehindLine(m_text, at) - at))) return at;
+    }
+    return 0;
 }
 
 /// Behind the tag lines at `begin`, and the blank lines ahead of them; `begin` when there is no tag line.
@@ -80,7 +70,7 @@ std::size_t KeywordText::BehindTagLines(std::size_t begin) const
 {
     std::size_t behind = begin;
     for (std::size_t at = begin; at < m_text.size();) {
-        const std::size_t end = LineEnd(m_text, at);
+        const std::size_t end = BehindLine(m_text, at);
         const std::string_view line = std::string_view(m_text).substr(at, end - at);
         if (IsKeywordTagLine(line) || IsFileTagLine(line))
             behind = end;
@@ -95,10 +85,10 @@ std::size_t KeywordText::BehindRawText(std::string_view terminator) const
 {
     if (terminator.empty()) return m_text.size();
     const bool suppressionEnabled = Environment::Instance().KeywordSuppressionEnabled();
-    for (std::size_t at = m_dataBegin; at < m_text.size(); at = LineEnd(m_text, at)) {
-        std::string_view line = std::string_view(m_text).substr(at, LineEnd(m_text, at) - at);
+    for (std::size_t at = m_dataBegin; at < m_text.size(); at = BehindLine(m_text, at)) {
+        std::string_view line = std::string_view(m_text).substr(at, BehindLine(m_text, at) - at);
         if (suppressionEnabled) line = VeldaneDeckInfo::SkipSuppressMarker(line);
-        if (line.starts_with(terminator)) return LineEnd(m_text, at);
+        if (line.starts_with(terminator)) return BehindLine(m_text, at);
     }
     return m_text.size();
 }
@@ -106,12 +96,11 @@ std::size_t KeywordText::BehindRawText(std::string_view terminator) const
 /// 0 when there is no data line. Goes backwards, so that its cost is that of the block and not of the data.
 std::size_t KeywordText::BehindLastDataLine() const
 {
-    const bool suppressionEnabled = Environment::Instance().KeywordSuppressionEnabled();
     const std::string_view text = m_text;
     for (std::size_t end = text.size(); end > m_dataBegin;) {
         const std::size_t feed = end < 2 ? std::string_view::npos : text.rfind('\n', end - 2);
         const std::size_t begin = std::max(feed == std::string_view::npos ? 0 : feed + 1, m_dataBegin);
-        if (IsDataLine(text.substr(begin, end - begin), suppressionEnabled)) return end;
+        if (IsDataLine(text.substr(begin, end - begin))) return end;
         end = begin;
     }
     return 0;
@@ -122,8 +111,8 @@ std::size_t KeywordText::BehindComment() const
     const std::string_view text = m_text;
     if (!VeldaneDeckInfo::BeginsWithCommentMarker(text.substr(m_dataBegin))) return m_dataBegin;
     std::size_t at = m_dataBegin;
-    while (at < text.size() && !IsBlank(text.substr(at, LineEnd(text, at) - at)))
-        at = LineEnd(text, at);
+    while (at < text.size() && !IsBlank(text.substr(at, BehindLine(text, at) - at)))
+        at = BehindLine(text, at);
     return at;
 }
 

@@ -1,7 +1,10 @@
 #include "keywords/TagMgrForKeyword.h"
 
+#include <algorithm>
+
 #include "keywords/IKeywordOwner.h"
 #include "keywords/Keyword.h"
+#include <deckmanager/Environment.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -28,6 +31,21 @@ void TagMgrForKeyword::RevertTag()
 {
     if (!m_changed) return;
     m_tagged = m_saved;
+    m_changed = false;
+}
+
+void TagMgrForKeyword::WriteTag(std::string& keywordLine) const
+{
+    constexpr std::size_t tagColumn = 37;
+    const Environment& environment = Environment::Instance();
+    if (!m_tagged || !environment.WriteGeneratedTags()) return;
+    keywordLine.resize(std::max(keywordLine.size() + (keywordLine.size() < tagColumn ? 0 : 1), tagColumn), ' ');
+    keywordLine += environment.GetKeywordGeneratedTag();
+}
+
+void TagMgrForKeyword::CommitTag(std::string& keywordLine)
+{
+    WriteTag(keywordLine);
     m_changed = false;
 }
 

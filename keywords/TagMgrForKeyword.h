@@ -19,6 +19,8 @@ public:
     bool IsFileTagged() const override;
     bool IsTagChanged() const override { return m_changed; }
     void RevertTag() override;
+    void WriteTag(std::string& keywordLine) const override;
+    void CommitTag(std::string& keywordLine) override;
 
 private:
     const Keyword& m_keyword;

@@ -55,8 +55,9 @@ public:
     /// The keyword's lines carry the suppress marker.
     virtual bool IsSuppressed() const = 0;
 
-    /// The whole keyword as it stands in its file: keyword line, data and everything up to the next keyword line, with
-    /// "\n" line ends. Never null; empty when the keyword has no text in a file.
+    /// The whole keyword as it would be written now: the comment to be put ahead of it, keyword line, data, and what
+    /// stands behind these up to the next keyword line, with "\n" line ends. Never null; empty for a keyword of a
+    /// skipped region. Throws `DeckManagerException` when a changed keyword's file can't be read.
     virtual std::shared_ptr<std::string> GetText() const = 0;
 
     /// The bytes from the keyword's line to the next keyword line of the file. 0 for a keyword of a skipped region, and

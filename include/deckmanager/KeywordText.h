@@ -33,16 +33,16 @@ class KeywordText
 public:
     /// The text of `keyword` as `IKeyword::GetText` gives it now.
     explicit KeywordText(const IKeyword& keyword);
-    /// A text with "\n" line ends that begins with the line of the keyword `name`.
+    /// A text with "\n" line ends: the line of the keyword `name`, what belongs to it, and perhaps a comment ahead.
     KeywordText(const Keywords::IKeywordSyntax& syntax, std::string_view name, std::string text);
 
     KeywordText(const KeywordText&) = delete;
     KeywordText& operator=(const KeywordText&) = delete;
 
-    /// The whole extent. Empty for a keyword without text in a file.
+    /// The whole text.
     const std::string& All() const { return m_text; }
     /// Keyword line, tag lines, keyword comment and data, line ends included.
-    std::string_view Own() const { return std::string_view(m_text).substr(0, m_ownEnd); }
+    std::string_view Own() const { return std::string_view(m_text).substr(m_ownBegin, m_ownEnd - m_ownBegin); }
     /// The own text behind the keyword line and the tag lines. Empty for a keyword without data or comment.
     std::string_view Data() const { return std::string_view(m_text).substr(m_dataBegin, m_ownEnd - m_dataBegin); }
     /// What belongs to the keyword below, or to the end of the file.
@@ -50,12 +50,14 @@ public:
 
 private:
     void Divide(const Keywords::IKeywordSyntax& syntax, std::string_view name);
+    std::size_t KeywordLineBegin() const;
     std::size_t BehindTagLines(std::size_t begin) const;
     std::size_t BehindRawText(std::string_view terminator) const;
     std::size_t BehindLastDataLine() const;
     std::size_t BehindComment() const;
 
     std::string m_text;
+    std::size_t m_ownBegin = 0;
     std::size_t m_dataBegin = 0;
     std::size_t m_ownEnd = 0;
 };

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/KeywordFile.h"
+#include "keywords/ForceRewrite.h"
 #include "tests/support/TempDir.h"
 #include <deckmanager/Environment.h>
 #include <deckmanager/IDeck.h>
@@ -32,6 +33,7 @@ private:
     {
         Decks::Environment::Instance().destroy();
         Decks::LineEnds::SetPolicy(Decks::LineEnds::Policy::CrLf);
+        Decks::ForceRewrite::Reset();
     }
 };
 

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+/// Plain text as comment lines. A line that would read as something else behind the comment marker (a suppressed line,
+/// a generated tag) gets a blank ahead.
+std::string AsComment(std::string text);
+
+/// The second text begins on a line of its own.
+std::string OnLinesOfTheirOwn(std::string first, const std::string& second);
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,335 @@
+// The part of `Keyword` that writes it.
+//
+// A keyword's extent has two parts: its own text, through the last line that the reader of its data takes, and what
+// stands behind that, which mostly is the comment above the keyword below. A keyword that has changed is written afresh
+// only where it has, and the second part is copied whatever happens to the first.
+
+#include "keywords/Keyword.h"
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+#include "keywords/DataLine.h"
+#include "keywords/ForceRewrite.h"
+#include "keywords/HeldText.h"
+#include "keywords/IKeywordOwner.h"
+#include "keywords/ITagMgr.h"
+#include "keywords/KeywordDataDeserializer.h"
+#include "keywords/KeywordDataSerializer.h"
+#include "keywords/KeywordState.h"
+#include "keywords/KeywordStretches.h"
+#include "keywords/LineMarks.h"
+#include "text/ILineWriter.h"
+#include "text/KeywordFileReader.h"
+#include "text/LineStringWriter.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/Environment.h>
+#include <deckmanager/LineReaderUtil.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordDataFactory.h>
+#include <tarn/service/Log.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::SimulatorType;
+
+namespace {
+
+void TakeCarriageReturns(std::string& text)
+{
+    Service::StringReplace(text, "\r\n", "\n");
+}
+
+} // namespace
+
+/// Where the data that are written come from.
+struct Keyword::DataSource
+{
+    bool fresh = false; ///< not from the file
+    /// The text that stands for them; null: the tree.
+    const std::string* text = nullptr;
+    /// What stands ahead of the data: the comments at the head of text that isn't written itself.
+    std::optional<std::string> head;
+};
+
+bool Keyword::IsTagChanged() const
+{
+    return HasTagMgr() && GetTagMgr().IsTagChanged();
+}
+
+bool Keyword::IsCommentChanged() const
+{
+    return m_state && m_state->commentManager && m_state->commentManager->IsCommentChanged();
+}
+
+/// A suppression that was changed there and back has changed nothing.
+bool Keyword::IsBodyChanged() const
+{
+    return m_dataChanged || m_commentedOut || m_suppressed != m_committedSuppressed || IsTagChanged() ||
+           IsCommentChanged();
+}
+
+bool Keyword::IsWrittenAsItStands() const
+{
+    return HasValidExtent() && !m_leadingCommentChanged && !IsBodyChanged() && !ForceRewrite::IsOn();
+}
+
+std::shared_ptr<std::string> Keyword::GetText() const
+{
+    auto text = std::make_shared<std::string>();
+    if (IsWrittenAsItStands()) {
+        const std::unique_ptr<ILineReader> lines =
+            m_reader->OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
+        if (!lines) return text;
+        lines->ReadRange(m_position, m_position + m_size - 1, *text);
+        if (!text->empty() && text->back() != '\n') text->push_back('\n');
+        return text;
+    }
+    LineStringWriter writer;
+    const Context context;
+    Write(writer, m_owner != nullptr ? m_owner->RootContext() : context, SimulatorType::Any);
+    *text = writer.TakeText();
+    TakeCarriageReturns(*text);
+    return text;
+}
+
+std::string Keyword::WriteDataText() const
+{
+    std::string text;
+    const Context context;
+    if (const Keywords::IKeywordData* data = DataTree(context)) {
+        LineStringWriter writer;
+        KeywordDataSerializer::Serialize(*data, writer, m_variablesAllowed, SimulatorType::Any);
+        writer.FlushLine();
+        text = writer.TakeText();
+    }
+    TakeCarriageReturns(text);
+    Service::StringTrimRight(text);
+    return text;
+}
+
+void Keyword::Write(ILineWriter& writer, const Context& context, SimulatorType simulator) const
+{
+    if (m_leadingCommentChanged && !m_state->leadingComment.empty()) writer.WriteText(m_state->leadingComment);
+    WriteMarked(writer, SourceOfData(), m_commentedOut, m_suppressed, context, simulator, false);
+}
+
+void Keyword::WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const
+{
+    if (m_leadingCommentChanged && !m_state->leadingComment.empty()) writer.WriteText(m_state->leadingComment);
+    WriteMarked(writer, {true, &dataText, std::nullopt}, m_commentedOut, m_suppressed, context, SimulatorType::Any,
+                false);
+}
+
+void Keyword::WriteTrailingText(ILineWriter& writer, const Context& context) const
+{
+    if (!HasValidExtent()) return;
+    const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
+    const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+    CopyStretch(writer, *lines, OwnEnd(stretches, *lines, context), stretches.end, false);
+}
+
+Keyword::DataSource Keyword::SourceOfData() const
+{
+    const std::string* const text = m_state && m_state->textIsData ? m_state->heldText.get() : nullptr;
+    if (!ForceRewrite::IsOn()) return {m_dataChanged || !HasValidExtent(), text, std::nullopt};
+    DataSource source{true, nullptr, std::nullopt};
+    if (text && HeldText::BeginsWithComment(*text)) source.head = HeldText::CommentsAtHead(*text);
+    return source;
+}
+
+std::shared_ptr<ILineReader> Keyword::ReaderToCopyFrom() const
+{
+    if (std::shared_ptr<ILineReader> lines = BorrowReader()) return lines;
+    throw DeckManagerException(
+        fmt::format("The text of keyword {} cannot be read from the file {}.", GetName(), m_reader->GetPath()));
+}
+
+/// Behind the keyword's own text.
+long long Keyword::OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const
+{
+    const long long commentEnd =
+        stretches.comment.begin == stretches.head || IsCommentChanged() ? stretches.comment.end : stretches.head;
+    if (GetName() == "TITLE") return stretches.BehindLineAt(lines, stretches.head);
+    if (m_syntax->GetMetaData() == nullptr) return commentEnd;
+    const long long taken = TakenSize(context);
+    return taken > stretches.data - m_position ? std::min(m_position + taken, stretches.end) : commentEnd;
+}
+
+/// How far into the extent the reader of the data gets. It is asked for that alone: what it has to tell of the data
+/// was told, or will be, when someone reads them.
+long long Keyword::TakenSize(const Context& context) const
+{
+    State& state = GetState();
+    if (state.takenSize != State::Unknown) return state.takenSize;
+    long long takenEnd = -1;
+    const std::shared_ptr<ILineReader> lines = m_reader->OpenLineReader(true);
+    if (lines && !state.beingRead) {
+        const Service::Log::Probe probe;
+        const ReadingMark mark(state.beingRead);
+        try {
+            const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
+            KeywordVariables variables;
+            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
+                                                 m_variablesAllowed ? &variables : nullptr, &takenEnd);
+        } catch (const std::runtime_error&) {
+            // A size can't be told: all that could be data counts.
+            const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+            takenEnd = stretches.BehindLastDataLine(*lines, stretches.head);
+        }
+    }
+    state.takenSize = takenEnd < 0 ? -1 : takenEnd - m_position;
+    return state.takenSize;
+}
+
+void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool commentedOut, bool suppressed,
+                          const Context& context, SimulatorType simulator, bool commit) const
+{
+    if (IsSkipped()) return;
+    if (!source.fresh && !IsBodyChanged()) {
+        CopyStretch(writer, *ReaderToCopyFrom(), m_position, m_position + m_size, false);
+        return;
+    }
+    const bool marksChanged = commentedOut || m_suppressed != m_committedSuppressed;
+    const bool marked = marksChanged || (suppressed && source.fresh);
+    std::shared_ptr<ILineReader> lines;
+    std::optional<KeywordStretches> stretches;
+    DataSource data = source;
+    long long ownEnd = 0;
+    long long restBegin = 0;
+    std::string ownText;
+    if (HasValidExtent()) {
+        lines = ReaderToCopyFrom();
+        stretches.emplace(*lines, m_position, m_size, CanHaveComment());
+        ownEnd = restBegin = source.fresh || marked ? OwnEnd(*stretches, *lines, context) : stretches->end;
+    }
+    if (source.text) {
+        ownText = *source.text;
+        if (lines) {
+            std::string rest;
+            lines->ReadRange(ownEnd, stretches->end - 1, rest);
+            const HeldText::Rest found = HeldText::TakeRest(ownText, rest);
+            if (found == HeldText::Rest::WithoutBlock) restBegin = stretches->BehindLastDataLine(*lines, ownEnd);
+        }
+        Service::StringTrimRight(ownText);
+        data.text = ownText.empty() ? nullptr : &ownText;
+    }
+    const KeywordStretches* const places = stretches ? &*stretches : nullptr;
+    if (!marked) {
+        WriteBody(writer, data, places, lines.get(), ownEnd, context, simulator, commit);
+    } else {
+        LineStringWriter body;
+        WriteBody(body, data, places, lines.get(), ownEnd, context, simulator, commit);
+        if (lines && marksChanged) {
+            // Numbers too many are nobody else's: they must not stay behind without their keyword.
+            const long long leftOver = stretches->BehindLeftOverData(*lines, restBegin);
+            CopyStretch(body, *lines, restBegin, leftOver, IsActivated());
+            restBegin = leftOver;
+        }
+        std::string text = body.TakeText();
+        if (commentedOut)
+            text = MarkLines(text, LineMark::Comment);
+        else if (suppressed)
+            text = MarkLines(text, LineMark::Suppress);
+        writer.WriteText(text);
+    }
+    if (lines) CopyStretch(writer, *lines, restBegin, stretches->end, false);
+}
+
+/// The keyword's own text. Without `stretches` it has none in a file.
+void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches,
+                        ILineReader* lines, long long ownEnd, const Context& context, SimulatorType simulator,
+                        bool commit) const
+{
+    if (stretches && !source.fresh && !IsTagChanged())
+        CopyStretch(writer, *lines, stretches->begin, stretches->head, IsActivated());
+    else
+        writer.WriteText(m_suppressed ? MarkLines(KeywordLine(stretches, commit), LineMark::Suppress)
+                                      : KeywordLine(stretches, commit));
+
+    const long long headEnd = stretches ? std::min(stretches->data, ownEnd) : 0;
+    WriteHead(writer, source, stretches, lines, headEnd, commit);
+    if (!source.fresh) {
+        CopyStretch(writer, *lines, headEnd, ownEnd, IsActivated());
+    } else if (source.text) {
+        writer.WriteText(*source.text);
+    } else if (const Keywords::IKeywordData* data = DataTree(context)) {
+        KeywordDataSerializer::Serialize(*data, writer, m_variablesAllowed, simulator);
+    }
+    writer.EndLine();
+    if (!stretches && !source.text) writer.NewLine();
+}
+
+/// What stands between the keyword line and the data: the comment, and others.
+void Keyword::WriteHead(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches,
+                        ILineReader* lines, long long headEnd, bool commit) const
+{
+    if (source.text && HeldText::BeginsWithComment(*source.text)) return;
+    if (source.head) {
+        writer.WriteText(*source.head);
+    } else if (!stretches) {
+        GetCommentManager().WriteComment(writer, commit);
+    } else if (!IsCommentChanged()) {
+        CopyStretch(writer, *lines, stretches->head, headEnd, IsActivated());
+    } else {
+        CopyStretch(writer, *lines, stretches->head, stretches->comment.begin, IsActivated());
+        GetCommentManager().WriteComment(writer, commit);
+        CopyStretch(writer, *lines, stretches->comment.end, headEnd, IsActivated());
+    }
+}
+
+/// Name, what the user has put behind it, and the tag.
+std::string Keyword::KeywordLine(const KeywordStretches* stretches, bool commit) const
+{
+    std::string line = GetName();
+    std::string_view behindTag;
+    if (stretches) {
+        const std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(std::string_view(stretches->line));
+        std::size_t nameSize = 0;
+        while (nameSize < text.size() && !VeldaneDeckInfo::IsSpace(text[nameSize]))
+            ++nameSize;
+        // Letters behind those that count are the user's.
+        if (nameSize > line.size()) line = text.substr(0, nameSize);
+        std::string_view rest = text.substr(nameSize);
+        const std::string& tag = Environment::Instance().GetKeywordGeneratedTag();
+        if (const std::size_t found = rest.find(tag); found != std::string_view::npos) {
+            behindTag = Service::Trimmed(rest.substr(found + tag.size()));
+            rest = rest.substr(0, found);
+        }
+        line += Service::TrimmedRight(rest);
+    }
+    const std::size_t size = line.size();
+    if (commit)
+        GetTagMgr().CommitTag(line);
+    else
+        GetTagMgr().WriteTag(line);
+    if (!behindTag.empty()) {
+        // What was a comment thanks to the tag needs a marker of its own without it.
+        if (line.size() == size && !VeldaneDeckInfo::BeginsWithCommentMarker(behindTag))
+            line.append(" ").append(VeldaneDeckInfo::COMMENT_MARKER);
+        line.append(" ").append(behindTag);
+    }
+    return line;
+}
+
+void Keyword::CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const
+{
+    if (end <= begin) return;
+    if (!activate) {
+        if (writer.Copy(lines, begin, end - 1) == end - begin) return;
+        throw DeckManagerException(
+            fmt::format("The text of keyword {} cannot be read from the file {}.", GetName(), m_reader->GetPath()));
+    }
+    std::string text;
+    lines.ReadRange(begin, end - 1, text);
+    LineReaderUtil::ActivateLines(text);
+    writer.WriteText(text);
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,483 @@
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+#include "files/KeywordFactory.h"
+#include "keywords/ForceRewrite.h"
+#include "keywords/ITagMgr.h"
+#include "keywords/Keyword.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include "text/LineFileWriter.h"
+#include "text/LineStringWriter.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/KeywordText.h>
+#include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+
+// What a keyword takes as new data, and what it writes.
+
+namespace {
+
+using namespace Tarn::Fjel::Core::DeckManager;
+namespace Keywords = Tarn::Fjel::Core::Keywords;
+using Keywords::SimulatorType;
+using TestSupport::TestDeck;
+
+Keyword& At(const TestDeck& deck, const std::string& name)
+{
+    return static_cast<Keyword&>(const_cast<IKeyword&>(**deck.At(name)));
+}
+
+/// The deck that all cases begin with: the text under test behind one keyword.
+TestDeck DeckOf(const std::string& text)
+{
+    return TestDeck(TestDeck::Texts{{"A.DATA", "RUNSPEC\n" + text}});
+}
+
+/// What a file holds into which all keywords of the deck are written, by the policy in force.
+std::string Written(const TestDeck& deck)
+{
+    LineFileWriter writer;
+    EXPECT_TRUE(writer.Open(deck.Dir().Path("out"), false));
+    writer.SetLeavesLastLineOpen(true);
+    for (KeywordFileIterator place = deck.TopFile().Begin(); place != deck.TopFile().End(); ++place)
+        static_cast<const Keyword&>(**place).Write(writer, Context(), SimulatorType::Any);
+    EXPECT_TRUE(writer.Close());
+    return deck.Dir().Read("out");
+}
+
+/// Behind the keyword that all cases have first.
+std::string WrittenBehindFirst(const TestDeck& deck)
+{
+    std::string text = Written(deck);
+    EXPECT_TRUE(text.starts_with("RUNSPEC\n")) << text;
+    return text.substr(text.find('\n') + 1);
+}
+
+/// Sets the first item of the keyword's record, or of its list's first record, through the tree.
+void SetFirstItem(Keyword& keyword, int value)
+{
+    std::unique_ptr<Keywords::IKeywordData> data = keyword.GetAndResetData(Context());
+    Keywords::IKeywordData* record = data.get();
+    if (record->GetType() == Keywords::MDType::List)
+        record = &static_cast<Keywords::IKeywordListData*>(record)->GetContainer(0);
+    static_cast<Keywords::IKeywordRecordData*>(record)->GetItem(0).SetInteger(value);
+    EXPECT_TRUE(keyword.SetData(std::move(data), false));
+    EXPECT_EQ(data, nullptr);
+}
+
+class KeywordWritingTest : public testing::Test
+{
+protected:
+    KeywordWritingTest() { LineEnds::SetPolicy(LineEnds::Policy::Keep); }
+
+    TestSupport::CleanEnvironment m_environment;
+    TestSupport::LogRecorder m_log;
+};
+
+const std::string tag = std::string(31, ' ') + "-- Generated"; // behind a name of six letters
+
+/// One edit of the keyword DIMENS (or that of another name), and what stands in the file afterwards.
+struct Case
+{
+    const char* what;
+    std::string text;
+    std::function<void(Keyword&)> edit;
+    std::string expected;
+    const char* keyword = "DIMENS";
+};
+
+void Check(const std::vector<Case>& cases)
+{
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const TestDeck deck = DeckOf(test.text);
+        test.edit(At(deck, test.keyword));
+        EXPECT_EQ(WrittenBehindFirst(deck), test.expected);
+        // What a deck shows of a keyword is what it writes.
+        std::string shown;
+        for (KeywordFileIterator place = deck.TopFile().Begin(); place != deck.TopFile().End(); ++place)
+            shown += *place->GetText();
+        std::string written = "RUNSPEC\n" + test.expected;
+        if (written.back() != '\n') written += '\n';
+        EXPECT_EQ(shown, written);
+    }
+}
+
+TEST_F(KeywordWritingTest, WhatHasNotChangedIsCopied)
+{
+    const auto none = [](Keyword&) {};
+    Check({
+        {"layout", "  \n-- x\nDIMENS\n\n 1\t2 3/ rest\n\n--y\nOIL", none,
+         "  \n-- x\nDIMENS\n\n 1\t2 3/ rest\n\n--y\nOIL"},
+        {"a suppressed keyword is not marked again", "--@@@DIMENS\n--@@@1 2 3 /\n 4\nOIL\n", none,
+         "--@@@DIMENS\n--@@@1 2 3 /\n 4\nOIL\n"},
+        {"suppression there and back", "--@@@DIMENS\n--@@@1 2 3 /\n",
+         [](Keyword& k) {
+             k.SetSuppressed(false);
+             k.SetSuppressed(true);
+             EXPECT_TRUE(k.IsDirty());
+         },
+         "--@@@DIMENS\n--@@@1 2 3 /\n"},
+        {"text that was merely read", "DIMENS\n  1 2 3 /\n\nOIL\n", [](Keyword& k) { k.GetDataText(); },
+         "DIMENS\n  1 2 3 /\n\nOIL\n"},
+        {"a tree that was merely read", "DIMENS\n  1 2 3 /\n\nOIL\n", [](Keyword& k) { k.GetData(Context()); },
+         "DIMENS\n  1 2 3 /\n\nOIL\n"},
+        {"a leading comment leaves the keyword alone", "dimens\n  1 2 3 /\nOIL\n",
+         [](Keyword& k) { k.SetLeadingComment("so\n", false); }, "--so\ndimens\n  1 2 3 /\nOIL\n"},
+    });
+}
+
+TEST_F(KeywordWritingTest, NewDataReplaceWhatTheirReaderTook)
+{
+    const auto tree = [](Keyword& k) { SetFirstItem(k, 9); };
+    const auto text = [](Keyword& k) { EXPECT_TRUE(k.SetDataText("  9 2\n3 /\n", false)); };
+    Check({
+        {"tree", "DIMENS\n 1 2 3 /\nOIL\n", tree, "DIMENS\n  9 2 3 /\nOIL\n"},
+        {"text, with the indent of its first line", "DIMENS\n 1 2 3 /\nOIL\n", text, "DIMENS\n  9 2\n3 /\nOIL\n"},
+        {"the block stays", "DIMENS\n 1 2 3 /\n\n -- a\t\n\n--b\nOIL\n", tree,
+         "DIMENS\n  9 2 3 /\n\n -- a\t\n\n--b\nOIL\n"},
+        {"the block stays behind text", "DIMENS\n 1 2 3 /\n\n -- a\t\n\n--b\nOIL\n", text,
+         "DIMENS\n  9 2\n3 /\n\n -- a\t\n\n--b\nOIL\n"},
+        {"the block at the end of the file, not ended", "DIMENS\n 1 2 3 /\n-- end", tree, "DIMENS\n  9 2 3 /\n-- end"},
+        {"a data line at the end of the file", "DIMENS\n 1 2 3 /", tree, "DIMENS\n  9 2 3 /\n"},
+        {"comments ahead of the data stay", "DIMENS\n-- a\n\n  -- b\n 1 2 3 /\n-- c\nOIL\n", tree,
+         "DIMENS\n-- a\n\n  -- b\n  9 2 3 /\n-- c\nOIL\n"},
+        {"text without a comment keeps them", "DIMENS\n-- a\n\n  -- b\n 1 2 3 /\n", text,
+         "DIMENS\n-- a\n\n  -- b\n  9 2\n3 /\n"},
+        {"text with a comment replaces them", "DIMENS\n-- a\n\n  -- b\n 1 2 3 /\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("  -- c\n9 /", false)); }, "DIMENS\n  -- c\n9 /\n"},
+        {"an unknown keyword stays", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n", tree,
+         "DIMENS\n  9 2 3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n"},
+        {"and behind text", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n", text,
+         "DIMENS\n  9 2\n3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n"},
+        {"the keyword line keeps what the user put there", "DIMENS  -- the size\n 1 2 3 /\n", tree,
+         "DIMENS  -- the size\n  9 2 3 /\n"},
+        {"and its tag", "DIMENS -- size" + std::string(30, ' ') + "-- Generated by hand\n 1 2 3 /\n", tree,
+         "DIMENS -- size" + std::string(23, ' ') + "-- Generated by hand\n  9 2 3 /\n"},
+        {"a tag line goes to the keyword line", "DIMENS\n --!!! Program generated\n\n 1 2 3 /\n", tree,
+         "DIMENS" + tag + "\n\n  9 2 3 /\n"},
+        {"a suppressed keyword stays suppressed", "--@@@DIMENS -- x\n-- a\n--@@@1 2 3 /\n\n-- b\nOIL\n", tree,
+         "--@@@DIMENS -- x\n-- a\n--@@@  9 2 3 /\n\n-- b\nOIL\n"},
+        {"a title and what looks like its comment", "TITLE\n-- old\n-- above\nOIL\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("new", false)); }, "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
+        {"a title without text", "TITLE\n\n-- above\nOIL\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("new", false)); }, "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
+        {"blanked text", "DIMENS\n 1 2 3 /\n\n-- a\nOIL\n",
+         [](Keyword& k) {
+             EXPECT_TRUE(k.SetDataText("9 /", false));
+             EXPECT_TRUE(k.SetDataText(" \n", false));
+             EXPECT_EQ(*k.GetDataText(), "  /");
+         },
+         "DIMENS\n  /\n\n-- a\nOIL\n"},
+    });
+    EXPECT_EQ(m_log.Count(3), 0);
+}
+
+TEST_F(KeywordWritingTest, TextThatComesBackHasTheBlockWithIt)
+{
+    const auto replace = [](const std::string& from, const std::string& to) {
+        return [=](Keyword& k) {
+            std::string text = *k.GetDataText();
+            EXPECT_NE(text.find(from), std::string::npos) << text;
+            text.replace(text.find(from), from.size(), to);
+            EXPECT_TRUE(k.SetDataText(text, false));
+        };
+    };
+    Check({
+        {"one comment", "DIMENS\n 1 2 3 /\n\n-- a  \n\nOIL\n", replace("1 2", "9 9"),
+         "DIMENS\n 9 9 3 /\n\n-- a  \n\nOIL\n"},
+        {"a block and comments among the data", "DIMENS\n-- x\n 1 2 -- y\n-- z\n3 /\n-- a\n--b\nOIL\n",
+         replace("1 2", "9 9"), "DIMENS\n-- x\n 9 9 -- y\n-- z\n3 /\n-- a\n--b\nOIL\n"},
+        {"a block that was changed is text", "DIMENS\n 1 2 3 /\n-- a\n-- b\nOIL\n", replace("-- a\n-- b", "-- c"),
+         "DIMENS\n 1 2 3 /\n-- c\n-- a\n-- b\nOIL\n"},
+        {"an unknown keyword with it", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 /\n-- a\nOIL\n", replace("1 2", "9 9"),
+         "DIMENS\n 9 9 3 /\nNOSUCHKW\n 4 /\n-- a\nOIL\n"},
+        {"which was changed", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 /\n\n-- a\nOIL\n", replace("4 /", "5 /"),
+         "DIMENS\n 1 2 3 /\nNOSUCHKW\n 5 /\n\n-- a\nOIL\n"},
+        {"which was changed, without a comment", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 /\n\nOIL\n", replace("4 /", "5 /"),
+         "DIMENS\n 1 2 3 /\nNOSUCHKW\n 5 /\n\nOIL\n"},
+        {"of a suppressed keyword", "--@@@DIMENS\n--@@@ 1 2 3 /\n-- a\nOIL\n", replace("1 2", "9 9"),
+         "--@@@DIMENS\n--@@@ 9 9 3 /\n-- a\nOIL\n"},
+        {"only the block is left", "DIMENS\n 1 2 3 /\n-- a\nOIL\n", replace(" 1 2 3 /\n", ""),
+         "DIMENS\n  /\n-- a\nOIL\n"},
+    });
+}
+
+TEST_F(KeywordWritingTest, TagSuppressionAndCommentLeaveTheRestAlone)
+{
+    const auto tagged = [](Keyword& k) { k.GetTagMgr().SetTag(true); };
+    const auto untagged = [](Keyword& k) { k.GetTagMgr().SetTag(false); };
+    const auto suppressed = [](Keyword& k) { k.SetSuppressed(true); };
+    const auto active = [](Keyword& k) { k.SetSuppressed(false); };
+    const auto out = [](Keyword& k) { k.CommentOut(); };
+    const auto comment = [](const std::string& text) { return [=](Keyword& k) { k.SetComment(text); }; };
+    const std::string data = "\n1\t2 -- x\n\n-- y\n  3/z\n\n--b\n";
+    Check({
+        {"tag", "DIMENS" + data + "OIL\n", tagged, "DIMENS" + tag + data + "OIL\n"},
+        {"tag behind the user's comment", "DIMENS -- a comment that runs past column 37 --" + data, tagged,
+         "DIMENS -- a comment that runs past column 37 -- -- Generated" + data},
+        {"no tag", "DIMENS" + tag + data, untagged, "DIMENS" + data},
+        {"no tag line", "DIMENS\n-- Generated" + data, untagged, "DIMENS" + data},
+        {"words behind the tag stay a comment", "DIMENS -- Generated by hand" + data, untagged,
+         "DIMENS -- by hand" + data},
+        {"a tag of a keyword without data", "OIL\n\n-- b\nGAS\n", tagged,
+         "OIL" + std::string(34, ' ') + "-- Generated\n\n-- b\nGAS\n", "OIL"},
+        {"suppressed", "dimens -- a\n-- c\n" + data.substr(1) + "OIL\n", suppressed,
+         "--@@@dimens -- a\n-- c\n--@@@1\t2 -- x\n\n-- y\n--@@@  3/z\n\n--b\nOIL\n"},
+        {"active again", "--@@@DIMENS\n--@@@-- c\n--@@@ 1 2\n--@@@\n--@@@3 /\n\n-- b\nOIL\n", active,
+         "DIMENS\n-- c\n 1 2\n\n3 /\n\n-- b\nOIL\n"},
+        {"one row suppressed, then all", "DIMENS\n--@@@1 2\n 3 /\nOIL\n", suppressed,
+         "--@@@DIMENS\n--@@@1 2\n--@@@ 3 /\nOIL\n"},
+        {"a tag marks no rows", "--@@@DIMENS\n--@@@1 2\n 3 /\n", tagged, "--@@@DIMENS" + tag + "\n--@@@1 2\n 3 /\n"},
+        {"one row suppressed stays so", "DIMENS\n--@@@1 2\n 3 /\nOIL\n", tagged,
+         "DIMENS" + tag + "\n--@@@1 2\n 3 /\nOIL\n"},
+        {"commented out", "DIMENS\n-- c\n" + data.substr(1) + "OIL\n", out,
+         "--DIMENS\n-- c\n--1\t2 -- x\n\n-- y\n--  3/z\n\n--b\nOIL\n"},
+        {"a suppressed keyword commented out", "--@@@DIMENS\n--@@@1 2 3 /\n-- b\n", out,
+         "----@@@DIMENS\n----@@@1 2 3 /\n-- b\n"},
+        {"numbers too many go with it", "DIMENS\n1 2 3 /\n4 5 /\n-- b\nNOSUCHKW\n6 /\n", out,
+         "--DIMENS\n--1 2 3 /\n--4 5 /\n-- b\nNOSUCHKW\n6 /\n"},
+        {"a title commented out", "TITLE\nx\n-- b\nOIL\n", out, "--TITLE\n--x\n-- b\nOIL\n", "TITLE"},
+        {"comment", "DIMENS\n-- c\n-- d\n\n-- e\n 1 2 3 /\n", comment(" f\ng"),
+         "DIMENS\n-- f\n--g\n\n-- e\n 1 2 3 /\n"},
+        {"a first comment", "DIMENS -- x\n\n 1 2 3 /\n", comment("f"), "DIMENS -- x\n--f\n\n 1 2 3 /\n"},
+        {"no comment", "DIMENS\n-- c\n 1 2 3 /\n-- b\n", comment(""), "DIMENS\n 1 2 3 /\n-- b\n"},
+        {"a comment of a keyword without data", "OIL\n-- c\n\n-- b\nGAS\n", comment("f"), "OIL\n--f\n\n-- b\nGAS\n",
+         "OIL"},
+        {"lines that would read as marks", "DIMENS\n 1 2 3 /\n", comment("@@@ 1\n Generated\n!!! Program generated"),
+         "DIMENS\n-- @@@ 1\n--  Generated\n-- !!! Program generated\n 1 2 3 /\n"},
+        {"a changed comment ahead of new data", "DIMENS\n-- c\n\n-- d\n 1 2 3 /\n",
+         [](Keyword& k) {
+             k.SetComment("f");
+             SetFirstItem(k, 9);
+         },
+         "DIMENS\n--f\n\n-- d\n  9 2 3 /\n"},
+        {"all at once", "DIMENS\n 1 2 3 /\n\n-- b\nOIL\n",
+         [&](Keyword& k) {
+             k.AddLeadingComment("l", false, false);
+             k.SetComment("f");
+             k.GetTagMgr().SetTag(true);
+             k.SetSuppressed(true);
+             SetFirstItem(k, 9);
+         },
+         "--l\n--@@@DIMENS" + tag + "\n--f\n--@@@  9 2 3 /\n\n-- b\nOIL\n"},
+    });
+}
+
+TEST_F(KeywordWritingTest, RawTextEndsWithItsTerminator)
+{
+    const auto text = [](Keyword& k) { EXPECT_TRUE(k.SetDataText("b\nPYEND", false)); };
+    Check({
+        {"terminated", "SCHEDULE\nPYINPUT\na\n-- x\nPYEND\n-- above\nDATES\n", text,
+         "SCHEDULE\nPYINPUT\nb\nPYEND\n-- above\nDATES\n", "PYINPUT"},
+        {"not terminated: all is the keyword's", "SCHEDULE\nPYINPUT\na\n-- x\n", text, "SCHEDULE\nPYINPUT\nb\nPYEND\n",
+         "PYINPUT"},
+        {"commented out", "SCHEDULE\nPYINPUT\na\n-- x\nPYEND\n-- above\n", [](Keyword& k) { k.CommentOut(); },
+         "SCHEDULE\n--PYINPUT\n--a\n-- x\n--PYEND\n-- above\n", "PYINPUT"},
+    });
+}
+
+TEST_F(KeywordWritingTest, TagsAreWrittenWhenTheyAreWanted)
+{
+    Environment::Instance().WriteGeneratedTags(false);
+    Check({{"lost where the line is written", "DIMENS" + tag + "\n 1 2 3 /\nOIL -- Generated\n",
+            [](Keyword& k) { SetFirstItem(k, 9); }, "DIMENS\n  9 2 3 /\nOIL -- Generated\n"}});
+}
+
+TEST_F(KeywordWritingTest, ForceRewriteWritesFromTheTree)
+{
+    const ForceRewrite::Scope scope(true);
+    {
+        const ForceRewrite::Scope inner(false);
+        EXPECT_FALSE(ForceRewrite::IsOn());
+    }
+    EXPECT_TRUE(ForceRewrite::IsOn());
+    const auto none = [](Keyword&) {};
+    Check({
+        {"from the file", "DIMENS -- x\n-- c\n1 2 -- y\n3/\n\n-- b\nOIL\n\n\n", none,
+         "DIMENS -- x\n-- c\n  1 2 3 /\n\n-- b\nOIL\n\n\n"},
+        {"from text with comments", "DIMENS\n1 2 3/\n-- b\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("-- d\n4 --e\n5 6 /", false)); },
+         "DIMENS\n-- d\n  4 5 6 /\n-- b\n"},
+        {"suppressed", "--@@@DIMENS\n--@@@1 2 3/\n", none, "--@@@DIMENS\n--@@@  1 2 3 /\n"},
+    });
+}
+
+TEST_F(KeywordWritingTest, LineEnds)
+{
+    struct LineEndCase
+    {
+        const char* what;
+        LineEnds::Policy policy;
+        std::string text, expected;
+    };
+    const LineEndCase cases[] = {
+        {"kept", LineEnds::Policy::Keep, "RUNSPEC\n\nDIMENS\n1 2 3 /\n-- b\nOIL\r\nGAS",
+         "RUNSPEC\n\nDIMENS\n  9 2 3 /\n-- b\nOIL\r\nGAS"},
+        {"made CR LF", LineEnds::Policy::CrLf, "RUNSPEC\n\nDIMENS\n1 2 3 /\n-- b\nOIL\r\nGAS",
+         "RUNSPEC\r\n\r\nDIMENS\r\n  9 2 3 /\r\n-- b\r\nOIL\r\nGAS"},
+    };
+    for (const LineEndCase& test : cases) {
+        SCOPED_TRACE(test.what);
+        LineEnds::SetPolicy(test.policy);
+        const TestDeck deck(TestDeck::Texts{{"A.DATA", test.text}});
+        SetFirstItem(At(deck, "DIMENS"), 9);
+        EXPECT_EQ(Written(deck), test.expected);
+        EXPECT_EQ(*At(deck, "DIMENS").GetText(), "DIMENS\n  9 2 3 /\n-- b\n");
+    }
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    const std::string zero("RUNSPEC\nTITLE\na\0b\rc\nOIL\n", 25);
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", zero}});
+    EXPECT_EQ(Written(deck), zero);
+}
+
+TEST_F(KeywordWritingTest, AKeywordThatNeverStoodInAFile)
+{
+    const auto make = [](const char* name) {
+        const Keywords::IKeywordSyntax* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
+        return KeywordFactory::Create(*syntax, true, "", false, nullptr, nullptr, -1, -1);
+    };
+    const auto dimens = make("DIMENS");
+    EXPECT_EQ(*dimens->GetText(), "DIMENS\n  /\n\n");
+    dimens->SetComment("c");
+    EXPECT_TRUE(dimens->SetDataText("1 2 3 /\n\n", false));
+    EXPECT_EQ(*dimens->GetText(), "DIMENS\n--c\n1 2 3 /\n");
+    dimens->GetTagMgr().SetTag(true);
+    SetFirstItem(*dimens, 9);
+    EXPECT_EQ(*dimens->GetText(), "DIMENS" + tag + "\n--c\n  9 2 3 /\n\n");
+    EXPECT_EQ(*dimens->GetDataText(), "  9 2 3 /");
+    dimens->CommentOut();
+    EXPECT_EQ(*dimens->GetText(), "--DIMENS" + tag + "\n--c\n--  9 2 3 /\n\n");
+    EXPECT_EQ(*make("OIL")->GetText(), "OIL\n\n");
+}
+
+TEST_F(KeywordWritingTest, RefusedData)
+{
+    const TestDeck deck = DeckOf("DIMENS\n 1 2 3 /\nTABDIMS\n 1 /\nOIL\nWELLDIMS\n/\nSTART\n1 JAN 2000 /\n"
+                                 "SCHEDULE\nWELSPECS\nW G 1 1 /\n/\n");
+    Keyword& dimens = At(deck, "DIMENS");
+    EXPECT_FALSE(dimens.SetData(nullptr, false));
+    std::unique_ptr<Keywords::IKeywordData> other = At(deck, "TABDIMS").GetAndResetData(Context());
+    EXPECT_FALSE(dimens.SetData(std::move(other), false));
+    EXPECT_NE(other, nullptr);
+    EXPECT_EQ(m_log.Texts(3), std::vector<std::string>{"Data type does not match the keyword"});
+    m_log.Clear();
+
+    EXPECT_TRUE(At(deck, "OIL").SetDataText(" -- no data", false));
+    EXPECT_FALSE(At(deck, "OIL").SetDataText("1 /", false));
+    EXPECT_EQ(m_log.Texts(3), std::vector<std::string>{"Found unexpected data for keyword 'OIL' (line 6, file '" +
+                                                       deck.Dir().Path("A.DATA") + "')"});
+    m_log.Clear();
+
+    for (const char* text : {"1 2 3 /\nOIL", "1 2 3 /\nWELSPECS_LONG\n", "1 /\npermx\n", "1 /\n--@@@OIL"})
+        EXPECT_FALSE(dimens.SetDataText(text, false)) << text;
+    EXPECT_EQ(m_log.Texts(3).front(),
+              "Found unexpected keyword name: OIL.\n  If this name is part of the data, indent it by\n  at least one "
+              "space, and it will not be interpreted\n  as a separate keyword.");
+    EXPECT_EQ(m_log.Count(3), 4);
+    m_log.Clear();
+    EXPECT_FALSE(dimens.IsDirty());
+    // Words of the data are none.
+    EXPECT_TRUE(At(deck, "WELSPECS").SetDataText("OIL GAS 1 1 /\n/", false));
+
+    Keyword& wells = At(deck, "WELSPECS");
+    std::unique_ptr<Keywords::IKeywordData> data = wells.GetAndResetData(Context());
+    auto& record =
+        static_cast<Keywords::IKeywordRecordData&>(static_cast<Keywords::IKeywordListData&>(*data).GetContainer(0));
+    record.GetItem(0).SetString("W\nOIL");
+    EXPECT_FALSE(wells.SetData(std::move(data), false));
+    EXPECT_EQ(m_log.Count(3), 1);
+    EXPECT_FALSE(wells.IsDataChanged());
+    record.GetItem(0).SetString("w1");
+    EXPECT_TRUE(wells.SetData(std::move(data), false));
+    EXPECT_EQ(record.GetItem(0).GetString(), "W1");
+}
+
+TEST_F(KeywordWritingTest, TheThreeFormsOfTheData)
+{
+    const TestDeck deck = DeckOf("DIMENS\n 1 2 3 /\n-- b\nOIL\n");
+    Keyword& dimens = At(deck, "DIMENS");
+    const auto nx = [&] {
+        const auto* record = static_cast<const Keywords::IKeywordRecordData*>(dimens.GetData(Context()));
+        return record->GetItem(0).GetInteger();
+    };
+    // Without held text there is nothing to blank, whether or not the text has been read.
+    EXPECT_TRUE(dimens.SetDataText("", false));
+    dimens.GetDataText();
+    EXPECT_TRUE(dimens.SetDataText(" ", false));
+    EXPECT_FALSE(dimens.IsDirty());
+    EXPECT_EQ(nx(), 1);
+
+    EXPECT_TRUE(dimens.SetDataText("-- Generated\n\n  7 /", false));
+    EXPECT_EQ(*dimens.GetDataText(), "  7 /");
+    EXPECT_EQ(nx(), 7);
+    SetFirstItem(dimens, 8);
+    EXPECT_EQ(nx(), 8);
+    EXPECT_EQ(*dimens.GetDataText(), "  8 /");
+    dimens.Rollback();
+    EXPECT_EQ(nx(), 1);
+    EXPECT_EQ(*dimens.GetDataText(), " 1 2 3 /\n-- b");
+
+    EXPECT_TRUE(dimens.SetDataText("5 /", false));
+    EXPECT_NE(dimens.GetAndResetData(Context()), nullptr);
+    EXPECT_FALSE(dimens.IsDirty());
+    EXPECT_EQ(nx(), 1);
+
+    EXPECT_TRUE(dimens.SetDataText("5 /", false));
+    EXPECT_TRUE(dimens.SetDataText("", false));
+    EXPECT_TRUE(dimens.IsDataChanged());
+    EXPECT_LT(nx(), 0);
+}
+
+TEST_F(KeywordWritingTest, OtherDataAndWhatStandsBehindThem)
+{
+    const TestDeck deck = DeckOf("DIMENS -- x\n-- c\n 1 2 3 /\n\n-- b\nOIL\n");
+    const Keyword& dimens = At(deck, "DIMENS");
+    LineStringWriter writer;
+    dimens.WriteWithText(writer, "4 /", Context());
+    dimens.WriteTrailingText(writer, Context());
+    std::string text = writer.TakeText();
+    text.erase(std::remove(text.begin(), text.end(), '\r'), text.end());
+    EXPECT_EQ(text, "DIMENS -- x\n-- c\n4 /\n\n-- b\n\n-- b\n");
+    EXPECT_TRUE(dimens.IsWrittenAsItStands());
+}
+
+TEST_F(KeywordWritingTest, AFileThatHasGoneIsTold)
+{
+    const TestDeck deck = DeckOf("DIMENS\n 1 2 3 /\n");
+    const Keyword& dimens = At(deck, "DIMENS");
+    deck.Dir().Write("A.DATA", "RUNSPEC\nDIM");
+    LineStringWriter writer;
+    EXPECT_THROW(dimens.Write(writer, Context(), SimulatorType::Any), DeckManagerException);
+    std::remove(deck.Dir().Path("A.DATA").c_str());
+    EXPECT_THROW(dimens.Write(writer, Context(), SimulatorType::Any), DeckManagerException);
+}
+
+TEST_F(KeywordWritingTest, AKeywordOfASkippedRegion)
+{
+    Environment::Instance().EnableSKIPENDSKIP(true, SimulatorType::S100);
+    const TestDeck deck = DeckOf("SKIP\nOIL\nENDSKIP\nGAS\n");
+    Keyword& skip = At(deck, "SKIP");
+    ASSERT_TRUE(skip.IsSkipped());
+    EXPECT_FALSE(skip.SetDataText("1 /", false));
+    EXPECT_EQ(*skip.GetText(), "");
+    const ForceRewrite::Scope scope(true);
+    EXPECT_EQ(*skip.GetText(), "");
+}
+
+TEST_F(KeywordWritingTest, PartsOfATextWithACommentAhead)
+{
+    const TestDeck deck = DeckOf("DIMENS\n 1 2 3 /\n-- b\n");
+    At(deck, "DIMENS").SetLeadingComment("l", false);
+    const KeywordText text(At(deck, "DIMENS"));
+    EXPECT_EQ(text.All(), "--l\nDIMENS\n 1 2 3 /\n-- b\n");
+    EXPECT_EQ(text.Own(), "DIMENS\n 1 2 3 /\n");
+    EXPECT_EQ(text.Data(), " 1 2 3 /\n");
+    EXPECT_EQ(text.TrailingBlock(), "-- b\n");
+}
+
+} // namespace
