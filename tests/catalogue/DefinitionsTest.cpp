@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tarn/keywords/ConstMetaDataIterator.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/KeywordRecordMDUtil.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
@@ -226,6 +227,21 @@ TEST(CatalogueDefinitions, ALoneTerminatorEndsAListOfRecords)
         const auto* record = static_cast<const IKeywordRecordMD*>(list->GetElementMD());
         EXPECT_FALSE(record->IsItemDefaultable(0)) << syntax->GetName();
     }
+}
+
+/// A definition that nobody is sure of takes any words, so that it refuses no deck.
+TEST(CatalogueDefinitions, FewAreUnsureAndThoseTakeWords)
+{
+    int unsure = 0;
+    for (const IKeywordSyntax* syntax : KeywordSyntaxTable::Instance(false, true)->GetSyntaxes()) {
+        if (syntax->GetConfidence() != "low") continue;
+        ++unsure;
+        for (ConstMetaDataIterator it(syntax->GetMetaData()); !it.AtEnd(); it.Next()) {
+            EXPECT_NE(it.Get()->GetType(), MDType::YesNo) << syntax->GetName();
+            EXPECT_NE(it.Get()->GetType(), MDType::Option) << syntax->GetName();
+        }
+    }
+    EXPECT_LE(unsure, 60);
 }
 
 TEST(CatalogueDefinitions, FileNamesKeepTheirCase)
