@@ -59,6 +59,10 @@ public:
     IKeyword* GetIncludingKeyword(IKeywordFile* file) const override;
     KeywordIterator GetScopeEnd(const KeywordIterator& position, bool generatedOnly) const override;
     void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head, KeywordIterator& end) const override;
+    bool ExportToDirectory(const std::string& directory, const std::string& fileName, Keywords::SimulatorType simulator,
+                           bool forceRewrite) const override;
+    bool ExportToDirectory(const std::string& directory, Keywords::SimulatorType simulator,
+                           bool forceRewrite) const override;
     bool AllowsVariables() const override { return m_variablesAllowed; }
     bool HasVariables(const IKeyword* keyword) const override;
     KeywordVariables* GetVariables(const IKeyword* keyword) const override;

@@ -135,6 +135,12 @@ bool KeywordFile::IsModified() const
     });
 }
 
+const KeywordFileContents::List& KeywordFile::DiskList() const
+{
+    const KeywordFileContents::List& present = Contents().Keywords();
+    return m_snapshotTaken ? m_snapshot : present;
+}
+
 KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
 {
     const KeywordINCLUDE* include = KeywordINCLUDE::From(keyword);

@@ -111,6 +111,9 @@ public:
     long long HeaderBegin() const { return m_headerBegin; }
     long long HeaderEnd() const { return m_headerEnd; }
     long long TailBegin() const { return m_tailBegin; }
+    const FileTagState& TagState() const { return m_tagState; }
+    /// The keywords as they stand on the disk: the list as it was before an edit changed it.
+    const KeywordFileContents::List& DiskList() const;
     /// The list of INCLUDE positions exists already.
     bool HasIncludeIndex() const { return m_includeIndex != nullptr; }
     /// How many keywords stand ahead of a position of this file.

@@ -16,6 +16,16 @@ public:
     ITagMgr& GetTagMgr() const override;
     bool HasTagMgr() const override { return m_tagMgr != nullptr; }
 
+    std::optional<std::string> NameInCopy(const Service::Directory& directory, const Context& context,
+                                          ExportedFileMap& fileMap) const override;
+    /// The files that the keyword stands for: that of its name, and those of its name with the extension of a grid
+    /// file.
+    std::vector<Service::FileName> GridFiles(const Context& context) const;
+
+protected:
+    std::optional<std::string> NameIn(const Keywords::IKeywordData* data) const override;
+    void PutName(Keywords::IKeywordData& data, const std::string& name) const override;
+
 private:
     mutable std::unique_ptr<ITagMgr> m_tagMgr; ///< made on first use
 };

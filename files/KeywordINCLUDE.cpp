@@ -4,6 +4,7 @@
 
 #include <boost/filesystem/exception.hpp>
 
+#include "files/ExportedFileMap.h"
 #include "files/FileRing.h"
 #include "files/KeywordFile.h"
 #include "files/LinkCounter.h"
@@ -16,6 +17,7 @@
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileStatus.h>
+#include <tarn/service/FileUtils.h>
 #include <tarn/service/Log.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -176,6 +178,45 @@ ITagMgr& KeywordINCLUDE::GetTagMgr() const
 {
     if (!m_tagMgr) m_tagMgr = std::make_unique<TagMgrForINCLUDE>(*this);
     return *m_tagMgr;
+}
+
+bool KeywordINCLUDE::BringsSomething() const
+{
+    const KeywordFile* file = IncludedFile();
+    if (file == nullptr) return false;
+    const Service::FileStatus status = Service::FileStatus::Of(file->GetFileName());
+    return status.IsRegularFile() || status.isUnknown || file->Begin() != file->End();
+}
+
+std::optional<std::string> KeywordINCLUDE::NameInCopy(const Service::Directory& directory, const Context& context,
+                                                      ExportedFileMap& fileMap) const
+{
+    KeywordFile* file = IncludedFile();
+    const bool exists = BringsSomething();
+    // A name with a variable in it is no file's yet, and keeps it.
+    const Service::FileName name = file != nullptr ? file->GetFileName() : NamedFile(context);
+    if (!name.IsSet()) return std::nullopt;
+    if (!exists) fileMap.NoteMissing(*this, name);
+    if (fileMap.HasOld(name)) return fileMap.NewNameOf(name).GetFileName();
+    Service::FileName target(directory, name.GetFileName());
+    const auto isTaken = [&](const Service::FileName& candidate) { return fileMap.HasNew(candidate); };
+    if (isTaken(target)) target = Service::FileUtils::ConstructUniqueName(target, isTaken);
+    // The name of a file that isn't there is taken too: another file must not come to stand for it.
+    if (exists)
+        fileMap.AddWaiting(file, name, target);
+    else
+        fileMap.Add(name, target);
+    return target.GetFileName();
+}
+
+std::optional<std::string> KeywordINCLUDE::NameIn(const Keywords::IKeywordData* data) const
+{
+    return Keywords::DataAccessUtils::GetINCLUDEFileName(data);
+}
+
+void KeywordINCLUDE::PutName(Keywords::IKeywordData& data, const std::string& name) const
+{
+    Keywords::DataAccessUtils::SetINCLUDEFileName(&data, name);
 }
 
 void KeywordINCLUDE::AnswerSection(KeywordFileSectionQueryEventArgs& args)

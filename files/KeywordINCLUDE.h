@@ -39,8 +39,16 @@ public:
     ITagMgr& GetTagMgr() const override;
     bool HasTagMgr() const override { return m_tagMgr != nullptr; }
 
+    std::optional<std::string> NameInCopy(const Service::Directory& directory, const Context& context,
+                                          ExportedFileMap& fileMap) const override;
+
+    /// The included file is there, readable or not, or has keywords that no commit has written yet.
+    bool BringsSomething() const;
+
 protected:
     void OnOwnerChanged() override;
+    std::optional<std::string> NameIn(const Keywords::IKeywordData* data) const override;
+    void PutName(Keywords::IKeywordData& data, const std::string& name) const override;
 
 private:
     void Wire();

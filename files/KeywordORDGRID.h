@@ -16,6 +16,15 @@ public:
     ITagMgr& GetTagMgr() const override;
     bool HasTagMgr() const override { return m_tagMgr != nullptr; }
 
+    std::optional<std::string> NameInCopy(const Service::Directory& directory, const Context& context,
+                                          ExportedFileMap& fileMap) const override;
+    /// The file that the keyword stands for; none when it isn't there.
+    std::vector<Service::FileName> GridFiles(const Context& context) const;
+
+protected:
+    std::optional<std::string> NameIn(const Keywords::IKeywordData* data) const override;
+    void PutName(Keywords::IKeywordData& data, const std::string& name) const override;
+
 private:
     mutable std::unique_ptr<ITagMgr> m_tagMgr; ///< made on first use
 };

@@ -7,6 +7,7 @@
 #include <deckmanager/KeywordFileIterator.h>
 #include <deckmanager/KeywordIterator.h>
 #include <tarn/keywords/SectionType.h>
+#include <tarn/keywords/SimulatorType.h>
 #include <tarn/service/FileName.h>
 
 namespace Tarn::Fjel::Core::Keywords {
@@ -122,6 +123,18 @@ public:
     /// The head and the end of the innermost scope around a position. REQUIRES: a position behind `Begin`.
     virtual void GetEnclosingScope(const KeywordIterator& position, KeywordIterator& head,
                                    KeywordIterator& end) const = 0;
+
+    /// Copies the deck's files into a directory, side by side, and changes the names in the keywords to that; grid
+    /// files come along, but replace none that is there. `fileName` names the new top file; blank for its own name.
+    /// Keywords that the simulator doesn't know are left out. `forceRewrite`: keywords are written from their data, and
+    /// not copied. False for an incomplete directory and that of the deck's top file, and, told at severity 3, when a
+    /// file can't be written: then nothing is. Throws `DeckManagerException` when a file of the deck can't be read.
+    virtual bool ExportToDirectory(const std::string& directory, const std::string& fileName,
+                                   Keywords::SimulatorType simulator, bool forceRewrite) const = 0;
+
+    /// The same under the top file's own name.
+    virtual bool ExportToDirectory(const std::string& directory, Keywords::SimulatorType simulator,
+                                   bool forceRewrite) const = 0;
 
     /// The keywords of the deck may hold references to variables.
     virtual bool AllowsVariables() const = 0;

@@ -102,6 +102,11 @@ public:
     {
         m_view.GetEnclosingScope(position, head, end);
     }
+    bool ExportToDirectory(const std::string&, const std::string&, Core::Keywords::SimulatorType, bool) const override
+    {
+        return false;
+    }
+    bool ExportToDirectory(const std::string&, Core::Keywords::SimulatorType, bool) const override { return false; }
     bool AllowsVariables() const override { return m_view.AllowsVariables(); }
     bool HasVariables(const Decks::IKeyword* keyword) const override { return m_view.HasVariables(keyword); }
     Decks::KeywordVariables* GetVariables(const Decks::IKeyword* keyword) const override

@@ -1,0 +1,221 @@
+#include "export/SourceFile.h"
+
+#include <algorithm>
+
+#include "files/KeywordFile.h"
+#include "keywords/Keyword.h"
+#include "text/KeywordFileReader.h"
+#include "text/LineFileWriter.h"
+#include "text/LineStreamReader.h"
+#include "text/TagRecognisers.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/service/FileStatus.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+/// What is turned into comments is read in pieces of this size.
+constexpr std::int64_t pieceSize = 1 << 20;
+
+const Keyword& AsKeyword(const std::shared_ptr<IKeyword>& keyword)
+{
+    return KeywordFileContents::AsKeyword(keyword);
+}
+
+std::string AsComments(std::string_view text)
+{
+    std::string comments;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+        const std::string_view content = Service::TrimmedLeft(line);
+        if (!content.empty() && !VeldaneDeckInfo::BeginsWithCommentMarker(content))
+            comments.append(VeldaneDeckInfo::COMMENT_MARKER).append(" ");
+        comments.append(line);
+        text.remove_prefix(line.size());
+    }
+    return comments;
+}
+
+/// A byte order mark at the head of the text, in bytes.
+std::int64_t MarkSize(ILineReader& reader)
+{
+    const auto size = static_cast<std::int64_t>(LineStreamReader::ByteOrderMark.size());
+    std::string head;
+    reader.ReadRange(0, size - 1, head);
+    return head == LineStreamReader::ByteOrderMark ? size : 0;
+}
+
+} // namespace
+
+SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer) : m_file(file), m_writer(writer)
+{
+    for (const std::shared_ptr<IKeyword>& keyword : file.DiskList()) {
+        if (AsKeyword(keyword).Reader() == file.FileReader()) m_starts.push_back(AsKeyword(keyword).Position());
+    }
+    if (file.LoadFailed()) Refuse("cannot be read");
+    const Service::FileStatus status = Service::FileStatus::Of(file.FileReader()->GetPath());
+    m_size = status.IsRegularFile() ? status.size : 0;
+    m_headEnd = m_starts.empty() ? m_size : m_starts.front();
+}
+
+SourceFile::~SourceFile() = default;
+
+void SourceFile::Refuse(const char* reason) const
+{
+    throw DeckManagerException("The file " + m_file.GetFileName().GetFullName() + " " + reason + ".");
+}
+
+ILineReader* SourceFile::Reader()
+{
+    if (!m_reader && m_size > 0) {
+        m_guard = std::make_unique<OpenReaderGuard>(m_file);
+        m_reader = m_file.OpenedReader(*m_file.FileReader());
+        if (!m_reader) Refuse("cannot be read");
+    }
+    return m_reader.get();
+}
+
+void SourceFile::PutAside()
+{
+    Flush();
+    m_reader.reset();
+    m_guard.reset();
+}
+
+void SourceFile::Copy(std::int64_t begin, std::int64_t end)
+{
+    if (end <= begin) return;
+    if (begin != m_end) {
+        Flush();
+        m_begin = begin;
+    }
+    m_end = end;
+}
+
+void SourceFile::Flush()
+{
+    const std::int64_t begin = std::exchange(m_begin, m_end);
+    if (begin == m_end || m_writer == nullptr) return;
+    ILineReader* reader = Reader();
+    if (reader == nullptr) Refuse("has been changed on disk since it was read");
+    if (m_writer->Copy(*reader, begin, m_end - 1) != m_end - begin && m_writer->IsGood())
+        Refuse("has been changed on disk since it was read");
+}
+
+void SourceFile::FlushHead()
+{
+    Flush();
+    if (m_writer != nullptr) m_writer->ContinueOpenLine();
+}
+
+void SourceFile::CopyHead(bool continued, std::string_view ahead)
+{
+    const bool tagChanged = m_file.TagState().IsChanged();
+    if (m_headEnd == 0 && !tagChanged) return;
+    ILineReader* reader = Reader();
+    const std::int64_t mark = reader != nullptr ? MarkSize(*reader) : 0;
+    std::int64_t begin = 0;
+    if (!continued && (tagChanged || !ahead.empty())) Copy(0, mark);
+    if (continued || tagChanged || !ahead.empty()) {
+        FlushHead();
+        begin = mark;
+    }
+    if (m_writer != nullptr) m_writer->WriteText(ahead);
+    if (tagChanged) {
+        if (m_writer != nullptr) m_file.TagState().Write(*m_writer);
+        begin = std::max<std::int64_t>({mark, m_file.HeaderBegin(), 0});
+    }
+    Copy(begin, m_headEnd);
+}
+
+bool SourceFile::HasDataInHead()
+{
+    ILineReader* reader = m_headEnd > 0 ? Reader() : nullptr;
+    if (reader == nullptr || !reader->Seek(MarkSize(*reader), 0)) return false;
+    std::string line;
+    long long position = 0;
+    return reader->ReadNextDataLine(line, &position, true) && position < m_headEnd;
+}
+
+bool SourceFile::BeginsWithTag()
+{
+    ILineReader* reader = m_headEnd > 0 ? Reader() : nullptr;
+    if (reader == nullptr || !reader->Seek(MarkSize(*reader), 0)) return false;
+    std::string line;
+    long long position = 0;
+    while (reader->ReadNextLine(line, &position, true) && position < m_headEnd) {
+        if (!Service::AllBlanks(line)) return IsFileTagLine(line) || IsKeywordTagLine(line);
+    }
+    return false;
+}
+
+void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Keywords::SimulatorType simulator)
+{
+    if (keyword.IsWrittenAsItStands() && keyword.Reader() == m_file.FileReader()) {
+        Copy(keyword.Position(), keyword.Position() + keyword.Size());
+        return;
+    }
+    Flush();
+    if (m_writer != nullptr) keyword.Write(*m_writer, context, simulator);
+}
+
+void SourceFile::WriteWithText(const Keyword& keyword, const std::string& dataText, const Context& context)
+{
+    Flush();
+    if (m_writer != nullptr) keyword.WriteWithText(*m_writer, dataText, context);
+}
+
+void SourceFile::LeaveOut(const Keyword& keyword, const Context& context)
+{
+    Flush();
+    if (m_writer != nullptr) keyword.WriteTrailingText(*m_writer, context);
+}
+
+std::int64_t SourceFile::GapEnd(std::int64_t begin) const
+{
+    const auto next = std::lower_bound(m_starts.begin(), m_starts.end(), begin);
+    return next == m_starts.end() ? m_size : *next;
+}
+
+std::int64_t SourceFile::GapSize(const Keyword& keyword) const
+{
+    if (keyword.Reader() != m_file.FileReader() || keyword.Position() < 0 || keyword.Size() < 0) return 0;
+    // A keyword of a skipped region has no extent: its own line is the gap's.
+    const std::int64_t begin = keyword.Position() + keyword.Size();
+    return GapEnd(std::max<std::int64_t>(begin, keyword.Position() + 1)) - begin;
+}
+
+void SourceFile::CopyGap(const Keyword& keyword)
+{
+    const std::int64_t size = GapSize(keyword);
+    const std::int64_t begin = keyword.Position() + keyword.Size();
+    if (size > 0) Copy(begin, begin + size);
+}
+
+bool SourceFile::IsLastOnDisk(const Keyword& keyword) const
+{
+    return !m_starts.empty() && keyword.Reader() == m_file.FileReader() && keyword.Position() == m_starts.back();
+}
+
+void SourceFile::CopyRestAsComments(const Keyword& keyword)
+{
+    Flush();
+    ILineReader* reader = Reader();
+    if (m_writer == nullptr || reader == nullptr || keyword.Position() < 0) return;
+    std::string text;
+    for (std::int64_t begin = keyword.Position(); begin < m_size; begin += pieceSize) {
+        std::string piece;
+        reader->ReadRange(begin, std::min(begin + pieceSize, m_size) - 1, piece);
+        text += piece;
+        const std::size_t cut = text.rfind('\n');
+        if (cut == std::string::npos) continue;
+        m_writer->WriteText(AsComments(std::string_view(text).substr(0, cut + 1)));
+        text.erase(0, cut + 1);
+    }
+    m_writer->WriteText(AsComments(text));
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <tarn/keywords/SimulatorType.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+class Context;
+class ILineReader;
+class Keyword;
+class KeywordFile;
+class LineFileWriter;
+class OpenReaderGuard;
+
+/// One keyword file while its text goes to a writer. The file stays open for that long, and stretches of it that meet
+/// are copied as one: from a file in which nothing has changed, all in one piece.
+///
+/// A file's text is its head (byte order mark, tag block, header), and for each keyword its extent and the gap behind
+/// it: what no keyword owns (a region that is skipped, a section keyword that recurs) goes with the keyword ahead.
+///
+/// Everything throws `DeckManagerException` when the file can't be read, or no longer holds what it did.
+class SourceFile
+{
+public:
+    /// Loads the file. `writer` null: nothing is written, and nothing read for it.
+    SourceFile(KeywordFile& file, LineFileWriter* writer);
+    ~SourceFile();
+    SourceFile(const SourceFile&) = delete;
+    SourceFile& operator=(const SourceFile&) = delete;
+
+    KeywordFile& File() const { return m_file; }
+
+    /// The head as it stands, with a changed tag in the place of the old tag block. `continued`: the text goes on
+    /// another file's, so no byte order mark. `ahead`: a line to stand ahead of all but the mark.
+    void CopyHead(bool continued, std::string_view ahead = {});
+    /// What of the head is read as data of what stands ahead of the file.
+    bool HasDataInHead();
+    /// The first line of the head that isn't blank is a tag line, or would count as one.
+    bool BeginsWithTag();
+    /// The file has no keywords on the disk: all of its text is head.
+    bool IsAllHead() const { return m_starts.empty(); }
+    std::int64_t HeadSize() const { return m_headEnd; }
+
+    /// The keyword, as its text stands where nothing has changed it.
+    void WriteKeyword(const Keyword& keyword, const Context& context, Keywords::SimulatorType simulator);
+    void WriteWithText(const Keyword& keyword, const std::string& dataText, const Context& context);
+    /// What the keyword hands on when it is left out.
+    void LeaveOut(const Keyword& keyword, const Context& context);
+    void CopyGap(const Keyword& keyword);
+    /// The gap behind the keyword reaches the end of the file.
+    bool IsLastOnDisk(const Keyword& keyword) const;
+    std::int64_t GapSize(const Keyword& keyword) const;
+
+    /// From the keyword's line to the end of the file, with each line that isn't blank or a comment made one.
+    void CopyRestAsComments(const Keyword& keyword);
+
+    /// Writes what is held back. To be called before anyone else writes.
+    void Flush();
+    /// The same behind the head, which need not end a line: a byte order mark doesn't.
+    void FlushHead();
+
+    /// Closes the file, which opens again when it is needed.
+    void PutAside();
+    /// The file's text; null for a file that doesn't exist.
+    ILineReader* Reader();
+
+private:
+    void Copy(std::int64_t begin, std::int64_t end);
+    std::int64_t GapEnd(std::int64_t begin) const;
+    [[noreturn]] void Refuse(const char* reason) const;
+
+    KeywordFile& m_file;
+    LineFileWriter* m_writer;
+    std::unique_ptr<OpenReaderGuard> m_guard;
+    std::shared_ptr<ILineReader> m_reader;
+    std::vector<std::int64_t> m_starts; ///< of the keywords on the disk, ascending
+    std::int64_t m_size = 0;            ///< of the file
+    std::int64_t m_headEnd = 0;
+    std::int64_t m_begin = 0; ///< what is held back
+    std::int64_t m_end = 0;
+};
+
+} // namespace Tarn::Fjel::Core::DeckManager

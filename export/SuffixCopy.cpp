@@ -1,0 +1,118 @@
+#include "export/SuffixCopy.h"
+
+#include <utility>
+
+#include "export/ExporterUtil.h"
+#include "export/SourceFile.h"
+#include "files/KeywordFile.h"
+#include "files/KeywordINCLUDE.h"
+#include "text/LineFileWriter.h"
+#include "text/LineStringWriter.h"
+#include <deckmanager/ExportOptions.h>
+#include <deckmanager/ExportReport.h>
+#include <tarn/keywords/DataAccessUtils.h>
+#include <tarn/service/FileName.h>
+#include <tarn/service/Log.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Service::FileName;
+using Service::Log;
+
+SuffixCopy::SuffixCopy(const KeywordFile& top, const Context& context, const ExportOptions& options,
+                       const Manner& manner, Rename rename, ExportReport* report)
+    : m_context(context), m_options(options), m_manner(manner), m_rename(std::move(rename)), m_report(report),
+      m_deckFiles(top, context), m_staged(m_deckFiles)
+{
+}
+
+std::string SuffixCopy::Run(KeywordFile& top, std::vector<std::string>& failed)
+{
+    const std::optional<std::string> name = Begin(top);
+    bool written = name.has_value();
+    while (written && !m_waiting.empty() && !(m_manner.allOrNone && !m_failed.empty())) {
+        KeywordFile& next = *std::exchange(m_waiting.front(), nullptr);
+        m_waiting.pop_front();
+        written = WriteFile(next, m_names[&next]);
+    }
+    if (m_manner.allOrNone && !m_failed.empty()) written = false;
+    if (written && !m_options.planOnly && !m_staged.PutInPlace()) written = Fail(*name);
+    failed.insert(failed.end(), m_failed.begin(), m_failed.end());
+    return written ? *name : std::string();
+}
+
+bool SuffixCopy::Fail(const std::string& name)
+{
+    const Log::Place place(name, -1);
+    Log::SendLogMessage(m_staged.Failure(), Log::Error);
+    m_failed.push_back(name);
+    return false;
+}
+
+std::optional<std::string> SuffixCopy::Begin(KeywordFile& file)
+{
+    const auto [found, isNew] = m_names.try_emplace(&file);
+    if (isNew) {
+        const std::string name = m_rename(file.GetFileName().GetFullName());
+        const FileName target(name);
+        if (m_options.planOnly ? m_staged.Accepts(target) : m_staged.Reserve(target)) {
+            found->second = name;
+            m_waiting.push_back(&file);
+            if (m_report != nullptr) {
+                m_report->files.push_back(
+                    {ExportReport::Action::Written, file.GetFileName().GetFullName(), name, nullptr});
+            }
+        } else {
+            Fail(name);
+        }
+    }
+    if (found->second.empty()) return std::nullopt;
+    return found->second;
+}
+
+bool SuffixCopy::WriteFile(KeywordFile& file, const std::string& name)
+{
+    LineFileWriter writer;
+    if (!m_options.planOnly && !m_staged.Open(writer, FileName(name))) return Fail(name);
+    LineFileWriter* const target = m_options.planOnly ? nullptr : &writer;
+    ExporterUtil::WriteFile(file, target, m_manner.whole, [this](SourceFile& source, const Keyword& keyword) {
+        if (const KeywordINCLUDE* include = KeywordINCLUDE::From(&keyword); include && !include->IsCommentedOut())
+            WriteInclude(source, *include);
+        else
+            source.WriteKeyword(keyword, m_context, m_options.simulator);
+    });
+    return m_options.planOnly || m_staged.Close(writer) || Fail(name);
+}
+
+void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
+{
+    KeywordFile* file = include.IncludedFile();
+    if (file != nullptr && !include.BringsSomething()) {
+        // No file is made for it; the copy looks for it where the deck does.
+        source.WriteKeyword(include, m_context, m_options.simulator);
+        if (m_report != nullptr) {
+            m_report->files.push_back({ExportReport::Action::Missing, file->GetFileName().GetFullName(), {}, &include});
+        }
+        return;
+    }
+    std::optional<std::string> text;
+    if (file != nullptr && Begin(*file)) {
+        const auto name =
+            Keywords::DataAccessUtils::GetINCLUDEFileName(const_cast<KeywordINCLUDE&>(include).GetData(m_context));
+        if (name) text = include.TextWithName(m_rename(*name), m_context);
+    }
+    if (text) {
+        source.WriteWithText(include, *text, m_context);
+        if (m_report != nullptr && m_options.planOnly) {
+            LineStringWriter changed;
+            include.WriteWithText(changed, *text, m_context);
+            m_report->changes.push_back({&include, changed.TakeText()});
+        }
+    } else if (file == nullptr && m_manner.whole) {
+        source.WriteKeyword(include, m_context, m_options.simulator);
+    } else {
+        source.LeaveOut(include, m_context);
+    }
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager

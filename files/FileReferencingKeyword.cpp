@@ -1,0 +1,145 @@
+#include "files/FileReferencingKeyword.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <boost/filesystem/exception.hpp>
+
+#include "files/ExportedFileMap.h"
+#include "files/KeywordFactory.h"
+#include "files/KeywordFile.h"
+#include "keywords/ForceRewrite.h"
+#include "text/KeywordFileReader.h"
+#include <deckmanager/Context.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/KeywordDataFactory.h>
+#include <tarn/service/FileName.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+namespace {
+
+std::string Quoted(const std::string& name)
+{
+    return std::string(1, VeldaneDeckInfo::QUOTE).append(name) += VeldaneDeckInfo::QUOTE;
+}
+
+/// Where the first token of a data text stands, quotes included; empty when there is none.
+std::pair<std::size_t, std::size_t> FirstToken(std::string_view text)
+{
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        const std::string_view line = text.substr(begin, end - begin);
+        const std::string_view rest = Service::TrimmedLeft(line);
+        if (rest.empty() || VeldaneDeckInfo::BeginsWithCommentMarker(rest)) {
+            begin = end + 1;
+            continue;
+        }
+        const std::size_t at = begin + (line.size() - rest.size());
+        std::size_t size = 0;
+        if (rest.front() == VeldaneDeckInfo::QUOTE) {
+            const std::size_t closing = rest.find(VeldaneDeckInfo::QUOTE, 1);
+            if (closing != std::string_view::npos) size = closing + 1;
+        } else {
+            while (size < rest.size() && !VeldaneDeckInfo::IsSpace(rest[size]))
+                ++size;
+        }
+        return {at, size};
+    }
+    return {0, 0};
+}
+
+} // namespace
+
+const FileReferencingKeyword* FileReferencingKeyword::From(const IKeyword* keyword)
+{
+    return dynamic_cast<const FileReferencingKeyword*>(keyword);
+}
+
+std::optional<std::string> FileReferencingKeyword::NamedText(const Context& context) const
+{
+    return NameIn(const_cast<FileReferencingKeyword*>(this)->GetData(context));
+}
+
+Service::FileName FileReferencingKeyword::NamedFile(const Context& context) const
+{
+    const std::optional<std::string> text = NamedText(context);
+    Service::FileName name;
+    if (!text || Service::AllBlanks(*text)) return name;
+    try {
+        name = Service::FileName(Service::Trimmed(*text));
+        const KeywordFile* owner = Owner() != nullptr ? Owner()->AsKeywordFile() : nullptr;
+        if (!name.IsComplete() && owner != nullptr) name.MakeComplete(owner->DataFile().GetFileName().GetDirectory());
+    } catch (const boost::filesystem::filesystem_error&) {
+        return {};
+    }
+    return name;
+}
+
+std::unique_ptr<Keyword> FileReferencingKeyword::Blank() const
+{
+    return KeywordFactory::Create(*GetSyntax(), VariablesAllowed(), {}, false, nullptr, nullptr, -1, -1, nullptr);
+}
+
+std::optional<std::string> FileReferencingKeyword::TextWithName(const std::string& name, const Context& context) const
+{
+    auto& self = const_cast<FileReferencingKeyword&>(*this);
+    const std::shared_ptr<std::string> text = self.GetDataText();
+    if (!ForceRewrite::IsOn() && text) {
+        const auto [at, size] = FirstToken(*text);
+        const std::string_view present = std::string_view(*text).substr(at, size);
+        if (size > 0 && (present == name || present == Quoted(name))) return std::nullopt;
+        std::string changed = *text;
+        changed.replace(at, size, Quoted(name));
+        // What is no plain name there (a repeat, a text that goes on) is left to the data tree.
+        const std::unique_ptr<Keyword> probe = Blank();
+        if (size > 0 && probe->SetDataText(changed, false) && NameIn(probe->GetData(context)) == name) return changed;
+    }
+    std::unique_ptr<Keywords::IKeywordData> data;
+    if (const Keywords::IKeywordData* present = self.GetData(context)) data = present->CloneSafely();
+    if (!data) data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*GetSyntax());
+    PutName(*data, name);
+    const std::unique_ptr<Keyword> keyword = Blank();
+    if (!keyword->SetData(std::move(data), false)) return std::nullopt;
+    return *keyword->GetDataText();
+}
+
+void FileReferencingKeyword::ExportTo(ILineWriter& writer, const Service::Directory& directory, const Context& context,
+                                      Keywords::SimulatorType simulator, ExportedFileMap& fileMap) const
+{
+    const std::optional<std::string> name = NameInCopy(directory, context, fileMap);
+    const std::optional<std::string> text = name ? TextWithName(*name, context) : std::nullopt;
+    if (text)
+        WriteWithText(writer, *text, context);
+    else
+        Write(writer, context, simulator);
+}
+
+std::string FileReferencingKeyword::TakeAlong(const std::vector<Service::FileName>& files, const std::string& leaf,
+                                              const Service::Directory& directory, ExportedFileMap& fileMap)
+{
+    const auto renamed = [&](const Service::FileName& file, int number) {
+        Service::FileName target(directory, file.GetFileName());
+        const std::string extension = file.GetExtension();
+        if (number > 0) {
+            target.SetFileName(file.GetRootName() + "_" + std::to_string(number) +
+                               (extension.empty() ? "" : "." + extension));
+        }
+        return target;
+    };
+    const auto isTaken = [&](int number) {
+        return std::any_of(files.begin(), files.end(), [&](const Service::FileName& file) {
+            return fileMap.HasNew(renamed(file, number)) && !(fileMap.NewNameOf(file) == renamed(file, number));
+        });
+    };
+    int number = 0;
+    while (isTaken(number))
+        ++number;
+    for (const Service::FileName& file : files)
+        fileMap.AddWaiting(nullptr, file, renamed(file, number));
+    return number == 0 ? leaf : renamed(Service::FileName(leaf), number).GetFileName();
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
