@@ -1,5 +1,5 @@
 // Reads any text as the data of the keywords that have readers of their own: the first line names one of them, else its
-// first byte chooses. Asks whether the references that were found stand at elements that hold their place.
+// first byte chooses. Asks whether references that OILVISCC's reader has found stand at elements that hold their place.
 
 #include <algorithm>
 #include <array>
@@ -88,7 +88,8 @@ void Read(const IKeyword& keyword, const std::string& text, bool withVariables)
         return;
     }
     Require(takenEnd >= -1 && takenEnd <= size);
-    if (keyword.GetName() != "UDT") CheckReferences(*data, variables); // a refused table is read on by other rules
+    // What the generic reader goes on with counts elements that it has removed.
+    if (keyword.GetName() == "OILVISCC") CheckReferences(*data, variables);
 }
 
 } // namespace
