@@ -15,11 +15,12 @@ using Keywords::MDType;
 
 CustomSerializerINCLUDERecord::CustomSerializerINCLUDERecord(const Keywords::IKeywordMD* root)
 {
-    if (Keywords::KeywordUtils::GetMDType(root) != MDType::Record)
-        throw DeckManagerException("DeckManager::CustomSerializerINCLUDERecord: unrecognized metadata");
-    m_record = static_cast<const Keywords::IKeywordRecordMD*>(root);
-    if (m_record->GetItemCount() < 1 || Keywords::KeywordUtils::GetMDType(m_record->GetItemMD(0)) != MDType::String)
+    const bool isRecord = Keywords::KeywordUtils::GetMDType(root) == MDType::Record;
+    if (isRecord) m_record = static_cast<const Keywords::IKeywordRecordMD*>(root);
+    if (isRecord && m_record->GetItemCount() < 1)
         throw DeckManagerException("DeckManager::CustomSerializerINCLUDERecord: syntax mismatch");
+    if (!isRecord || Keywords::KeywordUtils::GetMDType(m_record->GetItemMD(0)) != MDType::String)
+        throw DeckManagerException("DeckManager::CustomSerializerINCLUDERecord: unrecognized metadata");
 }
 
 bool CustomSerializerINCLUDERecord::Serialize(const Keywords::IKeywordData& data, ILineWriter& writer,

@@ -436,13 +436,24 @@ TEST(CustomWriters, NamesOfIncludedFilesAreQuoted)
 TEST(CustomWriters, AnotherShapeIsRefused)
 {
     const TestSupport::CleanEnvironment clean;
-    const DataReading::TableInForce table(
-        R"([{"name": "INCLUDE", "sections": "all", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]}}])");
-    try {
-        DeckManager::CustomSerializers::InForce();
-        FAIL();
-    } catch (const DeckManager::DeckManagerException& failure) {
-        EXPECT_STREQ(failure.what(), "DeckManager::CustomSerializerINCLUDERecord: syntax mismatch");
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {R"({"name": "INCLUDE", "sections": "all", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]}})",
+         "DeckManager::CustomSerializerINCLUDERecord: unrecognized metadata"},
+        {R"({"name": "INCLUDE", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}})",
+         "DeckManager::CustomSerializerINCLUDERecord: unrecognized metadata"},
+        {R"({"name": "UDQ", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}})",
+         "DeckManager::CustomDeserializerUDQRecord: unrecognized metadata"},
+        {R"({"name": "UDT", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}})",
+         "DeckManager::CustomDeserializerUDTRecord: syntax mismatch"},
+    };
+    for (const auto& [keyword, message] : cases) {
+        const DataReading::TableInForce table("[" + keyword + "]");
+        try {
+            DeckManager::CustomSerializers::InForce();
+            FAIL() << keyword;
+        } catch (const DeckManager::DeckManagerException& failure) {
+            EXPECT_EQ(failure.what(), message);
+        }
     }
 }
 

@@ -200,6 +200,128 @@ RC_GTEST_PROP(LineWriterProperty, ARunIsItsTokensOneByOne, ())
     RC_ASSERT(run.GetText() == single.GetText());
 }
 
+/// The rules of the layout, step by step, with no thought for speed.
+class LiteralWriter
+{
+public:
+    int valueLimit = 0, defaultLimit = 0, lineLimit = 72;
+    bool dropDefaults = true;
+    std::string text;
+
+    void Write(const std::string& token, bool indent)
+    {
+        for (;;) {
+            if (indent && m_atLineStart) Add(" ");
+            const std::size_t width = Width();
+            if (static_cast<int>(width + (width > 0 ? 1 : 0) + token.size()) <= lineLimit) {
+                Add(token);
+                m_atLineStart = false;
+                return;
+            }
+            if (m_atLineStart) {
+                Add(token);
+                NewLine();
+                return;
+            }
+            NewLine();
+        }
+    }
+    void FlushItems() { WriteOut(true); }
+    void NewLine()
+    {
+        WriteOut(false);
+        text += m_line + "\n";
+        m_line.clear();
+        m_atLineStart = true;
+    }
+
+private:
+    bool IsJoined() const
+    {
+        const int limit = m_pending == "1*" ? defaultLimit : valueLimit;
+        return limit != 0 && m_repeats >= limit;
+    }
+    std::size_t Width() const
+    {
+        std::size_t width = m_line.size();
+        if (m_pending.empty()) return width;
+        if (width > 0) ++width;
+        if (IsJoined())
+            return width + std::to_string(m_repeats).size() + 2 + (m_pending == "1*" ? 0 : m_pending.size());
+        return width + m_pending.size() * static_cast<std::size_t>(m_repeats + 1) + static_cast<std::size_t>(m_repeats);
+    }
+    void Add(const std::string& token)
+    {
+        if (token == m_pending) {
+            ++m_repeats;
+            return;
+        }
+        WriteOut(false);
+        m_pending = token;
+        m_repeats = 0;
+    }
+    void Put(const std::string& token) { m_line += (m_line.empty() ? "" : " ") + token; }
+    void WriteOut(bool atEnd)
+    {
+        if (!m_pending.empty() && !(m_pending == "1*" && atEnd && dropDefaults)) {
+            if (IsJoined())
+                Put(std::to_string(m_repeats + 1) + "*" + (m_pending == "1*" ? "" : m_pending));
+            else
+                for (int copy = 0; copy <= m_repeats; ++copy)
+                    Put(m_pending);
+        }
+        m_pending.clear();
+        m_repeats = 0;
+    }
+
+    std::string m_line, m_pending;
+    int m_repeats = 0;
+    bool m_atLineStart = true;
+};
+
+RC_GTEST_PROP(LineWriterProperty, TheLayoutIsThatOfTheRules, ())
+{
+    const CleanEnvironment clean;
+    LiteralWriter literal;
+    LineStringWriter writer;
+    literal.lineLimit = *rc::gen::inRange(5, 80);
+    Environment::Instance().SetDeckWriteMaxLineLength(literal.lineLimit);
+    for (int steps = *rc::gen::inRange(1, 100); steps > 0; --steps) {
+        switch (*rc::gen::inRange(0, 12)) {
+        case 0:
+            literal.NewLine();
+            writer.NewLine();
+            break;
+        case 1:
+            literal.FlushItems();
+            writer.FlushItems();
+            break;
+        case 2:
+            literal.valueLimit = *rc::gen::inRange(0, 6);
+            EXPECT_GE(writer.SetValueRepeatLimit(literal.valueLimit), 0);
+            break;
+        case 3:
+            literal.defaultLimit = *rc::gen::inRange(0, 6);
+            writer.SetDefaultRepeatLimit(literal.defaultLimit);
+            break;
+        case 4:
+            literal.dropDefaults = !literal.dropDefaults;
+            EXPECT_NE(writer.SetDropTrailingDefaults(literal.dropDefaults), literal.dropDefaults);
+            break;
+        default:
+            const auto token = *rc::gen::element<std::string>("1*", "1*", "5", "5", "'A B'", "/", "0.123456789012345");
+            const bool indent = *rc::gen::inRange(0, 4) > 0;
+            for (int count = *rc::gen::inRange(1, 12); count > 0; --count) {
+                literal.Write(token, indent);
+                writer.Write(token, indent);
+            }
+        }
+    }
+    literal.NewLine();
+    writer.NewLine();
+    RC_ASSERT(writer.GetText() == literal.text);
+}
+
 TEST(LineWriter, TextAndCopyEndTheirLine)
 {
     const std::string source = "ALPHA\nBETA\nGAMMA";
