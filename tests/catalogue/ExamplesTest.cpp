@@ -1,6 +1,7 @@
 // Every definition's example, in one deck: the scan finds each keyword, and the reader takes the data without a
 // message.
 #include <algorithm>
+#include <iterator>
 #include <set>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
@@ -117,6 +119,48 @@ TEST(CatalogueExamples, StandForEveryKeywordWithData)
             end = end == std::string_view::npos ? rest.size() : end + 1;
             EXPECT_LE(end, 133u) << syntax->GetName() << ": no line is read beyond column 132";
         }
+    }
+}
+
+/// Each region's table ends where it should: by its terminator, its rows, or as a copy of the one before.
+TEST(CatalogueExamples, TablesOfTwoRegionsAreToldApart)
+{
+    const struct
+    {
+        std::string name, data;
+    } tables[] = {
+        {"SWOF", " 0.2 0 1 1\n 1 1 0 0 /\n 0.3 0 1 1\n 1 1 0 0 /\n"},
+        {"SOF32D", " 0.2 0.8 /\n 0 0.1 0.2 /\n 0.2 0 0.1 /\n /\n 0.2 0.5 /\n 0 0.1 0.2 /\n /\n"},
+        {"ROCK", " 100 4E-5 /\n 200 5E-5 /\n"},
+        {"PVTO", " 1 50 1.05 1.2 /\n 20 150 1.15 1\n 250 1.13 1.1 /\n /\n 1 50 1.05 1.2 /\n 30 150 1.2 1 /\n /\n"},
+        {"PVTG", " 50 1E-5 0.02 0.01\n 0 0.02 0.01 /\n /\n 60 1E-5 0.02 0.01 /\n 90 0 0.01 0.01 /\n /\n"},
+        {"PVDG", " 50 0.02 0.01\n 200 0.01 0.02 /\n /\n"},
+        {"PVZG", " 100 /\n 50 0.9 0.015\n 200 0.85 0.02 /\n 120 /\n 50 0.91 0.015 /\n"},
+        {"PVTWSALT", " 250 0 /\n 0 1 4E-5 0.5 0\n 30 1 4E-5 0.5 0 /\n 260 0 /\n 0 1 4E-5 0.5 0 /\n"},
+        {"PLYVISCS", " 0 1 1 /\n 1 10 8 /\n /\n 0 1 1 /\n 2 20 15 /\n /\n"},
+        {"PLYSHLOG", " 1 10 /\n 0.1 1\n 10 0.5 /\n 1 /\n 0.1 1\n 10 0.4 /\n"},
+        {"ROCKTABH", " 1 1 1\n 2 1 1 /\n 1.5 1 1\n 2 1 1 /\n /\n 1 1 1\n 2 1 1 /\n /\n"},
+        {"OILVISCT", " 20 5\n 100 1 /\n 20 6\n 100 2 /\n"},
+        {"EOS", " PR /\n SRK /\n"},
+        {"BIC", " 0.01 0.02\n 0.03 /\n 3*0 /\n"},
+        {"KVTABT", " 50 1.2 0.4 /\n 100 1.5 0.6 /\n /\n 50 1.3 0.4 /\n /\n"},
+    };
+    std::string text = "RUNSPEC\nTABDIMS\n 2 2 6* 2 2 2* 2 /\nROCKCOMP\n HYSTER 2 /\nPROPS\n";
+    for (const auto& table : tables)
+        text += table.name + "\n" + table.data;
+    TestSupport::LogRecorder log;
+    const TestSupport::TestDeck deck({{"TABLES.DATA", text}}, false);
+    std::size_t index = 0;
+    for (DeckManager::KeywordIterator position = deck.Keywords().Begin(); *position != nullptr; ++position) {
+        if (index == std::size(tables) || position->GetName() != tables[index].name) continue;
+        const Keywords::IKeywordData* data = deck.Keywords().GetKeywordData(*position);
+        ASSERT_NE(data, nullptr) << tables[index].name;
+        EXPECT_EQ(static_cast<const Keywords::IKeywordListData*>(data)->GetElementCount(), 2) << tables[index].name;
+        ++index;
+    }
+    EXPECT_EQ(index, std::size(tables));
+    for (const auto& message : log.Messages()) {
+        if (!message.probe) ADD_FAILURE() << message.text;
     }
 }
 
