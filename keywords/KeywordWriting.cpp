@@ -209,6 +209,9 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool co
         stretches.emplace(*lines, m_position, m_size, CanHaveComment());
         ownEnd = restBegin = source.fresh || marked ? OwnEnd(*stretches, *lines, context) : stretches->end;
     }
+    // What its reader makes nothing of (a title that looks like a comment) isn't lost to a rewrite.
+    const bool readAfresh = source.fresh && lines && !m_dataChanged && !source.text && m_syntax->GetMetaData();
+    if (readAfresh && TakenSize(context) < 0) data.fresh = false;
     if (source.text) {
         ownText = *source.text;
         if (lines) {

@@ -1,6 +1,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <set>
+
+#include <rapidcheck/gtest.h>
 
 #include "files/KeywordFactory.h"
 #include "keywords/ForceRewrite.h"
@@ -268,6 +271,90 @@ TEST_F(KeywordWritingTest, TagSuppressionAndCommentLeaveTheRestAlone)
     });
 }
 
+/// A deck of keywords whose every comment line is its own: above keywords, behind their names, ahead of their data and
+/// among them, with blank lines, suppressed keywords and words that nobody knows in between.
+std::string GenerateDeckText()
+{
+    const auto pick = [](std::initializer_list<const char*> of) {
+        return std::string(*rc::gen::elementOf(std::vector<const char*>(of)));
+    };
+    int comments = 0;
+    const auto comment = [&](const char* indent) { return indent + ("-- c" + std::to_string(++comments)) + "\n"; };
+    std::string text = "RUNSPEC\n";
+    const int count = *rc::gen::inRange(1, 6);
+    for (int i = 0; i < count; ++i) {
+        const std::string mark = pick({"", "", "", "--@@@"});
+        const std::string name = pick({"DIMENS", "EQLDIMS", "OIL", "TITLE", "WELLDIMS", "NOSUCHKW"});
+        text += mark + name + pick({"", "", "  -- k", "   -- Generated", " -- k -- Generated"}) + "\n";
+        if (name == "TITLE") text += mark + "A title\n";
+        if (name == "DIMENS" || name == "EQLDIMS" || name == "WELLDIMS") {
+            if (*rc::gen::inRange(0, 3) == 0) text += comment(*rc::gen::elementOf(std::vector<const char*>{"", "  "}));
+            if (*rc::gen::inRange(0, 3) == 0) text += "\n" + comment("");
+            text += mark + pick({" 1 2 3 /\n", "1 2\t3/ x\n", " 1 1* 3 /\n 4 /\n"});
+        }
+        const int block = *rc::gen::inRange(0, 3);
+        for (int line = 0; line < block; ++line)
+            text += *rc::gen::inRange(0, 2) == 0 ? "\n" : comment(line == 0 ? " " : "");
+    }
+    if (*rc::gen::inRange(0, 4) == 0) text.pop_back();
+    return text;
+}
+
+std::multiset<std::string> CommentsIn(const std::string& text)
+{
+    std::multiset<std::string> comments;
+    for (std::size_t at = text.find("-- c"); at != std::string::npos; at = text.find("-- c", at + 1))
+        comments.insert(text.substr(at, text.find('\n', at) - at));
+    return comments;
+}
+
+RC_GTEST_PROP(KeywordWritingProperty, EditsOfAKeywordKeepAllElse, ())
+{
+    const TestSupport::CleanEnvironment environment;
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    const std::string text = GenerateDeckText();
+    RC_CLASSIFY(CommentsIn(text).size() > 2);
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", text}});
+    RC_ASSERT(Written(deck) == text);
+
+    std::vector<Keyword*> keywords;
+    for (KeywordFileIterator place = deck.TopFile().Begin(); place != deck.TopFile().End(); ++place)
+        keywords.push_back(static_cast<Keyword*>(const_cast<IKeyword*>(*place)));
+    // The first keyword, commented out, would become the header of the file.
+    RC_PRE(keywords.size() > 1);
+    const std::size_t edited = *rc::gen::inRange<std::size_t>(1, keywords.size());
+    Keyword& keyword = *keywords[edited];
+    const auto before = static_cast<std::size_t>(keyword.GetPosition());
+    const auto behind = before + static_cast<std::size_t>(keyword.GetSize());
+    for (const int edit : *rc::gen::container<std::vector<int>>(2, rc::gen::inRange(0, 5))) {
+        if (edit == 0) keyword.SetSuppressed(!keyword.IsSuppressed());
+        if (edit == 1) keyword.GetTagMgr().SetTag(!keyword.GetTagMgr().IsTagged());
+        if (edit == 2) keyword.CommentOut();
+        if (edit == 3) keyword.SetData(keyword.GetAndResetData(Context()), false);
+        if (edit == 4 && keyword.GetDataText() && !keyword.GetDataText()->empty())
+            RC_ASSERT(keyword.SetDataText(*keyword.GetDataText(), false));
+    }
+    const std::string written = Written(deck);
+    RC_LOG() << text << "becomes\n" << written;
+    RC_ASSERT(written.starts_with(text.substr(0, before)));
+    RC_ASSERT(written.ends_with(text.substr(behind)));
+    RC_ASSERT(CommentsIn(written) == CommentsIn(text));
+
+    // It reads as what it was written from, and what is read is written the same.
+    const TestDeck again(TestDeck::Texts{{"A.DATA", written}});
+    RC_ASSERT(Written(again) == written);
+    std::size_t next = 0;
+    for (KeywordFileIterator place = again.TopFile().Begin(); place != again.TopFile().End(); ++place, ++next) {
+        if (next == edited && keyword.IsCommentedOut()) ++next;
+        RC_ASSERT(next < keywords.size());
+        RC_ASSERT(place->GetName() == keywords[next]->GetName());
+        RC_ASSERT(place->IsSuppressed() == keywords[next]->IsSuppressed());
+        RC_ASSERT(place->IsGenerated() == keywords[next]->IsGenerated());
+    }
+    keyword.Rollback();
+    RC_ASSERT(Written(deck) == text);
+}
+
 TEST_F(KeywordWritingTest, RawTextEndsWithItsTerminator)
 {
     const auto text = [](Keyword& k) { EXPECT_TRUE(k.SetDataText("b\nPYEND", false)); };
@@ -303,6 +390,7 @@ TEST_F(KeywordWritingTest, ForceRewriteWritesFromTheTree)
         {"from text with comments", "DIMENS\n1 2 3/\n-- b\n",
          [](Keyword& k) { EXPECT_TRUE(k.SetDataText("-- d\n4 --e\n5 6 /", false)); },
          "DIMENS\n-- d\n  4 5 6 /\n-- b\n"},
+        {"a title that no reader sees", "TITLE\n-- x\n--b\nOIL\n", none, "TITLE\n-- x\n--b\nOIL\n", "TITLE"},
         {"suppressed", "--@@@DIMENS\n--@@@1 2 3/\n", none, "--@@@DIMENS\n--@@@  1 2 3 /\n"},
     });
 }
