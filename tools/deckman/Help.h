@@ -16,6 +16,7 @@ inline constexpr std::string_view helpText =
   deckman show DECK WHERE   a keyword's text as it stands
   deckman get DECK WHERE    the data of a keyword, or one item of them
   deckman find DECK REGEX   the keywords whose data match
+  deckman diff OLD NEW      what differs, by keyword and item
   deckman check DECK        what is wrong with the deck
 
 DECK is the deck's top file. WHERE is a place in the deck:

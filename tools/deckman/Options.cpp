@@ -80,6 +80,12 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     verb->callback([&options, &entry] { options.verb = &entry; });
     const auto takes = [&entry](Takes what) { return (entry.takes & what) != 0; };
     if (takes(TakesDeck)) AddDeck(*verb, options);
+    if (takes(TakesDecks)) {
+        verb->add_option("OLD", options.deck, "the top file of a deck")->required()->type_name("");
+        verb->add_option("NEW", options.newDeck, "the top file of the deck to compare it with")
+            ->required()
+            ->type_name("");
+    }
     if (takes(TakesWhere)) verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
     if (takes(TakesFilter)) AddFilter(*verb, options);

@@ -28,6 +28,7 @@ struct Options
     const VerbEntry* verb = nullptr; ///< set by `ParseOptions`
     std::string deck;                ///< the top file, as the user gave it
     std::string where;               ///< show
+    std::string newDeck;             ///< diff; `deck` is the old one
     std::string regex;               ///< find
     std::string at;                  ///< a date; empty for any
 

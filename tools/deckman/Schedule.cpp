@@ -162,7 +162,7 @@ private:
             m_isLost = false;
             m_baseDays.reset();
             if (m_start.IsDef()) m_baseDays = DaysBetween(m_start, times[i]);
-            AddNow(walk);
+            AddNow(walk).element = record;
         }
     }
 
@@ -196,7 +196,9 @@ private:
                     Tell(walk.Keyword(), false, fmt::format("Time stands still: {} is 0.", where));
                 m_sinceBase += value;
             }
-            AddNow(walk);
+            Moment& moment = AddNow(walk);
+            moment.element = i;
+            moment.step = list.GetElement(i).GetReal();
         }
     }
 
@@ -223,12 +225,13 @@ private:
 
     Time Now() const { return m_isLost ? Time() : m_base.Plus(m_sinceBase, Service::DAY); }
 
-    void AddNow(const DeckWalk& walk)
+    Moment& AddNow(const DeckWalk& walk)
     {
         Moment& moment = Add(walk);
-        if (m_isLost) return;
+        if (m_isLost) return moment;
         if (const Time now = Now(); now.IsDef()) moment.date = now;
         if (m_baseDays) moment.days = Rounded(*m_baseDays + m_sinceBase);
+        return moment;
     }
 
     Moment& Add(const DeckWalk& walk)

@@ -27,6 +27,8 @@ public:
     {
         const Tarn::Fjel::Core::DeckManager::IKeyword* keyword = nullptr; ///< START or the time keyword
         int index = 0;                                                    ///< of the keyword, as `ls` counts
+        int element = -1;                                                 ///< of its list; -1 for START
+        std::optional<double> step;                                       ///< the value of TSTEP or TIME
         std::string place;                                                ///< of the keyword, for people
         std::optional<Service::Time> date;                                ///< none where the deck doesn't tell it
         std::optional<double> days;                                       ///< since the start of the run

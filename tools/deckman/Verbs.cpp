@@ -77,6 +77,18 @@ constexpr VerbEntry verbs[] = {
      "note.\n\n"
      "Example: is the deck fit for a run\n"
      "  deckman check FIELD.DATA --simulator 300 --strict\n"},
+    {"diff", RunDiff, TakesDecks, "Tells what another deck has changed, by keyword and item.",
+     "Layout, comments, repeat counts, and how a deck is cut into files don't count. Keywords are matched in their "
+     "section\n"
+     "by name and identity, and in the schedule by time. A place is NEW's, and OLD's for what was removed; 1* is what "
+     "was\n"
+     "left to a default. Of a row of changed values the first five are told, and how many more there are. Exit status "
+     "0 "
+     "when\n"
+     "nothing differs, 1 when something does.\n"
+     "With --json a line each: {\"kind\",\"where\",\"old\",\"new\"}; kind is added, removed, changed or moved.\n\n"
+     "Example: what the new schedule changes\n"
+     "  deckman diff OLD/FIELD.DATA NEW/FIELD.DATA\n"},
 };
 
 } // namespace

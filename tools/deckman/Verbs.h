@@ -24,6 +24,7 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunDiff(Messages& messages, const Options& options, Output& out);
 
 /// What a verb takes besides the options that every verb takes.
 enum Takes : unsigned
@@ -35,6 +36,7 @@ enum Takes : unsigned
     TakesAll = 1U << 4,      ///< --all
     TakesDefaults = 1U << 8, ///< --defaults
     TakesAt = 1U << 9,       ///< --at
+    TakesDecks = 1U << 10,   ///< OLD, NEW
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.
