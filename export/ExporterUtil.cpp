@@ -169,7 +169,7 @@ FileWriteResult ExporterUtil::WriteForExport(KeywordFile& file, LineFileWriter* 
             source.WriteKeyword(keyword, context, simulator);
             return;
         }
-        source.WriteWithText(keyword, *text, context);
+        source.WriteReference(*reference, *text, context);
         if (report != nullptr) report->changes.push_back({&keyword, TextOf(keyword, *text, context)});
     };
     return WriteFile(file, writer, true, writeKeyword);
@@ -188,7 +188,7 @@ FileWriteResult ExporterUtil::WriteFile(KeywordFile& file, LineFileWriter* write
     const auto tell = [&]() -> std::int64_t { return writer != nullptr ? writer->Tell() : 0; };
     if (withHead || source.IsAllHead() || source.HasDataInHead()) source.CopyHead(false);
     if (!source.IsAllHead()) {
-        source.FlushHead();
+        source.FlushOpen();
         const std::int64_t headerSize = source.HeadSize() - file.HeaderBegin();
         if (withHead && headerSize > 0) {
             result.headerBegin = tell() - headerSize;

@@ -1,7 +1,10 @@
 #include "export/SourceFile.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
+#include "files/FileReferencingKeyword.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
 #include "text/KeywordFileReader.h"
@@ -9,6 +12,7 @@
 #include "text/LineStreamReader.h"
 #include "text/TagRecognisers.h"
 #include <deckmanager/DeckManagerException.h>
+#include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/service/FileStatus.h>
 #include <tarn/service/Strings.h>
@@ -19,6 +23,9 @@ namespace {
 
 /// What is turned into comments is read in pieces of this size.
 constexpr std::int64_t pieceSize = 1 << 20;
+
+/// A name that fits a line, whatever else stands there, so that the writer breaks no line for it.
+constexpr std::size_t longestToken = 100;
 
 const Keyword& AsKeyword(const std::shared_ptr<IKeyword>& keyword)
 {
@@ -105,7 +112,7 @@ void SourceFile::Flush()
         Refuse("has been changed on disk since it was read");
 }
 
-void SourceFile::FlushHead()
+void SourceFile::FlushOpen()
 {
     Flush();
     if (m_writer != nullptr) m_writer->ContinueOpenLine();
@@ -120,7 +127,7 @@ void SourceFile::CopyHead(bool continued, std::string_view ahead)
     std::int64_t begin = 0;
     if (!continued && (tagChanged || !ahead.empty())) Copy(0, mark);
     if (continued || tagChanged || !ahead.empty()) {
-        FlushHead();
+        continued ? Flush() : FlushOpen();
         begin = mark;
     }
     if (m_writer != nullptr) m_writer->WriteText(ahead);
@@ -162,10 +169,37 @@ void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Ke
     if (m_writer != nullptr) keyword.Write(*m_writer, context, simulator);
 }
 
-void SourceFile::WriteWithText(const Keyword& keyword, const std::string& dataText, const Context& context)
+void SourceFile::WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText,
+                                const Context& context)
 {
+    if (m_writer != nullptr && WriteAroundName(keyword, dataText)) return;
     Flush();
     if (m_writer != nullptr) keyword.WriteWithText(*m_writer, dataText, context);
+}
+
+bool SourceFile::WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText)
+{
+    if (!keyword.IsWrittenAsItStands() || keyword.Reader() != m_file.FileReader()) return false;
+    const std::optional<std::string> token = keyword.TokenAlone(dataText);
+    if (!token || token->size() > longestToken) return false;
+    ILineReader* reader = Reader();
+    const std::int64_t end = keyword.Position() + keyword.Size();
+    if (!LineReaderUtil::AdvanceToDataLine(reader, keyword.Position(), keyword.Size())) return false;
+    const std::int64_t lineBegin = reader->Tell();
+    std::array<char, longestToken * 4> line;
+    const std::int64_t count =
+        reader->ReadRaw(line.data(), std::min(static_cast<std::int64_t>(line.size()), end - lineBegin));
+    const std::string_view text(line.data(), static_cast<std::size_t>(std::max<std::int64_t>(count, 0)));
+    const std::string_view active = VeldaneDeckInfo::SkipSuppressMarker(text);
+    const auto [at, size] = FileReferencingKeyword::NameToken(active);
+    if (size == 0 || at + size >= active.size()) return false;
+    const std::int64_t nameBegin = lineBegin + static_cast<std::int64_t>(text.size() - active.size() + at);
+    Copy(keyword.Position(), nameBegin);
+    FlushOpen();
+    m_writer->Write(*token, false);
+    m_writer->FlushLine();
+    Copy(nameBegin + static_cast<std::int64_t>(size), end);
+    return true;
 }
 
 void SourceFile::LeaveOut(const Keyword& keyword, const Context& context)

@@ -12,6 +12,7 @@
 namespace Tarn::Fjel::Core::DeckManager {
 
 class Context;
+class FileReferencingKeyword;
 class ILineReader;
 class Keyword;
 class KeywordFile;
@@ -49,7 +50,9 @@ public:
 
     /// The keyword, as its text stands where nothing has changed it.
     void WriteKeyword(const Keyword& keyword, const Context& context, Keywords::SimulatorType simulator);
-    void WriteWithText(const Keyword& keyword, const std::string& dataText, const Context& context);
+    /// The keyword with other data, that name another file: where nothing but the name is changed, not a byte around it
+    /// is.
+    void WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
     void CopyGap(const Keyword& keyword);
@@ -62,8 +65,8 @@ public:
 
     /// Writes what is held back. To be called before anyone else writes.
     void Flush();
-    /// The same behind the head, which need not end a line: a byte order mark doesn't.
-    void FlushHead();
+    /// The same, and what comes next goes on in the line: a byte order mark ends none.
+    void FlushOpen();
 
     /// Closes the file, which opens again when it is needed.
     void PutAside();
@@ -71,6 +74,7 @@ public:
     ILineReader* Reader();
 
 private:
+    bool WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText);
     void Copy(std::int64_t begin, std::int64_t end);
     std::int64_t GapEnd(std::int64_t begin) const;
     [[noreturn]] void Refuse(const char* reason) const;

@@ -102,7 +102,7 @@ void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
         if (name) text = include.TextWithName(m_rename(*name), m_context);
     }
     if (text) {
-        source.WriteWithText(include, *text, m_context);
+        source.WriteReference(include, *text, m_context);
         if (m_report != nullptr && m_options.planOnly) {
             LineStringWriter changed;
             include.WriteWithText(changed, *text, m_context);

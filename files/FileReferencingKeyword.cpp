@@ -26,8 +26,9 @@ std::string Quoted(const std::string& name)
     return std::string(1, VeldaneDeckInfo::QUOTE).append(name) += VeldaneDeckInfo::QUOTE;
 }
 
-/// Where the first token of a data text stands, quotes included; empty when there is none.
-std::pair<std::size_t, std::size_t> FirstToken(std::string_view text)
+} // namespace
+
+std::pair<std::size_t, std::size_t> FileReferencingKeyword::NameToken(std::string_view text)
 {
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = std::min(text.find('\n', begin), text.size());
@@ -51,7 +52,21 @@ std::pair<std::size_t, std::size_t> FirstToken(std::string_view text)
     return {0, 0};
 }
 
-} // namespace
+std::optional<std::string> FileReferencingKeyword::TokenAlone(const std::string& text) const
+{
+    const std::shared_ptr<std::string> present = const_cast<FileReferencingKeyword*>(this)->GetDataText();
+    if (!present) return std::nullopt;
+    const auto [at, size] = NameToken(*present);
+    const auto [changedAt, changedSize] = NameToken(text);
+    const std::string_view before = *present;
+    const std::string_view after = text;
+    if (size == 0 || changedSize == 0 || before.substr(0, at) != after.substr(0, changedAt) ||
+        before.substr(at + size) != after.substr(changedAt + changedSize))
+    {
+        return std::nullopt;
+    }
+    return text.substr(changedAt, changedSize);
+}
 
 const FileReferencingKeyword* FileReferencingKeyword::From(const IKeyword* keyword)
 {
@@ -88,7 +103,7 @@ std::optional<std::string> FileReferencingKeyword::TextWithName(const std::strin
     auto& self = const_cast<FileReferencingKeyword&>(*this);
     const std::shared_ptr<std::string> text = self.GetDataText();
     if (!ForceRewrite::IsOn() && text) {
-        const auto [at, size] = FirstToken(*text);
+        const auto [at, size] = NameToken(*text);
         const std::string_view present = std::string_view(*text).substr(at, size);
         if (size > 0 && (present == name || present == Quoted(name))) return std::nullopt;
         std::string changed = *text;

@@ -2,6 +2,8 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "keywords/Keyword.h"
@@ -30,6 +32,12 @@ public:
     /// The data text of the keyword with another file's name in the place of its own, and everything else as it is. No
     /// value where that is no change.
     std::optional<std::string> TextWithName(const std::string& name, const Context& context) const;
+
+    /// Where the token stands that is the file's name in a data text or at the head of its line, quotes included: begin
+    /// and size. No size when there is none.
+    static std::pair<std::size_t, std::size_t> NameToken(std::string_view text);
+    /// The token in the place of the name, where that is all in which `text` differs from the data text of the keyword.
+    std::optional<std::string> TokenAlone(const std::string& text) const;
 
     /// Writes the keyword for a copy of the deck in `directory`. The files that come along wait in `fileMap`.
     void ExportTo(ILineWriter& writer, const Service::Directory& directory, const Context& context,
