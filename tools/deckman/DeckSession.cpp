@@ -7,6 +7,7 @@
 #include <deckmanager/Environment.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
+#include <deckmanager/LineEnds.h>
 #include <fmt/format.h>
 #include <unistd.h>
 
@@ -33,6 +34,8 @@ void SetUpProcess(const Options& options)
     auto& environment = DeckManager::Environment::Instance();
     environment.SetPATHSSupport(true);
     environment.SetPreventEmptyFileCreation(true);
+    using LineEnds = DeckManager::LineEnds;
+    LineEnds::SetPolicy(options.crLf ? LineEnds::Policy::CrLf : LineEnds::Policy::Keep);
     if (options.simulator) environment.EnableSKIPENDSKIP(true, *options.simulator);
     if (options.keywordTag) environment.SetCustomKeywordGeneratedTag(*options.keywordTag);
     if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);

@@ -18,6 +18,10 @@ inline constexpr std::string_view helpText =
   deckman find DECK REGEX   the keywords whose data match
   deckman diff OLD NEW      what differs, by keyword and item
   deckman check DECK        what is wrong with the deck
+  deckman template NAME     the text to start a keyword from
+  deckman flatten DECK -o FILE      the deck in one file
+  deckman copy DECK DIR             the deck with all its files in another directory
+  deckman clone DECK --suffix S     the deck beside itself
 
 DECK is the deck's top file. WHERE is a place in the deck:
   WELSPECS              the first keyword of that name

@@ -70,6 +70,37 @@ void AddAll(CLI::App& verb, Options& options)
     verb.add_flag("--all", options.all, "the keywords behind the end too; then they count in the index");
 }
 
+/// What the verbs that write take.
+void AddWriting(CLI::App& verb, Options& options)
+{
+    const auto toLineEnds = [&options](const std::string& kind) {
+        if (kind != "crlf" && kind != "keep") throw CLI::ValidationError("--eol", "crlf or keep is expected.");
+        options.crLf = kind == "crlf";
+    };
+    verb.add_flag("--dry-run", options.dryRun, "say what would be done, and do nothing");
+    verb.add_option_function<std::string>("--eol", toLineEnds, "line ends: crlf, or keep (those of the files)")
+        ->type_name("KIND");
+}
+
+void AddExport(CLI::App& verb, unsigned takes, Options& options)
+{
+    if ((takes & TakesOutput) != 0)
+        verb.add_option("-o,--output", options.output, "the file to write")->required()->type_name("FILE");
+    if ((takes & TakesDirectory) != 0)
+        verb.add_option("DIR", options.directory, "the directory to copy to")->required()->type_name("");
+    if ((takes & TakesSuffix) != 0) {
+        verb.add_option("--suffix", options.suffix, "what goes behind the root of each file's name")
+            ->required()
+            ->type_name("S");
+    }
+    if ((takes & TakesRange) != 0) {
+        verb.add_option("--from", options.from, "only from that keyword on")->type_name("WHERE");
+        verb.add_option("--to", options.to, "only through that keyword, and all that it includes")->type_name("WHERE");
+    }
+    if ((takes & TakesRewrite) != 0)
+        verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
+}
+
 void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
 {
     CLI::App* verb = app.add_subcommand(std::string(entry.name), std::string(entry.does));
@@ -94,6 +125,14 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
         verb->add_option("--at", options.at, "only keywords in force from that date's time keyword to the next")
             ->type_name("DATE");
     }
+    if (takes(TakesName)) {
+        const auto toName = [&options](const std::string& name) {
+            options.name = Tarn::Fjel::Core::Service::Uppercased(name);
+        };
+        verb->add_option_function<std::string>("NAME", toName, "a keyword's name")->required()->type_name("");
+    }
+    AddExport(*verb, entry.takes, options);
+    if (takes(TakesWriting)) AddWriting(*verb, options);
     if (takes(TakesDefaults)) verb->add_flag("--defaults", options.defaults, "fill in the defaults that are known");
 }
 

@@ -35,6 +35,16 @@ struct Options
     KeywordFilter filter;
     bool all = false;      ///< the keywords behind the end too
     bool defaults = false; ///< get
+    std::string name;      ///< template, in capitals
+
+    std::string output;    ///< flatten
+    std::string directory; ///< copy
+    std::string suffix;    ///< clone
+    std::string from;      ///< a range of keywords, both ends included; empty: from the first
+    std::string to;        ///< empty: to the last
+    bool rewrite = false;  ///< keywords are written from their data
+    bool dryRun = false;   ///< say what would be done, and do nothing
+    bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
 
     bool json = false;
     bool strict = false;

@@ -77,6 +77,40 @@ constexpr VerbEntry verbs[] = {
      "note.\n\n"
      "Example: is the deck fit for a run\n"
      "  deckman check FIELD.DATA --simulator 300 --strict\n"},
+    {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.",
+     "NAME in any case. With --json one object: {\"name\",\"text\"}.\n\n"
+     "Example: a new table of relative permeabilities\n"
+     "  deckman template SWOF\n"},
+    {"flatten", RunFlatten, TakesDeck | TakesOutput | TakesRange | TakesAll | TakesRewrite | TakesWriting,
+     "Writes a deck into one file: in the place of each INCLUDE stands what it includes.",
+     "What stands behind the deck's end is written too, and so are all comments. An INCLUDE that brings nothing in "
+     "stays.\n"
+     "What stands behind an ENDINC becomes comments. A file of the deck is never written over.\n"
+     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With --dry-run "
+     "also\n"
+     "{\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, new null for a keyword that goes.\n\n"
+     "Example: the whole deck, and its schedule from a well's first keyword on\n"
+     "  deckman flatten FIELD.DATA -o FLAT.DATA\n"
+     "  deckman flatten FIELD.DATA -o late.inc --from SCHEDULE/WELSPECS#2\n"},
+    {"copy", RunCopy, TakesDeck | TakesDirectory | TakesRewrite | TakesWriting,
+     "Copies a deck with all files that it refers to into another directory.",
+     "All files lie side by side there, and the keywords name them so; of two with one name the second gets a number. "
+     "Grid\n"
+     "files come along, but replace none that is there. With --simulator the keywords that it doesn't know are left "
+     "out.\n"
+     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written, kept (a grid file was there) "
+     "or\n"
+     "missing. With --dry-run also {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.\n\n"
+     "Example:\n"
+     "  deckman copy FIELD.DATA ../run2\n"},
+    {"clone", RunClone, TakesDeck | TakesSuffix | TakesRewrite | TakesWriting,
+     "Copies each file of a deck beside itself, under a name with a suffix.",
+     "The suffix goes ahead of the last dot of each file's name, and of the names in INCLUDE keywords.\n"
+     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With --dry-run "
+     "also\n"
+     "{\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.\n\n"
+     "Example: FIELD_B.DATA, with wells_B.inc and all others\n"
+     "  deckman clone FIELD.DATA --suffix _B\n"},
     {"diff", RunDiff, TakesDecks, "Tells what another deck has changed, by keyword and item.",
      "Layout, comments, repeat counts, and how a deck is cut into files don't count. Keywords are matched in their "
      "section\n"

@@ -13,8 +13,8 @@ namespace Deckman {
 class DeckSession;
 class Messages;
 
-/// The verbs, a source file each. They print to `out`, tell trouble through the messages or by `Failure`, and change
-/// nothing on disk.
+/// The verbs. They print to `out`, and tell trouble through the messages or by `Failure`. Nothing is changed on disk but
+/// by those that take `TakesWriting`.
 ExitStatus RunLs(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunTree(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunSections(DeckSession& session, const Options& options, Output& out);
@@ -24,6 +24,10 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunClone(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunTemplate(Messages& messages, const Options& options, Output& out);
 ExitStatus RunDiff(Messages& messages, const Options& options, Output& out);
 
 /// What a verb takes besides the options that every verb takes.
@@ -37,6 +41,13 @@ enum Takes : unsigned
     TakesDefaults = 1U << 8, ///< --defaults
     TakesAt = 1U << 9,       ///< --at
     TakesDecks = 1U << 10,   ///< OLD, NEW
+    TakesName = 1U << 16,      ///< NAME
+    TakesOutput = 1U << 17,    ///< -o
+    TakesDirectory = 1U << 18, ///< DIR
+    TakesSuffix = 1U << 19,    ///< --suffix
+    TakesRange = 1U << 20,     ///< --from, --to
+    TakesRewrite = 1U << 21,   ///< --rewrite
+    TakesWriting = 1U << 22,   ///< --dry-run, --eol: the verb changes something on disk
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.

@@ -1,0 +1,247 @@
+// The verbs that write a deck out of its files: flatten, copy and clone.
+
+#include <functional>
+#include <set>
+#include <string>
+
+#include <deckmanager/Exporter.h>
+#include <deckmanager/IKeyword.h>
+#include <deckmanager/IKeywordFile.h>
+#include <deckmanager/KeywordIterator.h>
+#include <deckmanager/KeywordText.h>
+#include <fmt/format.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/keywords/SimulatorType.h>
+
+#include "DeckSession.h"
+#include "Json.h"
+#include "Table.h"
+#include "UnifiedDiff.h"
+#include "Verbs.h"
+#include "Where.h"
+
+namespace Deckman {
+
+namespace {
+
+using Action = DeckManager::ExportReport::Action;
+
+DeckManager::ExportOptions ToExportOptions(const Options& options)
+{
+    DeckManager::ExportOptions result;
+    if (options.simulator) result.simulator = *options.simulator;
+    result.forceRewrite = options.rewrite;
+    result.planOnly = options.dryRun;
+    return result;
+}
+
+std::string_view NameOf(Action action)
+{
+    switch (action) {
+    case Action::Kept:
+        return "kept";
+    case Action::Missing:
+        return "missing";
+    default:
+        return "written";
+    }
+}
+
+void PrintJson(const DeckSession& session, const DeckManager::ExportReport& report, Output& out)
+{
+    for (const auto& file : report.files) {
+        out.Append(fmt::format("{{\"action\":\"{}\",\"from\":", NameOf(file.action)));
+        AppendJsonString(out, session.ShownName(file.from));
+        out.Append(",\"to\":");
+        if (file.to.empty())
+            out.Append("null");
+        else
+            AppendJsonString(out, file.to);
+        out.Append("}\n");
+    }
+}
+
+std::string LeafOf(const std::string& name)
+{
+    return name.substr(name.rfind('/') + 1);
+}
+
+/// A file may get another name than it had, or than the verb gives to the others: the user has to know.
+std::string RemarkOn(const DeckManager::ExportReport::File& file, bool keepsLeaves)
+{
+    if (file.action == Action::Kept) return "kept: a file stands there";
+    if (file.action == Action::Missing) return "missing";
+    if (keepsLeaves && LeafOf(file.from) != LeafOf(file.to)) return "another file has its name";
+    return {};
+}
+
+void PrintTable(const DeckSession& session, const DeckManager::ExportReport& report, bool keepsLeaves, Output& out)
+{
+    Table table({{"file"}, {"written to"}, {"remark"}});
+    bool isTop = true;
+    for (const auto& file : report.files) {
+        const bool isMissing = file.action == Action::Missing;
+        table.Add(session.Log().Shown(file.from), isMissing ? Style::Alert : Style::Plain);
+        table.Add(file.to.empty() ? std::string() : session.Log().Shown(file.to));
+        table.Add(RemarkOn(file, keepsLeaves && !isTop), isMissing ? Style::Alert : Style::Faint);
+        isTop = false;
+    }
+    table.Print(out);
+}
+
+std::string WithLineFeeds(std::string text)
+{
+    std::erase(text, '\r');
+    return text;
+}
+
+struct KeywordChange
+{
+    std::string before;
+    std::string after;
+};
+
+KeywordChange ChangeOf(const DeckManager::ExportReport::Change& change)
+{
+    const DeckManager::KeywordText text(*change.keyword);
+    if (change.text.empty()) return {std::string(text.Own()), {}};
+    return {text.All(), WithLineFeeds(change.text)};
+}
+
+void PrintChanges(const DeckSession& session, const DeckManager::ExportReport& report, bool json, Output& out)
+{
+    UnifiedDiff diff(out);
+    for (const auto& change : report.changes) {
+        const auto [before, after] = ChangeOf(change);
+        const DeckManager::IKeywordFile& file = *change.keyword->GetFile();
+        if (!json) {
+            diff.Add(session.PlaceOf(file), change.keyword->GetLine(), before, after);
+            continue;
+        }
+        out.Append("{\"action\":\"changed\",\"file\":");
+        AppendJsonString(out, session.Shown(file.GetFileName()));
+        out.Append(fmt::format(",\"line\":{},\"name\":", change.keyword->GetLine()));
+        AppendJsonString(out, change.keyword->GetName());
+        out.Append(",\"old\":");
+        AppendJsonString(out, before);
+        out.Append(",\"new\":");
+        if (after.empty())
+            out.Append("null");
+        else
+            AppendJsonString(out, after);
+        out.Append("}\n");
+    }
+}
+
+/// Does an export and tells what it did. `write` is false when it could not be done, which the library has told.
+ExitStatus Export(const DeckSession& session, const Options& options, bool keepsLeaves, const std::string& target,
+                  const std::function<bool(DeckManager::ExportReport&)>& write, Output& out)
+{
+    DeckManager::ExportReport report;
+    bool done = false;
+    try {
+        done = write(report);
+    } catch (const Service::Exception& exception) {
+        throw Failure(FileFailure, exception.what(), target);
+    }
+    if (!done) {
+        if (!report.failure.empty()) session.Log().Error(target, report.failure);
+        return FileFailure;
+    }
+    for (const auto& file : report.files) {
+        if (file.action != Action::Missing) continue;
+        const std::string name = file.from.empty() ? "what " + file.keyword->GetName() + " names" : file.from;
+        session.Log().Warning(session.PlaceOf(*file.keyword),
+                              fmt::format("The file {} does not exist.", session.Log().Shown(name)));
+    }
+    if (options.json)
+        PrintJson(session, report, out);
+    else
+        PrintTable(session, report, keepsLeaves, out);
+    if (options.dryRun) {
+        if (!options.json && !report.changes.empty()) out.Append('\n');
+        PrintChanges(session, report, options.json, out);
+    }
+    return Done;
+}
+
+/// The files from the top file down to that of a keyword.
+std::set<DeckManager::IKeywordFile*> FilesAround(const DeckSession& session, const DeckManager::IKeyword& keyword)
+{
+    std::set<DeckManager::IKeywordFile*> files;
+    const DeckManager::IKeyword* level = &keyword;
+    while (level != nullptr && files.insert(level->GetFile()).second)
+        level = session.Keywords().GetIncludingKeyword(level->GetFile());
+    return files;
+}
+
+/// Behind a keyword, and behind all that it includes.
+DeckManager::KeywordIterator Behind(const DeckSession& session, const Where::Place& place)
+{
+    DeckManager::KeywordIterator end = place.position;
+    ++end;
+    if (place.keyword->GetSyntax()->GetKind() != Tarn::Fjel::Core::Keywords::KeywordKind::Include) return end;
+    const std::set<DeckManager::IKeywordFile*> around = FilesAround(session, *place.keyword);
+    while (*end != nullptr && around.count(end->GetFile()) == 0)
+        ++end;
+    return end;
+}
+
+} // namespace
+
+ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out)
+{
+    const DeckManager::IDeckKeywords& keywords = session.Keywords();
+    if (options.output.empty() || options.output.ends_with('/') || options.output == "-")
+        throw Failure(WrongUsage, "-o takes the name of a file.");
+    DeckManager::KeywordIterator begin = keywords.Begin();
+    DeckManager::KeywordIterator end = keywords.PhysicalEnd();
+    int first = 1;
+    if (!options.from.empty()) {
+        const Where::Place place = Where::Parse(options.from).FindKeyword(session, {options.all}, "flatten");
+        begin = place.position;
+        first = place.index;
+    }
+    if (!options.to.empty()) {
+        const Where::Place place = Where::Parse(options.to).FindKeyword(session, {options.all}, "flatten");
+        if (place.index < first) {
+            throw Failure(WrongUsage, fmt::format("{} stands ahead of {}.", options.to,
+                                                  options.from.empty() ? "the first keyword" : options.from));
+        }
+        end = Behind(session, place);
+    }
+    const auto write = [&](DeckManager::ExportReport& report) {
+        return DeckManager::Exporter::ExportToSingleFile(keywords, begin, end, options.output, ToExportOptions(options),
+                                                         &report);
+    };
+    return Export(session, options, false, options.output, write, out);
+}
+
+ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out)
+{
+    Service::Directory directory(options.directory);
+    if (!directory.IsSet()) throw Failure(WrongUsage, "DIR takes the name of a directory.");
+    directory.MakeComplete(Service::Directory::Current());
+    if (directory == session.TopFile().GetDirectory())
+        throw Failure(FileFailure, "A deck is not copied into its own directory.", options.directory);
+    const auto write = [&](DeckManager::ExportReport& report) {
+        return DeckManager::Exporter::CopyToDirectory(session.Keywords(), directory.Name(), {},
+                                                      ToExportOptions(options), &report);
+    };
+    return Export(session, options, true, options.directory, write, out);
+}
+
+ExitStatus RunClone(DeckSession& session, const Options& options, Output& out)
+{
+    if (options.suffix.find_first_of("/\\") != std::string::npos)
+        throw Failure(WrongUsage, "--suffix takes a part of a file's name.");
+    const auto write = [&](DeckManager::ExportReport& report) {
+        return !DeckManager::Exporter::CopyToSameDir(session.Keywords(), options.suffix, ToExportOptions(options),
+                                                     &report)
+                    .empty();
+    };
+    return Export(session, options, false, session.PlaceOf(*session.Keywords().GetDataFile()), write, out);
+}
+
+} // namespace Deckman
