@@ -31,17 +31,22 @@ struct ReadPlace
 {
     const IKeyword& keyword;
     const KeywordDataStore& store;
-    bool textIsInFile; ///< the store reads the file that the keyword's line number counts
+    bool textIsInFile;             ///< the store reads the file that the keyword's line number counts
+    Service::Log::Location around; ///< of a text that stands in no keyword file: where whoever has it reads it from
+
+    bool IsLoose() const { return keyword.GetFile() == nullptr && around.IsKnown(); }
 
     static int Line(const void* context)
     {
         const auto& place = *static_cast<const ReadPlace*>(context);
-        const int line = place.keyword.GetLine();
-        return line > 0 && place.textIsInFile ? line + place.store.LineInExtent() : line;
+        const bool isLoose = place.IsLoose();
+        const int line = isLoose ? place.around.line : place.keyword.GetLine();
+        return line > 0 && (isLoose || place.textIsInFile) ? line + place.store.LineInExtent() : line;
     }
 
     std::string_view File() const
     {
+        if (IsLoose()) return around.file;
         const IKeywordFile* const file = keyword.GetFile();
         return file ? std::string_view(file->GetFileName().GetFullName()) : std::string_view();
     }
@@ -64,7 +69,7 @@ void KeywordDataDeserializer::Deserialize(const IKeyword& keyword, Keywords::IKe
     Service::MessageCapper::instance().setCurrentKeyword(keyword.GetName());
     const long long position = reader.Tell();
     KeywordDataStore store(&reader);
-    const ReadPlace place{keyword, store, firstLineIsKeywordName};
+    const ReadPlace place{keyword, store, firstLineIsKeywordName, Service::Log::CurrentPlace()};
     const Service::Log::Place logPlace(place.File(), &ReadPlace::Line, &place);
     if (!store.Open(keyword, start, length, firstLineIsKeywordName)) return;
     try {

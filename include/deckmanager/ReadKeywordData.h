@@ -1,10 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <string>
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordData;
-}
+class IKeywordSyntax;
+} // namespace Tarn::Fjel::Core::Keywords
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -25,5 +27,13 @@ class KeywordVariables;
 /// REQUIRES: `keyword` stands in a file of `deck`.
 std::unique_ptr<Keywords::IKeywordData> ReadKeywordData(const IDeckKeywords& deck, const IKeyword& keyword,
                                                         KeywordVariables* variables = nullptr);
+
+/// Reads the data of a keyword of that syntax and name from `text`, the lines behind the keyword's own, without a deck.
+/// `variables`, if given, takes references to variables, else these are text. Messages stand where the text does: on
+/// the line of the `Service::Log::Place` in scope, which is taken for the text's first line, and those below it.
+///
+/// Null for a keyword without data. Throws `DeckManagerException` when a size is one that only a deck can tell.
+std::unique_ptr<Keywords::IKeywordData> ReadKeywordData(const Keywords::IKeywordSyntax& syntax, const std::string& name,
+                                                        const std::string& text, KeywordVariables* variables = nullptr);
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -9,6 +9,8 @@
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordSyntaxTable.h>
 
 namespace {
 
@@ -68,12 +70,40 @@ TEST_F(ReadKeywordDataTest, TheDeckAnswersForSizesAndVariables)
 
 TEST_F(ReadKeywordDataTest, AReadThatThrowsCanBeTriedAgain)
 {
-    const TestDeck deck(
-        TestDeck::Texts{{"A.DATA", "RUNSPEC\nGASSOL\n1 /\nCO2SOL\nTABDIMS\n1 1 /\nPROPS\nSOLUBILT\n1.0 0.5 /\n/\n"}});
-    const IKeyword& solubilities = **deck.At("SOLUBILT");
+    // A size that no deck can tell.
+    const auto table = Keywords::KeywordSyntaxTable::FromText(
+        R"([{"name": "X", "sections": "all", "data": {"type": "record", "items": [{"type": "list", "name": "L",
+            "termination": "none", "size": "context:NOSUCH", "element": {"type": "real"}}]}}])");
+    Environment::Instance().SetSyntaxTable(table.get());
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "X\n1.0 /\n"}});
+    const IKeyword& keyword = **deck.At("X");
     for (int i = 0; i < 2; ++i)
-        EXPECT_THROW(ReadKeywordData(deck.Keywords(), solubilities), DeckManagerException);
-    EXPECT_THROW(deck.Keywords().GetKeywordData(&solubilities), DeckManagerException);
+        EXPECT_THROW(ReadKeywordData(deck.Keywords(), keyword), DeckManagerException);
+    EXPECT_THROW(deck.Keywords().GetKeywordData(&keyword), DeckManagerException);
+}
+
+TEST_F(ReadKeywordDataTest, ATextWithoutADeck)
+{
+    const auto& table = *Environment::Instance().GetSyntaxTable();
+    const auto read = [&table](const std::string& name, const std::string& text,
+                               KeywordVariables* variables = nullptr) {
+        return ReadKeywordData(*table.FindSyntax(name, true), name, text, variables);
+    };
+    EXPECT_EQ(Elements(read("TSTEP", "1 2 3 /").get()), 3);
+    EXPECT_TRUE(m_log.Empty());
+    {
+        const Service::Log::Place place("piece.txt", 7);
+        EXPECT_EQ(Elements(read("TSTEP", "-- steps\n1\nx 2 /\n").get()), 2);
+    }
+    ASSERT_EQ(m_log.Count(), 1);
+    EXPECT_EQ(m_log.Messages()[0].file, "piece.txt");
+    EXPECT_EQ(m_log.Messages()[0].line, 9);
+
+    KeywordVariables variables;
+    const auto data = read("TSTEP", "$STEP /", &variables);
+    EXPECT_NE(variables.GetDataVariables(data.get()), nullptr);
+    EXPECT_EQ(read("OIL", ""), nullptr);
+    EXPECT_THROW(read("ZMFVD", "1.0 0.5 /\n/\n"), DeckManagerException);
 }
 
 } // namespace

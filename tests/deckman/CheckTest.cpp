@@ -128,10 +128,6 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
           "TOP.DATA:7 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
           "not "
           "valid. Must be a whole number."}},
-        // An exception ends the keyword, and the check goes on.
-        {{{"TOP.DATA", "RUNSPEC\nGASSOL\n1 /\nCO2SOL\nPROPS\nSOLUBILT\n1.0 0.5 /\nSCHEDULE\nTSTEP\n1 x /\n"}},
-         {"TOP.DATA:6 SOLUBILT error: Context::EvalSpecial: GASSOL cannot be used with CO2SOL & H2SOL keywords",
-          "TOP.DATA:10 TSTEP error: \"x\" can not be converted into double"}},
         // What a simulator skips is not checked for it; for all others it is.
         {{{"TOP.DATA", "RUNSPEC\nOIL\nSKIP100\nNOSUCH 1\nPORO\nx /\nENDSKIP\nCOMPS\n3 /\n"}},
          {"TOP.DATA:8 COMPS warning: Keyword COMPS is not known to the simulator 100."},

@@ -46,7 +46,7 @@ void AddDeck(CLI::App& verb, Options& options)
     verb.add_option("DECK", options.deck, "the top file of the deck")->required()->type_name("");
 }
 
-void AddFilter(CLI::App& verb, Options& options)
+void AddSection(CLI::App& verb, Options& options, const char* does)
 {
     const auto toSection = [&options](const std::string& name) {
         options.filter.section = FindSection(name);
@@ -55,10 +55,15 @@ void AddFilter(CLI::App& verb, Options& options)
                                        fmt::format("'{}' is not a section.{}", name, NearestHint(name, sectionNames)));
         }
     };
+    verb.add_option_function<std::string>("--section", toSection, does)->type_name("S");
+}
+
+void AddFilter(CLI::App& verb, Options& options)
+{
     const auto toGlob = [&options](const std::string& glob) {
         options.filter.nameGlob = Tarn::Fjel::Core::Service::Uppercased(glob);
     };
-    verb.add_option_function<std::string>("--section", toSection, "only the keywords of a section")->type_name("S");
+    AddSection(verb, options, "only the keywords of a section");
     verb.add_option_function<std::string>("--name", toGlob, "only keywords with such a name; * and ? match any")
         ->type_name("GLOB");
     CLI::Option* user = verb.add_flag("--user", options.filter.userOnly, "only keywords without the generated tag");
@@ -101,6 +106,16 @@ void AddExport(CLI::App& verb, unsigned takes, Options& options)
         verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
 }
 
+void AddSyntax(CLI::App& verb, Options& options)
+{
+    const auto toName = [&options](const std::string& name) {
+        options.name = Tarn::Fjel::Core::Service::Uppercased(name);
+    };
+    CLI::Option* name = verb.add_option_function<std::string>("NAME", toName, "a keyword's name")->type_name("");
+    AddSection(verb, options, "only keywords that may stand in a section");
+    verb.add_flag("--stats", options.stats, "counts by section, kind and confidence")->excludes(name);
+}
+
 void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
 {
     CLI::App* verb = app.add_subcommand(std::string(entry.name), std::string(entry.does));
@@ -121,6 +136,10 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
     if (takes(TakesFilter)) AddFilter(*verb, options);
     if (takes(TakesAll)) AddAll(*verb, options);
+    if (takes(TakesSyntax)) AddSyntax(*verb, options);
+    if (takes(TakesFile))
+        verb->add_option("FILE", options.file, "a file of deck text, - for standard input")->required()->type_name("");
+    if (takes(TakesComments)) verb->add_flag("--comments", options.comments, "the comment above the keyword too");
     if (takes(TakesAt)) {
         verb->add_option("--at", options.at, "only keywords in force from that date's time keyword to the next")
             ->type_name("DATE");

@@ -46,6 +46,11 @@ struct Options
     bool dryRun = false;   ///< say what would be done, and do nothing
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
 
+    bool comments = false; ///< the comment above a keyword too
+    std::string file;      ///< read; "-" for standard input
+    std::string name;      ///< syntax, in capitals; empty for all
+    bool stats = false;
+
     bool json = false;
     bool strict = false;
     std::optional<Tarn::Fjel::Core::Keywords::SimulatorType> simulator;

@@ -23,8 +23,11 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out)
         AppendJsonString(out, text.Own());
         out.Append(",\"comment\":");
         AppendJsonString(out, keyword.GetComment());
+        out.Append(",\"above\":");
+        AppendJsonString(out, session.Keywords().GetComment(place.position, true));
         out.Append("}\n");
     } else {
+        if (options.comments) out.Append(session.Keywords().GetComment(place.position, true));
         out.Append(text.Own());
         if (!text.Own().empty() && !text.Own().ends_with('\n')) out.Append('\n');
     }

@@ -38,11 +38,14 @@ constexpr VerbEntry verbs[] = {
      "doesn't tell is null.\n\n"
      "Example: when the run ends\n"
      "  deckman dates FIELD.DATA | tail -1\n"},
-    {"show", RunShow, TakesDeck | TakesWhere | TakesAll | TakesAt, "Shows the text of one keyword as it stands.",
+    {"show", RunShow, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesComments,
+     "Shows the text of one keyword as it stands.",
      "WHERE is NAME, NAME#3, SECTION/NAME#3, FILE:LINE or @17. The comment lines above the next keyword are not "
      "shown:\n"
      "they belong to that one.\n"
-     "With --json one object: {\"name\",\"text\",\"comment\"}; comment is the one below the keyword's line.\n\n"
+     "With --json one object: {\"name\",\"text\",\"comment\",\"above\"}; comment is the one below the keyword's "
+     "line,\n"
+     "above the lines above it.\n\n"
      "Example: the keyword around line 120 of a file, and the second COMPDAT\n"
      "  deckman show FIELD.DATA wells.inc:120\n"
      "  deckman show FIELD.DATA COMPDAT#2\n"},
@@ -77,6 +80,20 @@ constexpr VerbEntry verbs[] = {
      "note.\n\n"
      "Example: is the deck fit for a run\n"
      "  deckman check FIELD.DATA --simulator 300 --strict\n"},
+    {"read", RunRead, TakesFile, "Reads a piece of deck text, as the SCHEDULE section knows it, without a deck.",
+     "FILE - is standard input. Sizes that only a deck can tell are errors; the keyword's text is given all the "
+     "same.\n"
+     "With --json a line each: {\"name\",\"data\",\"text\"}; text is what stands below the keyword's line, data are as "
+     "get\n"
+     "shows them, null without data and where they can't be read.\n\n"
+     "Example: a pasted well, as JSON\n"
+     "  deckman read --json - < new_wells.txt\n"},
+    {"syntax", RunSyntax, TakesSyntax, "Shows what the catalogue knows of keywords: all, or every definition of one.",
+     "NAME in any case, also one that a family of names such as FU* covers. With --simulator only what that one "
+     "knows.\n"
+     "With --json an object for each definition, a line each; --stats one object.\n\n"
+     "Example: the items of WELSPECS\n"
+     "  deckman syntax WELSPECS\n"},
     {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.",
      "NAME in any case. With --json one object: {\"name\",\"text\"}.\n\n"
      "Example: a new table of relative permeabilities\n"

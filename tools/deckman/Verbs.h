@@ -24,6 +24,8 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunRead(Messages& messages, const Options& options, Output& out);
+ExitStatus RunSyntax(Messages& messages, const Options& options, Output& out);
 ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunClone(DeckSession& session, const Options& options, Output& out);
@@ -38,6 +40,9 @@ enum Takes : unsigned
     TakesRegex = 1U << 2,    ///< REGEX
     TakesFilter = 1U << 3,   ///< --section, --name, --user, --generated
     TakesAll = 1U << 4,      ///< --all
+    TakesComments = 1U << 5, ///< --comments
+    TakesSyntax = 1U << 6,   ///< NAME, --section, --stats
+    TakesFile = 1U << 7,     ///< FILE
     TakesDefaults = 1U << 8, ///< --defaults
     TakesAt = 1U << 9,       ///< --at
     TakesDecks = 1U << 10,   ///< OLD, NEW
