@@ -18,12 +18,12 @@ inline constexpr std::string_view helpText =
   deckman find DECK REGEX   the keywords whose data match
   deckman diff OLD NEW      what differs, by keyword and item
   deckman check DECK        what is wrong with the deck
-  deckman read FILE         a piece of deck text into keywords and data, without a deck
-  deckman syntax [NAME]     what the catalogue knows of keywords
   deckman template NAME     the text to start a keyword from
   deckman flatten DECK -o FILE      the deck in one file
   deckman copy DECK DIR             the deck with all its files in another directory
   deckman clone DECK --suffix S     the deck beside itself
+  deckman read FILE         a piece of deck text into keywords and data, without a deck
+  deckman syntax [NAME]     what the catalogue knows of keywords
 
 DECK is the deck's top file. WHERE is a place in the deck:
   WELSPECS              the first keyword of that name

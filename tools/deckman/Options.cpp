@@ -75,6 +75,16 @@ void AddAll(CLI::App& verb, Options& options)
     verb.add_flag("--all", options.all, "the keywords behind the end too; then they count in the index");
 }
 
+void AddSyntax(CLI::App& verb, Options& options)
+{
+    const auto toName = [&options](const std::string& name) {
+        options.name = Tarn::Fjel::Core::Service::Uppercased(name);
+    };
+    CLI::Option* name = verb.add_option_function<std::string>("NAME", toName, "a keyword's name")->type_name("");
+    AddSection(verb, options, "only keywords that may stand in a section");
+    verb.add_flag("--stats", options.stats, "counts by section, kind and confidence")->excludes(name);
+}
+
 /// What the verbs that write take.
 void AddWriting(CLI::App& verb, Options& options)
 {
@@ -104,16 +114,6 @@ void AddExport(CLI::App& verb, unsigned takes, Options& options)
     }
     if ((takes & TakesRewrite) != 0)
         verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
-}
-
-void AddSyntax(CLI::App& verb, Options& options)
-{
-    const auto toName = [&options](const std::string& name) {
-        options.name = Tarn::Fjel::Core::Service::Uppercased(name);
-    };
-    CLI::Option* name = verb.add_option_function<std::string>("NAME", toName, "a keyword's name")->type_name("");
-    AddSection(verb, options, "only keywords that may stand in a section");
-    verb.add_flag("--stats", options.stats, "counts by section, kind and confidence")->excludes(name);
 }
 
 void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)

@@ -35,7 +35,11 @@ struct Options
     KeywordFilter filter;
     bool all = false;      ///< the keywords behind the end too
     bool defaults = false; ///< get
-    std::string name;      ///< template, in capitals
+
+    bool comments = false; ///< the comment above a keyword too
+    std::string file;      ///< read; "-" for standard input
+    std::string name;      ///< syntax, template: in capitals; empty for all
+    bool stats = false;
 
     std::string output;    ///< flatten
     std::string directory; ///< copy
@@ -45,11 +49,6 @@ struct Options
     bool rewrite = false;  ///< keywords are written from their data
     bool dryRun = false;   ///< say what would be done, and do nothing
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
-
-    bool comments = false; ///< the comment above a keyword too
-    std::string file;      ///< read; "-" for standard input
-    std::string name;      ///< syntax, in capitals; empty for all
-    bool stats = false;
 
     bool json = false;
     bool strict = false;

@@ -80,20 +80,6 @@ constexpr VerbEntry verbs[] = {
      "note.\n\n"
      "Example: is the deck fit for a run\n"
      "  deckman check FIELD.DATA --simulator 300 --strict\n"},
-    {"read", RunRead, TakesFile, "Reads a piece of deck text, as the SCHEDULE section knows it, without a deck.",
-     "FILE - is standard input. Sizes that only a deck can tell are errors; the keyword's text is given all the "
-     "same.\n"
-     "With --json a line each: {\"name\",\"data\",\"text\"}; text is what stands below the keyword's line, data are as "
-     "get\n"
-     "shows them, null without data and where they can't be read.\n\n"
-     "Example: a pasted well, as JSON\n"
-     "  deckman read --json - < new_wells.txt\n"},
-    {"syntax", RunSyntax, TakesSyntax, "Shows what the catalogue knows of keywords: all, or every definition of one.",
-     "NAME in any case, also one that a family of names such as FU* covers. With --simulator only what that one "
-     "knows.\n"
-     "With --json an object for each definition, a line each; --stats one object.\n\n"
-     "Example: the items of WELSPECS\n"
-     "  deckman syntax WELSPECS\n"},
     {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.",
      "NAME in any case. With --json one object: {\"name\",\"text\"}.\n\n"
      "Example: a new table of relative permeabilities\n"
@@ -140,6 +126,20 @@ constexpr VerbEntry verbs[] = {
      "With --json a line each: {\"kind\",\"where\",\"old\",\"new\"}; kind is added, removed, changed or moved.\n\n"
      "Example: what the new schedule changes\n"
      "  deckman diff OLD/FIELD.DATA NEW/FIELD.DATA\n"},
+    {"read", RunRead, TakesFile, "Reads a piece of deck text, as the SCHEDULE section knows it, without a deck.",
+     "FILE - is standard input. Sizes that only a deck can tell are errors; the keyword's text is given all the "
+     "same.\n"
+     "With --json a line each: {\"name\",\"data\",\"text\"}; text is what stands below the keyword's line, data are as "
+     "get\n"
+     "shows them, null without data and where they can't be read.\n\n"
+     "Example: a pasted well, as JSON\n"
+     "  deckman read --json - < new_wells.txt\n"},
+    {"syntax", RunSyntax, TakesSyntax, "Shows what the catalogue knows of keywords: all, or every definition of one.",
+     "NAME in any case, also one that a family of names such as FU* covers. With --simulator only what that one "
+     "knows.\n"
+     "With --json an object for each definition, a line each; --stats one object.\n\n"
+     "Example: the items of WELSPECS\n"
+     "  deckman syntax WELSPECS\n"},
 };
 
 } // namespace

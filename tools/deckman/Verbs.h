@@ -24,13 +24,13 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
-ExitStatus RunRead(Messages& messages, const Options& options, Output& out);
-ExitStatus RunSyntax(Messages& messages, const Options& options, Output& out);
 ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunClone(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunTemplate(Messages& messages, const Options& options, Output& out);
 ExitStatus RunDiff(Messages& messages, const Options& options, Output& out);
+ExitStatus RunRead(Messages& messages, const Options& options, Output& out);
+ExitStatus RunSyntax(Messages& messages, const Options& options, Output& out);
 
 /// What a verb takes besides the options that every verb takes.
 enum Takes : unsigned
