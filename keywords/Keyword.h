@@ -181,6 +181,7 @@ private:
     bool IsActivated() const { return m_committedSuppressed && !m_suppressed; }
     DataSource SourceOfData() const;
     std::shared_ptr<ILineReader> ReaderToCopyFrom() const;
+    [[noreturn]] void ThrowUnreadable() const;
     long long OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const;
     long long TakenSize(const Context& context) const;
     void WriteMarked(ILineWriter& writer, const DataSource& source, bool commentedOut, bool suppressed,

@@ -60,7 +60,8 @@ void KeywordText::Divide(const Keywords::IKeywordSyntax& syntax, std::string_vie
 std::size_t KeywordText::KeywordLineBegin() const
 {
     for (std::size_t at = 0; at < m_text.size(); at = BehindLine(m_text, at)) {
-        if (IsDataLine(std::string_view(m_text).substr(at, BehindLine(m_text, at) - at))) return at;
+        const std::string_view line = std::string_view(m_text).substr(at, BehindLine(m_text, at) - at);
+        if (IsDataLine(line) || VeldaneDeckInfo::BeginsWithSuppressMarker(line)) return at;
     }
     return 0;
 }

@@ -147,6 +147,11 @@ Keyword::DataSource Keyword::SourceOfData() const
 std::shared_ptr<ILineReader> Keyword::ReaderToCopyFrom() const
 {
     if (std::shared_ptr<ILineReader> lines = BorrowReader()) return lines;
+    ThrowUnreadable();
+}
+
+void Keyword::ThrowUnreadable() const
+{
     throw DeckManagerException(
         fmt::format("The text of keyword {} cannot be read from the file {}.", GetName(), m_reader->GetPath()));
 }
@@ -168,21 +173,20 @@ long long Keyword::TakenSize(const Context& context) const
 {
     State& state = GetState();
     if (state.takenSize != State::Unknown) return state.takenSize;
+    const std::unique_ptr<ILineReader> lines = m_reader->OpenLineReader(true);
+    if (!lines) ThrowUnreadable();
     long long takenEnd = -1;
-    const std::shared_ptr<ILineReader> lines = m_reader->OpenLineReader(true);
-    if (lines && !state.beingRead) {
-        const Service::Log::Probe probe;
-        const ReadingMark mark(state.beingRead);
-        try {
-            const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
-            KeywordVariables variables;
-            KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
-                                                 m_variablesAllowed ? &variables : nullptr, &takenEnd);
-        } catch (const std::runtime_error&) {
-            // A size can't be told: all that could be data counts.
-            const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
-            takenEnd = stretches.BehindLastDataLine(*lines, stretches.head);
-        }
+    const Service::Log::Probe probe;
+    const ReadingMark mark(state.beingRead);
+    try {
+        const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
+        KeywordVariables variables;
+        KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
+                                             m_variablesAllowed ? &variables : nullptr, &takenEnd);
+    } catch (const std::runtime_error&) {
+        // A size can't be told: all that could be data counts.
+        const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+        takenEnd = stretches.BehindLastDataLine(*lines, stretches.head);
     }
     state.takenSize = takenEnd < 0 ? -1 : takenEnd - m_position;
     return state.takenSize;
@@ -325,9 +329,8 @@ void Keyword::CopyStretch(ILineWriter& writer, ILineReader& lines, long long beg
 {
     if (end <= begin) return;
     if (!activate) {
-        if (writer.Copy(lines, begin, end - 1) == end - begin) return;
-        throw DeckManagerException(
-            fmt::format("The text of keyword {} cannot be read from the file {}.", GetName(), m_reader->GetPath()));
+        if (writer.Copy(lines, begin, end - 1) != end - begin) ThrowUnreadable();
+        return;
     }
     std::string text;
     lines.ReadRange(begin, end - 1, text);

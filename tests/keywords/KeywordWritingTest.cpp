@@ -169,6 +169,11 @@ TEST_F(KeywordWritingTest, NewDataReplaceWhatTheirReaderTook)
          [](Keyword& k) { EXPECT_TRUE(k.SetDataText("new", false)); }, "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
         {"a title without text", "TITLE\n\n-- above\nOIL\n",
          [](Keyword& k) { EXPECT_TRUE(k.SetDataText("new", false)); }, "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
+        {"a list and its end", "SCHEDULE\nWELSPECS\n'V' 'G' 1 1 /\n/\n\n-- b\nTSTEP\n1 /\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("'W' /\n/", false)); },
+         "SCHEDULE\nWELSPECS\n'W' /\n/\n\n-- b\nTSTEP\n1 /\n", "WELSPECS"},
+        {"an array", "GRID\nPORO\n2*0.1\n0.2\n/\n-- b\nPERMX\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("3*1/", false)); }, "GRID\nPORO\n3*1/\n-- b\nPERMX\n", "PORO"},
         {"blanked text", "DIMENS\n 1 2 3 /\n\n-- a\nOIL\n",
          [](Keyword& k) {
              EXPECT_TRUE(k.SetDataText("9 /", false));
