@@ -331,9 +331,9 @@ TEST(RoundTrip, EveryKeywordOfTheCatalogue)
     const auto syntaxes = DeckManager::Environment::Instance().GetSyntaxTable()->GetSyntaxes();
     EXPECT_TRUE(rc::check("what is written reads as it was", [&] {
         const auto seed = *rc::gen::arbitrary<std::uint64_t>();
-        std::size_t index = seed % 4;
+        std::size_t index = seed % 16;
         for (const auto* const syntax : syntaxes) {
-            if (!syntax->GetMetaData() || ++index % 4 != 0) continue;
+            if (!syntax->GetMetaData() || ++index % 16 != 0) continue;
             const auto tree = Keywords::KeywordDataFactory::Instance().ConstructSafely(*syntax);
             TreeMaker(seed + index, deck.GetContext()).Fill(*syntax, *tree);
             const std::string difference = Difference(*syntax, *tree, deck.GetContext());
