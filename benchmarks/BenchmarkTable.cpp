@@ -107,6 +107,29 @@ Command Grep(const std::filesystem::path& deck)
     return Command{{"grep", "-c", "^[A-Z]", deck.string()}, {"LC_ALL=C"}};
 }
 
+/// A command of the shell that makes `made` afresh.
+Command Making(const std::filesystem::path& made, const std::string& command)
+{
+    return Command{{"/bin/sh", "-c", fmt::format("rm -rf '{}' && {}", made.string(), command)}, {"LC_ALL=C"}};
+}
+
+/// Writes a deck, against a bare copy of its file that waits for the disk, and a look at each of its lines.
+bool CompareExport(const std::string& work, const std::string& deckman, const std::string& verb,
+                   const std::filesystem::path& deck, const std::string& target, double budget)
+{
+    const std::filesystem::path made = deck.parent_path() / "export";
+    const std::filesystem::path copied = deck.parent_path() / "copied";
+    const std::string exporting =
+        fmt::format("'{}' {} '{}' {}'{}'", deckman, verb, deck.string(), target, made.string());
+    const std::string copying = fmt::format("dd if='{}' of='{}' bs=64k conv=fsync && grep -c '^[A-Z]' '{}'",
+                                            deck.string(), copied.string(), deck.string());
+    const bool met = CompareTimes(work, Making(made, exporting), "dd conv=fsync and grep of the deck",
+                                  Making(copied, copying), budget);
+    std::filesystem::remove_all(made);
+    std::filesystem::remove_all(copied);
+    return met;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -156,6 +179,9 @@ int main(int argc, char** argv)
         missed += !CompareReading(fmt::format("read {} records of one keyword", records.count), records,
                                   "the bytes cut at blanks", 4.0);
         missed += !CompareCheck("deckman check, 500 MB of arrays", deckman, decks / "ARRAYS.DATA", 2.0);
+        missed +=
+            !CompareExport("deckman flatten, 500 MB of arrays", deckman, "flatten", decks / "ARRAYS.DATA", "-o ", 1.3);
+        missed += !CompareExport("deckman copy, 500 MB of arrays", deckman, "copy", decks / "ARRAYS.DATA", "", 1.3);
         missed += !CompareWriting("write 10 million reals, all digits", Benchmarks::Reals::AllDigits, 1.5);
         missed += !CompareWriting("write 10 million reals, few digits", Benchmarks::Reals::FewDigits, 1.5);
 

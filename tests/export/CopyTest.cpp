@@ -134,11 +134,15 @@ TEST_F(CopyTest, OtherNameAndOldFiles)
 
 TEST_F(CopyTest, WhatASimulatorLacksHandsOnTheCommentBelow)
 {
-    // SKIP regions stand whole, and so does what is behind the keyword that goes.
-    const TestDeck deck(
-        TestDeck::Texts{{"A.DATA", "RUNSPEC\nGRID\nNOSIM -- a\n-- above\nPORO\n1 /\nSKIP300\nGAS\nENDSKIP\n"}});
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nOPTIONS3\n 1 /\n-- above\nOIL\n"}});
     EXPECT_TRUE(Copy(deck, SimulatorType::S300));
-    EXPECT_EQ(Copied(deck, "A.DATA"), deck.Dir().Read("A.DATA"));
+    EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC\nOPTIONS3\n 1 /\n-- above\nOIL\n");
+    EXPECT_TRUE(Copy(deck, SimulatorType::S100));
+    EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC\n-- above\nOIL\n");
+    // Only a copy leaves keywords out.
+    EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), deck.Keywords().Begin(), deck.Keywords().End(),
+                                             deck.Dir().Path("flat.DATA"), SimulatorType::S100));
+    EXPECT_EQ(deck.Dir().Read("flat.DATA"), deck.Dir().Read("A.DATA"));
 }
 
 TEST_F(CopyTest, SkippedRegionsStay)
