@@ -1,5 +1,5 @@
 // Every definition's example, in one deck: the scan finds each keyword, and the reader takes the data without a
-// message.
+// message, and takes them again from what the writer makes of them.
 #include <algorithm>
 #include <iterator>
 #include <set>
@@ -19,9 +19,11 @@
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
 #include "keywords/KeywordDataDeserializer.h"
+#include "keywords/KeywordDataSerializer.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
 #include "text/LineStringReader.h"
+#include "text/LineStringWriter.h"
 
 namespace {
 
@@ -68,7 +70,17 @@ std::string DeckOfExamples(std::vector<std::string>& names)
     return text;
 }
 
-TEST(CatalogueExamples, AreFoundAndReadWithoutAMessage)
+/// With plain line ends: raw text keeps those that it was read with.
+std::string Written(const Keywords::IKeywordData& data)
+{
+    DeckManager::LineStringWriter writer;
+    DeckManager::KeywordDataSerializer::Serialize(data, writer, false, Keywords::SimulatorType::Any);
+    std::string text = writer.GetText();
+    std::erase(text, '\r');
+    return text;
+}
+
+TEST(CatalogueExamples, AreFoundReadWrittenAndReadAgainWithoutAMessage)
 {
     const TestSupport::CleanEnvironment clean;
     DeckManager::Environment::Instance().SetPATHSSupport(true);
@@ -102,6 +114,12 @@ TEST(CatalogueExamples, AreFoundAndReadWithoutAMessage)
             **position, *data, reader, 0, static_cast<long long>(example.size()), context, false, nullptr, &takenEnd);
         EXPECT_EQ(takenEnd, static_cast<long long>(example.size()))
             << section << " " << position->GetName() << " leaves a part of its example unread";
+        const std::string written = Written(*data);
+        const auto again = Keywords::KeywordDataFactory::Instance().ConstructSafely(syntax);
+        DeckManager::LineStringReader secondReader(written);
+        DeckManager::KeywordDataDeserializer::Deserialize(
+            **position, *again, secondReader, 0, static_cast<long long>(written.size()), context, false, nullptr);
+        EXPECT_EQ(Written(*again), written) << section << " " << position->GetName();
         for (const auto& message : log.Messages()) {
             if (!message.probe) ADD_FAILURE() << section << " " << position->GetName() << ": " << message.text;
         }
