@@ -6,6 +6,7 @@
 
 #include "text/LineFileReader.h"
 #include "text/LineStreamReader.h"
+#include <tarn/service/FileStatus.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -50,6 +51,8 @@ std::optional<LineEnd> FirstLineEnd(ILineReader& reader)
 
 std::optional<LineEnd> FirstLineEnd(const std::string& fileName)
 {
+    // To open a pipe would wait for someone who writes to it.
+    if (!Service::FileStatus::Of(fileName).IsRegularFile()) return std::nullopt;
     LineFileReader reader;
     if (!reader.Open(fileName)) return std::nullopt;
     return FirstLineEnd(reader);

@@ -59,6 +59,16 @@ TEST(Export, FlattenWritesTheWholeDeck)
     EXPECT_EQ(deck.folder.Read("FLAT.DATA"), crLf);
 }
 
+TEST(Export, FlattenTellsOfAGridFileThatStaysBehind)
+{
+    const Deck deck;
+    deck.folder.Write("GRID.DATA", "RUNSPEC\nGRID\nGDFILE\n 'CASE.EGRID' /\n");
+    EXPECT_THAT(deck.Run({"flatten", "GRID.DATA", "-o", "FLAT.DATA"}).err, IsEmpty());
+    EXPECT_THAT(
+        deck.Run({"flatten", "GRID.DATA", "-o", "a/FLAT.DATA"}).err,
+        HasSubstr("GRID.DATA:3: warning: GDFILE names a file beside the deck, and a/FLAT.DATA lies in another"));
+}
+
 TEST(Export, FlattenWritesARange)
 {
     const Deck deck;

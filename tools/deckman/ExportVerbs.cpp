@@ -10,6 +10,7 @@
 #include <deckmanager/KeywordIterator.h>
 #include <deckmanager/KeywordText.h>
 #include <fmt/format.h>
+#include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/SimulatorType.h>
@@ -190,6 +191,29 @@ DeckManager::KeywordIterator Behind(const DeckSession& session, const Where::Pla
 
 } // namespace
 
+namespace {
+
+/// A grid file is looked for in the folder of the deck, and the flat file may lie elsewhere.
+void TellOfGridFile(const DeckSession& session, const std::string& target)
+{
+    const DeckManager::IDeckKeywords& keywords = session.Keywords();
+    const DeckManager::KeywordIterator grid = keywords.FindGridKeyword();
+    if (*grid == nullptr) return;
+    using Tarn::Fjel::Core::Keywords::DataAccessUtils;
+    const auto* data = keywords.GetKeywordData(*grid);
+    const auto name =
+        grid->GetName() == "GDFILE" ? DataAccessUtils::GetGDFILEName(data) : DataAccessUtils::GetORDGRIDName(data);
+    Service::FileName flat(target);
+    flat.MakeComplete(Service::Directory::Current());
+    if (!name || Service::FileName(*name).IsComplete() || flat.GetDirectory() == session.TopFile().GetDirectory())
+        return;
+    session.Log().Warning(
+        session.PlaceOf(**grid),
+        fmt::format("{} names a file beside the deck, and {} lies in another directory.", grid->GetName(), target));
+}
+
+} // namespace
+
 ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out)
 {
     const DeckManager::IDeckKeywords& keywords = session.Keywords();
@@ -215,7 +239,9 @@ ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out)
         return DeckManager::Exporter::ExportToSingleFile(keywords, begin, end, options.output, ToExportOptions(options),
                                                          &report);
     };
-    return Export(session, options, false, options.output, write, out);
+    const ExitStatus status = Export(session, options, false, options.output, write, out);
+    if (status == Done && options.from.empty()) TellOfGridFile(session, options.output);
+    return status;
 }
 
 ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out)
