@@ -38,6 +38,8 @@ const Case cases[] = {
      "2020-01-11 10.0; 2020-01-21 20.0; 2020-01-22 21.0; ", 0, ""},
     {"what is suppressed doesn't count", start, "--@@@DATES\n--@@@ 1 FEB 2020 /\n--@@@/\nTSTEP\n 1 /\n",
      "2020-01-02 1.0; ", 0, ""},
+    {"what is skipped doesn't count", "SKIP\nLAB\nSTART\n 1 JAN 1999 /\nENDSKIP\nSTART\n 1 JAN 2020 /\n",
+     "SKIP\nDATES\n 1 FEB 2050 /\n/\nENDSKIP\nTSTEP\n 1 /\n", "2020-01-02 1.0; ", 0, ""},
     {"no such day", start, "DATES\n 31 FEB 2020 /\n 1 MAR 2020 /\n/\n", "2020-03-01 60.0; ", 1,
      "x.DATA:5: error: DATES[0] is no date: 31 FEB 2020."},
     {"half a date", start, "DATES\n 1 FEB /\n/\n", "", 1, "x.DATA:5: error: DATES[0] is no date: 1 FEB."},
@@ -115,6 +117,21 @@ TEST(Dates, DateOfAPlaceComesInManyForms)
     for (const char* date : {"2020-13-01", "30 FEB 2020", "5 7 2020", "5 JU 2020", "2020-07-05T25:00", "2020-07-05 12",
                              "100", "d", "nand", "5 JUL 2020 12:3x", "--json"})
         EXPECT_EQ(Deckman({"ls", "x.DATA", "--at=" + std::string(date)}, run).status, 2) << date;
+}
+
+TEST(Dates, SkippedTimeKeywordEndsNothing)
+{
+    const TempDir folder;
+    Launch run;
+    run.directory = folder.Path();
+    folder.Write("x.DATA", "RUNSPEC\nSTART\n 1 JAN 2020 /\nSCHEDULE\nDATES\n 1 FEB 2020 /\n/\nSKIP\nTSTEP\n 9 /\n"
+                           "ENDSKIP\nWELTARG\n A ORAT 1 /\n/\n");
+    for (const auto& more : {std::vector<std::string>{}, {"--simulator", "100"}}) {
+        std::vector<std::string> arguments{"get", "x.DATA", "WELTARG[A].VALUE", "--at", "2020-02-01"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const Outcome outcome = Deckman(arguments, run);
+        EXPECT_EQ(outcome.out, "1\n") << outcome.err;
+    }
 }
 
 } // namespace DeckmanTests

@@ -107,6 +107,28 @@ TEST_F(Get, SizeThatCannotBeToldIsAnErrorWithThePlace)
     EXPECT_EQ(outcome.out, "");
 }
 
+TEST_F(Get, MissesTellWhatThereIs)
+{
+    const std::string deck = "RUNSPEC\nMETRIC\nSCHEDULE\nRPTSCHED\n FIP=1 /\nWELTARG\n A ORAT 1 /\n/\n";
+    const std::pair<const char*, const char*> cases[] = {
+        {"WELTARG[99999999999]", "There is no record 99999999999 in WELTARG: it has 1 record, number 0."},
+        {"WELTARG[Q123]", "There is no record Q123 in WELTARG. Its records: A.\n"},
+        {"RPTSCHED[9999]", " entries, from 0 to "},
+        {"RPTSCHED.NOSUCHENTRY", "RPTSCHED has no entry NOSUCHENTRY. Its entries: PRES, SOIL, "},
+        {"XXX/WELTARG", "'XXX' is not a section. The sections: RUNSPEC, GRID, EDIT, PROPS, REGIONS, SOLUTION, "
+                        "SUMMARY, SCHEDULE, OPTIMIZE.\n"},
+    };
+    for (const auto& [where, message] : cases) {
+        EXPECT_THAT(Ask(deck, {where}).err, HasSubstr(message)) << where;
+    }
+    EXPECT_THAT(Ask(deck, {"RPTSCHED.NOSUCHENTRY"}).err, testing::ContainsRegex("[A-Z]+ and [0-9]+ more\\.\n"));
+}
+
+TEST_F(Get, UnitsAreThoseOfTheSystemThatIsNotSkipped)
+{
+    EXPECT_EQ(Ask("RUNSPEC\nSKIP\nMETRIC\nENDSKIP\nFIELD\nGRID\nDX\n 1 /\n", {"DX[0]"}).out, "1  ft\n");
+}
+
 TEST_F(Get, LongListIsStreamedAndStopsWithItsReader)
 {
     m_folder.Write("x.DATA", "GRID\nPORO\n 100000000*0.25 /\n");

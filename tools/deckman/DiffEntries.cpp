@@ -1,6 +1,7 @@
 #include "DiffEntries.h"
 
 #include <map>
+#include <optional>
 
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordText.h>
@@ -12,6 +13,7 @@
 
 #include "DataHash.h"
 #include "DataValues.h"
+#include "DeckLines.h"
 #include "DeckSession.h"
 #include "DeckWalk.h"
 
@@ -42,12 +44,17 @@ DiffDeck::DiffDeck(DeckSession& session) : m_session(session), m_schedule(sessio
     auto moment = m_schedule.Moments().begin();
     const auto end = m_schedule.Moments().end();
     m_groups.emplace_back();
+    SkipTracker skips(std::nullopt);
     for (DeckWalk walk(session, false); walk.Next();) {
         const DeckManager::IKeyword& keyword = walk.Keyword();
         DiffEntry entry;
         entry.keyword = &keyword;
         entry.index = walk.Index();
         entry.number = ++numbers[keyword.GetName()];
+        // A skipped region counts as a comment from its SKIP to its ENDSKIP. With --simulator these have no text.
+        const bool wasInside = skips.IsInside();
+        if (keyword.GetSize() > 0) skips.Hides(keyword);
+        if (wasInside || skips.IsInside()) continue;
         if (walk.Kind() == KeywordKind::Section) {
             DiffGroup group;
             group.section = walk.Section();

@@ -25,7 +25,6 @@ using Keywords::IKeywordMapData;
 using Keywords::IKeywordRecordData;
 using Keywords::MDType;
 
-constexpr std::size_t mostNamesTold = 12;
 /// Beyond so many records the nearest name is not looked for: an edit distance to each would take a while.
 constexpr int mostRecordsCompared = 50000;
 
@@ -88,24 +87,6 @@ std::optional<int> NumberOf(const ItemPath::Step& step)
     return error == std::errc() ? number : std::numeric_limits<int>::max();
 }
 
-/// " Its items: A, B, …", when none of the names is near to the word.
-std::string Hint(std::string_view word, const std::vector<std::string_view>& names, std::string_view what)
-{
-    if (std::string near = NearestHint(word, names); !near.empty()) return near;
-    std::string hint;
-    std::size_t told = 0;
-    for (const std::string_view name : names) {
-        if (name.empty()) continue;
-        if (told == mostNamesTold) {
-            hint += ", ...";
-            break;
-        }
-        hint += fmt::format("{}{}", told == 0 ? fmt::format(" Its {}: ", what) : ", ", name);
-        ++told;
-    }
-    return hint.empty() ? hint : hint + ".";
-}
-
 std::string_view NounFor(MDType element)
 {
     return element == MDType::Record ? "record" : element == MDType::List ? "list" : "value";
@@ -142,12 +123,13 @@ public:
 private:
     static Failure Missing(const std::string& text) { return Failure(NotThere, text); }
 
-    Failure OutOfRange(int number, std::string_view noun, int count) const
+    Failure OutOfRange(const ItemPath::Step& step, std::string_view noun, int count) const
     {
-        const std::string bounds = count == 0   ? fmt::format("there are no {}s in it", noun)
+        const std::string many = noun == "entry" ? "entries" : fmt::format("{}s", noun);
+        const std::string bounds = count == 0   ? fmt::format("there are no {} in it", many)
                                    : count == 1 ? fmt::format("it has 1 {}, number 0", noun)
-                                                : fmt::format("it has {} {}s, from 0 to {}", count, noun, count - 1);
-        return Missing(fmt::format("There is no {} {} in {}: {}.", noun, number, m_passed, bounds));
+                                                : fmt::format("it has {} {}, from 0 to {}", count, many, count - 1);
+        return Missing(fmt::format("There is no {} {} in {}: {}.", noun, step.text, m_passed, bounds));
     }
 
     void Enter(const IKeywordData& container) { m_item = {&container, -1}; }
@@ -158,14 +140,15 @@ private:
         // A name first: nothing keeps a catalogue from names that are digits.
         int index = step.text.empty() ? -1 : md.FindItem(step.text);
         if (const std::optional<int> number = NumberOf(step); index < 0 && number) {
-            if (*number >= record.GetItemCount()) throw OutOfRange(*number, "item", record.GetItemCount());
+            if (*number >= record.GetItemCount()) throw OutOfRange(step, "item", record.GetItemCount());
             index = *number;
         }
         if (index < 0) {
             std::vector<std::string_view> names;
             for (int i = 0; i < md.GetItemCount(); ++i)
                 names.push_back(md.GetItemName(i));
-            throw Missing(fmt::format("{} has no item {}.{}", m_passed, step.text, Hint(step.text, names, "items")));
+            throw Missing(fmt::format("{} has no item {}.{}", m_passed, step.text,
+                                      NearestOrAllHint(step.text, names, "Its items")));
         }
         if (Keywords::KeywordUtils::IsItemMDType(md.GetItemMD(index)))
             m_item.index = index;
@@ -178,7 +161,7 @@ private:
         const MDType element = list.GetElementType();
         const bool isOfItems = Keywords::KeywordUtils::IsItemMDType(element);
         if (const std::optional<int> number = NumberOf(step)) {
-            if (*number >= list.GetElementCount()) throw OutOfRange(*number, NounFor(element), list.GetElementCount());
+            if (*number >= list.GetElementCount()) throw OutOfRange(step, NounFor(element), list.GetElementCount());
             if (isOfItems)
                 m_item.index = *number;
             else
@@ -211,7 +194,8 @@ private:
         if (names.empty() && list.GetElementCount() > 0)
             return Missing(fmt::format("The records of {} have no names; they go by number, from 0 to {}.", m_passed,
                                        list.GetElementCount() - 1));
-        return Missing(fmt::format("There is no record {} in {}.{}", name, m_passed, Hint(name, names, "records")));
+        return Missing(fmt::format("There is no record {} in {}.{}", name, m_passed,
+                                   NearestOrAllHint(name, names, "Its records")));
     }
 
     void StepInto(const IKeywordMapData& map, const ItemPath::Step& step)
@@ -219,14 +203,15 @@ private:
         const auto& md = *map.GetMapMD();
         int index = md.FindEntry(step.text);
         if (const std::optional<int> number = NumberOf(step); index < 0 && number) {
-            if (*number >= map.GetEntryCount()) throw OutOfRange(*number, "entry", map.GetEntryCount());
+            if (*number >= map.GetEntryCount()) throw OutOfRange(step, "entry", map.GetEntryCount());
             index = *number;
         }
         if (index < 0) {
             std::vector<std::string_view> names;
             for (int i = 0; i < map.GetEntryCount(); ++i)
                 names.push_back(map.GetEntryMD(i)->GetName());
-            throw Missing(fmt::format("{} has no entry {}.{}", m_passed, step.text, Hint(step.text, names, "entries")));
+            throw Missing(fmt::format("{} has no entry {}.{}", m_passed, step.text,
+                                      NearestOrAllHint(step.text, names, "Its entries")));
         }
         m_item.index = index;
     }

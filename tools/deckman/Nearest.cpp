@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <fmt/format.h>
 #include <tarn/service/Strings.h>
 
 namespace Deckman {
@@ -56,6 +57,21 @@ std::string NearestHint(std::string_view word, std::span<const std::string_view>
         hint += hint.empty() ? " Nearest: " : ", ";
         hint += name;
     }
+    return hint.empty() ? hint : hint + ".";
+}
+
+std::string NearestOrAllHint(std::string_view word, std::span<const std::string_view> candidates, std::string_view what)
+{
+    constexpr std::size_t mostTold = 12;
+    if (std::string near = NearestHint(word, candidates); !near.empty()) return near;
+    std::string hint;
+    std::size_t names = 0;
+    for (const std::string_view name : candidates) {
+        if (name.empty() || ++names > mostTold) continue;
+        hint += names == 1 ? fmt::format(" {}: ", what) : ", ";
+        hint += name;
+    }
+    if (names > mostTold) hint += fmt::format(" and {} more", names - mostTold);
     return hint.empty() ? hint : hint + ".";
 }
 

@@ -51,8 +51,8 @@ void AddSection(CLI::App& verb, Options& options, const char* does)
     const auto toSection = [&options](const std::string& name) {
         options.filter.section = FindSection(name);
         if (!options.filter.section) {
-            throw CLI::ValidationError("--section",
-                                       fmt::format("'{}' is not a section.{}", name, NearestHint(name, sectionNames)));
+            throw CLI::ValidationError("--section", fmt::format("'{}' is not a section.{}", name,
+                                                                NearestOrAllHint(name, sectionNames, "The sections")));
         }
     };
     verb.add_option_function<std::string>("--section", toSection, does)->type_name("S");

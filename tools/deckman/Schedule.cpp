@@ -16,6 +16,7 @@
 #include <tarn/keywords/KeywordKind.h>
 
 #include "DataValues.h"
+#include "DeckLines.h"
 #include "DeckSession.h"
 #include "DeckWalk.h"
 #include "Options.h"
@@ -70,14 +71,16 @@ private:
     void Take(const DeckWalk& walk)
     {
         const DeckManager::IKeyword& keyword = walk.Keyword();
+        // With --simulator, the words of a region have no text and what they enclose isn't there.
+        const bool hasText = keyword.GetSize() > 0;
+        if (hasText && m_skips.Hides(keyword)) return;
         if (walk.Kind() == Keywords::KeywordKind::Section) {
             if (m_isInSchedule && walk.Section() != SectionType::SCHEDULE) CloseStretch(walk.Index() - 1);
             m_isInSchedule = walk.Section() == SectionType::SCHEDULE;
             if (m_isInSchedule && !m_hasSchedule) OpenSchedule(walk.Index());
             return;
         }
-        // Of what a simulator skips there is no text.
-        if (keyword.IsSuppressed() || keyword.GetSize() == 0) return;
+        if (keyword.IsSuppressed() || !hasText) return;
         const SectionType section = walk.Section();
         const std::string& name = keyword.GetName();
         if (name == "START" && !m_hasStart && (section == SectionType::RUNSPEC || section == SectionType::None))
@@ -291,6 +294,7 @@ private:
 
     DeckSession& m_session;
     Schedule& m_schedule;
+    SkipTracker m_skips{std::nullopt};
     DeckManager::KeywordVariables m_variables; // of the keyword that was read last
     Service::TimeSpan m_unit = Service::DAY;   // what the deck counts time in
     bool m_hasStart = false;                   // or its absence was told

@@ -1,9 +1,11 @@
 #include "Units.h"
 
 #include <array>
+#include <optional>
 
 #include <deckmanager/IKeyword.h>
 
+#include "DeckLines.h"
 #include "DeckSession.h"
 #include "DeckWalk.h"
 
@@ -66,11 +68,13 @@ std::string_view UnitOfOne(std::string_view dimension, UnitSystem system)
 UnitSystem UnitSystemOf(DeckSession& session)
 {
     using Tarn::Fjel::Core::Keywords::SectionType;
+    SkipTracker skips(std::nullopt);
     for (DeckWalk walk(session, false); walk.Next();) {
+        const DeckManager::IKeyword& keyword = walk.Keyword();
+        const bool isSkipped = keyword.GetSize() > 0 && skips.Hides(keyword);
         if (walk.Section() == SectionType::None) continue;
         if (walk.Section() != SectionType::RUNSPEC) break;
-        const DeckManager::IKeyword& keyword = walk.Keyword();
-        if (keyword.IsSuppressed()) continue;
+        if (isSkipped || keyword.IsSuppressed()) continue;
         const std::string& name = keyword.GetName();
         if (name == "METRIC") return UnitSystem::Metric;
         if (name == "FIELD") return UnitSystem::Field;

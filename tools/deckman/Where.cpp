@@ -146,7 +146,8 @@ std::optional<Where::ByName> Where::ParseName(std::string_view text)
         const std::string_view name = text.substr(0, slash);
         const std::optional<SectionType> section = FindSection(name);
         if (!section) {
-            throw Failure(WrongUsage, fmt::format("'{}' is not a section.{}", name, NearestHint(name, sectionNames)));
+            throw Failure(WrongUsage, fmt::format("'{}' is not a section.{}", name,
+                                                  NearestOrAllHint(name, sectionNames, "The sections")));
         }
         byName.section = *section;
         text.remove_prefix(slash + 1);
