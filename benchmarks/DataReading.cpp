@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -21,6 +20,8 @@
 #include <deckmanager/KeywordIterator.h>
 #include <deckmanager/ReadKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
+
+#include "benchmarks/Measure.h"
 
 namespace Benchmarks {
 
@@ -55,20 +56,6 @@ private:
     std::unique_ptr<IDeckManager> m_manager;
     const IDeckKeywords* m_keywords;
 };
-
-template <class Work>
-double Seconds(const Work& work)
-{
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 /// A line "NAME: n kB" of this process's status, in bytes.
 double StatusBytes(const char* name)

@@ -1,8 +1,6 @@
 #include "benchmarks/DataWriting.h"
 
-#include <algorithm>
 #include <charconv>
-#include <chrono>
 #include <cmath>
 #include <random>
 #include <stdexcept>
@@ -13,6 +11,7 @@
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/keywords/KeywordDataFactory.h>
 
+#include "benchmarks/Measure.h"
 #include "keywords/KeywordDataSerializer.h"
 #include "text/LineFileWriter.h"
 
@@ -21,20 +20,6 @@ namespace Benchmarks {
 namespace {
 
 namespace Core = Tarn::Fjel::Core;
-
-template <class Work>
-double Seconds(const Work& work)
-{
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
-
-double Median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 /// What a yardstick has found is looked at, so that it can't be left out.
 template <class Value>

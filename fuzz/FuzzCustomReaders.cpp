@@ -13,7 +13,6 @@
 #include <deckmanager/Context.h>
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
-#include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordVariables.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordListDataVariables.h>
@@ -21,6 +20,7 @@
 #include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
+#include "fuzz/LooseData.h"
 #include "keywords/DeserializeState.h"
 #include "keywords/KeywordDataDeserializer.h"
 #include "text/LineStringReader.h"
@@ -34,28 +34,6 @@ void Require(bool condition)
 {
     if (!condition) std::abort();
 }
-
-class LooseKeyword : public IKeyword
-{
-public:
-    explicit LooseKeyword(const Keywords::IKeywordSyntax& syntax) : m_syntax(syntax) {}
-    const std::string& GetName() const override { return m_syntax.GetName(); }
-    const Keywords::IKeywordSyntax* GetSyntax() const override { return &m_syntax; }
-    std::string GetComment() const override { return {}; }
-    bool IsGenerated() const override { return false; }
-    bool IsInGeneratedFile() const override { return false; }
-    IKeywordFile* GetFile() const override { return nullptr; }
-    KeywordFile* GetDiskFile() const override { return nullptr; }
-    int GetLine() const override { return -1; }
-    long long GetPosition() const override { return 0; }
-    bool IsCommentedOut() const override { return false; }
-    bool IsSuppressed() const override { return false; }
-    std::shared_ptr<std::string> GetText() const override { return std::make_shared<std::string>(); }
-    long long GetSize() const override { return 0; }
-
-private:
-    const Keywords::IKeywordSyntax& m_syntax;
-};
 
 void CheckReferences(const Keywords::IKeywordData& data, const KeywordVariables& variables)
 {
@@ -105,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto* name = std::find(names.begin(), names.end(), first);
     if (name == names.end()) name = names.begin() + (first.empty() ? 0 : static_cast<unsigned char>(first[0]) % 3);
 
-    const LooseKeyword keyword(*Environment::Instance().GetSyntaxTable()->FindSyntax(*name, true));
+    const Fuzz::LooseKeyword keyword(*Environment::Instance().GetSyntaxTable()->FindSyntax(*name, true));
     const std::string text(input);
     Read(keyword, text, true);
     Read(keyword, text, false);
