@@ -45,6 +45,7 @@ bool CustomDeserializerOILVISCC::Deserialize(Keywords::IKeywordData& data, Keywo
         tables.AddElement();
         const int last = tables.GetElementCount() - 1;
         auto& table = static_cast<Keywords::IKeywordListData&>(tables.GetContainer(last));
+        const SlotPlaces::Scope scope(state.places, table, store);
         bool read = true;
         while (read) {
             table.AddElement();
@@ -62,24 +63,26 @@ bool CustomDeserializerOILVISCC::Deserialize(Keywords::IKeywordData& data, Keywo
 bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record, KeywordDataStore& store,
                                             DeserializeState& state, KeywordVariables* variables) const
 {
-    const auto readOption = [&store](const Keywords::IKeywordOptionMD& md) {
+    const SlotPlaces::Scope scope(state.places, record, store);
+    const auto readOption = [&](const Keywords::IKeywordOptionMD& md, int item) {
         std::string_view token;
         if (!store.NextTokenView(token, false, false, nullptr)) return -1;
         if (token == VeldaneDeckInfo::TERMINATION_TOKEN) {
             store.AdvanceLine();
             return -1;
         }
+        if (state.places) state.places->Note(record, item, 1, store);
         std::string reason;
         return md.FindOption(token, reason);
     };
-    const int first = readOption(*m_firstOption);
+    const int first = readOption(*m_firstOption, 0);
     if (first < 0) return false;
-    const int second = readOption(*m_secondOption);
+    const int second = readOption(*m_secondOption, 1);
     if (second < 0) return false;
     record.GetItem(0).SetOption(first);
     record.GetItem(1).SetOption(second);
 
-    const std::vector<Values> run = ReadValues(store);
+    const std::vector<Values> run = ReadValues(store, state.places);
     std::int64_t count = 0;
     for (const Values& values : run)
         count += values.count;
@@ -92,6 +95,7 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
         if (next == run.end()) break;
         groups.AddElement();
         auto& group = static_cast<Keywords::IKeywordListData&>(groups.GetContainer(groups.GetElementCount() - 1));
+        const SlotPlaces::Scope groupScope(state.places, group, store);
         while (size > 0 && next != run.end()) {
             const std::int64_t copies = std::min(size, next->count - used);
             const std::int64_t room =
@@ -99,6 +103,11 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
             const int begin = group.GetElementCount();
             const std::int64_t appended =
                 next->defaulted ? group.AppendDefaults(room) : group.AppendRealRun(next->value, room);
+            if (state.places) {
+                SlotPlaces::Token place = next->place;
+                place.copy += used;
+                state.places->Note(group, begin, appended, place);
+            }
             if (appended < copies) state.ReportTruncation();
             if (variables && !next->variable.empty()) {
                 const std::int64_t noted = std::min(appended, state.limits.variablesOfRun);
@@ -117,7 +126,8 @@ bool CustomDeserializerOILVISCC::ReadRecord(Keywords::IKeywordRecordData& record
 }
 
 /// The values up to the record's terminator. One that is no number ends them where it stands.
-std::vector<CustomDeserializerOILVISCC::Values> CustomDeserializerOILVISCC::ReadValues(KeywordDataStore& store)
+std::vector<CustomDeserializerOILVISCC::Values> CustomDeserializerOILVISCC::ReadValues(KeywordDataStore& store,
+                                                                                       SlotPlaces* places)
 {
     std::vector<Values> run;
     std::string_view token;
@@ -126,7 +136,7 @@ std::vector<CustomDeserializerOILVISCC::Values> CustomDeserializerOILVISCC::Read
             store.AdvanceLine();
             break;
         }
-        Values values{Keywords::UnsetValue::Real, true, {}, 1};
+        Values values{Keywords::UnsetValue::Real, true, {}, 1, {}};
         if (Keywords::VariablesString::ContainsVariables(token)) {
             values.variable = token;
         } else if (token != VeldaneDeckInfo::DEFAULT_TOKEN) {
@@ -134,6 +144,7 @@ std::vector<CustomDeserializerOILVISCC::Values> CustomDeserializerOILVISCC::Read
             if (!ValueConversions::ToReal(token, values.value)) break;
         }
         values.count += store.TakeRun(std::numeric_limits<std::int32_t>::max());
+        if (places) values.place = places->Taken(values.count, store);
         run.push_back(std::move(values));
     }
     return run;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "keywords/IDeserializer.h"
+#include "keywords/SlotPlaces.h"
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordItemMD;
@@ -38,11 +39,12 @@ private:
         bool defaulted;
         std::string variable; ///< the token, where it refers to a variable
         std::int64_t count;
+        SlotPlaces::Token place; ///< where it stands, if somebody asks
     };
 
     bool ReadRecord(Keywords::IKeywordRecordData& record, KeywordDataStore& store, DeserializeState& state,
                     KeywordVariables* variables) const;
-    static std::vector<Values> ReadValues(KeywordDataStore& store);
+    static std::vector<Values> ReadValues(KeywordDataStore& store, SlotPlaces* places);
     static std::vector<std::int64_t> GroupSizes(std::string_view first, std::string_view second, std::int64_t count);
 
     const Keywords::IKeywordListMD* m_rootList = nullptr;

@@ -9,6 +9,7 @@
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/KeywordDataStore.h"
 #include "keywords/MetadataShape.h"
+#include "keywords/SlotPlaces.h"
 #include "text/Tokenizer.h"
 #include <deckmanager/KeywordVariables.h>
 
@@ -48,22 +49,30 @@ bool CustomDeserializerUDQRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     if (option < 0 || option != m_option->GetOptionIndex("DEFINE")) return false;
 
     const std::string line = store.CurrentLine();
+    const std::int64_t linePosition = store.LinePosition();
     store.MarkLineTaken();
+    store.TraceCharacters(0, line.size());
     store.AdvanceLine();
     Tokenizer tokenizer;
     tokenizer.SetRepeatAsToken(true);
     tokenizer.SetText(&line);
 
+    const auto note = [&](const Keywords::IKeywordData& container, int index) {
+        if (state.places)
+            state.places->Note(container, index, linePosition, line, tokenizer.TokenBegin(), tokenizer.TokenEnd());
+    };
     auto& record = static_cast<Keywords::IKeywordRecordData&>(data);
     for (const int index : {0, 1}) {
         bool quoted = false;
         if (!tokenizer.NextView(token, &quoted, false)) return index == 1;
+        note(record, index);
         KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *m_record->GetItemMD(index), record, index,
                                                          context, state, variables, reason);
     }
 
     // Only the line's last terminator is the record's; any other is an operator.
     auto& expression = static_cast<Keywords::IKeywordListData&>(record.GetContainer(2));
+    const SlotPlaces::Scope scope(state.places, expression, store);
     int count = 0;
     int end = -1;
     for (; tokenizer.NextView(token, nullptr, true); ++count) {
@@ -74,6 +83,7 @@ bool CustomDeserializerUDQRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     tokenizer.NextView(token, nullptr, false);
     tokenizer.NextView(token, nullptr, false);
     for (int index = 0; index < end && tokenizer.NextView(token, nullptr, true); ++index) {
+        note(expression, index);
         if (variables && Keywords::VariablesString::ContainsVariables(token)) {
             expression.AppendDefaults(1);
             variables->SetListVariable(expression, index, Keywords::VariablesString(token));

@@ -14,6 +14,7 @@
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/KeywordDataStore.h"
 #include "keywords/MetadataShape.h"
+#include "keywords/SlotPlaces.h"
 #include "keywords/ValueConversions.h"
 #include "text/Tokenizer.h"
 #include <deckmanager/KeywordVariables.h>
@@ -25,6 +26,12 @@ using Keywords::MDType;
 namespace {
 
 constexpr std::int64_t anyCount = std::numeric_limits<std::int32_t>::max();
+
+void NotePlace(const DeserializeState& state, const Keywords::IKeywordData& container, int index, std::int64_t run,
+               const KeywordDataStore& store)
+{
+    if (state.places) state.places->Note(container, index, run, store);
+}
 
 /// Appends a token to a list of strings or numbers, `count` times. False for a token that is no such number.
 bool Append(Keywords::IKeywordListData& list, std::string_view token, std::int64_t count, DeserializeState& state)
@@ -105,7 +112,14 @@ bool CustomDeserializerUDTRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     tokenizer.SetText(&line);
     std::string_view token;
     bool quoted = false;
+    std::optional<SlotPlaces::Scope> headerScope;
+    headerScope.emplace(state.places, header, store);
+    const auto note = [&](int index) {
+        store.TraceCharacters(tokenizer.TokenBegin(), tokenizer.TokenEnd());
+        NotePlace(state, header, index, 1, store);
+    };
     if (!tokenizer.NextView(token, &quoted, false)) return false;
+    note(0);
     std::string reason;
     KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *header.GetRecordMD()->GetItemMD(0), header, 0,
                                                      context, state, variables, reason);
@@ -113,7 +127,9 @@ bool CustomDeserializerUDTRecord::Deserialize(Keywords::IKeywordData& data, Keyw
     if (!tokenizer.NextView(token, &quoted, false)) return true;
     int dimensionCount = 0;
     if (!ValueConversions::ToInteger(token, dimensionCount) || dimensionCount > maxDimensions) return false;
+    note(1);
     header.GetItem(1).SetInteger(dimensionCount);
+    headerScope.reset();
 
     Counts counts{};
     for (int dimension = 0; dimension < dimensionCount; ++dimension) {
@@ -131,16 +147,20 @@ bool CustomDeserializerUDTRecord::ReadDimension(Keywords::IKeywordListData& dime
                                                 std::int64_t& count)
 {
     Keywords::IKeywordRecordData& dimension = AddRecord(dimensions);
+    const SlotPlaces::Scope scope(read.state.places, dimension, read.store);
     std::string_view token;
     bool quoted = false;
     if (!read.store.AdvanceLine() || !read.store.NextTokenView(token, false, false, &quoted)) return false;
+    NotePlace(read.state, dimension, 0, 1, read.store);
     std::string reason;
     KeywordDataDeserializer::DeserializeOptionalData(token, quoted, *dimension.GetRecordMD()->GetItemMD(0), dimension,
                                                      0, read.context, read.state, read.variables, reason);
     auto& values = static_cast<Keywords::IKeywordListData&>(dimension.GetContainer(1));
+    const SlotPlaces::Scope valuesScope(read.state.places, values, read.store);
     while (read.store.NextTokenView(token, false, false, nullptr)) {
         if (token == VeldaneDeckInfo::TERMINATION_TOKEN) break;
         const std::int64_t run = 1 + read.store.TakeRun(anyCount);
+        NotePlace(read.state, values, values.GetElementCount(), run, read.store);
         // An element that is no value holds its place, so that the count stays the dimension's.
         if (!AppendVariable(values, token, run, read.state, read.variables) && !Append(values, token, run, read.state))
             values.AddElement();
@@ -175,11 +195,15 @@ bool CustomDeserializerUDTRecord::ReadRow(Keywords::IKeywordListData& rows, std:
 {
     std::string_view token;
     if (!read.store.NextTokenView(token, false, false, nullptr)) return false;
-    auto& values = static_cast<Keywords::IKeywordListData&>(AddRecord(rows).GetContainer(0));
+    Keywords::IKeywordRecordData& row = AddRecord(rows);
+    auto& values = static_cast<Keywords::IKeywordListData&>(row.GetContainer(0));
+    const SlotPlaces::Scope scope(read.state.places, row, read.store);
+    const SlotPlaces::Scope valuesScope(read.state.places, values, read.store);
     read.state.NoteContainer(read.store);
     std::int64_t count = 0;
     while (token != VeldaneDeckInfo::TERMINATION_TOKEN) {
         const std::int64_t run = 1 + read.store.TakeRun(anyCount);
+        NotePlace(read.state, values, values.GetElementCount(), run, read.store);
         if (!AppendVariable(values, token, run, read.state, read.variables) && !Append(values, token, run, read.state))
             return false;
         count += run;

@@ -22,6 +22,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 class CustomDeserializers;
 class IDeserializer;
 class IKeyword;
+class SlotPlaces;
 
 /// What bounds a read whatever the text says.
 struct DeserializeLimits
@@ -89,6 +90,7 @@ struct DeserializeState
     const bool limitStringLength;
     const bool upperCase;
 
+    SlotPlaces* places = nullptr; ///< takes the places of tokens; null when nobody asks
     bool customRefused = false; ///< a reader of its own may have filled data that the generic one goes on with
 
     // Scratch, each for one use.

@@ -63,7 +63,8 @@ std::int64_t SaturatingProduct(std::int64_t left, std::int64_t right)
 
 void KeywordDataDeserializer::Deserialize(const IKeyword& keyword, Keywords::IKeywordData& data, ILineReader& reader,
                                           long long start, long long length, const Context& context,
-                                          bool firstLineIsKeywordName, KeywordVariables* variables, long long* takenEnd)
+                                          bool firstLineIsKeywordName, KeywordVariables* variables, long long* takenEnd,
+                                          SlotPlaces* places)
 {
     if (takenEnd) *takenEnd = -1;
     Service::MessageCapper::instance().setCurrentKeyword(keyword.GetName());
@@ -71,9 +72,11 @@ void KeywordDataDeserializer::Deserialize(const IKeyword& keyword, Keywords::IKe
     KeywordDataStore store(&reader);
     const ReadPlace place{keyword, store, firstLineIsKeywordName, Service::Log::CurrentPlace()};
     const Service::Log::Place logPlace(place.File(), &ReadPlace::Line, &place);
+    if (places) store.Trace();
     if (!store.Open(keyword, start, length, firstLineIsKeywordName)) return;
     try {
         DeserializeState state(keyword, data);
+        state.places = places;
         Deserialize(data, store, context, state, variables);
     } catch (const std::bad_alloc&) {
         Service::Log::SendLogMessage(
@@ -92,7 +95,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordData& d
     case MDType::List:
         return Deserialize(static_cast<Keywords::IKeywordListData&>(data), store, context, state, variables, false);
     case MDType::Map:
-        return Deserialize(static_cast<Keywords::IKeywordMapData&>(data), store, variables);
+        return Deserialize(static_cast<Keywords::IKeywordMapData&>(data), store, variables, state.places);
     case MDType::RawText:
         return Deserialize(static_cast<Keywords::IKeywordRawTextData&>(data), store);
     case MDType::Record: {

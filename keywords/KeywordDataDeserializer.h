@@ -23,6 +23,7 @@ class Context;
 class IKeyword;
 class ILineReader;
 class KeywordVariables;
+class SlotPlaces;
 
 /// What a step that reads a container tells the step around it.
 struct DeserializeResult
@@ -45,12 +46,12 @@ public:
     /// byte `start`. `firstLineIsKeywordName`: these begin with the keyword's own line. `variables` takes the
     /// references to variables; null where the deck allows none, and a reference is then text like any other.
     /// `takenEnd`, if given, receives the position behind the last line from which something was taken, -1 when
-    /// nothing was.
+    /// nothing was. `places`, if given, takes the places of the tokens that it was made for.
     /// The reader is afterwards where it was, unless there is nothing to read. Throws DeckManagerException when a size
     /// can't be told, or the keyword's metadata are not as its reader expects them.
     static void Deserialize(const IKeyword& keyword, Keywords::IKeywordData& data, ILineReader& reader, long long start,
                             long long length, const Context& context, bool firstLineIsKeywordName,
-                            KeywordVariables* variables, long long* takenEnd = nullptr);
+                            KeywordVariables* variables, long long* takenEnd = nullptr, SlotPlaces* places = nullptr);
 
     /// Reads what the kind of the data calls for.
     static DeserializeResult Deserialize(Keywords::IKeywordData& data, KeywordDataStore& store, const Context& context,
@@ -100,7 +101,7 @@ private:
                                     bool endOfLine, KeywordDataStore& store, const Context& context,
                                     DeserializeState& state, KeywordVariables* variables);
     static DeserializeResult Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
-                                         KeywordVariables* variables);
+                                         KeywordVariables* variables, SlotPlaces* places);
     static DeserializeResult Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store);
 
     static std::int64_t ListSize(const Keywords::IKeywordListMD& md, const Context& context, DeserializeState& state);

@@ -21,6 +21,7 @@
 
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/ShortNumbers.h"
+#include "keywords/SlotPlaces.h"
 #include "keywords/ValueConversions.h"
 #include <deckmanager/KeywordVariables.h>
 
@@ -189,11 +190,19 @@ struct ItemListRead
     }
 };
 
+/// The element, counted like `index`, from which on tokens go one by one to whoever asks for their places.
+std::int64_t NotedLimit(const ItemListRead& read, std::int64_t index, std::int64_t limit)
+{
+    const std::int64_t held = read.list.GetElementCount(); // a token that is no value holds none
+    const std::int64_t unnoted = read.state.places->UnnotedLimit(read.list, held);
+    return unnoted == std::numeric_limits<std::int64_t>::max() ? limit : std::min(limit, index + unnoted - held);
+}
+
 /// Reads plain numbers straight from the lines, through a block on the stack, up to the first token that is anything
-/// else or the element `size`. Returns how many there were; the values, the messages and the place in the text are
+/// else or the element `limit`. Returns how many there were; the values, the messages and the place in the text are
 /// those that the tokenizers would have led to.
 template <class Elements>
-std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index)
+std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index, std::int64_t limit)
 {
     using Value = typename Elements::Value;
     std::array<Value, 1024> block;
@@ -214,18 +223,14 @@ std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index)
         for (;;) {
             while (at != end && VeldaneDeckInfo::IsSpace(*at))
                 ++at;
-            if (at == end || (read.size >= 0 && index + count >= read.size) ||
-                !Elements::TakePlain(at, end, block[filled])) {
-                break;
-            }
+            if (at == end || index + count >= limit || !Elements::TakePlain(at, end, block[filled])) break;
             taken = at;
             ++count;
             if (++filled == block.size()) flush();
         }
         if (taken != rest.data()) read.store.TakeFromLine(static_cast<std::size_t>(taken - rest.data()));
         // The line must have ended with a number: what else stands there, a comment say, is the tokenizers' to read.
-        more = at == end && taken != rest.data() && (read.size < 0 || index + count < read.size) &&
-               read.store.AdvanceLine();
+        more = at == end && taken != rest.data() && index + count < limit && read.store.AdvanceLine();
     }
     if (filled > 0) flush();
     return count;
@@ -245,7 +250,9 @@ DeserializeResult ReadItems(const ItemListRead& read, Elements elements, bool& n
     for (std::int64_t index = 0; read.size < 0 || index < read.size;) {
         if constexpr (Elements::hasBlocks) {
             if (!detector) {
-                const std::int64_t count = TakePlainNumbers<Elements>(read, index);
+                std::int64_t limit = read.size >= 0 ? read.size : std::numeric_limits<std::int64_t>::max();
+                if (read.state.places) limit = NotedLimit(read, index, limit);
+                const std::int64_t count = TakePlainNumbers<Elements>(read, index, limit);
                 anyValue = anyValue || count > 0;
                 index += count;
                 if (read.size >= 0 && index >= read.size) break;
@@ -266,6 +273,7 @@ DeserializeResult ReadItems(const ItemListRead& read, Elements elements, bool& n
         anyValue = true;
         const std::int64_t run =
             1 + read.store.TakeRun(read.size >= 0 ? read.size - index - 1 : std::numeric_limits<std::int32_t>::max());
+        if (read.state.places) read.state.places->Note(read.list, read.list.GetElementCount(), run, read.store);
         typename Elements::Value value{};
         if (token == VeldaneDeckInfo::DEFAULT_TOKEN) {
             if (read.allowsDefault) {

@@ -11,6 +11,7 @@
 
 #include "keywords/IDeserializer.h"
 #include "keywords/KeywordDataDeserializer.h"
+#include "keywords/SlotPlaces.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -56,6 +57,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordListDat
                                                        const Context& context, DeserializeState& state,
                                                        KeywordVariables* variables, bool nestedInSlashList)
 {
+    const SlotPlaces::Scope scope(state.places, list, store);
     const Keywords::IKeywordListMD& md = *list.GetListMD();
     if (IDeserializer* const custom = state.customs.Find(&md)) {
         if (custom->Deserialize(list, store, context, state, variables)) return {true, false, false};

@@ -13,6 +13,7 @@
 #include <tarn/service/Strings.h>
 
 #include "keywords/KeywordDataDeserializer.h"
+#include "keywords/SlotPlaces.h"
 #include "keywords/ValueConversions.h"
 #include <deckmanager/KeywordVariables.h>
 
@@ -53,8 +54,9 @@ void SetNamedEntry(Keywords::IKeywordMapData& map, std::string_view token, Keywo
 } // namespace
 
 DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
-                                                       KeywordVariables* variables)
+                                                       KeywordVariables* variables, SlotPlaces* places)
 {
+    const SlotPlaces::Scope scope(places, map, store);
     const std::int64_t entryCount = map.GetEntryCount();
     if (entryCount == 0) return {};
     std::string_view token;
@@ -62,6 +64,9 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
                             token == VeldaneDeckInfo::DEFAULT_TOKEN;
     store.ResetLine();
 
+    const auto note = [&](std::int64_t entry, std::int64_t run) {
+        if (places) places->Note(map, entry, run, store);
+    };
     DeserializeResult result;
     std::int64_t index = 0;
     while (store.NextTokenView(token, false, false, nullptr)) {
@@ -72,13 +77,16 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
         result.hasData = true;
         const std::int64_t run = 1 + store.TakeRun(std::numeric_limits<std::int32_t>::max());
         if (token == VeldaneDeckInfo::DEFAULT_TOKEN) {
+            note(positional ? index : -1, run);
             index += run;
             continue;
         }
         if (!positional) {
+            note(map.GetMapMD()->FindEntry(token.substr(0, token.find('='))), 1);
             SetNamedEntry(map, token, variables);
         } else {
             if (index >= entryCount) break;
+            note(index, run);
             int value = 0;
             if (ValueConversions::ToWholeInteger(token, value) && value != 0) {
                 for (std::int64_t entry = index; entry < std::min(index + run, entryCount); ++entry)

@@ -19,6 +19,7 @@
 #include "keywords/IDeserializer.h"
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/ShortNumbers.h"
+#include "keywords/SlotPlaces.h"
 #include "keywords/ValueConversions.h"
 #include <deckmanager/KeywordVariables.h>
 
@@ -100,6 +101,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
                                                        KeywordDataStore& store, const Context& context,
                                                        DeserializeState& state, KeywordVariables* variables)
 {
+    const SlotPlaces::Scope scope(state.places, record, store);
     if (plan.custom) {
         if (plan.custom->Deserialize(record, store, context, state, variables)) return {true, false, false};
         state.customRefused = true;
@@ -182,6 +184,10 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
         if (store.IsAtEnd()) return ItemStep::Nothing;
         state.line = store.Line();
         store.MarkLineTaken();
+        if (state.places) {
+            store.TraceCharacters(0, state.line.size());
+            state.places->Note(record, index, 1, store);
+        }
         store.AdvanceLine();
         token = state.line;
     } else if (item.optional ? !store.PeekTokenView(token, endOfLine, &quoted)
@@ -191,8 +197,10 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     }
 
     // The most frequent tokens of long rows: nothing to convert, and the item of a fresh record is unset already.
-    if (token == VeldaneDeckInfo::DEFAULT_TOKEN && !quoted && !item.optional && !wholeLine && !state.customRefused)
+    if (token == VeldaneDeckInfo::DEFAULT_TOKEN && !quoted && !item.optional && !wholeLine && !state.customRefused) {
+        if (state.places) state.places->Note(record, index, 1, store);
         return ItemStep::Value;
+    }
 
     bool taken = true;
     ItemStep found = ItemStep::Terminator;
@@ -211,6 +219,7 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     }
     // What an optional item can't take stays for the next item.
     if (item.optional && taken && !wholeLine) store.NextTokenView(token, true, false, nullptr);
+    if (state.places && taken && !wholeLine && found == ItemStep::Value) state.places->Note(record, index, 1, store);
     return found;
 }
 

@@ -113,6 +113,7 @@ bool KeywordDataStore::NextTokenView(std::string_view& token, bool stayOnLine, b
         if (stayOnLine || !AdvanceLine()) return false;
     }
     MarkLineTaken();
+    if (m_traced) TraceToken();
     return true;
 }
 

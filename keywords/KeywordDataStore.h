@@ -121,6 +121,7 @@ public:
     {
         m_chain->Inner().Consume(count);
         MarkLineTaken();
+        if (m_traced) TraceToken();
     }
 
     /// The current line as it stands in the tokenizer; good until the next line.
@@ -146,7 +147,39 @@ public:
     /// text anew, from where the last count ended: for messages, not for loops.
     int LineInExtent() const;
 
+    // For who asks where tokens stand.
+
+    /// A token as the store took it, quotes and repeat included: characters of the line that begins at that position.
+    struct TracedToken
+    {
+        std::int64_t linePosition = -1; ///< -1: nothing was taken yet
+        std::size_t begin = 0;
+        std::size_t end = 0;
+    };
+
+    /// Keeps the place of the last token from now on.
+    void Trace()
+    {
+        m_traced = true;
+        m_chain->Inner().SetTraced(true);
+    }
+    bool IsTraced() const { return m_traced; }
+
+    /// The token last taken; of numbers taken in one go all of them. REQUIRES: `Trace` was called.
+    const TracedToken& LastToken() const { return m_lastToken; }
+
+    /// Counts these characters of the current line as the last token.
+    void TraceCharacters(std::size_t begin, std::size_t end) { m_lastToken = {m_linePosition, begin, end}; }
+
+    /// The copies of the token last taken that are still to come.
+    std::int64_t CopiesToCome() const { return m_chain->RepeatCount(); }
+
 private:
+    void TraceToken()
+    {
+        const Tokenizer& tokenizer = m_chain->Inner();
+        TraceCharacters(tokenizer.TokenBegin(), tokenizer.TokenEnd());
+    }
     std::int64_t End() const;
     void TakeOverLine(std::int64_t position);
 
@@ -164,6 +197,8 @@ private:
     std::int64_t m_lineEnd = -1;
     std::int64_t m_takenEnd = -1;
     std::uint64_t m_takenCount = 0;
+    bool m_traced = false;
+    TracedToken m_lastToken;
     std::int64_t m_textStart = -1;
     mutable std::int64_t m_countedPosition = -1;
     mutable int m_countedLines = 0;

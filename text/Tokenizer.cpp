@@ -52,10 +52,10 @@ void Tokenizer::SetText(const std::string* text)
 {
     m_text = text;
     if (!text) {
-        m_cursor = m_textEnd = m_limit = nullptr;
+        m_cursor = m_begin = m_textEnd = m_limit = nullptr;
         return;
     }
-    m_cursor = text->data();
+    m_cursor = m_begin = text->data();
     m_textEnd = m_cursor + text->size();
     m_limit = m_textEnd;
     if (text->size() > static_cast<std::size_t>(MaxLineLength)) {
@@ -85,6 +85,7 @@ bool Tokenizer::NextView(std::string_view& token, bool* quoted, bool allowCommas
         while (m_cursor < m_limit && Service::IsSpace(*m_cursor))
             ++m_cursor;
         if (m_cursor >= m_limit) break;
+        m_begin = m_cursor;
         const char c = *m_cursor;
         if (c == VeldaneDeckInfo::QUOTE) {
             isQuoted = found = Quoted(token);
@@ -110,7 +111,7 @@ bool Tokenizer::NextView(std::string_view& token, bool* quoted, bool allowCommas
 
 bool Tokenizer::TakeSimple(std::string_view& token, bool& quoted)
 {
-    if (m_ended || m_repeatAsToken) return false;
+    if (m_ended || m_noSimple) return false;
     const char* begin = m_cursor;
     while (begin < m_limit && Service::IsSpace(*begin))
         ++begin;

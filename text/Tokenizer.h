@@ -18,7 +18,23 @@ public:
     bool NextView(std::string_view& token, bool* quoted, bool allowCommas) override;
 
     /// Makes `*` a token of its own. Kept across `SetText`.
-    void SetRepeatAsToken(bool value) { m_repeatAsToken = value; }
+    void SetRepeatAsToken(bool value)
+    {
+        m_repeatAsToken = value;
+        m_noSimple = m_repeatAsToken || m_traced;
+    }
+
+    /// Keeps the place of each token, which `TakeSimple` then leaves to `NextView`. Kept across `SetText`.
+    void SetTraced(bool value)
+    {
+        m_traced = value;
+        m_noSimple = m_repeatAsToken || m_traced;
+    }
+
+    /// Where in the text the last token of `NextView`, or what the last `Consume` took, begins and ends, quotes and
+    /// repeat included. A default that commas make begins with the first of the two, or is empty.
+    std::size_t TokenBegin() const { return static_cast<std::size_t>(m_begin - m_text->data()); }
+    std::size_t TokenEnd() const { return static_cast<std::size_t>(m_cursor - m_text->data()); }
 
     /// What the tokenizer has still to look at, up to column 132; empty behind a comment.
     std::string_view Remaining() const
@@ -29,6 +45,7 @@ public:
     /// Takes `count` characters of `Remaining()`, at least one whole token, as if they had been read token by token.
     void Consume(std::size_t count)
     {
+        m_begin = m_cursor;
         m_cursor += count;
         m_atStart = false;
     }
@@ -47,10 +64,13 @@ private:
 
     const std::string* m_text = nullptr;
     const char* m_cursor = nullptr;
+    const char* m_begin = nullptr;
     const char* m_textEnd = nullptr;
     const char* m_limit = nullptr;
     bool m_atStart = false;
     bool m_repeatAsToken = false;
+    bool m_traced = false;
+    bool m_noSimple = false;
     bool m_ended = false;
     std::string m_scratch;
 };
