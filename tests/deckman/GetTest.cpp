@@ -124,9 +124,16 @@ TEST_F(Get, MissesTellWhatThereIs)
     EXPECT_THAT(Ask(deck, {"RPTSCHED.NOSUCHENTRY"}).err, testing::ContainsRegex("[A-Z]+ and [0-9]+ more\\.\n"));
 }
 
-TEST_F(Get, UnitsAreThoseOfTheSystemThatIsNotSkipped)
+TEST_F(Get, UnitsAreThoseOfTheDeck)
 {
     EXPECT_EQ(Ask("RUNSPEC\nSKIP\nMETRIC\nENDSKIP\nFIELD\nGRID\nDX\n 1 /\n", {"DX[0]"}).out, "1  ft\n");
+    const std::string fluid = "PROPS\nTCRIT\n 190 /\nRTEMP\n 110 /\n";
+    EXPECT_EQ(Ask("RUNSPEC\nMETRIC\n" + fluid, {"TCRIT[0][0]"}).out, "190  K\n");
+    EXPECT_EQ(Ask("RUNSPEC\nFIELD\n" + fluid, {"TCRIT[0][0]"}).out, "190  degR\n");
+    EXPECT_EQ(Ask("RUNSPEC\nFIELD\n" + fluid, {"RTEMP[0]"}).out, "110  degF\n");
+    // A rock's heat capacity goes by volume, a fluid's by mass.
+    EXPECT_EQ(Ask("RUNSPEC\nGRID\nHEATCR\n 2350 /\n", {"HEATCR[0]"}).out, "2350  kJ/rm3/K\n");
+    EXPECT_EQ(Ask("RUNSPEC\nPROPS\nSPECHEAT\n 20 2 /\n", {"SPECHEAT[0][0].OIL"}).out, "2  kJ/kg/K\n");
 }
 
 TEST_F(Get, LongListIsStreamedAndStopsWithItsReader)
