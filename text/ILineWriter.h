@@ -36,7 +36,7 @@ public:
     /// A block of text, with line ends as the target has them. The line that it ends in is ended.
     virtual void WriteText(std::string_view text) = 0;
     /// The bytes `first` to `last`, both inclusive; as many as there are. The line that they end in is ended. Returns
-    /// how many were read. Throws DeckManagerException when the reader can't go to `first`.
+    /// how many the reader had, all if the target fails. Throws DeckManagerException if the reader can't go to `first`.
     virtual std::int64_t Copy(ILineReader& reader, long long first, long long last) = 0;
 
     /// Ends the line, which may be an empty one.

@@ -1,6 +1,7 @@
 #include "text/LineStreamWriter.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 #include <deckmanager/DeckManagerException.h>
@@ -138,14 +139,20 @@ void LineStreamWriter::WriteText(std::string_view text)
     LineEndConverter converter(m_target == Target::LfFile ? LineEnd::Lf : LineEnd::CrLf,
                                m_target == Target::Text ? LineEndConverter::LoneCr::Keep
                                                         : LineEndConverter::LoneCr::Drop);
-    for (std::size_t at = 0; at < text.size() && m_stream->good(); at += PieceSize)
-        Put(std::string_view(out, converter.Convert(text.substr(at, PieceSize), out)));
-    FinishBlock(text.back() == '\n');
+    std::optional<char> lastByte;
+    for (std::size_t at = 0; at < text.size() && m_stream->good(); at += PieceSize) {
+        const std::string_view written(out, converter.Convert(text.substr(at, PieceSize), out));
+        Put(written);
+        if (!written.empty()) lastByte = written.back();
+    }
+    if (lastByte) FinishBlock(*lastByte == '\n');
 }
 
 std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long long last)
 {
-    if (last < first || !m_stream) return 0;
+    if (last < first) return 0;
+    const std::int64_t asked = last - first + 1;
+    if (!m_stream) return asked;
     const bool keepsBytes = m_keepsBytes && FirstLineEnd(reader).value_or(GetLineEnd()) == GetLineEnd();
     if (!reader.Seek(first, 0)) throw DeckManagerException("LineStreamWriter::Copy: fail to read input stream");
     FlushLine();
@@ -155,25 +162,25 @@ std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long l
     LineEndConverter converter(GetLineEnd(), m_target == Target::Text ? LineEndConverter::LoneCr::Drop
                                                                       : LineEndConverter::LoneCr::Keep);
     std::int64_t copied = 0;
-    char lastByte = '\n';
+    std::optional<char> lastByte;
     while (first <= last && m_stream->good()) {
         const auto wanted = std::min<std::int64_t>(last - first + 1, PieceSize);
         const std::int64_t count = reader.ReadRaw(in, wanted);
         if (count <= 0) break;
         const std::string_view piece(in, static_cast<std::size_t>(count));
-        Put(keepsBytes ? piece : std::string_view(out, converter.Convert(piece, out)));
-        lastByte = piece.back();
+        const std::string_view written = keepsBytes ? piece : std::string_view(out, converter.Convert(piece, out));
+        Put(written);
+        if (!written.empty()) lastByte = written.back();
         copied += count;
         first += count;
     }
-    if (copied == 0) return 0;
-    if (lastByte != '\n' && m_leavesLastLineOpen) {
+    if (lastByte && *lastByte != '\n' && m_leavesLastLineOpen) {
         StartOver(true);
         m_lineIsOpen = true;
-    } else {
-        FinishBlock(lastByte == '\n');
+    } else if (lastByte) {
+        FinishBlock(*lastByte == '\n');
     }
-    return copied;
+    return m_stream->good() ? copied : asked;
 }
 
 void LineStreamWriter::FinishBlock(bool lineEnded)

@@ -52,6 +52,8 @@ TEST(LineWriter, LineEndsByTargetAndOperation)
         {"a\r\r\nb\n", "a\r\nb\r\n", "a\r\r\nb\r\n", "a\r\r\nb\r\n", "a\nb\n", "a\nb\n", "a\r\nb\n"},
         {"a\nb\r", "a\r\nb\r\n", "a\r\nb\n", "a\r\nb\r\n", "a\nb\n", "a\nb\n", "a\nb\n"},
         {"a\r", "a\r\n", "a\n", "a\r\n", "a\n", "a\n", "a\n"},
+        {"a\n\r", "a\r\n", "a\r\n", "a\r\n", "a\n", "a\n", "a\n"},
+        {"\r", "", "", "", "", "", ""},
         {"\n", "\r\n", "\r\n", "\r\n", "\n", "\n", "\n"},
         {"\n\n", "\r\n\r\n", "\r\n\r\n", "\r\n\r\n", "\n\n", "\n\n", "\n\n"},
         {"", "", "", "", "", "", ""},
@@ -481,6 +483,12 @@ TEST(LineFileWriter, LineEndsAreKeptWhereThatIsThePolicy)
     dir.Write("CRLF", "1\r\n");
     dir.Write("LF", "1\n");
     dir.Write("NONE", "1");
+    EXPECT_EQ(Written(Target::Text,
+                      [&](ILineWriter& writer) {
+                          LineStringReader reader(mixed);
+                          writer.Copy(reader, 0, 100);
+                      }),
+              "A\nB\nCD\n"); // a text in memory knows nothing of it
     EXPECT_EQ(copied("MIXED", "CRLF"), mixed + "  x\r\ny\r\n");
     EXPECT_EQ(copied("FEEDS", "LF"), feeds + "  x\ny\n");
     EXPECT_EQ(copied("FEEDS", "NONE"), feeds + "  x\ny\n");
