@@ -7,6 +7,9 @@ scripts/build.sh deckman >&2
 DECKMAN=$ROOT/build/bin/deckman
 cd examples/decks
 FIELD=field/FIELD.DATA
+OUT=../../build/demo
+rm -rf "$OUT"
+mkdir -p "$OUT"
 
 # step "what it shows" arguments...: prints the command as a user would type it, then runs it.
 step() {
@@ -31,4 +34,14 @@ step "What encloses what" scopes "$FIELD"
 step "A keyword's text, as it stands" show "$FIELD" SCHEDULE/WELSPECS
 step "The same by file and line" show single/SKERROW.DATA SKERROW.DATA:204
 step "The keywords whose data match" find "$FIELD" 'HR-P[56]'
-step "The same for machines" find "$FIELD" 'HR-P[56]' --json
+step "The typed data of a keyword, by the names of its items" get "$FIELD" SCHEDULE/WCONPROD
+step "One item of it" get "$FIELD" 'WCONPROD[HR-P2].ORAT'
+step "The same for machines" get "$FIELD" 'WCONPROD[HR-P2]' --json
+step "The moments of the schedule" dates "$FIELD"
+step "The keywords in force at a date" ls "$FIELD" --at 2024-01-01
+step "Whether all data can be read" check "$FIELD"
+step "What the catalogue knows of a keyword" syntax WELSPECS
+step "The whole deck in one file" flatten "$FIELD" -o "$OUT/FLAT.DATA"
+step "What has changed by that: nothing that a simulator reads" diff "$FIELD" "$OUT/FLAT.DATA"
+step "The deck with all its files in another directory" copy "$FIELD" "$OUT/copy"
+step "A search for machines" find "$FIELD" 'HR-P[56]' --json
