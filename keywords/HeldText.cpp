@@ -72,8 +72,12 @@ HeldText::Rest HeldText::TakeRest(std::string& text, std::string_view rest)
         text.resize(found);
         return Rest::WithoutBlock;
     }
+    // A word that nobody knows tells it from other data; a terminator too many, or a row of numbers, may be like them.
+    const auto firstWord =
+        std::find_if(firstData, lines.end(), [](std::string_view line) { return Service::IsAlpha(line.front()); });
     const std::vector<std::string_view> textLines = LinesOf(text);
-    const bool hasIt = std::find(textLines.begin(), textLines.end(), *firstData) != textLines.end();
+    const std::string_view sought = firstWord != lines.end() ? *firstWord : *firstData;
+    const bool hasIt = std::find(textLines.begin(), textLines.end(), sought) != textLines.end();
     return hasIt ? Rest::WithoutBlock : Rest::Stays;
 }
 

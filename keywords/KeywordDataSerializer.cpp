@@ -13,6 +13,7 @@
 #include <tarn/keywords/IKeywordMapData.h>
 #include <tarn/keywords/IKeywordRawTextData.h>
 #include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/KeywordRecordMDUtil.h>
 #include <tarn/keywords/KeywordUtils.h>
 
 #include "keywords/ISerializer.h"
@@ -112,12 +113,11 @@ bool KeywordDataSerializer::SerializeRecord(const Keywords::IKeywordRecordData& 
     const bool showItem = count > 0 && !write.isUnset && NeedsText(md, place) && IsDefaultRecord(record);
     bool terminated = false;
     bool lastWasContainer = false;
-    if (showItem) {
-        // What has no text at all would not be read as a record.
-        writer.WriteToken(defaultToken, true);
-        writer.SetDropTrailingDefaults(false);
-    }
-    for (int index = 0; index < count && !showItem; ++index) {
+    // What has no text at all would not be read as a record. One default is enough, unless containers follow.
+    const bool oneDefault = showItem && !Keywords::KeywordRecordMDUtil::HasNestedContainer(md);
+    if (showItem) writer.SetDropTrailingDefaults(false);
+    if (oneDefault) writer.WriteToken(defaultToken, true);
+    for (int index = 0; index < count && !oneDefault; ++index) {
         const bool optional = traits && traits->IsOptionalOnWrite(index);
         const Keywords::IKeywordMD* const itemMD = md.GetItemMD(index);
         const MDType type = itemMD->GetType();
@@ -142,6 +142,7 @@ bool KeywordDataSerializer::SerializeRecord(const Keywords::IKeywordRecordData& 
 bool KeywordDataSerializer::IsDefaultRecord(const Keywords::IKeywordRecordData& record)
 {
     const Keywords::IKeywordRecordMD& md = *record.GetRecordMD();
+    if (record.GetItemCount() != md.GetItemCount()) return false; // to be told where it is written
     for (int index = 0; index < record.GetItemCount(); ++index) {
         const Keywords::IKeywordMD* const itemMD = md.GetItemMD(index);
         switch (Keywords::KeywordUtils::GetMDType(itemMD)) {
@@ -170,7 +171,14 @@ bool KeywordDataSerializer::SerializeList(const Keywords::IKeywordListData& list
     if (skipIfEmpty && count == 0) return false;
     const bool terminatorOnNewLine = md.TerminatorOnNewLine() != 0;
     const bool startsOnNewLine = md.StartsOnNewLine() != 0 && newLine;
-    if (startsOnNewLine && (count > 0 || (slash && terminatorOnNewLine))) writer.NewLine();
+    if (startsOnNewLine && (count > 0 || (slash && terminatorOnNewLine))) {
+        writer.NewLine();
+    } else if (newLine && (count > 0 || slash)) {
+        // Defaults ahead of it on its line aren't the last of what is around.
+        const bool drop = writer.SetDropTrailingDefaults(false);
+        writer.FlushItems();
+        writer.SetDropTrailingDefaults(drop);
+    }
     if (ISerializer* const custom = write.customs.Find(&md)) {
         if (custom->Serialize(list, writer, write.useVariables)) return true;
     }

@@ -9,6 +9,24 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
+namespace {
+
+/// What stands behind the tag on a tag line.
+std::string_view BehindTag(std::string_view line)
+{
+    const Environment& environment = Environment::Instance();
+    const std::string_view text = Service::Trimmed(line);
+    std::size_t size = 0;
+    for (const std::string_view tag : {OldGeneratedTag, std::string_view(environment.GetKeywordGeneratedTag()),
+                                       std::string_view(environment.GetFileGeneratedTag())})
+    {
+        if (text.starts_with(tag)) size = std::max(size, tag.size());
+    }
+    return Service::TrimmedLeft(text.substr(size));
+}
+
+} // namespace
+
 KeywordStretches::KeywordStretches(ILineReader& reader, long long position, long long size, bool hasComment)
     : begin(position), behindLine(position), head(position), comment{position, position}, data(position),
       end(position + size)
@@ -16,6 +34,11 @@ KeywordStretches::KeywordStretches(ILineReader& reader, long long position, long
     reader.Seek(begin, 0);
     reader.ReadNextLine(line, nullptr, false);
     behindLine = std::min(reader.Tell(), end);
+    if (behindLine - begin > static_cast<long long>(line.size() + 2)) {
+        // Longer than a reader of lines takes it.
+        reader.ReadRange(begin, behindLine - 1, line);
+        Service::StringTrimRight(line);
+    }
     FindHead(reader);
     comment = {head, head};
     data = head;
@@ -39,6 +62,8 @@ void KeywordStretches::FindHead(ILineReader& reader)
         if (IsKeywordTagLine(plain) || IsFileTagLine(plain)) {
             seenTag = true;
             head = std::min(reader.Tell(), end);
+            if (const std::string_view words = BehindTag(plain); !words.empty())
+                behindTags.append(behindTags.empty() ? "" : " ").append(words);
         } else if (seenTag || !Service::AllBlanks(plain)) {
             break;
         }

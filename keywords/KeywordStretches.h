@@ -33,7 +33,8 @@ struct KeywordStretches
     Stretch comment; ///< what the keyword's comment manager reads; at `head` where there is none
     long long data;  ///< the first data line, whosever it is; `end` where there is none
     long long end;
-    std::string line; ///< the keyword line as it stands, without its line end
+    std::string line;       ///< the keyword line as it stands, without its line end
+    std::string behindTags; ///< what the tag lines say beyond the tag, on one line
 
     /// `hasComment`: the keyword can have a comment; else what is behind the tag lines counts as data.
     KeywordStretches(ILineReader& reader, long long position, long long size, bool hasComment);

@@ -24,6 +24,7 @@
 #include "keywords/LineMarks.h"
 #include "text/ILineWriter.h"
 #include "text/KeywordFileReader.h"
+#include "text/LineStringReader.h"
 #include "text/LineStringWriter.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/DeckManagerException.h>
@@ -32,6 +33,7 @@
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordDataFactory.h>
+#include <tarn/keywords/VariablesString.h>
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
@@ -44,6 +46,18 @@ namespace {
 void TakeCarriageReturns(std::string& text)
 {
     Service::StringReplace(text, "\r\n", "\n");
+}
+
+/// Whether a data line that begins in that stretch refers to a variable, which a tree has no place for.
+bool RefersToVariables(ILineReader& lines, long long begin, long long end)
+{
+    lines.Seek(begin, 0);
+    std::string line;
+    long long position = 0;
+    while (lines.ReadNextDataLine(line, &position, true) && position < end) {
+        if (Keywords::VariablesString::ContainsVariables(line)) return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -139,6 +153,10 @@ Keyword::DataSource Keyword::SourceOfData() const
 {
     const std::string* const text = m_state && m_state->textIsData ? m_state->heldText.get() : nullptr;
     if (!ForceRewrite::IsOn()) return {m_dataChanged || !HasValidExtent(), text, std::nullopt};
+    if (text && m_variablesAllowed) {
+        LineStringReader lines(*text);
+        if (RefersToVariables(lines, 0, static_cast<long long>(text->size()))) return {true, text, std::nullopt};
+    }
     DataSource source{true, nullptr, std::nullopt};
     if (text && HeldText::BeginsWithComment(*text)) source.head = HeldText::CommentsAtHead(*text);
     return source;
@@ -213,9 +231,12 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool co
         stretches.emplace(*lines, m_position, m_size, CanHaveComment());
         ownEnd = restBegin = source.fresh || marked ? OwnEnd(*stretches, *lines, context) : stretches->end;
     }
-    // What its reader makes nothing of (a title that looks like a comment) isn't lost to a rewrite.
+    // What its reader makes nothing of (a title that looks like a comment), and what it has no value for, isn't lost to
+    // a rewrite.
     const bool readAfresh = source.fresh && lines && !m_dataChanged && !source.text && m_syntax->GetMetaData();
-    if (readAfresh && TakenSize(context) < 0) data.fresh = false;
+    if (readAfresh &&
+        (TakenSize(context) < 0 || (m_variablesAllowed && RefersToVariables(*lines, stretches->head, ownEnd))))
+        data.fresh = false;
     if (source.text) {
         ownText = *source.text;
         if (lines) {
@@ -295,7 +316,7 @@ void Keyword::WriteHead(ILineWriter& writer, const DataSource& source, const Key
 std::string Keyword::KeywordLine(const KeywordStretches* stretches, bool commit) const
 {
     std::string line = GetName();
-    std::string_view behindTag;
+    std::string behindTag;
     if (stretches) {
         const std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(std::string_view(stretches->line));
         std::size_t nameSize = 0;
@@ -310,6 +331,8 @@ std::string Keyword::KeywordLine(const KeywordStretches* stretches, bool commit)
             rest = rest.substr(0, found);
         }
         line += Service::TrimmedRight(rest);
+        if (!behindTag.empty() && !stretches->behindTags.empty()) behindTag += ' ';
+        behindTag += stretches->behindTags;
     }
     const std::size_t size = line.size();
     if (commit)
@@ -332,8 +355,9 @@ void Keyword::CopyStretch(ILineWriter& writer, ILineReader& lines, long long beg
         if (writer.Copy(lines, begin, end - 1) != end - begin) ThrowUnreadable();
         return;
     }
-    std::string text;
-    lines.ReadRange(begin, end - 1, text);
+    LineStringWriter copy;
+    if (copy.Copy(lines, begin, end - 1) != end - begin) ThrowUnreadable();
+    std::string text = copy.TakeText();
     LineReaderUtil::ActivateLines(text);
     writer.WriteText(text);
 }

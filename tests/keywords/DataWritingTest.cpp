@@ -219,6 +219,10 @@ TEST(DataWriting, LayoutOfContainers)
         {R"({"type": "list", "element": )" + row + "}", "/", "  /"},
         // All unset, but a lone "/" would end the list.
         {R"({"type": "list", "element": )" + row + "}", "W1 /\n1* /\nW2 /\n/", "  W1 /\n  1* /\n  W2 /\n  /"},
+        {R"({"type": "list", "element": {"type": "record", "items": [{"name": "A", "type": "integer"}, {"type": "list", )"
+         R"("name": "L", )" +
+             reals + "}]}}",
+         "1*\n/\n/\n2\n1 /\n/\n/", "  1*\n  /\n  /\n  2\n  1 /\n  /\n  /"},
         {R"({"type": "list", "element": {"type": "record", "items": [)" + defaultable + "]}}", "2 /\n/\n/\n/",
          "  2 /\n  /\n  /\n  /"},
         {R"({"type": "list", "termination": "none", "element": )" + row + "}", "W1 2 /\nW2 3 /", "  W1 2 /\n  W2 3 /"},
@@ -243,6 +247,12 @@ TEST(DataWriting, LayoutOfContainers)
         {R"({"type": "record", "items": [{"type": "list", "name": "L", "startsOnNewLine": false, )" + reals +
              R"(}, {"type": "list", "name": "M", "startsOnNewLine": false, )" + reals + "}]}",
          "1 /\n2 /\n/", "  1 / 2 /\n  /"},
+        // What stands ahead of a list on its line isn't the last of the record.
+        {R"({"type": "record", "items": [)" + defaultable +
+             R"(, {"type": "list", "name": "L", )"
+             R"("startsOnNewLine": false, )" +
+             reals + "}]}",
+         "3 1* /\n/", "  3 1* /\n  /"},
         // A list without termination of its own at the end of a record: its defaults count.
         {R"({"type": "record", "items": [{"name": "W", "type": "string"}, {"type": "list", "name": "F", )"
          R"("termination": "none", "elementsDefaultable": true, )" +
@@ -290,6 +300,72 @@ TEST(DataWriting, UnsetElementsAreDefaults)
             std::string(type) + "}}}]");
         EXPECT_EQ(Filled("X", unset), "  1* 1* 1* /") << type;
     }
+}
+
+/// A record that hasn't got as many items as its metadata tell.
+class OddRecord : public Keywords::IKeywordRecordData
+{
+public:
+    OddRecord(const Keywords::IKeywordMD& md, int count) : IKeywordRecordData(md), m_count(count) {}
+
+    int GetItemCount() const noexcept override { return m_count; }
+    Keywords::Slot GetItem(int index) override { return Keywords::Slot(*this, index); }
+    Keywords::ConstSlot GetItem(int index) const override { return Keywords::ConstSlot(*this, index); }
+    Keywords::IKeywordData& GetContainer(int) override { return *this; }
+    const Keywords::IKeywordData& GetContainer(int) const override { return *this; }
+    std::unique_ptr<Keywords::IKeywordData> CloneSafely() const override { return nullptr; }
+
+protected:
+    const Keywords::IKeywordMD* MDAt(int) const override { return GetMetaData(); }
+    const void* ValueAt(int, Keywords::MDType) const override { return nullptr; }
+    void* MutableValueAt(int, Keywords::MDType, bool) override { return nullptr; }
+    bool IsDefaultedAt(int) const override { return true; }
+    const Keywords::IKeywordData* ContainerAt(int) const override { return nullptr; }
+    Keywords::IKeywordData* MutableContainerAt(int) override { return nullptr; }
+    void AssignContainerAt(int, const Keywords::IKeywordData&) override {}
+
+private:
+    int m_count;
+};
+
+TEST(DataWriting, WhatCannotBeWrittenIsThrown)
+{
+    const TestSupport::CleanEnvironment clean;
+    const auto* const table = DeckManager::Environment::Instance().GetSyntaxTable();
+    const auto& record =
+        static_cast<const Keywords::IKeywordRecordMD&>(*table->FindSyntax("DIMENS", true)->GetMetaData());
+    LineStringWriter writer;
+    const auto write = [&](const Keywords::IKeywordData& data) {
+        KeywordDataSerializer::Serialize(data, writer, false, Keywords::SimulatorType::Any);
+    };
+    for (const int count : {0, 2, 4}) {
+        try {
+            write(OddRecord(record, count));
+            FAIL() << count;
+        } catch (const char* text) {
+            EXPECT_STREQ(text, "KeywordDataSerializer::Serialize: mismatch number of item records between data & "
+                               "metadata");
+        }
+    }
+    const auto said = [](const auto& action) {
+        try {
+            action();
+        } catch (const DeckManager::DeckManagerException& failure) {
+            const std::string text = failure.what();
+            return text.substr(0, text.find('"') + 1);
+        }
+        return std::string();
+    };
+    const auto* const map = table->FindSyntax("RPTSCHED", true)->GetMetaData();
+    EXPECT_EQ(said([&] { write(OddRecord(*record.GetItemMD(0), 0)); }),
+              "DeckManager::KeywordDataSerializer::Serialize(IKeywordData &, ...): unhandled keyword data type \"");
+    EXPECT_EQ(said([&] { KeywordDataSerializer::SerializeOptionalItem({}, map, writer, false, false); }),
+              "DeckManager::KeywordDataSerializer::SerializeOptionalItem(): unhandled metadata type \"");
+    EXPECT_EQ(said([&] { KeywordDataSerializer::IsDefaultItem({}, map); }),
+              "DeckManager::KeywordDataSerializer::IsDefaultItem(): unhandled metadata type \"");
+    EXPECT_FALSE(KeywordDataSerializer::IsDefaultItem({}, nullptr));
+    KeywordDataSerializer::SerializeOptionalItem({}, nullptr, writer, true, false);
+    EXPECT_EQ(writer.GetText(), "");
 }
 
 TEST(DataWriting, RepeatOptionsAreFour)
