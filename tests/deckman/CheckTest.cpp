@@ -189,6 +189,16 @@ TEST(Check, GroupsRepeatsAndSumsUp)
     EXPECT_EQ(JsonLines(Deckman({"check", "TOP.DATA", "--json"}, In(folder)).out).size(), 42u);
 }
 
+TEST(Check, TellsOnceWhatEachWalkSays)
+{
+    const TempDir folder;
+    folder.Write("TOP.DATA", "RUNSPEC\nINCLUDE\n'' /\nOIL\n");
+    const Outcome outcome = Deckman({"check", "TOP.DATA"}, In(folder));
+    EXPECT_THAT(outcome.out, HasSubstr("TOP.DATA:2: error: The INCLUDE path \"\""));
+    EXPECT_THAT(outcome.out, HasSubstr("3 keywords in 1 file: 1 error, no warnings.\n"));
+    EXPECT_THAT(outcome.err, IsEmpty());
+}
+
 TEST(Check, TellsWhatIsCappedInTheLastKeywordToo)
 {
     std::string lines;

@@ -57,6 +57,9 @@ const Case cases[] = {
      "x.DATA:5: warning: Time stands still: DATES[1] is 2020-02-01 again."},
     {"time is lost up to the next date", start, "TSTEP\n 10 $DT 10 /\nDATES\n 1 MAR 2020 /\n/\n",
      "2020-01-11 10.0; - -; 2020-03-01 60.0; ", 1, "x.DATA:5: error: TSTEP[1] is no number of days: $DT."},
+    {"a step beyond all numbers", start, "TSTEP\n 10 1E999 10 /\nDATES\n 1 MAR 2020 /\n/\n",
+     "2020-01-11 10.0; - -; 2020-03-01 60.0; ", 1, "x.DATA:5: error: TSTEP[1] is no number of days: inf."},
+    {"steps that add up beyond all numbers", start, "TSTEP\n 1E308 1E308 /\n", "- 1e+308; - -; ", 0, ""},
 };
 
 } // namespace

@@ -95,6 +95,12 @@ private:
 void Check::Run()
 {
     LoadFiles();
+    // Not the reading alone: each walk tries anew to open what could not be opened, and says so.
+    const Diversion diversion(m_session.Log(), [this](const Messages::Message& message) {
+        if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) return;
+        m_report.Add({message.file, message.line, m_lines->KeywordAround(message.file, message.line), message.severity,
+                      message.text});
+    });
     CheckSectionKeywords();
     if (m_options.simulator) CheckSimulator();
     ReadAllData();
@@ -166,11 +172,6 @@ void Check::CheckSimulator()
 
 void Check::ReadAllData()
 {
-    const Diversion diversion(m_session.Log(), [this](const Messages::Message& message) {
-        if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) return;
-        m_report.Add({message.file, message.line, m_lines->KeywordAround(message.file, message.line), message.severity,
-                      message.text});
-    });
     SkipTracker skips(m_options.simulator);
     DeckWalk walk(m_session, m_options.all);
     while (!m_out.Closed() && walk.Next()) {

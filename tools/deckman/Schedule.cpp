@@ -176,7 +176,8 @@ private:
         ValueReader values({&m_variables}, ValueReader::Form::People);
         for (int i = 0; i < list.GetElementCount(); ++i) {
             const std::string where = fmt::format("{}[{}]", name, i);
-            if (!list.GetElement(i).HasValue()) {
+            // Infinity is what a number that is too large for anything reads as.
+            if (!list.GetElement(i).HasValue() || !std::isfinite(list.GetElement(i).GetReal())) {
                 const ValueText value = values.Read(list, i);
                 Tell(walk.Keyword(), true,
                      fmt::format("{} is no number of days: {}.", where,
@@ -233,7 +234,7 @@ private:
         Moment& moment = Add(walk);
         if (m_isLost) return moment;
         if (const Time now = Now(); now.IsDef()) moment.date = now;
-        if (m_baseDays) moment.days = Rounded(*m_baseDays + m_sinceBase);
+        if (m_baseDays && std::isfinite(m_sinceBase)) moment.days = Rounded(*m_baseDays + m_sinceBase);
         return moment;
     }
 
