@@ -15,7 +15,9 @@
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/SlotPlaces.h"
 #include "keywords/ValueConversions.h"
+#include <deckmanager/Environment.h>
 #include <deckmanager/KeywordVariables.h>
+#include <deckmanager/LineReaderUtil.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -98,15 +100,21 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
     return result;
 }
 
-DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store)
+DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store,
+                                                       bool suppressed)
 {
     std::string text;
     if (!store.ReadAllText(text)) return {};
+    if (suppressed && Environment::Instance().KeywordSuppressionEnabled()) LineReaderUtil::ActivateLines(text);
     std::string terminator;
     data.GetRawTextMD()->GetTerminator(terminator);
-    const std::size_t end = terminator.empty() ? std::string::npos : text.find("\n" + terminator);
+    std::size_t end = std::string::npos;
+    if (!terminator.empty() && text.starts_with(terminator))
+        end = 0;
+    else if (!terminator.empty() && (end = text.find("\n" + terminator)) != std::string::npos)
+        ++end;
     if (end != std::string::npos) {
-        text.resize(end + 1);
+        text.resize(end);
         // The terminator's own line is the keyword's too.
         store.MarkTextTaken(std::count(text.begin(), text.end(), '\n') + 1);
     } else {

@@ -31,8 +31,10 @@
 #include <deckmanager/Environment.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/keywords/IKeywordRawTextMD.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordDataFactory.h>
+#include <tarn/keywords/KeywordUtils.h>
 #include <tarn/keywords/VariablesString.h>
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
@@ -58,6 +60,16 @@ bool RefersToVariables(ILineReader& lines, long long begin, long long end)
         if (Keywords::VariablesString::ContainsVariables(line)) return true;
     }
     return false;
+}
+
+/// The terminator that raw text needs and the text has no line of: without it, the keywords below would be text too.
+std::string MissingTerminator(const Keywords::IKeywordMD* metadata, std::string_view text)
+{
+    std::string terminator;
+    if (Keywords::KeywordUtils::GetMDType(metadata) != Keywords::MDType::RawText) return terminator;
+    static_cast<const Keywords::IKeywordRawTextMD*>(metadata)->GetTerminator(terminator);
+    if (text.starts_with(terminator) || text.find("\n" + terminator) != std::string_view::npos) terminator.clear();
+    return terminator;
 }
 
 } // namespace
@@ -147,6 +159,14 @@ void Keyword::WriteTrailingText(ILineWriter& writer, const Context& context) con
     const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
     const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
     CopyStretch(writer, *lines, OwnEnd(stretches, *lines, context), stretches.end, false);
+}
+
+long long Keyword::OwnSize(const Context& context) const
+{
+    if (!HasValidExtent()) return 0;
+    const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
+    const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+    return OwnEnd(stretches, *lines, context) - m_position;
 }
 
 Keyword::DataSource Keyword::SourceOfData() const
@@ -287,6 +307,7 @@ void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const Key
         CopyStretch(writer, *lines, headEnd, ownEnd, IsActivated());
     } else if (source.text) {
         writer.WriteText(*source.text);
+        writer.WriteText(MissingTerminator(m_syntax->GetMetaData(), *source.text));
     } else if (const Keywords::IKeywordData* data = DataTree(context)) {
         KeywordDataSerializer::Serialize(*data, writer, m_variablesAllowed, simulator);
     }

@@ -383,6 +383,12 @@ TEST_F(KeywordWritingTest, RawTextEndsWithItsTerminator)
     Check({
         {"terminated", "SCHEDULE\nPYINPUT\na\n-- x\nPYEND\n-- above\nDATES\n", text,
          "SCHEDULE\nPYINPUT\nb\nPYEND\n-- above\nDATES\n", "PYINPUT"},
+        {"text without one, which would swallow what follows", "SCHEDULE\nPYINPUT\na\nPYEND\n-- above\nTSTEP\n1 /\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("b # PYEND\n PYEND", false)); },
+         "SCHEDULE\nPYINPUT\nb # PYEND\n PYEND\nPYEND\n-- above\nTSTEP\n1 /\n", "PYINPUT"},
+        {"a tree of a suppressed one", "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetData(k.GetAndResetData(Context()), false)); },
+         "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n", "PYINPUT"},
         {"not terminated: all is the keyword's", "SCHEDULE\nPYINPUT\na\n-- x\n", text, "SCHEDULE\nPYINPUT\nb\nPYEND\n",
          "PYINPUT"},
         {"commented out", "SCHEDULE\nPYINPUT\na\n-- x\nPYEND\n-- above\n", [](Keyword& k) { k.CommentOut(); },

@@ -52,6 +52,10 @@ TEST(RawTextReading, EndsAheadOfItsTerminator)
     EXPECT_EQ(outcome.tree, "'  One -- two||three ENDTEXT|'");
     EXPECT_EQ(outcome.takenEnd, static_cast<long long>(text.find("-- of")));
 
+    const Outcome empty = ReadShape(shape, "ENDTEXT\n-- of the next\n");
+    EXPECT_EQ(empty.tree, "''");
+    EXPECT_EQ(empty.takenEnd, 8);
+
     const Outcome open = ReadShape(shape, "one\ntwo\n");
     EXPECT_EQ(open.tree, "'one|two|'");
     EXPECT_EQ(open.takenEnd, 8);
