@@ -108,6 +108,9 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
         {{{"TOP.DATA", "RUNSPEC\nGRID\nINCLUDE\n'a.inc' /\nPROPS\nGRID\n"}, {"a.inc", "PORO\n 1*0.2 /\nGRID\n"}},
          {"a.inc:3 GRID warning: The following section keywords occur more than once in the deck: GRID, GRID."}},
         {{{"TOP.DATA", "RUNSPEC\nPROPS\nGRID\n"}}, {"TOP.DATA:3 GRID warning: The section GRID stands behind PROPS."}},
+        {{{"TOP.DATA", "-- nothing\n"}}, {"TOP.DATA:null null warning: There are no keywords in this deck."}},
+        {{{"TOP.DATA", "RUNSPEC\nGRID\nGDFILE\n'geo' /\nGDFILE\n'there' /\n"}, {"there.FEGRID", ""}},
+         {"TOP.DATA:3 GDFILE warning: The grid file geo of this GDFILE does not exist."}},
         // What it takes in silence.
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/gone.inc' /\n"}},
          {"TOP.DATA:2 INCLUDE warning: The file sub/gone.inc of this INCLUDE does not exist."}},

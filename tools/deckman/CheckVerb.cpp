@@ -101,6 +101,8 @@ void Check::Run()
         m_report.Add({message.file, message.line, m_lines->KeywordAround(message.file, message.line), message.severity,
                       message.text});
     });
+    if (m_lines->KeywordCount() == 0)
+        m_report.Add({m_session.TopFile().GetFullName(), -1, {}, Log::Warning, "There are no keywords in this deck."});
     CheckSectionKeywords();
     if (m_options.simulator) CheckSimulator();
     ReadAllData();
@@ -173,12 +175,18 @@ void Check::CheckSimulator()
 void Check::ReadAllData()
 {
     SkipTracker skips(m_options.simulator);
+    const FileTree files(m_session);
     DeckWalk walk(m_session, m_options.all);
     while (!m_out.Closed() && walk.Next()) {
         const DeckManager::IKeyword& keyword = walk.Keyword();
         if (skips.Hides(keyword)) continue;
         ReadData(keyword);
-        if (walk.Kind() == KeywordKind::Include) CheckInclude(keyword);
+        if (walk.Kind() == KeywordKind::Include) {
+            CheckInclude(keyword);
+        } else if (const auto grid = files.GridLinkOf(keyword); grid && !grid->exists && !keyword.IsSuppressed()) {
+            Add(keyword, Log::Warning,
+                fmt::format("The grid file {} of this {} does not exist.", grid->shown, keyword.GetName()));
+        }
     }
     Service::MessageCapper::instance().flush();
 }

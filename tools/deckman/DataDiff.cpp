@@ -42,6 +42,9 @@ bool IsItem(const Keywords::IKeywordMD* md)
     return Keywords::KeywordUtils::IsItemMDType(md);
 }
 
+/// What quotes in a place can't hold, and what no command line can.
+constexpr std::string_view noStep("'\"\0", 3);
+
 /// Tells how to name the records of a list: by its first string where that leads to it, else by number.
 class RecordNames
 {
@@ -54,7 +57,7 @@ public:
         const auto name = NameOfRecord(m_list.GetContainer(index));
         if (name && !name->empty()) {
             const auto first = m_first.find(Service::Uppercased(*name));
-            if (first != m_first.end() && first->second == index && name->find_first_of("'\"") == name->npos)
+            if (first != m_first.end() && first->second == index && name->find_first_of(noStep) == name->npos)
                 return ItemPath::NamedStep(*name);
         }
         return fmt::format("[{}]", index);

@@ -53,10 +53,11 @@ public:
     FileLink Top() const;
     /// Loads the file. The reference lasts as long as the tree.
     const FileContents& ContentsOf(Tarn::Fjel::Core::DeckManager::IKeywordFile* file);
+    /// The grid file that the keyword names; empty for a keyword that names none.
+    std::optional<FileLink> GridLinkOf(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword) const;
 
 private:
     FileLink LinkOf(const Tarn::Fjel::Core::DeckManager::IKeyword& include) const;
-    std::optional<FileLink> GridLinkOf(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword) const;
     FileLink MakeLink(FileLink::Kind kind, const Tarn::Fjel::Core::Service::FileName& name) const;
 
     DeckSession& m_session;
