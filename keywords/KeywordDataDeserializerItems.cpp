@@ -214,6 +214,7 @@ std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index, std:
         filled = 0;
     };
 
+    const std::int64_t most = limit - index;
     std::int64_t count = 0;
     for (bool more = true; more;) {
         const std::string_view rest = read.store.RestOfLine();
@@ -223,14 +224,14 @@ std::int64_t TakePlainNumbers(const ItemListRead& read, std::int64_t index, std:
         for (;;) {
             while (at != end && VeldaneDeckInfo::IsSpace(*at))
                 ++at;
-            if (at == end || index + count >= limit || !Elements::TakePlain(at, end, block[filled])) break;
+            if (at == end || count >= most || !Elements::TakePlain(at, end, block[filled])) break;
             taken = at;
             ++count;
             if (++filled == block.size()) flush();
         }
         if (taken != rest.data()) read.store.TakeFromLine(static_cast<std::size_t>(taken - rest.data()));
         // The line must have ended with a number: what else stands there, a comment say, is the tokenizers' to read.
-        more = at == end && taken != rest.data() && index + count < limit && read.store.AdvanceLine();
+        more = at == end && taken != rest.data() && count < most && read.store.AdvanceLine();
     }
     if (filled > 0) flush();
     return count;

@@ -101,7 +101,10 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRecordD
                                                        KeywordDataStore& store, const Context& context,
                                                        DeserializeState& state, KeywordVariables* variables)
 {
-    const SlotPlaces::Scope scope(state.places, record, store);
+    if (state.places && state.places->NeedsScope(record)) [[unlikely]] {
+        const SlotPlaces::Scope scope(state.places, record, store);
+        return Deserialize(record, plan, store, context, state, variables);
+    }
     if (plan.custom) {
         if (plan.custom->Deserialize(record, store, context, state, variables)) return {true, false, false};
         state.customRefused = true;

@@ -197,11 +197,11 @@ private:
     std::int64_t m_lineEnd = -1;
     std::int64_t m_takenEnd = -1;
     std::uint64_t m_takenCount = 0;
-    bool m_traced = false;
-    TracedToken m_lastToken;
     std::int64_t m_textStart = -1;
     mutable std::int64_t m_countedPosition = -1;
     mutable int m_countedLines = 0;
+    bool m_traced = false;
+    TracedToken m_lastToken;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

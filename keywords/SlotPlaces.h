@@ -80,6 +80,15 @@ public:
         const KeywordDataStore& m_store;
     };
 
+    /// For a reader that has its scope set up by another, so as to have none itself: true when it is asked for a
+    /// container the first time, false when it is asked again from within the scope.
+    bool NeedsScope(const Keywords::IKeywordData& container)
+    {
+        const bool entered = m_entered == &container;
+        m_entered = entered ? nullptr : &container;
+        return !entered;
+    }
+
     /// The token just taken fills `run` slots of the container, from `index` on.
     void Note(const Keywords::IKeywordData& container, std::int64_t index, std::int64_t run,
               const KeywordDataStore& store);
@@ -107,6 +116,7 @@ private:
     std::vector<int> m_way;
     std::int64_t m_wanted;
     const Keywords::IKeywordData* m_open = nullptr; ///< the container, while it is read
+    const Keywords::IKeywordData* m_entered = nullptr;
     bool m_openIsItemList = false;
     bool m_met = false;
     bool m_reliable = true;

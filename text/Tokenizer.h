@@ -64,15 +64,15 @@ private:
 
     const std::string* m_text = nullptr;
     const char* m_cursor = nullptr;
-    const char* m_begin = nullptr;
     const char* m_textEnd = nullptr;
     const char* m_limit = nullptr;
     bool m_atStart = false;
+    bool m_noSimple = false; ///< `TakeSimple` takes nothing
+    bool m_ended = false;
     bool m_repeatAsToken = false;
     bool m_traced = false;
-    bool m_noSimple = false;
-    bool m_ended = false;
     std::string m_scratch;
+    const char* m_begin = nullptr; ///< of the last token
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager
