@@ -287,12 +287,16 @@ TextSplice DataTextEdit::PlaceMissingItem(const Reading& reading, const Way& way
     Stop(Outcome::NotInText, fmt::format("The text has no place for {}.", Describe(way.steps)));
 }
 
-/// A line of its own behind all that the text holds.
+/// A line of its own for a text without data: behind the comment that it begins with. What comes behind a blank line is
+/// the comment above the next keyword.
 TextSplice DataTextEdit::AppendLine(std::string_view content) const
 {
-    TextSplice splice{m_text.size(), m_text.size(), {}};
+    std::size_t at = 0;
+    while (at < m_text.size() && TextLines::FirstOfLine(m_text, at) < TextLines::End(m_text, at))
+        at = TextLines::Next(m_text, at);
+    TextSplice splice{at, at, {}};
     const std::string_view lineEnd = TextLines::LineEndAt(m_text, 0);
-    if (!m_text.empty() && m_text.back() != '\n') splice.replacement = lineEnd;
+    if (at > 0 && m_text[at - 1] != '\n') splice.replacement = lineEnd;
     splice.replacement += content;
     splice.replacement += lineEnd;
     return splice;

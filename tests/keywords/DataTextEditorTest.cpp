@@ -35,6 +35,9 @@ constexpr const char* records =
 constexpr const char* lines =
     R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items": [
         {"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}]}})";
+constexpr const char* filled =
+    R"({"type": "list", "termination": "none", "autoFill": true, "element": {"type": "record", "items": [
+        {"name": "A", "type": "integer", "defaultable": true}, {"name": "B", "type": "integer"}]}})";
 constexpr const char* title =
     R"({"type": "record", "termination": "none", "items": [{"name": "T", "type": "restOfLine"}]})";
 constexpr const char* tables =
@@ -125,6 +128,7 @@ TEST(DataTextEditor, ItemsOfARecord)
         {items, "A 1\n", {3}, "OPEN", "A 1 1* OPEN\n"},
         {items, "", {2}, "5", " 2* 5 /\n"},
         {items, "-- only a comment", {1}, "5", "-- only a comment\n 1* 5 /\n"},
+        {items, "-- a comment\n\n-- above the next\n", {1}, "5", "-- a comment\n 1* 5 /\n\n-- above the next\n"},
         {items, ",1,,OPEN /", {0}, "A", "A,1,,OPEN /"},
         {items, ",1,,OPEN /", {2}, "4", ",1,4,OPEN /"},
         {items, "A,1,2 /", {1}, "4", "A,4,2 /"},
@@ -436,4 +440,39 @@ TEST(DataTextEditor, TenMillionValuesKeepNoPlaceForEach)
     std::string expected = text;
     expected.replace(at, 1, "44");
     EXPECT_TRUE(result.text == expected);
+}
+
+TEST(DataTextEditor, TextsOfADeck)
+{
+    const TestSupport::CleanEnvironment clean;
+    const TestSupport::TestDeck deck(TestSupport::TestDeck::Texts{
+        {"A.DATA", "RUNSPEC\nTABDIMS\n 1 2 -- two\n/\nPROPS\nPVTW\n 1 2 3 4 5 /\n  6 7 8 9 / b\n-- above\n"
+                   "ROCK\n 1 $C /\nROCKTAB\n 1 1 1\n 2 1 1 /\n 3 1 1 /\n"}});
+    const auto set = [&](const char* name, Path path, Value value) {
+        const auto& keyword = **deck.At(name);
+        return DataTextEditor::ForKeyword(deck.Keywords(), keyword)
+            .Set(*deck.Keywords().GetDataText(&keyword), path, value);
+    };
+    EXPECT_EQ(set("TABDIMS", {1}, Value::Integer(3)).text, " 1 3 -- two\n/");
+    EXPECT_EQ(set("PVTW", {1, 4}, Value::Real(5)).text, " 1 2 3 4 5 /\n  6 7 8 9 5 / b\n-- above");
+    EXPECT_EQ(set("PVTW", {2, 4}, Value::Real(5)).reason, "There is no element 2 in PVTW, which has 2.");
+    EXPECT_EQ(set("ROCK", {0, 1}, Value::Text("$D")).text, " 1 $D /");
+    EXPECT_EQ(set("ROCK", {0, 1}, Value::Real(0.5)).text, " 1 0.5 /");
+
+    // How many numbers a row has, other keywords of the deck say.
+    EXPECT_EQ(set("ROCKTAB", {0, 1, "TRAN_MULTIPLIER"}, Value::Real(0.8)).text, " 1 1 1\n 2 1 0.8 /\n 3 1 1 /");
+    const auto* const syntax = DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax("ROCKTAB", true);
+    const auto loose = DataTextEditor(*syntax).Set(" 1 1 1\n 2 1 1 /\n", {0, 1, 2}, Value::Real(0.8));
+    EXPECT_EQ(loose.outcome, Outcome_::NotInText);
+    EXPECT_TRUE(loose.reason.starts_with("The data of ROCKTAB can not be read: ")) << loose.reason;
+}
+
+TEST(DataTextEditor, RecordsThatRepeatTheOneBefore)
+{
+    Check({
+        {filled, "1 2 /\n/\n3 /\n", {2, 1}, "4", "1 2 /\n/\n3 4 /\n"},
+        {filled, "1 2 /\n/\n3 /\n", {0, 1}, "4", nullptr, elsewhere}, // the second would change too
+        {filled, "1 /\n/\n3 /\n", {1, 0}, "4", "1 /\n4 /\n3 /\n"},
+        {filled, "1 2 /\n/\n3 /\n", {1, 0}, "4", nullptr, elsewhere}, // what the second repeats would go
+    });
 }
