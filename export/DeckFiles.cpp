@@ -3,11 +3,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "files/FileReferencingKeyword.h"
+#include "files/GridFileKeyword.h"
 #include "files/KeywordFile.h"
-#include "files/KeywordGDFILE.h"
-#include "files/KeywordINCLUDE.h"
-#include "files/KeywordORDGRID.h"
 #include "text/KeywordFileReader.h"
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileStatus.h>
@@ -29,13 +26,10 @@ DeckFiles::DeckFiles(const KeywordFile& file, const Context& context)
             if (KeywordFile* included = KeywordFile::IncludedFileOf(reference)) {
                 if (seen.insert(included).second) waiting.push_back(included);
             }
-            const auto addAll = [this](const std::vector<Service::FileName>& files) {
-                for (const Service::FileName& grid : files)
+            if (const auto* gridFiles = dynamic_cast<const GridFileKeyword*>(reference)) {
+                for (const Service::FileName& grid : gridFiles->GridFiles(context))
                     Add(grid);
-            };
-            if (const auto* gdfile = dynamic_cast<const KeywordGDFILE*>(reference)) addAll(gdfile->GridFiles(context));
-            if (const auto* ordgrid = dynamic_cast<const KeywordORDGRID*>(reference))
-                addAll(ordgrid->GridFiles(context));
+            }
         }
     }
 }

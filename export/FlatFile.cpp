@@ -44,36 +44,45 @@ int KindOf(const Keyword& keyword)
     return keyword.GetSyntax()->GetKind();
 }
 
-/// A user's remark as a comment line; empty for none.
+bool IsTagLine(std::string_view line)
+{
+    return IsKeywordTagLine(line) || IsFileTagLine(line);
+}
+
+/// A user's remark as a comment line, which must not say more than that: no tag, no mark of a suppressed line. Empty
+/// for none.
 std::string RemarkLine(std::string_view remark)
 {
     remark = Service::Trimmed(remark);
     if (remark.empty()) return {};
+    const bool isComment = VeldaneDeckInfo::BeginsWithCommentMarker(remark) && !IsTagLine(remark) &&
+                           VeldaneDeckInfo::SkipSuppressMarker(remark).size() == remark.size();
     std::string line;
-    if (!VeldaneDeckInfo::BeginsWithCommentMarker(remark)) line.append(VeldaneDeckInfo::COMMENT_MARKER).append(" ");
+    if (!isComment) line.append(VeldaneDeckInfo::COMMENT_MARKER).append(" ");
     return line.append(remark) + "\n";
 }
 
-/// What stands behind a name on its line: behind the terminator, else the comment.
-std::string_view RemarkBehindName(std::string_view line)
+/// What stands behind a name: the comment behind the terminator, or all of it where other words come first.
+std::string_view RemarkBehind(std::string_view rest)
 {
-    std::string_view rest = Service::TrimmedLeft(line);
-    std::size_t nameEnd = 0;
-    if (rest.front() == VeldaneDeckInfo::QUOTE) {
-        nameEnd = std::min(rest.find(VeldaneDeckInfo::QUOTE, 1), rest.size() - 1) + 1;
-    } else {
-        while (nameEnd < rest.size() && !VeldaneDeckInfo::IsSpace(rest[nameEnd]))
-            ++nameEnd;
-    }
-    rest.remove_prefix(nameEnd);
-    const std::size_t comment = std::min(rest.find(VeldaneDeckInfo::COMMENT_MARKER), rest.size());
+    const std::size_t end = std::min(rest.find(VeldaneDeckInfo::COMMENT_MARKER), rest.size());
     const std::size_t terminator = rest.find(VeldaneDeckInfo::TERMINATION_TOKEN);
-    return terminator < comment ? rest.substr(terminator + 1) : rest.substr(comment);
+    const bool isTerminated = terminator < end;
+    if (!Service::AllBlanks(rest.substr(0, isTerminated ? terminator : end))) return rest;
+    return isTerminated ? rest.substr(terminator + 1) : rest.substr(end);
 }
 
-bool IsTagLine(std::string_view line)
+/// What a user has put beside a tag, ahead of it or behind it.
+std::string WordsBesideTag(std::string_view line)
 {
-    return IsKeywordTagLine(line) || IsFileTagLine(line);
+    std::string_view tag = Environment::Instance().GetKeywordGeneratedTag();
+    if (tag.empty() || line.find(tag) == std::string_view::npos) tag = OldGeneratedTag;
+    const std::size_t at = line.find(tag);
+    if (at == std::string_view::npos) return std::string(line);
+    std::string words(Service::TrimmedRight(line.substr(0, at)));
+    const std::string_view behind = Service::Trimmed(line.substr(at + tag.size()));
+    if (!words.empty() && !behind.empty()) words += ' ';
+    return words.append(behind);
 }
 
 } // namespace
@@ -265,11 +274,8 @@ bool FlatFile::PassInclude(const KeywordINCLUDE& include)
     if (include.IsCommentedOut() || include.IsSuppressed()) return stay();
     if (!include.BringsSomething()) {
         if (m_report != nullptr) {
-            const KeywordFile* file = include.IncludedFile();
-            m_report->files.push_back({ExportReport::Action::Missing,
-                                       file != nullptr ? file->GetFileName().GetFullName() : std::string(),
-                                       {},
-                                       &include});
+            if (const std::optional<Service::FileName> missing = include.MissingFile(m_context))
+                m_report->files.push_back({ExportReport::Action::Missing, missing->GetFullName(), {}, &include});
         }
         if (m_manner.whole) return stay();
         HandOn(include);
@@ -289,23 +295,30 @@ void FlatFile::WriteCommentsOn(const Keyword& include)
     source.Flush();
     ILineReader* reader =
         include.HasValidExtent() && include.Reader() == source.File().FileReader() ? source.Reader() : nullptr;
-    if (reader == nullptr || !reader->Seek(include.Position(), 0)) return;
-    const long long end = include.Position() + include.Size();
+    if (reader == nullptr) return;
+    // What else stands in the extent is handed on as it is.
+    const long long end = include.Position() + include.OwnSize(m_context);
+    if (!reader->Seek(include.Position(), 0)) return;
     std::string comments;
     std::string line;
+    bool nameSeen = false;
     for (bool isFirst = true; reader->Tell() < end && reader->ReadNextLine(line, nullptr, true); isFirst = false) {
         const std::string_view text = Service::Trimmed(line);
         if (isFirst) {
             std::string_view remark = text;
             while (!remark.empty() && !VeldaneDeckInfo::IsSpace(remark.front()))
                 remark.remove_prefix(1);
-            const std::string& tag = Environment::Instance().GetKeywordGeneratedTag();
-            comments += RemarkLine(remark.substr(0, remark.find(tag)));
+            comments += RemarkLine(WordsBesideTag(remark));
         } else if (VeldaneDeckInfo::BeginsWithCommentMarker(text)) {
-            if (!IsTagLine(text)) comments.append(line) += '\n';
+            if (IsTagLine(text))
+                comments += RemarkLine(WordsBesideTag(text));
+            else
+                comments.append(line) += '\n';
         } else if (!text.empty()) {
-            comments += RemarkLine(RemarkBehindName(text));
-            if (LineReaderUtil::IsTerminated(line)) break;
+            const auto [at, size] =
+                nameSeen ? std::pair<std::size_t, std::size_t>() : FileReferencingKeyword::NameToken(text);
+            nameSeen = true;
+            comments += RemarkLine(RemarkBehind(text.substr(at + size)));
         }
     }
     if (comments.empty() || m_writer == nullptr) return;

@@ -46,6 +46,8 @@ public:
     /// Puts all files in their places, or none.
     bool PutInPlace();
 
+    /// Whoever writes a file has a reason of its own why that can't be done. Always false.
+    bool Fail(const std::string& file, const std::string& reason);
     /// Why the last operation failed, for the user. Names the file.
     const std::string& Failure() const { return m_failure; }
     /// The last operation failed because it must not be done, and not because it can't.
@@ -69,7 +71,6 @@ private:
     File* Begin(const Service::FileName& target);
     bool Exchange(File& file);
     bool TakeBack();
-    bool Fail(const std::string& file, const std::string& reason);
 
     const DeckFiles& m_deckFiles;
     std::vector<File> m_files;

@@ -49,6 +49,12 @@ bool SuffixCopy::Fail(const std::string& name)
     return false;
 }
 
+bool SuffixCopy::Fail(const std::string& name, const std::string& reason)
+{
+    m_staged.Fail(name, reason);
+    return Fail(name);
+}
+
 std::optional<std::string> SuffixCopy::Begin(KeywordFile& file)
 {
     const auto [found, isNew] = m_names.try_emplace(&file);
@@ -87,20 +93,25 @@ bool SuffixCopy::WriteFile(KeywordFile& file, const std::string& name)
 void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
 {
     KeywordFile* file = include.IncludedFile();
-    if (file != nullptr && !include.BringsSomething()) {
+    if (!include.BringsSomething()) {
         // No file is made for it; the copy looks for it where the deck does.
-        source.WriteKeyword(include, m_context, m_options.simulator);
+        if (file != nullptr || m_manner.whole)
+            source.WriteKeyword(include, m_context, m_options.simulator);
+        else
+            source.LeaveOut(include, m_context);
         if (m_report != nullptr) {
-            m_report->files.push_back({ExportReport::Action::Missing, file->GetFileName().GetFullName(), {}, &include});
+            if (const std::optional<FileName> missing = include.MissingFile(m_context))
+                m_report->files.push_back({ExportReport::Action::Missing, missing->GetFullName(), {}, &include});
         }
         return;
     }
-    std::optional<std::string> text;
-    if (file != nullptr && Begin(*file)) {
-        const auto name =
-            Keywords::DataAccessUtils::GetINCLUDEFileName(const_cast<KeywordINCLUDE&>(include).GetData(m_context));
-        if (name) text = include.TextWithName(m_rename(*name), m_context);
-    }
+    const auto name =
+        Keywords::DataAccessUtils::GetINCLUDEFileName(const_cast<KeywordINCLUDE&>(include).GetData(m_context));
+    std::optional<std::string> text = name ? include.TextWithName(m_rename(*name), m_context) : std::nullopt;
+    if (!text)
+        Fail(m_rename(file->GetFileName().GetFullName()), "its name cannot stand in a deck");
+    else if (!Begin(*file))
+        text.reset();
     if (text) {
         source.WriteReference(include, *text, m_context);
         if (m_report != nullptr && m_options.planOnly) {
@@ -108,8 +119,6 @@ void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
             include.WriteWithText(changed, *text, m_context);
             m_report->changes.push_back({&include, changed.TakeText()});
         }
-    } else if (file == nullptr && m_manner.whole) {
-        source.WriteKeyword(include, m_context, m_options.simulator);
     } else {
         source.LeaveOut(include, m_context);
     }

@@ -46,6 +46,7 @@ private:
     bool WriteFile(KeywordFile& file, const std::string& name);
     void WriteInclude(SourceFile& source, const KeywordINCLUDE& include);
     bool Fail(const std::string& name);
+    bool Fail(const std::string& name, const std::string& reason);
 
     const Context& m_context;
     const ExportOptions& m_options;

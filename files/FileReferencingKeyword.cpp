@@ -10,11 +10,13 @@
 #include "files/KeywordFile.h"
 #include "keywords/ForceRewrite.h"
 #include "text/KeywordFileReader.h"
+#include "text/Tokenizer.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/service/FileName.h>
+#include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -38,16 +40,19 @@ std::pair<std::size_t, std::size_t> FileReferencingKeyword::NameToken(std::strin
             begin = end + 1;
             continue;
         }
+        // The reader's own rules: a name without quotes ends at a slash, a comma or a comment.
+        const Service::Log::Probe probe;
+        const std::string content(line);
+        Tokenizer tokenizer;
+        tokenizer.SetTraced(true);
+        tokenizer.SetText(&content);
+        std::string_view token;
+        bool quoted = false;
+        const bool isName = tokenizer.NextView(token, &quoted, false) &&
+                            (quoted || token != VeldaneDeckInfo::TERMINATION_TOKEN) &&
+                            content[tokenizer.TokenBegin()] == rest.front();
         const std::size_t at = begin + (line.size() - rest.size());
-        std::size_t size = 0;
-        if (rest.front() == VeldaneDeckInfo::QUOTE) {
-            const std::size_t closing = rest.find(VeldaneDeckInfo::QUOTE, 1);
-            if (closing != std::string_view::npos) size = closing + 1;
-        } else {
-            while (size < rest.size() && !VeldaneDeckInfo::IsSpace(rest[size]))
-                ++size;
-        }
-        return {at, size};
+        return {at, isName ? tokenizer.TokenEnd() - tokenizer.TokenBegin() : 0};
     }
     return {0, 0};
 }
@@ -101,6 +106,11 @@ std::unique_ptr<Keyword> FileReferencingKeyword::Blank() const
 std::optional<std::string> FileReferencingKeyword::TextWithName(const std::string& name, const Context& context) const
 {
     auto& self = const_cast<FileReferencingKeyword&>(*this);
+    const auto saysName = [&](const std::string& text) {
+        const Service::Log::Probe probe;
+        const std::unique_ptr<Keyword> keyword = Blank();
+        return keyword->SetDataText(text, false) && NameIn(keyword->GetData(context)) == name;
+    };
     const std::shared_ptr<std::string> text = self.GetDataText();
     if (!ForceRewrite::IsOn() && text) {
         const auto [at, size] = NameToken(*text);
@@ -109,8 +119,7 @@ std::optional<std::string> FileReferencingKeyword::TextWithName(const std::strin
         std::string changed = *text;
         changed.replace(at, size, Quoted(name));
         // What is no plain name there (a repeat, a text that goes on) is left to the data tree.
-        const std::unique_ptr<Keyword> probe = Blank();
-        if (size > 0 && probe->SetDataText(changed, false) && NameIn(probe->GetData(context)) == name) return changed;
+        if (size > 0 && saysName(changed)) return changed;
     }
     std::unique_ptr<Keywords::IKeywordData> data;
     if (const Keywords::IKeywordData* present = self.GetData(context)) data = present->CloneSafely();
@@ -118,7 +127,8 @@ std::optional<std::string> FileReferencingKeyword::TextWithName(const std::strin
     PutName(*data, name);
     const std::unique_ptr<Keyword> keyword = Blank();
     if (!keyword->SetData(std::move(data), false)) return std::nullopt;
-    return *keyword->GetDataText();
+    const std::string written = *keyword->GetDataText();
+    return saysName(written) ? std::optional<std::string>(written) : std::nullopt;
 }
 
 void FileReferencingKeyword::ExportTo(ILineWriter& writer, const Service::Directory& directory, const Context& context,
@@ -130,31 +140,6 @@ void FileReferencingKeyword::ExportTo(ILineWriter& writer, const Service::Direct
         WriteWithText(writer, *text, context);
     else
         Write(writer, context, simulator);
-}
-
-std::string FileReferencingKeyword::TakeAlong(const std::vector<Service::FileName>& files, const std::string& leaf,
-                                              const Service::Directory& directory, ExportedFileMap& fileMap)
-{
-    const auto renamed = [&](const Service::FileName& file, int number) {
-        Service::FileName target(directory, file.GetFileName());
-        const std::string extension = file.GetExtension();
-        if (number > 0) {
-            target.SetFileName(file.GetRootName() + "_" + std::to_string(number) +
-                               (extension.empty() ? "" : "." + extension));
-        }
-        return target;
-    };
-    const auto isTaken = [&](int number) {
-        return std::any_of(files.begin(), files.end(), [&](const Service::FileName& file) {
-            return fileMap.HasNew(renamed(file, number)) && !(fileMap.NewNameOf(file) == renamed(file, number));
-        });
-    };
-    int number = 0;
-    while (isTaken(number))
-        ++number;
-    for (const Service::FileName& file : files)
-        fileMap.AddWaiting(nullptr, file, renamed(file, number));
-    return number == 0 ? leaf : renamed(Service::FileName(leaf), number).GetFileName();
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

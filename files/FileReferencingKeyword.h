@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 #include "keywords/Keyword.h"
 
@@ -30,11 +29,11 @@ public:
                                                   ExportedFileMap& fileMap) const = 0;
 
     /// The data text of the keyword with another file's name in the place of its own, and everything else as it is. No
-    /// value where that is no change.
+    /// value where that is no change, and for a name that no text can hold.
     std::optional<std::string> TextWithName(const std::string& name, const Context& context) const;
 
-    /// Where the token stands that is the file's name in a data text or at the head of its line, quotes included: begin
-    /// and size. No size when there is none.
+    /// Where the token stands that is the file's name in a data text or at the head of its line, quotes and a repeat
+    /// included: begin and size. No size when there is none.
     static std::pair<std::size_t, std::size_t> NameToken(std::string_view text);
     /// The token in the place of the name, where that is all in which `text` differs from the data text of the keyword.
     std::optional<std::string> TokenAlone(const std::string& text) const;
@@ -54,11 +53,6 @@ protected:
     /// Not set without a name, and for text that can't be one.
     Service::FileName NamedFile(const Context& context) const;
     std::optional<std::string> NamedText(const Context& context) const;
-
-    /// Lets grid files come along, under their own leaf names, or with a number behind the root of each where another
-    /// file has taken one of these. Returns what the leaf `leaf` becomes by that.
-    static std::string TakeAlong(const std::vector<Service::FileName>& files, const std::string& leaf,
-                                 const Service::Directory& directory, ExportedFileMap& fileMap);
 
 private:
     std::unique_ptr<Keyword> Blank() const;

@@ -1,5 +1,6 @@
 #include "files/KeywordINCLUDE.h"
 
+#include <algorithm>
 #include <optional>
 
 #include <boost/filesystem/exception.hpp>
@@ -12,6 +13,7 @@
 #include "text/KeywordFileReader.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/IKeywordFileManager.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
@@ -188,6 +190,15 @@ bool KeywordINCLUDE::BringsSomething() const
     return status.IsRegularFile() || status.isUnknown || file->Begin() != file->End();
 }
 
+std::optional<Service::FileName> KeywordINCLUDE::MissingFile(const Context& context) const
+{
+    if (BringsSomething()) return std::nullopt;
+    const KeywordFile* file = IncludedFile();
+    const Service::FileName name = file != nullptr ? file->GetFileName() : NamedFile(context);
+    if (name.IsSet() && Service::FileStatus::Of(name).Exists()) return std::nullopt;
+    return name;
+}
+
 std::optional<std::string> KeywordINCLUDE::NameInCopy(const Service::Directory& directory, const Context& context,
                                                       ExportedFileMap& fileMap) const
 {
@@ -195,10 +206,13 @@ std::optional<std::string> KeywordINCLUDE::NameInCopy(const Service::Directory& 
     const bool exists = BringsSomething();
     // A name with a variable in it is no file's yet, and keeps it.
     const Service::FileName name = file != nullptr ? file->GetFileName() : NamedFile(context);
+    if (const std::optional<Service::FileName> missing = MissingFile(context)) fileMap.NoteMissing(*this, *missing);
     if (!name.IsSet()) return std::nullopt;
-    if (!exists) fileMap.NoteMissing(*this, name);
     if (fileMap.HasOld(name)) return fileMap.NewNameOf(name).GetFileName();
-    Service::FileName target(directory, name.GetFileName());
+    // A quote can't stand in a name that stands in quotes.
+    std::string leaf = name.GetFileName();
+    std::replace(leaf.begin(), leaf.end(), VeldaneDeckInfo::QUOTE, '_');
+    Service::FileName target(directory, leaf);
     const auto isTaken = [&](const Service::FileName& candidate) { return fileMap.HasNew(candidate); };
     if (isTaken(target)) target = Service::FileUtils::ConstructUniqueName(target, isTaken);
     // The name of a file that isn't there is taken too: another file must not come to stand for it.

@@ -44,6 +44,9 @@ public:
 
     /// The included file is there, readable or not, or has keywords that no commit has written yet.
     bool BringsSomething() const;
+    /// What the keyword names and isn't there, so that it brings nothing in; not set where it names nothing. No value
+    /// when something stands there: when that brings nothing in, it was told why.
+    std::optional<Service::FileName> MissingFile(const Context& context) const;
 
 protected:
     void OnOwnerChanged() override;

@@ -131,6 +131,8 @@ public:
     /// What stands in the extent behind the keyword's own text, which is mostly the comment above the keyword below.
     /// For whoever leaves the keyword out.
     void WriteTrailingText(ILineWriter& writer, const Context& context) const;
+    /// How many bytes of the extent stand ahead of that; 0 without an extent.
+    long long OwnSize(const Context& context) const;
     /// `Write` copies the extent and does nothing else.
     bool IsWrittenAsItStands() const;
     /// A keyword of a skipped region: it has a place in the file and no text.

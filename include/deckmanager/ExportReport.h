@@ -20,7 +20,7 @@ struct ExportReport
     struct File
     {
         Action action;
-        std::string from;                  ///< full name
+        std::string from;                  ///< full name; empty for a keyword that names none
         std::string to;                    ///< full name; empty for `Missing`
         const IKeyword* keyword = nullptr; ///< of `Missing`: who names the file; good as long as it stands in its list
     };

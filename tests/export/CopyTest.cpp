@@ -51,6 +51,19 @@ TEST_F(CopyTest, FilesLieSideBySideAndDifferInTheNamesAlone)
          {{"A.DATA", "-- head\nRUNSPEC\nINCLUDE -- why\n-- c\n  'b.inc'  /  it\n-- above\nGRID\n\n-- last\n"},
           {"b.inc", "-- b\nOIL\nINCLUDE\n'c.inc' /\n"},
           {"c.inc", "-- c\n"}}},
+        {"names without quotes",
+         {{"A.DATA",
+           "RUNSPEC\nINCLUDE\nb.inc/ one\nINCLUDE\n s\\c.inc--two\n/\nINCLUDE\ns\\c.inc,3 /\nINCLUDE\n1*s\\c.inc /\n"
+           "INCLUDE\ns\\c'd'.inc /\nINCLUDE\n's\\c.inc'x /\n"},
+          {"b.inc", "OIL\n"},
+          {"s/c.inc", "GAS\n"},
+          {"s/c'd'.inc", "WATER\n"}},
+         {{"A.DATA",
+           "RUNSPEC\nINCLUDE\nb.inc/ one\nINCLUDE\n 'c.inc'--two\n/\nINCLUDE\n'c.inc',3 /\nINCLUDE\n'c.inc' /\n"
+           "INCLUDE\n'c_d_.inc' /\nINCLUDE\n'c.inc'x /\n"},
+          {"b.inc", "OIL\n"},
+          {"c.inc", "GAS\n"},
+          {"c_d_.inc", "WATER\n"}}},
         {"one file twice, two files of one leaf",
          {{"A.DATA", "RUNSPEC\nINCLUDE\n'a/x.inc' /\nINCLUDE\n'b/x.inc' /\nINCLUDE\n'a/x.inc' /\n"},
           {"a/x.inc", "OIL\n"},
@@ -266,6 +279,20 @@ TEST_F(CopyTest, CopiesBesideTheDeck)
 
     EXPECT_EQ(Exporter::ExportToSingleFileSuffix(deck.Keywords(), "_F"), deck.Dir().Path("A_F.DATA"));
     EXPECT_EQ(deck.Dir().Read("A_F.DATA"), "RUNSPEC\nOIL\n-- t\n-- above\nGRID\n");
+}
+
+TEST_F(CopyTest, ASuffixThatNoNameInADeckCanHave)
+{
+    const TestDeck deck(
+        TestDeck::Texts{{"A.DATA", "RUNSPEC\nINCLUDE\n'x.inc' /\n-- above\nGRID\n"}, {"x.inc", "OIL\n"}});
+    EXPECT_EQ(Exporter::CopyToSameDir(deck.Keywords(), "'s", ExportOptions(), nullptr), "");
+    EXPECT_TRUE(m_log.Contains("The file " + deck.Dir().Path("x's.inc") +
+                               " cannot be written: its name cannot stand in a deck."));
+    EXPECT_FALSE(deck.Dir().Exists("A's.DATA") || deck.Dir().Exists("x's.inc"));
+    std::vector<std::string> failed;
+    EXPECT_EQ(Exporter::CopyToSameDir(deck.Keywords(), "'s", failed), deck.Dir().Path("A's.DATA"));
+    EXPECT_EQ(failed, std::vector<std::string>{deck.Dir().Path("x's.inc")});
+    EXPECT_EQ(deck.Dir().Read("A's.DATA"), "RUNSPEC\n-- above\nGRID\n");
 }
 
 TEST_F(CopyTest, TheSuffixGoesAheadOfTheLastDotOfTheName)

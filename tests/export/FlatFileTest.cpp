@@ -65,6 +65,14 @@ TEST_F(FlatFileTest, IncludesAreReplacedByWhatTheyInclude)
           {"b.inc", "OIL\n"}},
          "RUNSPEC\n-- why\n-- whose\n-- the old one\nOIL\nGRID\n--short\nOIL\nNOECHO\n",
          "RUNSPEC\nOIL\nGRID\nOIL\nNOECHO\n"},
+        {"names without quotes, words in unusual places, lines that would mean something elsewhere",
+         {{"A.DATA", "NOECHO\nINCLUDE\nb.inc/ one\nINCLUDE\nb.inc--two\n-- three\n/ four\nINCLUDE\n'b.inc' five /\n"
+                     "INCLUDE -- Generated six\n-- Generated seven\n'b.inc' / -- Generated eight\n"
+                     "INCLUDE\n'b.inc' / --@@@nine\nINCLUDE\n'b.inc'\n'c.inc' / ten\nGRID\n"},
+          {"b.inc", "OIL\n"}},
+         "NOECHO\n-- one\nOIL\n--two\n-- three\n-- four\nOIL\n-- five /\nOIL\n-- six\n-- seven\n-- -- Generated eight\n"
+         "OIL\n-- --@@@nine\nOIL\nOIL\n'c.inc' / ten\nGRID\n",
+         "NOECHO\nOIL\nOIL\nOIL\nOIL\nOIL\nOIL\n'c.inc' / ten\nGRID\n"},
         {"files without keywords, and data ahead of the first keyword",
          {{"A.DATA", "GRID\nPORO\nINCLUDE\n 'b.inc' /\n/\nPERMX\nINCLUDE\n 'c.inc' /\nINCLUDE\n 'd.inc' /\nEDIT\n"},
           {"b.inc", "-- numbers\n 0.1 0.2\n"},

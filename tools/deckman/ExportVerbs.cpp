@@ -152,9 +152,10 @@ ExitStatus Export(const DeckSession& session, const Options& options, bool keeps
     }
     for (const auto& file : report.files) {
         if (file.action != Action::Missing) continue;
-        const std::string name = file.from.empty() ? "what " + file.keyword->GetName() + " names" : file.from;
         session.Log().Warning(session.PlaceOf(*file.keyword),
-                              fmt::format("The file {} does not exist.", session.Log().Shown(name)));
+                              file.from.empty()
+                                  ? fmt::format("This {} names no file.", file.keyword->GetName())
+                                  : fmt::format("The file {} does not exist.", session.Log().Shown(file.from)));
     }
     if (options.json)
         PrintJson(session, report, out);
