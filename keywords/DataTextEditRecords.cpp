@@ -84,14 +84,18 @@ TextSplice DataTextEdit::InsertLine(const Reading& reading, std::string line, bo
     if (!places.WasMet() || !places.Last().IsKnown()) Stop(Outcome::NotInText, "The text has no place for the record.");
     if (isAhead) {
         const auto first = static_cast<std::size_t>(places.First().begin);
-        const std::size_t at = TextLines::Begin(m_text, first);
-        if (TextLines::FirstOfLine(m_text, at) != first)
-            Stop(Outcome::NotInText, "The text has no line of its own for the record.");
-        return {at, at, line.append(TextLines::LineEndAt(m_text, at))};
+        const std::size_t begin = TextLines::Begin(m_text, first);
+        line.append(TextLines::LineEndAt(m_text, begin));
+        if (TextLines::FirstOfLine(m_text, begin) == first) return {begin, begin, std::move(line)};
+        // It begins in a line that holds something else: that stays where it is.
+        return {first, first, line.substr(line.find_first_not_of(" \t")) + ' '};
     }
     const auto last = static_cast<std::size_t>(places.Last().end);
-    const std::size_t at = TextLines::Next(m_text, last);
     const std::string lineEnd(TextLines::LineEndAt(m_text, last));
+    const std::string_view behind = Service::TrimmedLeft(m_text.substr(last, TextLines::End(m_text, last) - last));
+    if (!places.EndsWithTerminator() && !behind.empty() && !behind.starts_with(VeldaneDeckInfo::COMMENT_MARKER))
+        return {last, last, lineEnd + line};
+    const std::size_t at = TextLines::Next(m_text, last);
     const bool isEnded = at > 0 && m_text[at - 1] == '\n';
     return {at, at, isEnded ? line + lineEnd : lineEnd + line};
 }

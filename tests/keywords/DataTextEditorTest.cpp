@@ -319,6 +319,26 @@ TEST(DataTextEditor, RecordsAreAddedInTheMannerOfTheirNeighbours)
     EXPECT_EQ(editor.InsertRecord("A /\n/", {0}, 0, {}).reason, "X[0] is no list of records.");
 }
 
+TEST(DataTextEditor, RowsOfTablesComeAndGo)
+{
+    const TestSupport::CleanEnvironment clean;
+    const auto* const syntax = DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax("PVTO", true);
+    ASSERT_NE(syntax, nullptr);
+    const DataTextEditor editor(*syntax);
+    const std::string text = "  20  40 1.1  1.6 / a\n  60 120 1.2  1.1 -- b\n     200 1.18 1.2 / c\n/\n";
+    const auto insert = [&](int index) {
+        return editor.InsertRecord(text, {0, 1, "ROWS"}, index, {Value::Integer(150), Value::Real(1.19)}).text;
+    };
+    EXPECT_EQ(insert(-1),
+              "  20  40 1.1  1.6 / a\n  60 120 1.2  1.1 -- b\n     200 1.18 1.2\n     150 1.19 1* / c\n/\n");
+    EXPECT_EQ(insert(1), "  20  40 1.1  1.6 / a\n  60 120 1.2  1.1 -- b\n 150 1.19 1*\n     200 1.18 1.2 / c\n/\n");
+    EXPECT_EQ(insert(0), "  20  40 1.1  1.6 / a\n  60 150 1.19 1*\n 120 1.2  1.1 -- b\n     200 1.18 1.2 / c\n/\n");
+    EXPECT_EQ(editor.Remove(text, {0, 1, 1, 1}).text, "  20  40 1.1  1.6 / a\n  60 120 1.2  1.1 -- b\n     / c\n/\n");
+    EXPECT_EQ(editor.Remove(text, {0, 1, 1, 0}).text, "  20  40 1.1  1.6 / a\n  60 -- b\n     200 1.18 1.2 / c\n/\n");
+    EXPECT_EQ(editor.Remove(text, {0, 0}).text, "  60 120 1.2  1.1 -- b\n     200 1.18 1.2 / c\n/\n");
+    EXPECT_EQ(editor.InsertElement(text, {0}, 0, Value::Integer(1)).reason, "PVTO[0] is no list of single values.");
+}
+
 TEST(DataTextEditor, ALineThatWouldPassColumn132IsBrokenAheadOfIt)
 {
     const std::string row = fmt::format("  {:9>126}", ""); // ends at column 128
