@@ -222,6 +222,8 @@ void ExporterUtil::KeepLineEnds(LineFileWriter& writer, SourceFile& source)
 
 Context ExporterUtil::ContextOf(const IDeckKeywords& keywords)
 {
+    // An alias is known when the file that holds it is loaded.
+    keywords.GetFiles();
     Context context = keywords.GetDataFile()->AsKeywordFile()->RootContext();
     context.Bind(&keywords);
     return context;

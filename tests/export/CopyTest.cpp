@@ -216,11 +216,19 @@ TEST_F(CopyTest, CrLfIsTheDefaultOfTheLibrary)
 TEST_F(CopyTest, AliasesGoWithTheirNames)
 {
     Environment::Instance().SetPATHSSupport(true);
-    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nPATHS\n'DIR' 'a/b' /\n/\nINCLUDE\n'$DIR/x.inc' /\n"},
-                                        {"a/b/x.inc", "OIL\n"}});
+    const std::string paths = "PATHS\n'DIR' 'a/b' /\n/\n";
+    const std::string grid = "GRID\nGDFILE\n'$DIR/C.EGRID' /\n";
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nINCLUDE\n'p.inc' /\nINCLUDE\n'$DIR/x.inc' /\n" + grid},
+                                        {"p.inc", paths},
+                                        {"a/b/x.inc", "OIL\n"},
+                                        {"a/b/C.EGRID", "grid"}});
     EXPECT_TRUE(Copy(deck));
-    EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC\nPATHS\n'DIR' 'a/b' /\n/\nINCLUDE\n'x.inc' /\n");
+    EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC\nINCLUDE\n'p.inc' /\nINCLUDE\n'x.inc' /\nGRID\nGDFILE\n'C.EGRID' /\n");
+    EXPECT_EQ(Copied(deck, "p.inc"), paths);
     EXPECT_EQ(Copied(deck, "x.inc"), "OIL\n");
+    EXPECT_EQ(Copied(deck, "C.EGRID"), "grid");
+    EXPECT_FALSE(Exporter::ExportToSingleFile(deck.Keywords(), deck.Keywords().Begin(), deck.Keywords().End(),
+                                              deck.Dir().Path("a/b/C.EGRID"), SimulatorType::Any));
 }
 
 TEST_F(CopyTest, ALongChainOfFiles)
