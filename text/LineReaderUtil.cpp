@@ -224,7 +224,11 @@ bool LineReaderUtil::ResolveCandidate(ILineReader& reader, const ISectionContext
 
 void LineReaderUtil::TellOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
 {
-    if (!IsNumerical(word.name) && !IsOrdaleVariable(word.name)) WarnOfUnknownWord(word, file);
+    if (IsNumerical(word.name) || IsOrdaleVariable(word.name)) return;
+    // An indented word that is none is more of the data ahead of it.
+    std::optional<Service::Log::Probe> harmless;
+    if (word.indented) harmless.emplace();
+    WarnOfUnknownWord(word, file);
 }
 
 bool LineReaderUtil::FindNextKeyword(ILineReader& reader, const IKeywordSyntax* previous, std::string& keyword)

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/service/Log.h>
@@ -46,6 +47,22 @@ std::string_view Slice(const char* begin, const char* end)
     return std::string_view(begin, static_cast<std::size_t>(end - begin));
 }
 
+/// Nothing but comment and blanks stands from column `limit` on.
+bool IsCommentFrom(std::string_view text, std::size_t limit)
+{
+    bool inQuotes = false;
+    bool wordBegins = true;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char c = text[at];
+        if (!inQuotes && wordBegins && VeldaneDeckInfo::BeginsWithCommentMarker(text.substr(at))) return true;
+        if (at >= limit && !Service::IsSpace(c)) return false;
+        const bool isQuote = c == VeldaneDeckInfo::QUOTE && (inQuotes || wordBegins);
+        if (isQuote) inQuotes = !inQuotes;
+        wordBegins = isQuote || c == ',' || c == VeldaneDeckInfo::TERMINATION || Service::IsSpace(c);
+    }
+    return true;
+}
+
 } // namespace
 
 void Tokenizer::SetText(const std::string* text)
@@ -60,6 +77,9 @@ void Tokenizer::SetText(const std::string* text)
     m_limit = m_textEnd;
     if (text->size() > static_cast<std::size_t>(MaxLineLength)) {
         m_limit = m_cursor + MaxLineLength;
+        // Nobody misses a comment.
+        std::optional<Service::Log::Probe> harmless;
+        if (IsCommentFrom(*text, static_cast<std::size_t>(MaxLineLength))) harmless.emplace();
         Service::MessageCapper::instance().logW(
             "Line exceeds the maximum VELDANE keyword line length of 132 characters.  "
             "Anything beyond 132 characters will be ignored.");

@@ -299,6 +299,21 @@ TEST(BadInput, OutputThatNobodyTakes)
     }
 }
 
+TEST(Usage, HelpFitsATerminal)
+{
+    std::vector<std::vector<std::string>> helps{{"--help"}};
+    for (const char* verb : {"ls", "tree", "sections", "scopes", "dates", "show", "get", "find", "diff", "check",
+                             "template", "flatten", "copy", "clone", "read", "syntax"})
+        helps.push_back({verb, "--help"});
+    for (const auto& arguments : helps) {
+        const Outcome help = Deckman(arguments);
+        EXPECT_EQ(help.status, 0);
+        std::istringstream lines(help.out);
+        for (std::string line; std::getline(lines, line);)
+            EXPECT_LE(line.size(), 80u) << arguments.front() << ": " << line;
+    }
+}
+
 TEST(BadInput, NoColoursInAFile)
 {
     Launch run;

@@ -87,6 +87,12 @@ TEST(Check, IsQuietOnHealthyDecks)
          {{"TOP.DATA", "RUNSPEC\nSKIP\nNOSUCH 1\nTABDIMS\nx /\nSKIP100\nENDSKIP\nTABDIMS\ny /\n"
                        "ENDSKIP\nOIL\n"}}},
         {"a variable", {{"TOP.DATA", "RUNSPEC\nSCHEDULE\nTSTEP\n$STEP /\n"}}},
+        {"a long title, and long comments",
+         {{"TOP.DATA", "RUNSPEC\nTITLE\n" + std::string(200, 't') + "\nTABDIMS\n1 / " + std::string(200, '-') + "\n"}}},
+        {"quantities of the user's in the place of numbers",
+         {{"TOP.DATA", "RUNSPEC\nSCHEDULE\nWCONPROD\nP OPEN ORAT fumax /\n/\nUDQ\nASSIGN FUMAX 100 /\n/\n"
+                       "WCONPROD\nQ OPEN ORAT FUMAX 4* FUMAX /\n/\n"}}},
+        {"indented words that are data", {{"TOP.DATA", "RUNSPEC\nTITLE\n  GRID\nGRID\nEQUALS\n  PORO 0.2 /\n/\n"}}},
     };
     for (const auto& [what, files] : cases)
         EXPECT_THAT(Findings(files), IsEmpty()) << what;
@@ -107,6 +113,8 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
          {"TOP.DATA:3 PORO warning: Keyword PORO is not valid for section SCHEDULE"}},
         {{{"TOP.DATA", "RUNSPEC\nGRID\nINCLUDE\n'a.inc' /\nPROPS\nGRID\n"}, {"a.inc", "PORO\n 1*0.2 /\nGRID\n"}},
          {"a.inc:3 GRID warning: The following section keywords occur more than once in the deck: GRID, GRID."}},
+        {{{"TOP.DATA", "RUNSPEC\nSCHEDULE\nTSTEP\n1 /\n  WCONPROD\n P OPEN ORAT 1 /\n/\n"}},
+         {"TOP.DATA:5 TSTEP warning: Possible indented keyword: WCONPROD will be ignored."}},
         {{{"TOP.DATA", "RUNSPEC\nPROPS\nGRID\n"}}, {"TOP.DATA:3 GRID warning: The section GRID stands behind PROPS."}},
         {{{"TOP.DATA", "-- nothing\n"}}, {"TOP.DATA:null null warning: There are no keywords in this deck."}},
         {{{"TOP.DATA", "RUNSPEC\nGRID\nGDFILE\n'geo' /\nGDFILE\n'there' /\n"}, {"there.FEGRID", ""}},
@@ -120,6 +128,9 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'TOP.DATA' /\n"}},
          {"TOP.DATA:2 INCLUDE error: The INCLUDE path \"TOP.DATA\" closes a ring of files: TOP.DATA -> TOP.DATA."}},
         // Data, in the file and on the line where they stand.
+        {{{"TOP.DATA", "RUNSPEC\nSCHEDULE\nUDQ\nASSIGN FUMAX 100 /\n/\nWCONPROD\nQ OPEN ORAT FUMIN /\n/\n"}},
+         {"TOP.DATA:7 WCONPROD error: A problem was encountered when parsing the keyword WCONPROD. Item value "
+          "\"FUMIN\" is not valid. Must be a real number."}},
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/a.inc' /\n"}, {"sub/a.inc", "-- one\nTABDIMS\n-- two\n1 x /\n"}},
          {"sub/a.inc:4 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
           "not valid. Must be a whole number."}},
@@ -131,6 +142,12 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
           "TOP.DATA:7 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
           "not "
           "valid. Must be a whole number."}},
+        // A read that ends by an exception ends with its keyword.
+        {{{"TOP.DATA", "RUNSPEC\nCO2SOL\nGASSOL\n2 /\nPROPS\nSOLUBILT\n50 0.01 /\nDENSITY\nx 1 1 /\n"}},
+         {"TOP.DATA:6 SOLUBILT error: Context::EvalSpecial: GASSOL cannot be used with CO2SOL & H2SOL keywords",
+          "TOP.DATA:9 DENSITY error: A problem was encountered when parsing the keyword DENSITY. Item value \"x\" is "
+          "not "
+          "valid. Must be a real number."}},
         // What a simulator skips is not checked for it; for all others it is.
         {{{"TOP.DATA", "RUNSPEC\nOIL\nSKIP100\nNOSUCH 1\nPORO\nx /\nENDSKIP\nCOMPS\n3 /\n"}},
          {"TOP.DATA:8 COMPS warning: Keyword COMPS is not known to the simulator 100."},

@@ -168,6 +168,11 @@ TEST(Export, FailuresNameTheFileWithStatus3)
         EXPECT_THAT(outcome.err, HasSubstr(message));
         EXPECT_THAT(outcome.out, IsEmpty());
     }
+    // A limit to the size of files.
+    const Outcome cut =
+        Shell("ulimit -f 8; deckman flatten " DECK_SOURCE_DIR "/examples/decks/field/FIELD.DATA -o F.DATA", deck.run);
+    EXPECT_EQ(cut.status, 3);
+    EXPECT_THAT(cut.err, HasSubstr("F.DATA cannot be written: File too large."));
     // A file below an INCLUDE that can't be read.
     std::filesystem::permissions(deck.folder.Path("b/x.inc"), std::filesystem::perms::none);
     for (const auto& arguments : {std::vector<std::string>{"flatten", "TOP.DATA", "-o", "FLAT.DATA"},

@@ -71,6 +71,12 @@ TEST(Read, TroubleHasItsLineAndTheTextIsThereAllTheSame)
          "piece.txt:8: error: \"x\" can not be converted into double\n", 2},
         {"TSTEP\n1 /\nTSTEP\n2 y /\n", "piece.txt:4: error: \"y\" can not be converted into double\n", 2},
         {"TSTEP\n1\n", "piece.txt:2: warning: List in keyword TSTEP is not properly terminated\n", 1, 0},
+        // What is no keyword of the schedule, and what may be meant for one.
+        {"TSTEP\n1 /\n\nNOSUCH\n/\nPORO\n1 /\nNOSUCH x\n", "piece.txt:8: warning: Keyword NOSUCH is not recognized.\n",
+         2, 0},
+        {"TSTEP\n1 /\nPORO\n1 /\n", "piece.txt:3: warning: Keyword PORO is not valid for section SCHEDULE\n", 2, 0},
+        {"TSTEP\n1 /\n  WELOPEN\n'A' SHUT /\n/\n",
+         "piece.txt:3: error: Possible indented keyword: WELOPEN will be ignored, at line 3\n", 1},
         // A size that only a deck can tell.
         {"TSTEP\n1 /\nZMFVD\n-- low\n1.0 0.5 /\n/\n",
          "piece.txt:4: error: Context::EvaluateIntegerExpr: IDeckKeywords must be provided to evaluate expression "

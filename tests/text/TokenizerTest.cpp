@@ -143,6 +143,30 @@ TEST(Tokenizer, KeepsWithin132Columns)
               "beyond 132 characters will be ignored.");
     EXPECT_EQ(log.Messages()[0].severity, 2);
 
+    // Where nothing but comment lies behind the limit, nobody needs to know.
+    const std::string dashes(200, '-');
+    const struct
+    {
+        std::string line;
+        bool told;
+    } cases[] = {
+        {"1 2 / " + dashes, false},
+        {"1 /--" + std::string(130, 'c'), false},
+        {"1 2" + std::string(130, ' ') + "-- far", false},
+        {"'A--B' 'C' -- " + std::string(130, 'c'), false},
+        {"'A -- " + std::string(130, 'c') + "'", true},
+        {"1 2" + std::string(130, ' ') + "3 -- far", true},
+    };
+    for (const auto& c : cases) {
+        Service::MessageCapper::instance().reset();
+        log.Clear();
+        Tokens(c.line);
+        bool told = false;
+        for (const auto& message : log.Messages())
+            told = told || !message.probe;
+        EXPECT_EQ(told, c.told) << c.line;
+    }
+
     // Only a quote that begins a token sees what lies behind the limit.
     const std::string blanks(128, ' ');
     EXPECT_EQ(Tokens(blanks + "'A B' C"), "<A B>");

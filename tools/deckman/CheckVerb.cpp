@@ -2,6 +2,7 @@
 #include <exception>
 #include <memory>
 #include <new>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,11 +16,15 @@
 #include <fmt/format.h>
 #include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordRecordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/FileStatus.h>
 #include <tarn/service/Log.h>
+#include <tarn/service/LogEnabler.h>
 #include <tarn/service/MessageCapper.h>
+#include <tarn/service/Strings.h>
 
 #include "CheckReport.h"
 #include "DeckLines.h"
@@ -34,31 +39,8 @@ namespace Deckman {
 namespace {
 
 using Service::Log;
-using Tarn::Fjel::Core::Keywords::KeywordKind;
-
-/// The library's messages go to a taker as long as the object lives.
-class Diversion
-{
-public:
-    Diversion(Messages& messages, Messages::Taker taker) : m_messages(messages) { m_messages.SendTo(std::move(taker)); }
-    ~Diversion() { m_messages.SendTo({}); }
-    Diversion(const Diversion&) = delete;
-    Diversion& operator=(const Diversion&) = delete;
-
-private:
-    Messages& m_messages;
-};
-
-/// The word that a message of the scan is about, where that is no keyword of the deck.
-std::string_view WordOf(std::string_view text)
-{
-    if (text.starts_with("Keyword ")) {
-        text.remove_prefix(8);
-    } else if (text.find(" should only appear once") == std::string_view::npos) {
-        return {};
-    }
-    return text.substr(0, text.find(' '));
-}
+namespace Keywords = Tarn::Fjel::Core::Keywords;
+using Keywords::KeywordKind;
 
 const std::string& FileNameOf(const DeckManager::IKeyword& keyword)
 {
@@ -80,6 +62,8 @@ private:
     void LoadFiles();
     void CheckSectionKeywords();
     void CheckSimulator();
+    void GatherQuantities();
+    bool IsQuantity(const Messages::Message& message) const;
     void ReadAllData();
     void ReadData(const DeckManager::IKeyword& keyword);
     void CheckInclude(const DeckManager::IKeyword& include);
@@ -90,14 +74,16 @@ private:
     Output& m_out;
     CheckReport m_report;
     std::unique_ptr<DeckLines> m_lines;
+    std::set<std::string, std::less<>> m_quantities; ///< which the user defined; in capitals
 };
 
 void Check::Run()
 {
     LoadFiles();
     // Not the reading alone: each walk tries anew to open what could not be opened, and says so.
-    const Diversion diversion(m_session.Log(), [this](const Messages::Message& message) {
+    const Messages::Diversion diversion(m_session.Log(), [this](const Messages::Message& message) {
         if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) return;
+        if (IsQuantity(message)) return;
         m_report.Add({message.file, message.line, m_lines->KeywordAround(message.file, message.line), message.severity,
                       message.text});
     });
@@ -105,6 +91,7 @@ void Check::Run()
         m_report.Add({m_session.TopFile().GetFullName(), -1, {}, Log::Warning, "There are no keywords in this deck."});
     CheckSectionKeywords();
     if (m_options.simulator) CheckSimulator();
+    GatherQuantities();
     ReadAllData();
     m_session.Progress().Finish();
     m_report.Finish(m_lines->KeywordCount(), m_lines->FileCount());
@@ -122,7 +109,7 @@ void Check::LoadFiles()
         std::string text;
     };
     std::vector<Told> told;
-    const Diversion diversion(m_session.Log(), [&told](const Messages::Message& message) {
+    const Messages::Diversion diversion(m_session.Log(), [&told](const Messages::Message& message) {
         told.push_back({std::string(message.file), message.line, message.severity, std::string(message.text)});
     });
     m_lines = std::make_unique<DeckLines>(m_session, m_options.simulator, m_options.all);
@@ -133,7 +120,7 @@ void Check::LoadFiles()
     for (const Told& message : told) {
         if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) continue;
         std::string_view keyword = m_lines->KeywordOn(message.file, message.line);
-        if (keyword.empty()) keyword = WordOf(message.text);
+        if (keyword.empty()) keyword = Messages::WordOf(message.text);
         if (keyword.empty()) keyword = m_lines->KeywordAround(message.file, message.line);
         m_report.Add({message.file, message.line, keyword, message.severity, message.text});
     }
@@ -170,6 +157,41 @@ void Check::CheckSimulator()
     for (const DeckManager::IKeyword* keyword : unknown.Keywords())
         Add(*keyword, Log::Warning,
             fmt::format("Keyword {} is not known to the simulator {}.", keyword->GetName(), number));
+}
+
+/// A rate or a limit may be the name of a quantity that UDQ defines, wherever in the deck it does.
+void Check::GatherQuantities()
+{
+    DeckWalk walk(m_session, m_options.all);
+    while (walk.Next()) {
+        if (walk.Keyword().GetName() != "UDQ") continue;
+        const Service::LogEnabler silence(false);
+        std::unique_ptr<Keywords::IKeywordData> data;
+        try {
+            data = DeckManager::ReadKeywordData(m_session.Keywords(), walk.Keyword());
+        } catch (const std::exception&) {
+            continue; // told when all data are read
+        }
+        if (!data || data->GetType() != Keywords::MDType::List) continue;
+        const auto& records = static_cast<const Keywords::IKeywordListData&>(*data);
+        for (int i = 0; i < records.GetElementCount(); ++i) {
+            const auto& record = static_cast<const Keywords::IKeywordRecordData&>(records.GetContainer(i));
+            m_quantities.insert(Service::Uppercased(record.GetItem(1).GetString()));
+        }
+    }
+}
+
+/// The message is about such a name in the place of a number.
+bool Check::IsQuantity(const Messages::Message& message) const
+{
+    constexpr std::string_view opening = ". Item value \"";
+    constexpr std::string_view closing = "\" is not valid. Must be a real number.";
+    if (m_quantities.empty() || !message.text.ends_with(closing)) return false;
+    const std::size_t begin = message.text.find(opening);
+    if (begin == std::string_view::npos) return false;
+    std::string_view value = message.text.substr(begin + opening.size());
+    value.remove_suffix(closing.size());
+    return m_quantities.count(Service::Uppercased(value)) != 0;
 }
 
 void Check::ReadAllData()

@@ -11,6 +11,8 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "Verbs.h"
+
 namespace Deckman {
 
 namespace {
@@ -37,6 +39,9 @@ void SetUpProcess(const Options& options)
     using LineEnds = DeckManager::LineEnds;
     LineEnds::SetPolicy(options.crLf ? LineEnds::Policy::CrLf : LineEnds::Policy::Keep);
     if (options.simulator) environment.EnableSKIPENDSKIP(true, *options.simulator);
+    // What is passed over without a word is what these two are asked for.
+    if (options.verb->name == "check" || options.verb->name == "read")
+        environment.LogWarningForPossibleIndentedKeywords(true);
     if (options.keywordTag) environment.SetCustomKeywordGeneratedTag(*options.keywordTag);
     if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);
 }

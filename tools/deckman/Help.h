@@ -4,7 +4,7 @@
 
 namespace Deckman {
 
-/// What `deckman --help` prints: all verbs, the forms of a place and the common options on one screen.
+/// What `deckman --help` prints: all verbs, the forms of a place and the common options on one screen, 80 columns wide.
 inline constexpr std::string_view helpText =
     R"(deckman lists, shows and searches the input deck of a reservoir simulation.
 
@@ -19,10 +19,10 @@ inline constexpr std::string_view helpText =
   deckman diff OLD NEW      what differs, by keyword and item
   deckman check DECK        what is wrong with the deck
   deckman template NAME     the text to start a keyword from
-  deckman flatten DECK -o FILE      the deck in one file
-  deckman copy DECK DIR             the deck with all its files in another directory
-  deckman clone DECK --suffix S     the deck beside itself
-  deckman read FILE         a piece of deck text into keywords and data, without a deck
+  deckman flatten DECK -o FILE    the deck in one file
+  deckman copy DECK DIR           the deck with all its files in another folder
+  deckman clone DECK --suffix S   the deck beside itself
+  deckman read FILE         a piece of deck text as keywords and data
   deckman syntax [NAME]     what the catalogue knows of keywords
 
 DECK is the deck's top file. WHERE is a place in the deck:
@@ -31,18 +31,20 @@ DECK is the deck's top file. WHERE is a place in the deck:
   SCHEDULE/WELSPECS#3   the third of that name in that section
   wells.inc:120         the keyword that holds line 120 of that file
   @17                   the seventeenth keyword of ls
-  TABDIMS[3] or TABDIMS.3                  the fourth item of the record
-  WELSPECS[2].WELL, WCONPROD[PROD1].ORAT   an item of a record, by number or first string
---at DATE keeps to the keywords in force at a date: 2026-11-25, '25 NOV 2026', 100d.
+  TABDIMS[3], TABDIMS.3   the fourth item of the record
+  WELSPECS[2].WELL        an item of the third record
+  WCONPROD[PROD1].ORAT    an item of the record whose first string is PROD1
+--at DATE keeps to what is in force at a date: 2026-11-25, '25 NOV 2026', 100d.
 Keywords and lines count from 1, items and records from 0.
 
 For every verb:
   --json                for machines: one JSON object, or one a line
   --strict              exit status 1 for warnings too
   --simulator 100|300   leave out what that simulator skips
-  --keyword-tag WORD, --file-tag WORD   the word behind "-- Generated" in the tags
-Exit status: 0 done, 1 errors in the deck or not there, 2 wrong usage, 3 file trouble.
-deckman VERB --help tells a verb's options and has an example; deckman --version.
+  --keyword-tag WORD, --file-tag WORD   the word behind "-- Generated" in tags
+Exit status: 0 done, 1 errors in the deck or not there, 2 wrong usage, 3 file
+trouble.
+deckman VERB --help tells a verb's options, with an example; deckman --version.
 )";
 
 } // namespace Deckman

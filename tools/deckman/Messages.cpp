@@ -1,5 +1,6 @@
 #include "Messages.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <utility>
@@ -25,13 +26,15 @@ Messages::~Messages()
 
 namespace {
 
-/// The scan's own words on a place ("… near line 7 in FILE.") go where deckman's place says the same more exactly.
+/// The scan's own words on a place ("… near line 7 in FILE.", "…, at line 7 in FILE") go where deckman's place says the
+/// same more exactly.
 std::string WithoutPlace(std::string_view text, std::string_view file)
 {
-    const std::size_t begin = text.rfind(" near line ");
-    const std::string ending = fmt::format(" in {}.", file);
-    return begin != std::string_view::npos && text.ends_with(ending) ? std::string(text.substr(0, begin)) + "."
-                                                                     : std::string(text);
+    const std::string inFile = fmt::format(" in {}", file);
+    const std::string_view sentence = text.ends_with('.') ? text.substr(0, text.size() - 1) : text;
+    const std::size_t begin = std::min(text.rfind(" near line "), text.rfind(", at line "));
+    return begin != std::string_view::npos && sentence.ends_with(inFile) ? std::string(text.substr(0, begin)) + "."
+                                                                         : std::string(text);
 }
 
 } // namespace
@@ -61,6 +64,16 @@ void Messages::Take(std::string_view givenText, int severity)
         Warning(place, text);
     else
         Note(place, text);
+}
+
+std::string_view Messages::WordOf(std::string_view text)
+{
+    if (text.starts_with("Keyword ")) {
+        text.remove_prefix(8);
+    } else if (text.find(" should only appear once") == std::string_view::npos) {
+        return {};
+    }
+    return text.substr(0, text.find(' '));
 }
 
 std::string Messages::Shown(std::string_view file) const

@@ -41,6 +41,22 @@ public:
 
     /// Hands the library's messages to `taker` from now on, neither printed nor counted; an empty one ends that.
     void SendTo(Taker taker) { m_taker = std::move(taker); }
+    /// As `SendTo`, for as long as the object lives.
+    class Diversion
+    {
+    public:
+        Diversion(Messages& messages, Taker taker) : m_messages(messages) { m_messages.SendTo(std::move(taker)); }
+        ~Diversion() { m_messages.SendTo({}); }
+        Diversion(const Diversion&) = delete;
+        Diversion& operator=(const Diversion&) = delete;
+
+    private:
+        Messages& m_messages;
+    };
+
+    /// The word that a message of the scan is about, be it a keyword or not; empty for other messages.
+    static std::string_view WordOf(std::string_view text);
+
     /// What a verb has told in its own way counts too.
     void Count(int warnings, int errors)
     {

@@ -1,5 +1,6 @@
 #include "Options.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -28,6 +29,23 @@ std::vector<std::string_view> VerbNames()
     for (const VerbEntry& verb : AllVerbs())
         names.push_back(verb.name);
     return names;
+}
+
+/// `text` with its lines broken at blanks so that they fit a terminal. What can't be broken stays long.
+std::string Wrapped(std::string_view text)
+{
+    constexpr std::size_t columns = 80;
+    std::string wrapped;
+    while (!text.empty()) {
+        std::size_t end = std::min(text.find('\n'), text.size());
+        if (end > columns) {
+            const std::size_t blank = text.rfind(' ', columns);
+            if (blank != std::string_view::npos && text.find_first_not_of(' ') < blank) end = blank;
+        }
+        wrapped.append(text.substr(0, end)).append(1, '\n');
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return wrapped;
 }
 
 /// Help without the library's remarks on what is required and what excludes what: the usage line says it.
@@ -72,7 +90,7 @@ void AddFilter(CLI::App& verb, Options& options)
 
 void AddAll(CLI::App& verb, Options& options)
 {
-    verb.add_flag("--all", options.all, "the keywords behind the end too; then they count in the index");
+    verb.add_flag("--all", options.all, "the keywords behind the end too, and count them");
 }
 
 void AddSyntax(CLI::App& verb, Options& options)
@@ -93,7 +111,7 @@ void AddWriting(CLI::App& verb, Options& options)
         options.crLf = kind == "crlf";
     };
     verb.add_flag("--dry-run", options.dryRun, "say what would be done, and do nothing");
-    verb.add_option_function<std::string>("--eol", toLineEnds, "line ends: crlf, or keep (those of the files)")
+    verb.add_option_function<std::string>("--eol", toLineEnds, "line ends: crlf, or keep, those of the files")
         ->type_name("KIND");
 }
 
@@ -110,7 +128,7 @@ void AddExport(CLI::App& verb, unsigned takes, Options& options)
     }
     if ((takes & TakesRange) != 0) {
         verb.add_option("--from", options.from, "only from that keyword on")->type_name("WHERE");
-        verb.add_option("--to", options.to, "only through that keyword, and all that it includes")->type_name("WHERE");
+        verb.add_option("--to", options.to, "only through that keyword and all that it includes")->type_name("WHERE");
     }
     if ((takes & TakesRewrite) != 0)
         verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
@@ -121,8 +139,8 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     CLI::App* verb = app.add_subcommand(std::string(entry.name), std::string(entry.does));
     verb->fallthrough();
     verb->formatter(std::make_shared<HelpFormatter>());
-    verb->footer(fmt::format(
-        "{}\ndeckman --help tells the options that every verb takes: --json, --simulator, --strict, ...", entry.more));
+    verb->footer(Wrapped(entry.more) +
+                 "\ndeckman --help tells the options that every verb takes: --json, --strict, ...");
     verb->callback([&options, &entry] { options.verb = &entry; });
     const auto takes = [&entry](Takes what) { return (entry.takes & what) != 0; };
     if (takes(TakesDeck)) AddDeck(*verb, options);
@@ -141,8 +159,7 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
         verb->add_option("FILE", options.file, "a file of deck text, - for standard input")->required()->type_name("");
     if (takes(TakesComments)) verb->add_flag("--comments", options.comments, "the comment above the keyword too");
     if (takes(TakesAt)) {
-        verb->add_option("--at", options.at, "only keywords in force from that date's time keyword to the next")
-            ->type_name("DATE");
+        verb->add_option("--at", options.at, "only keywords in force at that date")->type_name("DATE");
     }
     if (takes(TakesName)) {
         const auto toName = [&options](const std::string& name) {

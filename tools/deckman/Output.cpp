@@ -44,6 +44,8 @@ Output::Output() : m_buffer(new char[capacity]), m_colours(WantsColours())
 {
     // A closed pipe then shows as an error of the write, like any other.
     std::signal(SIGPIPE, SIG_IGN);
+    // So is a file that grows beyond what the process may write.
+    std::signal(SIGXFSZ, SIG_IGN);
 }
 
 Output::~Output()

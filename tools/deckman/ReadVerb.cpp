@@ -52,12 +52,15 @@ class KeywordLines
 public:
     explicit KeywordLines(std::string_view text) : m_text(text) {}
 
-    /// The line of the next keyword of that name; -1 when there is none.
-    int Next(std::string_view name)
+    /// The line of the next keyword of that name, or of the next line that begins with that word, be it indented; -1
+    /// when there is none.
+    int Next(std::string_view name, bool mayBeIndented = false)
     {
+        if (name.empty()) return -1;
         while (m_at < m_text.size()) {
             const std::size_t end = std::min(m_text.find('\n', m_at), m_text.size());
-            const std::string_view line = m_text.substr(m_at, end - m_at);
+            std::string_view line = m_text.substr(m_at, end - m_at);
+            if (mayBeIndented) line = Service::TrimmedLeft(line);
             const std::string_view word = line.substr(0, line.find_first_of(" \t\r"));
             m_at = end + 1;
             ++m_line;
@@ -143,7 +146,17 @@ void Reading::Cut()
 {
     std::string errors;
     {
-        const Log::Place place(m_file, -1);
+        // The scan of a text tells words without their lines, in the order of the text.
+        KeywordLines lines(m_text);
+        const Messages::Diversion diversion(m_messages, [&](const Messages::Message& message) {
+            KeywordLines ahead = lines;
+            const int line = ahead.Next(Messages::WordOf(message.text), true);
+            if (line > 0) lines = ahead;
+            if (message.severity >= Log::Error)
+                m_messages.Error(Place(line), message.text);
+            else
+                m_messages.Warning(Place(line), message.text);
+        });
         DeckManager::DeckUtils::getKeywordsAndDataFromString(m_text, m_names, m_data, m_syntaxes, errors);
     }
     for (std::string_view rest = errors; !rest.empty();) {

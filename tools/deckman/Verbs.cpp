@@ -8,15 +8,15 @@ constexpr VerbEntry verbs[] = {
     {"ls", RunLs, TakesDeck | TakesFilter | TakesAll | TakesAt,
      "Lists the keywords of a deck in deck order, across all its files.",
      "The index counts all keywords of the deck, so that @17 is the same keyword whatever is listed.\n"
-     "With --json a line each: {\"index\",\"name\",\"section\",\"file\",\"line\",\"position\",\"size\",\"depth\",\n"
+     "With --json a line each: "
+     "{\"index\",\"name\",\"section\",\"file\",\"line\",\"position\",\"size\",\"depth\", "
      "\"generated\",\"suppressed\"}; position and size in bytes, depth 0 in the top file.\n\n"
      "Example: the user's well controls\n"
      "  deckman ls FIELD.DATA --section SCHEDULE --name 'WCON*' --user\n"},
     {"tree", RunTree, TakesDeck, "Shows the files of a deck, what includes what, and the grid files.",
      "Keywords and bytes are those of the file itself, whatever stands behind its end included.\n"
-     "With --json one object: {\"file\",\"exists\",\"keywords\",\"bytes\",\"includes\":[...]}; keywords is null for "
-     "what is\n"
-     "no file of keywords.\n\n"
+     "With --json one object: {\"file\",\"exists\",\"keywords\",\"bytes\",\"includes\":[...]}; keywords is "
+     "null for what is no file of keywords.\n\n"
      "Example:\n"
      "  deckman tree FIELD.DATA\n"},
     {"sections", RunSections, TakesDeck, "Shows the sections of a deck with their ends, and names those that recur.",
@@ -30,54 +30,45 @@ constexpr VerbEntry verbs[] = {
      "Example: where the actions are\n"
      "  deckman scopes FIELD.DATA --json | grep ACTION\n"},
     {"dates", RunDates, TakesDeck | TakesAll, "Shows the moments of the schedule, with their days since the start.",
-     "The start, every record of DATES, every step of TSTEP and every value of TIME; index is the keyword's in ls. "
-     "Dates\n"
-     "that are none, and time that runs backwards, are errors.\n"
-     "With --json a line each: {\"index\",\"date\",\"days\"}; a date is 2026-11-25 or 2026-11-25T12:00:00, what "
-     "the deck\n"
-     "doesn't tell is null.\n\n"
+     "The start, every record of DATES, every step of TSTEP and every value of TIME; index is the keyword's in "
+     "ls. Dates that are none, and time that runs backwards, are errors.\n"
+     "With --json a line each: {\"index\",\"date\",\"days\"}; a date is 2026-11-25 or 2026-11-25T12:00:00, "
+     "what the deck doesn't tell is null.\n\n"
      "Example: when the run ends\n"
      "  deckman dates FIELD.DATA | tail -1\n"},
     {"show", RunShow, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesComments,
      "Shows the text of one keyword as it stands.",
-     "WHERE is NAME, NAME#3, SECTION/NAME#3, FILE:LINE or @17. The comment lines above the next keyword are not "
-     "shown:\n"
-     "they belong to that one.\n"
-     "With --json one object: {\"name\",\"text\",\"comment\",\"above\"}; comment is the one below the keyword's "
-     "line,\n"
-     "above the lines above it.\n\n"
+     "WHERE is NAME, NAME#3, SECTION/NAME#3, FILE:LINE or @17. The comment lines above the next keyword are "
+     "not shown: they belong to that one.\n"
+     "With --json one object: {\"name\",\"text\",\"comment\",\"above\"}; comment is the one below the "
+     "keyword's line, above the lines above it.\n\n"
      "Example: the keyword around line 120 of a file, and the second COMPDAT\n"
      "  deckman show FIELD.DATA wells.inc:120\n"
      "  deckman show FIELD.DATA COMPDAT#2\n"},
     {"get", RunGet, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesDefaults,
      "Shows the data of one keyword, or one item of them.",
      "WHERE is a keyword as for show, and behind it a path to an item, with brackets or dots: TABDIMS[3] is "
-     "TABDIMS.3,\n"
-     "WELSPECS[2].WELL the item WELL of the third record, WCONPROD[PROD1].ORAT that of the record whose first string "
-     "is\n"
-     "PROD1. Items and records count from 0. A value that was left to its default shows as 1*, with --defaults as "
-     "(20).\n"
-     "With --json a record is an object by item names, a list an array, a map an object; an option goes by its name, "
-     "yes\n"
-     "and no are true and false, a variable is a string (\"$NAME\"), and what has no value is null.\n\n"
+     "TABDIMS.3, WELSPECS[2].WELL the item WELL of the third record, WCONPROD[PROD1].ORAT that of the record "
+     "whose first string is PROD1. Items and records count from 0. A value that was left to its default shows "
+     "as 1*, with --defaults as (20).\n"
+     "With --json a record is an object by item names, a list an array, a map an object; an option goes by its "
+     "name, yes and no are true and false, a variable is a string (\"$NAME\"), and what has no value is null.\n\n"
      "Example: an oil rate, and a table\n"
      "  deckman get FIELD.DATA WCONPROD[PROD1].ORAT\n"
      "  deckman get FIELD.DATA PROPS/SWOF[0] --json\n"},
     {"find", RunFind, TakesDeck | TakesRegex | TakesFilter | TakesAll | TakesAt,
-     "Lists the keywords whose data, comments among them included, match a regular expression.",
-     "The expression is searched for in all lines of the data at once: ^ and $ stand for the ends of a line, (?i) at "
-     "the\n"
-     "head is for any case, (?s) lets a dot match a line end. Printed as ls does. Exit status 1 when nothing "
-     "matches.\n\n"
+     "Lists the keywords whose data or comments match a regular expression.",
+     "The expression is searched for in all lines of the data at once: ^ and $ stand for the ends of a line, "
+     "(?i) at the head is for any case, (?s) lets a dot match a line end. Printed as ls does. Exit status 1 "
+     "when nothing matches.\n\n"
      "Example: everything that concerns one well\n"
      "  deckman find FIELD.DATA \"'?HR-P1\\b\"\n"},
     {"check", RunCheck, TakesDeck | TakesAll, "Reads all data of a deck and says what is wrong with it.",
-     "Nothing is said of what stands between SKIP and ENDSKIP, and with --simulator of what that simulator skips;\n"
-     "keywords that it doesn't know are named. The same message is shown at its first places only. Exit status 1 "
-     "when\n"
-     "there are errors, with --strict for warnings too.\n"
-     "With --json a line each: {\"file\",\"line\",\"keyword\",\"severity\",\"text\"}; severity is error, warning or "
-     "note.\n\n"
+     "Nothing is said of what stands between SKIP and ENDSKIP, and with --simulator of what that simulator "
+     "skips; keywords that it doesn't know are named. The same message is shown at its first places only. Exit "
+     "status 1 when there are errors, with --strict for warnings too.\n"
+     "With --json a line each: {\"file\",\"line\",\"keyword\",\"severity\",\"text\"}; severity is error, "
+     "warning or note.\n\n"
      "Example: is the deck fit for a run\n"
      "  deckman check FIELD.DATA --simulator 300 --strict\n"},
     {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.",
@@ -85,58 +76,51 @@ constexpr VerbEntry verbs[] = {
      "Example: a new table of relative permeabilities\n"
      "  deckman template SWOF\n"},
     {"flatten", RunFlatten, TakesDeck | TakesOutput | TakesRange | TakesAll | TakesRewrite | TakesWriting,
-     "Writes a deck into one file: in the place of each INCLUDE stands what it includes.",
-     "What stands behind the deck's end is written too, and so are all comments. An INCLUDE that brings nothing in "
-     "stays.\n"
-     "What stands behind an ENDINC becomes comments. A file of the deck is never written over.\n"
-     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With --dry-run "
-     "also\n"
-     "{\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, new null for a keyword that goes.\n\n"
+     "Writes a deck into one file, with what each INCLUDE includes in its place.",
+     "What stands behind the deck's end is written too, and so are all comments. An INCLUDE that brings "
+     "nothing in stays. What stands behind an ENDINC becomes comments. A file of the deck is never written "
+     "over.\n"
+     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With "
+     "--dry-run also {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, new null for a "
+     "keyword that goes.\n\n"
      "Example: the whole deck, and its schedule from a well's first keyword on\n"
      "  deckman flatten FIELD.DATA -o FLAT.DATA\n"
      "  deckman flatten FIELD.DATA -o late.inc --from SCHEDULE/WELSPECS#2\n"},
     {"copy", RunCopy, TakesDeck | TakesDirectory | TakesRewrite | TakesWriting,
      "Copies a deck with all files that it refers to into another directory.",
-     "All files lie side by side there, and the keywords name them so; of two with one name the second gets a number. "
-     "Grid\n"
-     "files come along, but replace none that is there. With --simulator the keywords that it doesn't know are left "
-     "out.\n"
-     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written, kept (a grid file was there) "
-     "or\n"
-     "missing. With --dry-run also {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.\n\n"
+     "All files lie side by side there, and the keywords name them so; of two with one name the second gets a "
+     "number. Grid files come along, but replace none that is there. With --simulator the keywords that it "
+     "doesn't know are left out.\n"
+     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written, kept (a grid file was "
+     "there) or missing. With --dry-run also "
+     "{\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.\n\n"
      "Example:\n"
      "  deckman copy FIELD.DATA ../run2\n"},
     {"clone", RunClone, TakesDeck | TakesSuffix | TakesRewrite | TakesWriting,
      "Copies each file of a deck beside itself, under a name with a suffix.",
      "The suffix goes ahead of the last dot of each file's name, and of the names in INCLUDE keywords.\n"
-     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With --dry-run "
-     "also\n"
-     "{\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.\n\n"
+     "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With "
+     "--dry-run also {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.\n\n"
      "Example: FIELD_B.DATA, with wells_B.inc and all others\n"
      "  deckman clone FIELD.DATA --suffix _B\n"},
     {"diff", RunDiff, TakesDecks, "Tells what another deck has changed, by keyword and item.",
-     "Layout, comments, repeat counts, and how a deck is cut into files don't count. Keywords are matched in their "
-     "section\n"
-     "by name and identity, and in the schedule by time. A place is NEW's, and OLD's for what was removed; 1* is what "
-     "was\n"
-     "left to a default. Of a row of changed values the first five are told, and how many more there are. Exit status "
-     "0 "
-     "when\n"
-     "nothing differs, 1 when something does.\n"
+     "Layout, comments, repeat counts, and how a deck is cut into files don't count. Keywords are matched in "
+     "their section by name and identity, and in the schedule by time. A place is NEW's, and OLD's for what "
+     "was removed; 1* is what was left to a default. Of a row of changed values the first five are told, and "
+     "how many more there are. Exit status 0 when nothing differs, 1 when something does.\n"
      "With --json a line each: {\"kind\",\"where\",\"old\",\"new\"}; kind is added, removed, changed or moved.\n\n"
      "Example: what the new schedule changes\n"
      "  deckman diff OLD/FIELD.DATA NEW/FIELD.DATA\n"},
     {"read", RunRead, TakesFile, "Reads a piece of deck text, as the SCHEDULE section knows it, without a deck.",
-     "FILE - is standard input. Sizes that only a deck can tell are errors; the keyword's text is given all the "
-     "same.\n"
-     "With --json a line each: {\"name\",\"data\",\"text\"}; text is what stands below the keyword's line, data are as "
-     "get\n"
-     "shows them, null without data and where they can't be read.\n\n"
+     "FILE - is standard input. Sizes that only a deck can tell are errors; the keyword's text is given all "
+     "the same.\n"
+     "With --json a line each: {\"name\",\"data\",\"text\"}; text is what stands below the keyword's line, "
+     "data are as get shows them, null without data and where they can't be read.\n\n"
      "Example: a pasted well, as JSON\n"
      "  deckman read --json - < new_wells.txt\n"},
     {"syntax", RunSyntax, TakesSyntax, "Shows what the catalogue knows of keywords: all, or every definition of one.",
-     "NAME in any case, also one that a family of names such as FU* covers. With --simulator only what that one "
-     "knows.\n"
+     "NAME in any case, also one that a family of names such as FU* covers. With --simulator only what that "
+     "one knows.\n"
      "With --json an object for each definition, a line each; --stats one object.\n\n"
      "Example: the items of WELSPECS\n"
      "  deckman syntax WELSPECS\n"},
