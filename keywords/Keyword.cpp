@@ -220,7 +220,9 @@ std::string Keyword::ReadDataText() const
     const long long last = m_position + m_size - 1;
     if (!lines || !LineReaderUtil::AdvanceToNonTagLine(lines.get(), m_position, m_size, nullptr, true)) return text;
     lines->ReadRange(lines->Tell(), last, text);
-    if (m_suppressed && Environment::Instance().KeywordSuppressionEnabled()) LineReaderUtil::ActivateLines(text);
+    // It is the text on the disk that has markers, whatever an edit has made of the keyword since.
+    if (m_committedSuppressed && Environment::Instance().KeywordSuppressionEnabled())
+        LineReaderUtil::ActivateLines(text);
     Service::StringTrimRight(text);
     return text;
 }

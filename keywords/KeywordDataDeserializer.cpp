@@ -97,7 +97,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordData& d
     case MDType::Map:
         return Deserialize(static_cast<Keywords::IKeywordMapData&>(data), store, variables, state.places);
     case MDType::RawText:
-        return Deserialize(static_cast<Keywords::IKeywordRawTextData&>(data), store, state.keyword.IsSuppressed());
+        return Deserialize(static_cast<Keywords::IKeywordRawTextData&>(data), store);
     case MDType::Record: {
         auto& record = static_cast<Keywords::IKeywordRecordData&>(data);
         return Deserialize(record, state.PlanOf(*record.GetRecordMD()), store, context, state, variables);

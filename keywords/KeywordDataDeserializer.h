@@ -102,7 +102,7 @@ private:
                                     DeserializeState& state, KeywordVariables* variables);
     static DeserializeResult Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
                                          KeywordVariables* variables, SlotPlaces* places);
-    static DeserializeResult Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store, bool suppressed);
+    static DeserializeResult Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store);
 
     static std::int64_t ListSize(const Keywords::IKeywordListMD& md, const Context& context, DeserializeState& state);
     static std::int64_t SelfSize(const std::string& expression, DeserializeState& state);

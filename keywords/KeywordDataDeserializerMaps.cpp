@@ -15,9 +15,7 @@
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/SlotPlaces.h"
 #include "keywords/ValueConversions.h"
-#include <deckmanager/Environment.h>
 #include <deckmanager/KeywordVariables.h>
-#include <deckmanager/LineReaderUtil.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -100,12 +98,10 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
     return result;
 }
 
-DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store,
-                                                       bool suppressed)
+DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store)
 {
     std::string text;
     if (!store.ReadAllText(text)) return {};
-    if (suppressed && Environment::Instance().KeywordSuppressionEnabled()) LineReaderUtil::ActivateLines(text);
     std::string terminator;
     data.GetRawTextMD()->GetTerminator(terminator);
     std::size_t end = std::string::npos;

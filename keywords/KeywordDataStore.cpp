@@ -190,14 +190,18 @@ bool KeywordDataStore::ReadAllText(std::string& text)
     if (m_start < 0 || m_length < 0 || !m_reader) return false;
     const std::int64_t last = End() - 1;
     std::int64_t first = m_start;
+    bool suppressed = false;
     if (m_firstLineIsKeywordName) {
         const long long position = m_reader->Tell();
+        suppressed = Environment::Instance().KeywordSuppressionEnabled() &&
+                     LineReaderUtil::NextLineIsSuppressed(m_reader, m_start);
         first = LineReaderUtil::AdvanceToNonTagLine(m_reader, m_start, m_length, nullptr, false) ? m_reader->Tell()
                                                                                                  : last + 1;
         m_reader->Seek(position, 0);
     }
     if (first > last) return false;
     m_reader->ReadRange(first, last, text);
+    if (suppressed) LineReaderUtil::ActivateLines(text);
     m_textStart = first;
     return true;
 }

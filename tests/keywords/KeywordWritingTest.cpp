@@ -179,6 +179,9 @@ TEST_F(KeywordWritingTest, NewDataReplaceWhatTheirReaderTook)
         {"a list and its end", "SCHEDULE\nWELSPECS\n'V' 'G' 1 1 /\n/\n\n-- b\nTSTEP\n1 /\n",
          [](Keyword& k) { EXPECT_TRUE(k.SetDataText("'W' /\n/", false)); },
          "SCHEDULE\nWELSPECS\n'W' /\n/\n\n-- b\nTSTEP\n1 /\n", "WELSPECS"},
+        {"letters beyond those that count", "SCHEDULE\nWELSPECS_LONG -- w\n'V' 'G' 1 1 /\n/\nTSTEP\n1 /\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("'W' /\n/", false)); },
+         "SCHEDULE\nWELSPECS_LONG -- w\n'W' /\n/\nTSTEP\n1 /\n", "WELSPECS"},
         {"an array", "GRID\nPORO\n2*0.1\n0.2\n/\n-- b\nPERMX\n",
          [](Keyword& k) { EXPECT_TRUE(k.SetDataText("3*1/", false)); }, "GRID\nPORO\n3*1/\n-- b\nPERMX\n", "PORO"},
         {"blanked text", "DIMENS\n 1 2 3 /\n\n-- a\nOIL\n",
@@ -220,6 +223,20 @@ TEST_F(KeywordWritingTest, TextThatComesBackHasTheBlockWithIt)
          "DIMENS\n9 9 9\n/\n/\nNOSUCHKW\n 4 /\n-- a\nOIL\n"},
         {"of a suppressed keyword", "--@@@DIMENS\n--@@@ 1 2 3 /\n-- a\nOIL\n", replace("1 2", "9 9"),
          "--@@@DIMENS\n--@@@ 9 9 3 /\n-- a\nOIL\n"},
+        {"of one made active ahead", "--@@@DIMENS\n--@@@ 1 2 3 /\n-- a\nOIL\n",
+         [&](Keyword& k) {
+             k.SetSuppressed(false);
+             replace("1 2", "9 9")(k);
+         },
+         "DIMENS\n 9 9 3 /\n-- a\nOIL\n"},
+        {"of one suppressed there and back", "DIMENS\n--@@@ 1 2\n 3 /\n-- a\nOIL\n",
+         [&](Keyword& k) {
+             k.SetSuppressed(true);
+             k.GetDataText();
+             k.SetSuppressed(false);
+             replace("1 2", "9 9")(k);
+         },
+         "DIMENS\n--@@@ 9 9\n 3 /\n-- a\nOIL\n"},
         {"only the block is left", "DIMENS\n 1 2 3 /\n-- a\nOIL\n", replace(" 1 2 3 /\n", ""),
          "DIMENS\n  /\n-- a\nOIL\n"},
     });
@@ -389,6 +406,12 @@ TEST_F(KeywordWritingTest, RawTextEndsWithItsTerminator)
         {"a tree of a suppressed one", "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n",
          [](Keyword& k) { EXPECT_TRUE(k.SetData(k.GetAndResetData(Context()), false)); },
          "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n", "PYINPUT"},
+        {"a tree of one made active ahead", "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n",
+         [](Keyword& k) {
+             k.SetSuppressed(false);
+             EXPECT_TRUE(k.SetData(k.GetAndResetData(Context()), false));
+         },
+         "SCHEDULE\nPYINPUT\n a\nPYEND\n-- above\nTSTEP\n1 /\n", "PYINPUT"},
         {"not terminated: all is the keyword's", "SCHEDULE\nPYINPUT\na\n-- x\n", text, "SCHEDULE\nPYINPUT\nb\nPYEND\n",
          "PYINPUT"},
         {"commented out", "SCHEDULE\nPYINPUT\na\n-- x\nPYEND\n-- above\n", [](Keyword& k) { k.CommentOut(); },
@@ -529,8 +552,9 @@ TEST_F(KeywordWritingTest, AKeywordThatNeverStoodInAFile)
 
 TEST_F(KeywordWritingTest, RefusedData)
 {
-    const TestDeck deck = DeckOf("DIMENS\n 1 2 3 /\nTABDIMS\n 1 /\nOIL\nWELLDIMS\n/\nSTART\n1 JAN 2000 /\n"
-                                 "SCHEDULE\nWELSPECS\nW G 1 1 /\n/\n");
+    const TestDeck deck =
+        DeckOf("DIMENS\n 1 2 3 /\nTABDIMS\n 1 /\nOIL\nWELLDIMS\n/\nSTART\n1 JAN 2000 /\nTITLE\nx\nINCLUDE\n'b.inc' /\n"
+               "SCHEDULE\nWELSPECS\nW G 1 1 /\n/\n");
     Keyword& dimens = At(deck, "DIMENS");
     EXPECT_FALSE(dimens.SetData(nullptr, false));
     std::unique_ptr<Keywords::IKeywordData> other = At(deck, "TABDIMS").GetAndResetData(Context());
@@ -567,6 +591,18 @@ TEST_F(KeywordWritingTest, RefusedData)
     record.GetItem(0).SetString("w1");
     EXPECT_TRUE(wells.SetData(std::move(data), false));
     EXPECT_EQ(record.GetItem(0).GetString(), "W1");
+
+    const auto setText = [&](const char* name, const char* text) {
+        std::unique_ptr<Keywords::IKeywordData> tree = At(deck, name).GetAndResetData(Context());
+        static_cast<Keywords::IKeywordRecordData&>(*tree).GetItem(0).SetString(text);
+        return At(deck, name).SetData(std::move(tree), false);
+    };
+    EXPECT_FALSE(setText("TITLE", "one\rtwo"));
+    EXPECT_EQ(m_log.Count(3), 2);
+    EXPECT_TRUE(setText("TITLE", "One"));
+    EXPECT_TRUE(setText("INCLUDE", "a.inc"));
+    EXPECT_EQ(*At(deck, "TITLE").GetDataText(), "One");
+    EXPECT_EQ(*At(deck, "INCLUDE").GetDataText(), "'a.inc' /");
 }
 
 TEST_F(KeywordWritingTest, TheThreeFormsOfTheData)

@@ -485,10 +485,10 @@ TEST(LineFileWriter, LineEndsAreKeptWhereThatIsThePolicy)
     dir.Write("NONE", "1");
     EXPECT_EQ(Written(Target::Text,
                       [&](ILineWriter& writer) {
-                          LineStringReader reader(mixed);
+                          LineStringReader reader(feeds);
                           writer.Copy(reader, 0, 100);
                       }),
-              "A\nB\nCD\n"); // a text in memory knows nothing of it
+              "A\nB\nC\n"); // a text in memory knows nothing of it
     EXPECT_EQ(copied("MIXED", "CRLF"), mixed + "  x\r\ny\r\n");
     EXPECT_EQ(copied("FEEDS", "LF"), feeds + "  x\ny\n");
     EXPECT_EQ(copied("FEEDS", "NONE"), feeds + "  x\ny\n");
