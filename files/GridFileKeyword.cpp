@@ -30,9 +30,9 @@ std::optional<std::string> GridFileKeyword::NameInCopy(const Service::Directory&
                                                        ExportedFileMap& fileMap) const
 {
     const Service::FileName name = NamedFile(context);
-    if (!name.IsSet()) return std::nullopt;
     const std::vector<Service::FileName> files = GridFiles(context);
     if (files.empty()) fileMap.NoteMissing(*this, name);
+    if (!name.IsSet()) return std::nullopt;
     return TakeAlong(files, name.GetFileName(), directory, fileMap);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include <boost/filesystem/exception.hpp>
 
@@ -78,7 +79,7 @@ std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
     try {
         name = Service::FileName(*text);
     } catch (const boost::filesystem::filesystem_error&) {
-        Log::SendLogMessage("The INCLUDE path \"" + *text + "\" is invalid.", Log::Error);
+        TellOfPath("The INCLUDE path \"" + *text + "\" is invalid.");
         return nullptr;
     }
 
@@ -92,13 +93,20 @@ std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
         if (!wasComplete) message += ", which resolves to \"" + name.GetFullName() + "\",";
         message +=
             " is not a file.\nEnsure that INCLUDE paths contain valid file names and are properly single-quoted.";
-        Log::SendLogMessage(message, Log::Error);
+        TellOfPath(message);
         return nullptr;
     }
 
+    m_pathTold = false;
     std::shared_ptr<KeywordFile> file = owner->Manager().GetKeywordFile(name, VariablesAllowed());
     if (file && ClosesRing(*file, *text)) return nullptr;
     return file;
+}
+
+/// The path is looked at whenever someone asks for the file. What is wrong with it is told once.
+void KeywordINCLUDE::TellOfPath(const std::string& message) const
+{
+    if (!std::exchange(m_pathTold, true)) Log::SendLogMessage(message, Log::Error);
 }
 
 bool KeywordINCLUDE::ClosesRing(KeywordFile& target, const std::string& text) const
@@ -149,6 +157,7 @@ void KeywordINCLUDE::Forget()
     m_includedFile.reset();
     m_refusedAt = 0;
     m_ringTold = false;
+    m_pathTold = false;
 }
 
 void KeywordINCLUDE::OnDataChanging()

@@ -58,6 +58,7 @@ private:
     void Unwire();
     void Forget();
     std::shared_ptr<KeywordFile> Resolve() const;
+    void TellOfPath(const std::string& message) const;
     bool ClosesRing(KeywordFile& target, const std::string& text) const;
     KeywordFile* OwnerFile() const;
 
@@ -71,6 +72,7 @@ private:
     /// The count of dropped links at which the path was last refused for closing a ring; 0: not refused.
     mutable unsigned long long m_refusedAt = 0;
     mutable bool m_ringTold = false;
+    mutable bool m_pathTold = false;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

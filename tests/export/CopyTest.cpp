@@ -7,9 +7,11 @@
 #include "keywords/Keyword.h"
 #include "tests/export/Exporting.h"
 #include "tests/support/LogRecorder.h"
+#include "text/LineFileWriter.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/Exporter.h>
 #include <deckmanager/IKeyword.h>
+#include <tarn/service/FileName.h>
 
 namespace {
 
@@ -87,6 +89,11 @@ TEST_F(CopyTest, FilesLieSideBySideAndDifferInTheNamesAlone)
          {{"A.DATA", "RUNSPEC\n--@@@INCLUDE\n--@@@'x.inc' /\n-- above\nINCLUDE\n'y.inc' /\nEND\n-- more\n1 2\nGRID"},
           {"x.inc", "OIL\n"},
           {"y.inc", "GAS\nENDINC\nrest\n"}}},
+        {"sections that recur, unknown words, a region that is left open",
+         {{"A.DATA", "RUNSPEC\nGRID\n-- a\nGRID\n-- b\nNOSUCH\n 1 /\nINCLUDE\n'a/x.inc' /\nNOSUCH\n\nRUNSPEC\n-- c\n"},
+          {"a/x.inc", "-- d\nRUNSPEC\nNOSUCH\n 2 /\n-- e\nPORO\nRUNSPEC"}},
+         {{"A.DATA", "RUNSPEC\nGRID\n-- a\nGRID\n-- b\nNOSUCH\n 1 /\nINCLUDE\n'x.inc' /\nNOSUCH\n\nRUNSPEC\n-- c\n"},
+          {"x.inc", "-- d\nRUNSPEC\nNOSUCH\n 2 /\n-- e\nPORO\nRUNSPEC"}}},
         {"marks, tags, line ends, bytes",
          {{"A.DATA", bom + "-- Generated\n\n-- head\nRUNSPEC                              -- "
                            "Generated\r\n\tOIL\nINCLUDE\n'a/x.inc' /\n"},
@@ -125,6 +132,67 @@ TEST_F(CopyTest, FilesLieSideBySideAndDifferInTheNamesAlone)
             EXPECT_EQ(deck.Dir().Read(name), text);
     }
     EXPECT_EQ(m_log.Count(3), 0) << m_log.Texts(3).front();
+}
+
+TEST_F(CopyTest, WhatBringsNothingInIsTold)
+{
+    const TestDeck deck(TestDeck::Texts{
+        {"A.DATA",
+         "RUNSPEC\nINCLUDE\n'gone.inc' /\nINCLUDE\n/\nINCLUDE\n'A.DATA' /\nINCLUDE\n'd' /\nGDFILE\n/\nGDFILE\n'C' /\n"},
+        {"d/x", ""}});
+    const auto told = [&](const ExportReport& report) {
+        std::string names;
+        for (const ExportReport::File& file : report.files) {
+            if (file.action == ExportReport::Action::Missing)
+                names +=
+                    std::to_string(file.keyword->GetLine()) + "=" + Service::FileName(file.from).GetFileName() + " ";
+        }
+        return names;
+    };
+    ExportReport copy;
+    EXPECT_TRUE(Exporter::CopyToDirectory(deck.Keywords(), deck.Dir().Path("copy"), "", ExportOptions(), &copy));
+    EXPECT_EQ(told(copy), "2=gone.inc 4= 10= 12=C ");
+    ExportReport flat;
+    EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), deck.Keywords().Begin(), deck.Keywords().End(),
+                                             deck.Dir().Path("flat.DATA"), ExportOptions(), &flat));
+    EXPECT_EQ(told(flat), "2=gone.inc 4= ");
+    ExportReport clone;
+    EXPECT_NE(Exporter::CopyToSameDir(deck.Keywords(), "_X", ExportOptions(), &clone), "");
+    EXPECT_EQ(told(clone), told(flat));
+    // A ring, and a folder: told when the deck was read.
+    EXPECT_EQ(m_log.Count(3), 2);
+}
+
+/// What the writer of a file's text says of it is what a reader of that text finds.
+TEST_F(CopyTest, WhereTheHeaderAndTheTailHaveComeToStand)
+{
+    Environment::Instance().EnableSKIPENDSKIP(true, SimulatorType::S100);
+    const std::string bom = "\xEF\xBB\xBF";
+    const std::string keywords = "RUNSPEC\nOIL\nINCLUDE\n'a/longer/x.inc' /\n-- above\nGRID\n";
+    for (const std::string& text :
+         {keywords, "-- head\n\n" + keywords, bom + keywords, bom + "-- head\n" + keywords, "-- Generated\n" + keywords,
+          "-- Generated\n\n-- head\n" + keywords, keywords + "SKIP\nPORO\n1 /\n",
+          "-- head\n" + keywords + "RUNSPEC\n-- end", std::string("-- only this"), std::string()})
+    {
+        SCOPED_TRACE(text);
+        const TestDeck deck(TestDeck::Texts{{"A.DATA", text}, {"a/longer/x.inc", "WATER\n"}});
+        ExportedFileMap map;
+        LineFileWriter writer;
+        ASSERT_TRUE(writer.Open(deck.Dir().Path("B.DATA"), false));
+        const FileWriteResult result =
+            ExporterUtil::WriteForExport(deck.TopFile(), &writer, {Service::Directory(deck.Dir().Path("copy")), map},
+                                         ExporterUtil::ContextOf(deck.Keywords()), SimulatorType::Any);
+        EXPECT_TRUE(writer.Close() && result.ok);
+        const TestDeck copy(TestDeck::Texts{{"A.DATA", deck.Dir().Read("B.DATA")}});
+        copy.Walk();
+        const std::string written = deck.Dir().Read("B.DATA");
+        const auto stretch = [&](std::int64_t begin, std::int64_t end) {
+            return begin < 0 ? std::string()
+                             : written.substr(static_cast<std::size_t>(begin), static_cast<std::size_t>(end - begin));
+        };
+        EXPECT_EQ(stretch(result.headerBegin, result.headerEnd + 1), copy.TopFile().HeaderText());
+        EXPECT_EQ(stretch(result.tailBegin, static_cast<std::int64_t>(written.size())), copy.TopFile().TailText());
+    }
 }
 
 TEST_F(CopyTest, OtherNameAndOldFiles)
