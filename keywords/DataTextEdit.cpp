@@ -30,16 +30,26 @@ using Keywords::MDType;
 
 namespace {
 
-bool HasVariable(const KeywordVariables& variables, const Keywords::IKeywordData& container, int index)
+/// The reference in that place; null for none. Good while the variables are.
+const std::string* FindVariable(const KeywordVariables& variables, const Keywords::IKeywordData& container, int index)
 {
-    const auto holds = [index](const auto* of) {
-        if (!of) return false;
+    const auto find = [index](const auto* of) -> const std::string* {
+        if (!of) return nullptr;
         const auto indices = of->GetVariableIndices();
-        return std::find(indices.begin(), indices.end(), index) != indices.end();
+        const bool holds = std::find(indices.begin(), indices.end(), index) != indices.end();
+        return holds ? &of->GetVariable(index).GetString() : nullptr;
     };
     const Keywords::IKeywordDataVariables* const found = variables.GetDataVariables(&container);
-    return holds(dynamic_cast<const Keywords::IKeywordListDataVariables*>(found)) ||
-           holds(dynamic_cast<const Keywords::IKeywordRecordDataVariables*>(found));
+    if (const auto* const text = find(dynamic_cast<const Keywords::IKeywordListDataVariables*>(found))) return text;
+    return find(dynamic_cast<const Keywords::IKeywordRecordDataVariables*>(found));
+}
+
+/// The place holds the token's reference, or none where the token is none.
+bool HasVariableOf(const ItemToken& token, const KeywordVariables& variables, const Keywords::IKeywordData& container,
+                   int index)
+{
+    const std::string* const found = FindVariable(variables, container, index);
+    return token.IsVariable() ? found && *found == token.String() : !found;
 }
 
 Keywords::ConstSlot SlotOf(const Keywords::IKeywordData& container, int index)
@@ -227,7 +237,7 @@ std::string DataTextEdit::Set(const Path& path, const Value& value)
         Stop(Outcome::NoSuchItem, fmt::format("There is no element {} in {}, which has {}.", index,
                                               Describe(change.way), List(reading, change.way).GetElementCount()));
     }
-    const bool hasVariable = HasVariable(reading.variables, container, index);
+    const bool hasVariable = FindVariable(reading.variables, container, index) != nullptr;
     if (!token.IsVariable() && !hasVariable && token.IsHeldBy(SlotOf(container, index)) &&
         (!inList || token.IsDefault() == List(reading, change.way).IsElementDefaulted(index)))
     {
@@ -246,11 +256,10 @@ std::string DataTextEdit::Set(const Path& path, const Value& value)
         Stop(Outcome::NotInText, "The element repeats one that stands elsewhere in the text.");
     }
     return Finish(reading, splice, change, [&](const Reading& after, const Keywords::IKeywordData& changed) {
-        const bool isVariable = HasVariable(after.variables, changed, index);
         if (inList && static_cast<const Keywords::IKeywordListData&>(changed).IsElementDefaulted(index) !=
                           (token.IsDefault() || token.IsVariable()))
             return false;
-        return isVariable == token.IsVariable() && token.IsHeldBy(SlotOf(changed, index));
+        return HasVariableOf(token, after.variables, changed, index) && token.IsHeldBy(SlotOf(changed, index));
     });
 }
 
@@ -405,8 +414,7 @@ std::string DataTextEdit::InsertElement(const Path& list, int index, const Value
         Stop(Outcome::NotInText, fmt::format("The text has no place for an element of {}.", Describe(way.steps)));
     }
     return Finish(reading, splice, change, [&](const Reading& after, const Keywords::IKeywordData& changed) {
-        return token.IsHeldBy(SlotOf(changed, index)) &&
-               HasVariable(after.variables, changed, index) == token.IsVariable();
+        return token.IsHeldBy(SlotOf(changed, index)) && HasVariableOf(token, after.variables, changed, index);
     });
 }
 

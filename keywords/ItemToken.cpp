@@ -83,7 +83,7 @@ std::string TextOfReal(double value)
 
 std::string ItemToken::Quoted() const
 {
-    if (m_isDefault || m_isVariable || (m_kind != MDType::String && m_kind != MDType::Option)) return m_text;
+    if (m_isDefault || (!m_isVariable && m_kind != MDType::String && m_kind != MDType::Option)) return m_text;
     std::string scratch;
     return std::string(KeywordDataSerializer::Quote(m_text, scratch));
 }
@@ -180,9 +180,11 @@ bool ItemToken::Make(const DataTextEditor::Value& value, const Keywords::IKeywor
         return true;
     }
     if (kind == Kind::Text && surroundings.allowsVariables && Keywords::VariablesString::ContainsVariables(text)) {
+        if (text.find(VeldaneDeckInfo::QUOTE) != std::string_view::npos)
+            return Refuse(value, "A reference can not hold a quote", reason);
         token.m_isVariable = true;
-        token.m_text = token.m_string = text;
-        return true;
+        token.m_string = text;
+        return token.MakeWord(text, surroundings, quoted);
     }
     switch (token.m_kind) {
     case MDType::YesNo: {

@@ -32,6 +32,7 @@ public:
     bool IsDefault() const { return m_isDefault; }
     bool IsVariable() const { return m_isVariable; }
     int Integer() const { return m_integer; }
+    const std::string& String() const { return m_string; } ///< also of a reference
 
     /// The token in quotes where it may have them, else as it is.
     std::string Quoted() const;

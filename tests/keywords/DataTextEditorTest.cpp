@@ -219,6 +219,13 @@ TEST(DataTextEditor, ReferencesToVariables)
             {reals, "3*$R /", {1}, "2", "$R 2 $R /"},
             {reals, "1 2 /", {1}, "$R", "1 $R /"},
             {map, "A=$V B /", {0}, "2", "A=2 B /"},
+            {items, "A 1 2 /", {0}, "$A B", "'$A B' 1 2 /"},
+            {items,
+             "A 1 2 /",
+             {0},
+             "$A' B",
+             nullptr,
+             "The value \"$A' B\" is not valid. A reference can not hold a quote."},
         },
         Edit::Set, true);
     Check({{items, "A 1 2 /", {1}, "$I", nullptr, "The value \"$I\" is not valid. Must be a whole number."}});
