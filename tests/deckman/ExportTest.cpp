@@ -140,6 +140,27 @@ TEST(Export, DryRunWritesNothing)
     EXPECT_EQ(deck.folder.Listing(), before);
 }
 
+TEST(Export, RewriteRefusesWhatItWouldLose)
+{
+    const std::pair<std::string, std::string> cases[] = {
+        {"TABDIMS\n1 x /\n", "x.inc:3: error: A problem was encountered"},
+        {"SKIP\nTABDIMS\n1 x /\nENDSKIP\n", "x.inc:4: error: A problem was encountered"},
+        {"EQLDIMS\n1 2 3 4 5 6 7 8 9 /\n", "x.inc:3: error: Record in keyword EQLDIMS has too many items"},
+        {"EQLDIMS\n1 2\n", ""},
+        {"EQLDIMS\nGAS\n", ""},
+        {"TABDIMS\n$N /\n", ""},
+    };
+    for (const auto& [text, message] : cases) {
+        const Deck deck;
+        deck.folder.Write("a/x.inc", "OIL\n" + text);
+        const std::string before = deck.folder.Listing();
+        const Outcome outcome = deck.Run({"flatten", "TOP.DATA", "-o", "FLAT.DATA", "--rewrite"});
+        EXPECT_EQ(outcome.status, message.empty() ? 0 : 1) << text;
+        EXPECT_THAT(outcome.err, HasSubstr(message));
+        EXPECT_EQ(deck.folder.Listing() == before, !message.empty()) << text;
+    }
+}
+
 TEST(Export, FailuresNameTheFileWithStatus3)
 {
     const Deck deck;

@@ -1,5 +1,6 @@
 // The verbs that write a deck out of its files: flatten, copy and clone.
 
+#include <exception>
 #include <functional>
 #include <set>
 #include <string>
@@ -9,13 +10,18 @@
 #include <deckmanager/IKeywordFile.h>
 #include <deckmanager/KeywordIterator.h>
 #include <deckmanager/KeywordText.h>
+#include <deckmanager/KeywordVariables.h>
+#include <deckmanager/ReadKeywordData.h>
 #include <fmt/format.h>
 #include <tarn/keywords/DataAccessUtils.h>
+#include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/SimulatorType.h>
+#include <tarn/service/MessageCapper.h>
 
 #include "DeckSession.h"
+#include "DeckWalk.h"
 #include "Json.h"
 #include "Table.h"
 #include "UnifiedDiff.h"
@@ -27,6 +33,7 @@ namespace Deckman {
 namespace {
 
 using Action = DeckManager::ExportReport::Action;
+using Tarn::Fjel::Core::Keywords::KeywordKind;
 
 DeckManager::ExportOptions ToExportOptions(const Options& options)
 {
@@ -135,10 +142,45 @@ void PrintChanges(const DeckSession& session, const DeckManager::ExportReport& r
     }
 }
 
+/// Reads all data as a rewrite would, and tells what of them it could not write again: true when there is any.
+bool TellWhatRewriteLoses(DeckSession& session)
+{
+    bool loses = false;
+    bool isReading = false;
+    const Messages::Diversion diversion(session.Log(), [&](const Messages::Message& message) {
+        // Where a terminator or all data are missing there is nothing to lose.
+        if (!isReading || message.text.ends_with("not properly terminated") ||
+            message.text.starts_with("Failed to read data of keyword "))
+            return;
+        loses = true;
+        const std::string place = fmt::format("{}:{}", session.Log().Shown(message.file), message.line);
+        session.Log().Error(place, message.text);
+    });
+    DeckWalk walk(session, true);
+    while (walk.Next()) {
+        const DeckManager::IKeyword& keyword = walk.Keyword();
+        if (keyword.GetSyntax()->GetMetaData() == nullptr || walk.Kind() == KeywordKind::Include) continue;
+        isReading = true;
+        try {
+            DeckManager::KeywordVariables variables;
+            DeckManager::ReadKeywordData(session.Keywords(), keyword, &variables);
+        } catch (const std::exception& exception) {
+            loses = true;
+            session.Log().Error(session.PlaceOf(keyword), exception.what());
+        }
+        isReading = false;
+    }
+    isReading = true; // what was held back of the last keyword
+    Service::MessageCapper::instance().flush();
+    return loses;
+}
+
 /// Does an export and tells what it did. `write` is false when it could not be done, which the library has told.
-ExitStatus Export(const DeckSession& session, const Options& options, bool keepsLeaves, const std::string& target,
+ExitStatus Export(DeckSession& session, const Options& options, bool keepsLeaves, const std::string& target,
                   const std::function<bool(DeckManager::ExportReport&)>& write, Output& out)
 {
+    if (options.rewrite && TellWhatRewriteLoses(session))
+        throw Failure(NotThere, "--rewrite would lose what can't be read of the data.", target);
     DeckManager::ExportReport report;
     bool done = false;
     try {
@@ -183,7 +225,7 @@ DeckManager::KeywordIterator Behind(const DeckSession& session, const Where::Pla
 {
     DeckManager::KeywordIterator end = place.position;
     ++end;
-    if (place.keyword->GetSyntax()->GetKind() != Tarn::Fjel::Core::Keywords::KeywordKind::Include) return end;
+    if (place.keyword->GetSyntax()->GetKind() != KeywordKind::Include) return end;
     const std::set<DeckManager::IKeywordFile*> around = FilesAround(session, *place.keyword);
     while (*end != nullptr && around.count(end->GetFile()) == 0)
         ++end;
