@@ -122,6 +122,10 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
         // What it takes in silence.
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/gone.inc' /\n"}},
          {"TOP.DATA:2 INCLUDE warning: The file sub/gone.inc of this INCLUDE does not exist."}},
+        {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n\"sub/a.inc\" /\nINCLUDE\nup/a.inc /\nINCLUDE\ngone.inc / here\n"}},
+         {"TOP.DATA:2 INCLUDE warning: The file \"sub of this INCLUDE does not exist. Its name needs single quotes.",
+          "TOP.DATA:4 INCLUDE warning: The file up of this INCLUDE does not exist. Its name needs single quotes.",
+          "TOP.DATA:6 INCLUDE warning: The file gone.inc of this INCLUDE does not exist."}},
         {{{"TOP.DATA", "RUNSPEC\n\nINCLUDE\n/\n"}}, {"TOP.DATA:3 INCLUDE error: This INCLUDE names no file."}},
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'$DIR/a.inc' /\n"}},
          {"TOP.DATA:2 INCLUDE warning: The INCLUDE path \"$DIR/a.inc\" holds a name that nothing gives a value."}},

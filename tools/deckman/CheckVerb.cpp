@@ -11,6 +11,7 @@
 #include <deckmanager/DeckInconsistencyInfo.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
+#include <deckmanager/KeywordText.h>
 #include <deckmanager/KeywordVariables.h>
 #include <deckmanager/ReadKeywordData.h>
 #include <fmt/format.h>
@@ -45,6 +46,18 @@ using Keywords::KeywordKind;
 const std::string& FileNameOf(const DeckManager::IKeyword& keyword)
 {
     return keyword.GetFile()->GetFileName().GetFullName();
+}
+
+/// What to tell with a name that leads to no file where quotes are the reason: without single ones it ends at a blank
+/// or a slash.
+std::string_view QuotesHint(const DeckManager::IKeyword& include)
+{
+    const DeckManager::KeywordText text(include);
+    std::string_view name = Service::Trimmed(text.Data());
+    name = name.substr(0, name.find('\n'));
+    const std::size_t slash = name.find('/');
+    const bool goesOn = slash != std::string_view::npos && slash + 1 < name.size() && Service::IsAlnum(name[slash + 1]);
+    return name.starts_with('"') || (!name.starts_with('\'') && goesOn) ? " Its name needs single quotes." : "";
 }
 
 /// One check of one deck.
@@ -232,7 +245,8 @@ void Check::CheckInclude(const DeckManager::IKeyword& include)
         const Service::FileStatus status = Service::FileStatus::Of(file->GetFileName());
         if (!status.Exists() && !status.isUnknown) {
             Add(include, Log::Warning,
-                fmt::format("The file {} of this INCLUDE does not exist.", m_session.Shown(file->GetFileName())));
+                fmt::format("The file {} of this INCLUDE does not exist.{}", m_session.Shown(file->GetFileName()),
+                            QuotesHint(include)));
         }
         return;
     }
@@ -240,8 +254,8 @@ void Check::CheckInclude(const DeckManager::IKeyword& include)
     const auto data = DeckManager::ReadKeywordData(m_session.Keywords(), include, &variables);
     if (variables.HasVariables()) {
         Add(include, Log::Warning,
-            fmt::format("The INCLUDE path \"{}\" holds a name that nothing gives a value.",
-                        WrittenIncludeName(include)));
+            fmt::format("The INCLUDE path \"{}\" holds a name that nothing gives a value.{}",
+                        WrittenIncludeName(include), QuotesHint(include)));
     } else if (!Tarn::Fjel::Core::Keywords::DataAccessUtils::GetINCLUDEFileName(data.get())) {
         Add(include, Log::Error, "This INCLUDE names no file.");
     }
