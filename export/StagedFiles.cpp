@@ -117,8 +117,16 @@ bool StagedFiles::Open(LineFileWriter& writer, const FileName& target)
     return Fail(target.GetFullName(), writer.FailureReason().empty() ? "it cannot be opened" : writer.FailureReason());
 }
 
+/// Two names may lead to one place.
+bool StagedFiles::IsFree(const FileName& target)
+{
+    m_isRefusal = m_byTarget.count(target.CanonicalName()) != 0;
+    return !m_isRefusal || Fail(target.GetFullName(), "another file of the export takes its place");
+}
+
 bool StagedFiles::Accepts(const FileName& target)
 {
+    if (!IsFree(target)) return false;
     File* file = Begin(target);
     if (file != nullptr) file->dropped = true;
     return file != nullptr;
@@ -127,7 +135,7 @@ bool StagedFiles::Accepts(const FileName& target)
 bool StagedFiles::Reserve(const FileName& target)
 {
     LineFileWriter writer;
-    return Open(writer, target) && Close(writer);
+    return IsFree(target) && Open(writer, target) && Close(writer);
 }
 
 bool StagedFiles::Close(LineFileWriter& writer, bool sync)

@@ -31,9 +31,9 @@ public:
     /// Begins a file: opens `writer`. False when the target is a file of the deck, is a directory, or can't be written;
     /// `Failure` says why.
     bool Open(LineFileWriter& writer, const Service::FileName& target);
-    /// The target could be begun: nothing is done for it.
+    /// The target could be begun, and no other file goes there: nothing is done for it.
     bool Accepts(const Service::FileName& target);
-    /// Takes the place of a file that is written later, by a further `Open`.
+    /// Takes the place of a file that is written later, by a further `Open`. False when another file has it.
     bool Reserve(const Service::FileName& target);
     /// Ends a file. False when it could not be written whole. One that replaces another is on the disk then, and with
     /// `sync` any: to wait for each of a thousand new files would take longer than to write them.
@@ -68,6 +68,7 @@ private:
     };
 
     File* Find(const Service::FileName& target);
+    bool IsFree(const Service::FileName& target);
     File* Begin(const Service::FileName& target);
     bool Exchange(File& file);
     bool TakeBack();

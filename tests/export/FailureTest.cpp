@@ -124,6 +124,28 @@ TEST_F(FailureTest, DirectoriesAndFilesInTheWay)
     EXPECT_EQ(deck.Dir().Read("A_Z.DATA"), "RUNSPEC\nGRID\nGDFILE\n'C.EGRID' /\n");
 }
 
+TEST_F(FailureTest, TwoNamesThatLeadToOnePlace)
+{
+    TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'c.inc' /\n"},
+                                  {"b.inc", "OIL\n"},
+                                  {"c.inc", "GAS\n"},
+                                  {"c_X.inc", "old"},
+                                  {"copy/c.inc", "old"}});
+    std::filesystem::create_symlink("c_X.inc", deck.Dir().Path("b_X.inc"));
+    std::filesystem::create_symlink("c.inc", deck.Dir().Path("copy/b.inc"));
+    const std::string before = All(deck);
+    ExportOptions plan;
+    plan.planOnly = true;
+    EXPECT_EQ(Exporter::CopyToSameDir(deck.Keywords(), "_X", plan, nullptr), "");
+    EXPECT_FALSE(Clone(deck, "_X"));
+    EXPECT_TRUE(m_log.Contains("c_X.inc cannot be written: another file of the export takes its place."));
+    EXPECT_EQ(All(deck), before);
+    // A copy can give one of them another name.
+    EXPECT_TRUE(Copy(deck, "copy"));
+    EXPECT_EQ(deck.Dir().Read("copy/A.DATA"), "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'c_1.inc' /\n");
+    EXPECT_EQ(deck.Dir().Read("copy/b.inc") + deck.Dir().Read("copy/c_1.inc"), "OIL\nGAS\n");
+}
+
 TEST_F(FailureTest, PermissionsAreTold)
 {
     TestDeck deck(SmallDeck());
