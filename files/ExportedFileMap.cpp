@@ -17,6 +17,14 @@ bool ExportedFileMap::Add(const Service::FileName& oldName, const Service::FileN
 bool ExportedFileMap::AddWaiting(KeywordFile* file, const Service::FileName& oldName, const Service::FileName& newName)
 {
     const bool added = Add(oldName, newName);
+    // A grid file that one keyword names alone, and another together with others, may have two names in the copy.
+    if (!added && file == nullptr && !(oldName == newName) &&
+        m_newPlaces.emplace(newName.CanonicalName(), m_new.size()).second)
+    {
+        m_new.push_back(newName);
+        m_old.push_back(oldName);
+        m_waiting.push_back({file, oldName, newName});
+    }
     // A file in its own place: whoever writes the files must come to it, and refuse.
     if (added || (file != nullptr && oldName == newName)) m_waiting.push_back({file, oldName, newName});
     return added;

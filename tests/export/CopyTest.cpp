@@ -101,6 +101,22 @@ TEST_F(CopyTest, FilesLieSideBySideAndDifferInTheNamesAlone)
          {{"A.DATA", bom + "-- Generated\n\n-- head\nRUNSPEC                              -- "
                            "Generated\r\n\tOIL\nINCLUDE\n'x.inc' /\n"},
           {"x.inc", bom + "GAS \0 \r\nPORO\r\n" + std::string("1\0 2 /\n", 7) + "-- \r \n"}}},
+        {"a grid file under two names",
+         {{"A.DATA", "GRID\nGDFILE\n'h/C.EGRID' /\nGDFILE\n'g/C.EGRID' /\nGDFILE\n'm/C.GRID' /\nGDFILE\n'n/C.GRID' "
+                     "/\nGDFILE\n'g/C' /\n"},
+          {"h/C.EGRID", "1"},
+          {"g/C.EGRID", "2"},
+          {"m/C.GRID", "3"},
+          {"n/C.GRID", "4"},
+          {"g/C.GRID", "5"}},
+         {{"A.DATA", "GRID\nGDFILE\n'C.EGRID' /\nGDFILE\n'C_1.EGRID' /\nGDFILE\n'C.GRID' /\nGDFILE\n'C_1.GRID' "
+                     "/\nGDFILE\n'C_2' /\n"},
+          {"C.EGRID", "1"},
+          {"C_1.EGRID", "2"},
+          {"C.GRID", "3"},
+          {"C_1.GRID", "4"},
+          {"C_2.EGRID", "2"},
+          {"C_2.GRID", "5"}}},
         {"grid files",
          {{"A.DATA", "GRID\nGDFILE\n 'g/CASE' F /\n-- above\nGDFILE\n'g/ONE.EGRID' /\nINCLUDE\n'x.inc' /\n"},
           {"x.inc", "GDFILE\n 'h/CASE' /\nGDFILE\n'nowhere/CASE' /\n"},
@@ -259,6 +275,11 @@ TEST_F(CopyTest, UncommittedDataGoAlong)
     EXPECT_TRUE(Copy(deck));
     EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC\nTABDIMS\n 3 4 /\n-- above\nOIL\n");
     EXPECT_EQ(deck.Dir().Read("A.DATA"), "RUNSPEC\nTABDIMS\n1 2 /\n-- above\nOIL\n");
+    // In a file without a line end they take that of the top file.
+    const TestDeck other(TestDeck::Texts{{"A.DATA", "RUNSPEC\r\nINCLUDE\r\n'x.inc' /"}, {"x.inc", "EQLDIMS"}});
+    ASSERT_TRUE(static_cast<Keyword*>(const_cast<IKeyword*>(*other.At("EQLDIMS")))->SetDataText(" 2 /", false));
+    EXPECT_TRUE(Copy(other));
+    EXPECT_EQ(Copied(other, "x.inc").substr(0, 13), "EQLDIMS\r\n 2 /");
 }
 
 TEST_F(CopyTest, RewritingIsOnForTheLengthOfTheCopy)
