@@ -1,5 +1,6 @@
 #include "export/SuffixCopy.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "export/ExporterUtil.h"
@@ -93,7 +94,8 @@ bool SuffixCopy::WriteFile(KeywordFile& file, const std::string& name)
 void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
 {
     KeywordFile* file = include.IncludedFile();
-    if (!include.BringsSomething()) {
+    const bool bringsSomething = include.BringsSomething();
+    if (!bringsSomething && !(m_manner.whole && ClosesRing(include))) {
         // No file is made for it; the copy looks for it where the deck does.
         if (file != nullptr || m_manner.whole)
             source.WriteKeyword(include, m_context, m_options.simulator);
@@ -109,8 +111,8 @@ void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
         Keywords::DataAccessUtils::GetINCLUDEFileName(const_cast<KeywordINCLUDE&>(include).GetData(m_context));
     std::optional<std::string> text = name ? include.TextWithName(m_rename(*name), m_context) : std::nullopt;
     if (!text)
-        Fail(m_rename(file->GetFileName().GetFullName()), "its name cannot stand in a deck");
-    else if (!Begin(*file))
+        Fail(m_rename(include.NamedFile(m_context).GetFullName()), "its name cannot stand in a deck");
+    else if (bringsSomething && !Begin(*file))
         text.reset();
     if (text) {
         source.WriteReference(include, *text, m_context);
@@ -122,6 +124,15 @@ void SuffixCopy::WriteInclude(SourceFile& source, const KeywordINCLUDE& include)
     } else {
         source.LeaveOut(include, m_context);
     }
+}
+
+/// Under its old name it would close none in the copy, and bring the deck's own files in.
+bool SuffixCopy::ClosesRing(const KeywordINCLUDE& include) const
+{
+    const std::string named = include.NamedFile(m_context).CanonicalName();
+    return std::any_of(m_names.begin(), m_names.end(), [&](const auto& begun) {
+        return !begun.second.empty() && begun.first->GetFileName().CanonicalName() == named;
+    });
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -45,6 +45,7 @@ private:
     std::optional<std::string> Begin(KeywordFile& file);
     bool WriteFile(KeywordFile& file, const std::string& name);
     void WriteInclude(SourceFile& source, const KeywordINCLUDE& include);
+    bool ClosesRing(const KeywordINCLUDE& include) const;
     bool Fail(const std::string& name);
     bool Fail(const std::string& name, const std::string& reason);
 

@@ -42,6 +42,10 @@ public:
     void ExportTo(ILineWriter& writer, const Service::Directory& directory, const Context& context,
                   Keywords::SimulatorType simulator, ExportedFileMap& fileMap) const;
 
+    /// The file that the keyword names, completed against the folder of the deck's top file where it stands in a deck.
+    /// Not set without a name, and for text that can't be one.
+    Service::FileName NamedFile(const Context& context) const;
+
 protected:
     using Keyword::Keyword;
 
@@ -49,9 +53,6 @@ protected:
     virtual std::optional<std::string> NameIn(const Keywords::IKeywordData* data) const = 0;
     virtual void PutName(Keywords::IKeywordData& data, const std::string& name) const = 0;
 
-    /// The file that the keyword names, completed against the folder of the deck's top file where it stands in a deck.
-    /// Not set without a name, and for text that can't be one.
-    Service::FileName NamedFile(const Context& context) const;
     std::optional<std::string> NamedText(const Context& context) const;
 
 private:

@@ -175,6 +175,8 @@ TEST_F(CopyTest, WhatBringsNothingInIsTold)
     ExportReport clone;
     EXPECT_NE(Exporter::CopyToSameDir(deck.Keywords(), "_X", ExportOptions(), &clone), "");
     EXPECT_EQ(told(clone), told(flat));
+    EXPECT_EQ(deck.Dir().Read("A_X.DATA"), "RUNSPEC\nINCLUDE\n'gone.inc' /\nINCLUDE\n/\nINCLUDE\n'A_X.DATA' "
+                                           "/\nINCLUDE\n'd' /\nGDFILE\n/\nGDFILE\n'C' /\n");
     // A ring, and a folder: told when the deck was read.
     EXPECT_EQ(m_log.Count(3), 2);
 }
