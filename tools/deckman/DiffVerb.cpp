@@ -327,12 +327,12 @@ private:
 
 ExitStatus RunDiff(Messages& messages, const Options& options, Output& out)
 {
-    // As in main: the system takes the memory back faster.
-    DeckSession& oldSession = *new DeckSession(options.deck, messages);
-    DeckSession& newSession = *new DeckSession(options.newDeck, messages);
+    // As in main: the system takes the memory back faster than destructors do.
+    static DeckSession& oldSession = *new DeckSession(options.deck, messages);
+    static DeckSession& newSession = *new DeckSession(options.newDeck, messages);
     DiffReport report(out, options.json);
-    DiffDeck& oldDeck = *new DiffDeck(oldSession);
-    DiffDeck& newDeck = *new DiffDeck(newSession);
+    static DiffDeck& oldDeck = *new DiffDeck(oldSession);
+    static DiffDeck& newDeck = *new DiffDeck(newSession);
     DeckComparison(oldDeck, newDeck, report).Run();
     report.Finish();
     oldSession.Progress().Finish();
