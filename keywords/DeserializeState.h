@@ -91,7 +91,7 @@ struct DeserializeState
     const bool upperCase;
 
     SlotPlaces* places = nullptr; ///< takes the places of tokens; null when nobody asks
-    bool customRefused = false; ///< a reader of its own may have filled data that the generic one goes on with
+    bool customRefused = false;   ///< a reader of its own may have filled data that the generic one goes on with
 
     // Scratch, each for one use.
     std::string text;   ///< a string on its way into the data

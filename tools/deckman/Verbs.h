@@ -13,8 +13,8 @@ namespace Deckman {
 class DeckSession;
 class Messages;
 
-/// The verbs. They print to `out`, and tell trouble through the messages or by `Failure`. Nothing is changed on disk but
-/// by those that take `TakesWriting`.
+/// The verbs. They print to `out`, and tell trouble through the messages or by `Failure`. Nothing is changed on disk
+/// but by those that take `TakesWriting`.
 ExitStatus RunLs(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunTree(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunSections(DeckSession& session, const Options& options, Output& out);
@@ -35,17 +35,17 @@ ExitStatus RunSyntax(Messages& messages, const Options& options, Output& out);
 /// What a verb takes besides the options that every verb takes.
 enum Takes : unsigned
 {
-    TakesDeck = 1U << 0,     ///< DECK
-    TakesWhere = 1U << 1,    ///< WHERE
-    TakesRegex = 1U << 2,    ///< REGEX
-    TakesFilter = 1U << 3,   ///< --section, --name, --user, --generated
-    TakesAll = 1U << 4,      ///< --all
-    TakesComments = 1U << 5, ///< --comments
-    TakesSyntax = 1U << 6,   ///< NAME, --section, --stats
-    TakesFile = 1U << 7,     ///< FILE
-    TakesDefaults = 1U << 8, ///< --defaults
-    TakesAt = 1U << 9,       ///< --at
-    TakesDecks = 1U << 10,   ///< OLD, NEW
+    TakesDeck = 1U << 0,       ///< DECK
+    TakesWhere = 1U << 1,      ///< WHERE
+    TakesRegex = 1U << 2,      ///< REGEX
+    TakesFilter = 1U << 3,     ///< --section, --name, --user, --generated
+    TakesAll = 1U << 4,        ///< --all
+    TakesComments = 1U << 5,   ///< --comments
+    TakesSyntax = 1U << 6,     ///< NAME, --section, --stats
+    TakesFile = 1U << 7,       ///< FILE
+    TakesDefaults = 1U << 8,   ///< --defaults
+    TakesAt = 1U << 9,         ///< --at
+    TakesDecks = 1U << 10,     ///< OLD, NEW
     TakesName = 1U << 16,      ///< NAME
     TakesOutput = 1U << 17,    ///< -o
     TakesDirectory = 1U << 18, ///< DIR
