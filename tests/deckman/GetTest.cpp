@@ -115,7 +115,7 @@ TEST_F(Get, MissesTellWhatThereIs)
         {"WELTARG[Q123]", "There is no record Q123 in WELTARG. Its records: A.\n"},
         {"RPTSCHED[9999]", " entries, from 0 to "},
         {"RPTSCHED.NOSUCHENTRY", "RPTSCHED has no entry NOSUCHENTRY. Its entries: PRES, SOIL, "},
-        {"XXX/WELTARG", "'XXX' is not a section. The sections: RUNSPEC, GRID, EDIT, PROPS, REGIONS, SOLUTION, "
+        {"QQQ/WELTARG", "'QQQ' is not a section. The sections: RUNSPEC, GRID, EDIT, PROPS, REGIONS, SOLUTION, "
                         "SUMMARY, SCHEDULE, OPTIMIZE.\n"},
     };
     for (const auto& [where, message] : cases) {

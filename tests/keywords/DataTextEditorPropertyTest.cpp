@@ -317,23 +317,30 @@ private:
     std::set<std::string> m_refused;
 };
 
+/// Hands on every sixteenth keyword that has data in items, another sixteenth for each seed; what comes back is a
+/// fault.
+template <class Edit>
+void ForASixteenth(std::uint64_t seed, const Edit& edit)
+{
+    std::size_t index = seed % 16;
+    for (const auto* const syntax : DeckManager::Environment::Instance().GetSyntaxTable()->GetSyntaxes()) {
+        if (!syntax->GetMetaData() || syntax->GetMetaData()->GetType() == MDType::RawText || ++index % 16 != 0)
+            continue;
+        const std::string difference = edit(*syntax);
+        if (!difference.empty()) RC_FAIL(difference);
+    }
+}
+
 TEST(DataTextEditorProperty, OneSlotOfAnyKeyword)
 {
     const SizedDeck deck;
-    const auto syntaxes = DeckManager::Environment::Instance().GetSyntaxTable()->GetSyntaxes();
     int edits = 0;
     int refusals = 0;
     std::set<std::string> refused;
     EXPECT_TRUE(rc::check("one slot changes, all else stays", [&] {
         const auto seed = *rc::gen::arbitrary<std::uint64_t>();
         Editing editing(seed, deck.GetContext());
-        std::size_t index = seed % 16;
-        for (const auto* const syntax : syntaxes) {
-            if (!syntax->GetMetaData() || syntax->GetMetaData()->GetType() == MDType::RawText || ++index % 16 != 0)
-                continue;
-            const std::string difference = editing.Run(*syntax);
-            if (!difference.empty()) RC_FAIL(difference);
-        }
+        ForASixteenth(seed, [&](const Keywords::IKeywordSyntax& syntax) { return editing.Run(syntax); });
         edits += editing.Edits();
         refusals += editing.Refusals();
         refused.insert(editing.Refused().begin(), editing.Refused().end());
@@ -345,19 +352,12 @@ TEST(DataTextEditorProperty, OneSlotOfAnyKeyword)
 TEST(DataTextEditorProperty, ElementsComeAndGo)
 {
     const SizedDeck deck;
-    const auto syntaxes = DeckManager::Environment::Instance().GetSyntaxTable()->GetSyntaxes();
     int edits = 0;
     int refusals = 0;
     EXPECT_TRUE(rc::check("one element comes or goes, all else stays", [&] {
         const auto seed = *rc::gen::arbitrary<std::uint64_t>();
         Editing editing(seed, deck.GetContext());
-        std::size_t index = seed % 16;
-        for (const auto* const syntax : syntaxes) {
-            if (!syntax->GetMetaData() || syntax->GetMetaData()->GetType() == MDType::RawText || ++index % 16 != 0)
-                continue;
-            const std::string difference = editing.RunListEdit(*syntax);
-            if (!difference.empty()) RC_FAIL(difference);
-        }
+        ForASixteenth(seed, [&](const Keywords::IKeywordSyntax& syntax) { return editing.RunListEdit(syntax); });
         edits += editing.ListEdits();
         refusals += editing.ListRefusals();
     }));
