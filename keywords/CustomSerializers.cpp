@@ -1,4 +1,3 @@
-#include <deckmanager/Environment.h>
 #include <tarn/keywords/IKeywordMD.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
@@ -15,24 +14,18 @@ CustomSerializers::CustomSerializers(const Keywords::IKeywordSyntaxTable& table)
     if (const Keywords::IKeywordSyntax* const syntax = table.FindSyntax("UDQ", true)) {
         auto writer = std::make_shared<CustomSerializerUDQRecord>(syntax->GetMetaData());
         const Keywords::IKeywordMD* const node = writer->Node();
-        m_writers[node] = std::move(writer);
+        m_forms[node] = std::move(writer);
     }
     if (const Keywords::IKeywordSyntax* const syntax = table.FindSyntax("UDT", true))
-        m_writers[syntax->GetMetaData()] = std::make_shared<CustomSerializerUDTRecord>(syntax->GetMetaData());
+        m_forms[syntax->GetMetaData()] = std::make_shared<CustomSerializerUDTRecord>(syntax->GetMetaData());
     if (const Keywords::IKeywordSyntax* const syntax = table.FindSyntax("INCLUDE", true))
-        m_writers[syntax->GetMetaData()] = std::make_shared<CustomSerializerINCLUDERecord>(syntax->GetMetaData());
+        m_forms[syntax->GetMetaData()] = std::make_shared<CustomSerializerINCLUDERecord>(syntax->GetMetaData());
 }
 
 const CustomSerializers& CustomSerializers::InForce()
 {
-    static std::unique_ptr<const CustomSerializers> writers;
-    static std::uint64_t generation = 0;
-    if (!writers || generation != Environment::SyntaxTableGeneration()) {
-        const Keywords::IKeywordSyntaxTable* const table = Environment::Instance().GetSyntaxTable();
-        writers.reset(new CustomSerializers(*table));
-        generation = Environment::SyntaxTableGeneration();
-    }
-    return *writers;
+    return OfTableInForce<CustomSerializers>(
+        [](const Keywords::IKeywordSyntaxTable& table) { return new CustomSerializers(table); });
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

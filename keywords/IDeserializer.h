@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <unordered_map>
+#include "keywords/CustomForms.h"
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordData;
@@ -31,7 +29,7 @@ public:
 };
 
 /// Which metadata nodes of a syntax table have a reader of their own. A keyword that the table lacks has none.
-class CustomDeserializers
+class CustomDeserializers : public CustomForms<IDeserializer>
 {
 public:
     /// The readers for the table in force. Built when a table is first met and kept for as long as it stays in force.
@@ -39,17 +37,8 @@ public:
     /// reader expects.
     static const CustomDeserializers& InForce();
 
-    /// The reader of the data that `node` describes; null for the generic one.
-    IDeserializer* Find(const Keywords::IKeywordMD* node) const
-    {
-        const auto found = m_readers.find(node);
-        return found == m_readers.end() ? nullptr : found->second.get();
-    }
-
 private:
     explicit CustomDeserializers(const Keywords::IKeywordSyntaxTable& table);
-
-    std::unordered_map<const Keywords::IKeywordMD*, std::shared_ptr<IDeserializer>> m_readers;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <unordered_map>
+#include "keywords/CustomForms.h"
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordData;
@@ -27,7 +25,7 @@ public:
 };
 
 /// Which metadata nodes of a syntax table have a writer of their own. A keyword that the table lacks has none.
-class CustomSerializers
+class CustomSerializers : public CustomForms<ISerializer>
 {
 public:
     /// The writers for the table in force. Built when a table is first met and kept for as long as it stays in force.
@@ -35,17 +33,8 @@ public:
     /// writer expects.
     static const CustomSerializers& InForce();
 
-    /// The writer of the data that `node` describes; null for the generic one.
-    ISerializer* Find(const Keywords::IKeywordMD* node) const
-    {
-        const auto found = m_writers.find(node);
-        return found == m_writers.end() ? nullptr : found->second.get();
-    }
-
 private:
     explicit CustomSerializers(const Keywords::IKeywordSyntaxTable& table);
-
-    std::unordered_map<const Keywords::IKeywordMD*, std::shared_ptr<ISerializer>> m_writers;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager
