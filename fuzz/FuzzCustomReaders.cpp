@@ -58,14 +58,14 @@ void Read(const IKeyword& keyword, const std::string& text, bool withVariables)
     KeywordVariables variables;
     LineStringReader reader(text);
     const long long size = static_cast<long long>(text.size());
-    long long takenEnd = -1;
+    ReadReport report;
     try {
         KeywordDataDeserializer::Deserialize(keyword, *data, reader, 0, size, Context(), false,
-                                             withVariables ? &variables : nullptr, &takenEnd);
+                                             withVariables ? &variables : nullptr, &report);
     } catch (const DeckManagerException&) {
         return;
     }
-    Require(takenEnd >= -1 && takenEnd <= size);
+    Require(report.takenEnd >= -1 && report.takenEnd <= size);
     // What the generic reader goes on with counts elements that it has removed.
     if (keyword.GetName() == "OILVISCC") CheckReferences(*data, variables);
 }

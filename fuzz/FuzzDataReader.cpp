@@ -39,14 +39,14 @@ void Read(const IKeyword& keyword, const std::string& text, bool isFile, bool wi
     KeywordVariables variables;
     LineStringReader reader(text);
     const long long size = static_cast<long long>(text.size());
-    long long takenEnd = -1;
+    ReadReport report;
     try {
         KeywordDataDeserializer::Deserialize(keyword, *data, reader, 0, size, context, isFile,
-                                             withVariables ? &variables : nullptr, &takenEnd);
+                                             withVariables ? &variables : nullptr, &report);
     } catch (const DeckManagerException&) {
         return;
     }
-    Require(takenEnd >= -1 && takenEnd <= size);
+    Require(report.takenEnd >= -1 && report.takenEnd <= size);
     KeywordDataDeserializer::IsEmptyContainer(data.get());
     data->CloneSafely();
 }

@@ -140,8 +140,8 @@ DataTextEdit::Reading DataTextEdit::Read(std::string_view text, const std::vecto
     try {
         KeywordDataDeserializer::Deserialize(keyword, *reading.data, lines, 0, static_cast<long long>(text.size()),
                                              m_settings.context, false,
-                                             m_settings.allowsVariables ? &reading.variables : nullptr,
-                                             &reading.takenEnd, reading.places ? &*reading.places : nullptr);
+                                             m_settings.allowsVariables ? &reading.variables : nullptr, &reading.report,
+                                             reading.places ? &*reading.places : nullptr);
     } catch (const DeckManagerException& exception) {
         Stop(Outcome::NotInText, fmt::format("The data of {} can not be read: {}", m_name, exception.what()));
     }
@@ -288,9 +288,9 @@ TextSplice DataTextEdit::PlaceMissingItem(const Reading& reading, const Way& way
             const auto at = static_cast<std::size_t>(places.Last().begin);
             return {at, at, filled + ' '};
         }
-        if (reading.takenEnd < 0 && way.steps.size() == 1)
+        if (reading.report.takenEnd < 0 && way.steps.size() == 1)
             return AppendLine(' ' + filled + (md.GetTermination() == Keywords::Termination::Slash ? " /" : ""));
-    } else if (reading.takenEnd < 0 && way.steps.size() == 1 && index == 0) {
+    } else if (reading.report.takenEnd < 0 && way.steps.size() == 1 && index == 0) {
         return AppendLine(token);
     }
     Stop(Outcome::NotInText, fmt::format("The text has no place for {}.", Describe(way.steps)));
@@ -408,7 +408,7 @@ std::string DataTextEdit::InsertElement(const Path& list, int index, const Value
     } else if (way.parent && way.parent->GetType() == MDType::Record) {
         const std::vector<int> record{way.steps.begin(), way.steps.end() - 1};
         splice = PlaceMissingItem(ReadPlaces(record, -1), way, way.steps.back(), token.Text());
-    } else if (reading.takenEnd < 0 && way.steps.empty()) {
+    } else if (reading.report.takenEnd < 0 && way.steps.empty()) {
         splice = AppendLine(' ' + token.Text() + " /");
     } else {
         Stop(Outcome::NotInText, fmt::format("The text has no place for an element of {}.", Describe(way.steps)));

@@ -12,6 +12,7 @@
 
 #include "keywords/DataTreeChange.h"
 #include "keywords/ItemToken.h"
+#include "keywords/KeywordDataDeserializer.h"
 #include "keywords/SlotPlaces.h"
 #include "keywords/TextSplice.h"
 
@@ -51,7 +52,7 @@ private:
         std::unique_ptr<Keywords::IKeywordData> data;
         KeywordVariables variables;
         std::optional<SlotPlaces> places;
-        long long takenEnd = -1;
+        ReadReport report;
     };
 
     /// A way in the metadata.

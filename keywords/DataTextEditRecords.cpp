@@ -77,7 +77,7 @@ std::string DataTextEdit::RecordLine(const Reading& reading, const Keywords::IKe
 TextSplice DataTextEdit::InsertLine(const Reading& reading, std::string line, bool isAhead, bool closesList) const
 {
     const SlotPlaces& places = *reading.places;
-    if (reading.takenEnd < 0) {
+    if (reading.report.takenEnd < 0) {
         if (closesList) line.append(TextLines::LineEndAt(m_text, 0)) += VeldaneDeckInfo::TERMINATION;
         return AppendLine(line);
     }

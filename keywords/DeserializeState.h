@@ -91,6 +91,8 @@ struct DeserializeState
     const bool upperCase;
 
     SlotPlaces* places = nullptr; ///< takes the places of tokens; null when nobody asks
+    int harmlessMessages = 0;     ///< messages sent of what costs no text when the data are written
+    bool leftOut = false;         ///< some token has become no part of the data, without a message
     bool customRefused = false;   ///< a reader of its own may have filled data that the generic one goes on with
 
     // Scratch, each for one use.

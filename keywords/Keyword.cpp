@@ -186,13 +186,20 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& contex
                                              false, variables);
     } else if (HasValidExtent()) {
         if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
-            long long takenEnd = -1;
+            ReadReport report;
             KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
-                                                 &takenEnd);
-            state.takenSize = takenEnd < 0 ? -1 : takenEnd - m_position;
+                                                 &report);
+            NoteTaken(report);
         }
     }
     return data;
+}
+
+void Keyword::NoteTaken(const ReadReport& report) const
+{
+    State& state = GetState();
+    state.takenSize = report.takenEnd < 0 ? -1 : report.takenEnd - m_position;
+    state.isReadWhole = report.isComplete;
 }
 
 std::shared_ptr<std::string> Keyword::GetDataText()

@@ -22,6 +22,7 @@ class ILineWriter;
 class ITagMgr;
 class KeywordFileReader;
 class KeywordVariables;
+struct ReadReport;
 struct KeywordStretches;
 
 /// What a scan learns of a keyword in passing, so that nothing has to seek back for it.
@@ -174,6 +175,8 @@ private:
     /// The reader that a pass over the file keeps open, else one of its own; null when the file can't be opened.
     std::shared_ptr<ILineReader> BorrowReader() const;
     void DataReplaced(bool notify);
+    /// Keeps what a read of the extent has told.
+    void NoteTaken(const ReadReport& report) const;
 
     // How the keyword is written; see KeywordWriting.cpp.
     bool IsTagChanged() const;
@@ -181,7 +184,8 @@ private:
     bool IsBodyChanged() const;
     /// What is copied from the file loses its suppress markers.
     bool IsActivated() const { return m_committedSuppressed && !m_suppressed; }
-    DataSource SourceOfData() const;
+    DataSource SourceOfData(const Context& context) const;
+    bool TextOutlivesItsTree(const std::string& text, const Context& context) const;
     std::shared_ptr<ILineReader> ReaderToCopyFrom() const;
     [[noreturn]] void ThrowUnreadable() const;
     long long OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const;

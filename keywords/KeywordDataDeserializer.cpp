@@ -63,27 +63,28 @@ std::int64_t SaturatingProduct(std::int64_t left, std::int64_t right)
 
 void KeywordDataDeserializer::Deserialize(const IKeyword& keyword, Keywords::IKeywordData& data, ILineReader& reader,
                                           long long start, long long length, const Context& context,
-                                          bool firstLineIsKeywordName, KeywordVariables* variables, long long* takenEnd,
+                                          bool firstLineIsKeywordName, KeywordVariables* variables, ReadReport* report,
                                           SlotPlaces* places)
 {
-    if (takenEnd) *takenEnd = -1;
+    if (report) *report = {};
     Service::MessageCapper::instance().setCurrentKeyword(keyword.GetName());
     const long long position = reader.Tell();
     KeywordDataStore store(&reader);
     const ReadPlace place{keyword, store, firstLineIsKeywordName, Service::Log::CurrentPlace()};
     const Service::Log::Place logPlace(place.File(), &ReadPlace::Line, &place);
     if (places) store.Trace();
+    const Service::Log::Witness witness;
     if (!store.Open(keyword, start, length, firstLineIsKeywordName)) return;
+    DeserializeState state(keyword, data);
+    state.places = places;
     try {
-        DeserializeState state(keyword, data);
-        state.places = places;
         Deserialize(data, store, context, state, variables);
     } catch (const std::bad_alloc&) {
         Service::Log::SendLogMessage(
             fmt::format("Failed to read data of keyword {}: there is not enough memory.", keyword.GetName()),
             Service::Log::Error);
     }
-    if (takenEnd) *takenEnd = store.TakenEnd();
+    if (report) *report = {store.TakenEnd(), witness.Count() == state.harmlessMessages && !state.leftOut};
     reader.Seek(position, 0);
 }
 
@@ -95,7 +96,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordData& d
     case MDType::List:
         return Deserialize(static_cast<Keywords::IKeywordListData&>(data), store, context, state, variables, false);
     case MDType::Map:
-        return Deserialize(static_cast<Keywords::IKeywordMapData&>(data), store, variables, state.places);
+        return Deserialize(static_cast<Keywords::IKeywordMapData&>(data), store, state, variables);
     case MDType::RawText:
         return Deserialize(static_cast<Keywords::IKeywordRawTextData&>(data), store);
     case MDType::Record: {

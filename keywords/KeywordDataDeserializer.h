@@ -33,6 +33,15 @@ struct DeserializeResult
     bool firstWasTerminator = false; ///< the terminator was the very first thing
 };
 
+/// What a read tells beside the data.
+struct ReadReport
+{
+    /// Behind the last line from which something was taken; -1: nothing was.
+    long long takenEnd = -1;
+    /// All tokens of the lines that were taken stand in the data or in the variables. Else writing the data loses text.
+    bool isComplete = true;
+};
+
 /// Turns the text of one keyword into its data tree. The tree's metadata drive the grammar: the same tokens mean
 /// different things to a record, a list and a map, and nothing in the text says which it is.
 ///
@@ -45,13 +54,12 @@ public:
     /// Fills `data`, a tree that was made for the keyword and has everything unset, from `length` bytes of the text at
     /// byte `start`. `firstLineIsKeywordName`: these begin with the keyword's own line. `variables` takes the
     /// references to variables; null where the deck allows none, and a reference is then text like any other.
-    /// `takenEnd`, if given, receives the position behind the last line from which something was taken, -1 when
-    /// nothing was. `places`, if given, takes the places of the tokens that it was made for.
+    /// `report`, if given, is filled in. `places`, if given, takes the places of the tokens that it was made for.
     /// The reader is afterwards where it was, unless there is nothing to read. Throws DeckManagerException when a size
     /// can't be told, or the keyword's metadata are not as its reader expects them.
     static void Deserialize(const IKeyword& keyword, Keywords::IKeywordData& data, ILineReader& reader, long long start,
                             long long length, const Context& context, bool firstLineIsKeywordName,
-                            KeywordVariables* variables, long long* takenEnd = nullptr, SlotPlaces* places = nullptr);
+                            KeywordVariables* variables, ReadReport* report = nullptr, SlotPlaces* places = nullptr);
 
     /// Reads what the kind of the data calls for.
     static DeserializeResult Deserialize(Keywords::IKeywordData& data, KeywordDataStore& store, const Context& context,
@@ -101,13 +109,13 @@ private:
                                     bool endOfLine, KeywordDataStore& store, const Context& context,
                                     DeserializeState& state, KeywordVariables* variables);
     static DeserializeResult Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
-                                         KeywordVariables* variables, SlotPlaces* places);
+                                         DeserializeState& state, KeywordVariables* variables);
     static DeserializeResult Deserialize(Keywords::IKeywordRawTextData& data, KeywordDataStore& store);
 
     static std::int64_t ListSize(const Keywords::IKeywordListMD& md, const Context& context, DeserializeState& state);
     static std::int64_t SelfSize(const std::string& expression, DeserializeState& state);
-    static void CheckListEnd(KeywordDataStore& store, const DeserializeState& state, bool sawSlash);
-    static RecordEnd CheckRecordEnd(KeywordDataStore& store, const DeserializeState& state, const RecordPlan& plan,
+    static void CheckListEnd(KeywordDataStore& store, DeserializeState& state, bool sawSlash);
+    static RecordEnd CheckRecordEnd(KeywordDataStore& store, DeserializeState& state, const RecordPlan& plan,
                                     bool first, bool lastFirst, bool terminated);
     static void FillEmptyElements(Keywords::IKeywordListData& list, int begin,
                                   const std::vector<bool>& firstWasTerminator);

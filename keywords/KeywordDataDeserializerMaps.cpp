@@ -26,7 +26,8 @@ enum class EndOfTokens
 {
     AtTerminator, ///< nothing stood ahead of the terminator
     Later,        ///< surplus tokens did
-    Nowhere       ///< no terminator on this line, nor first on the next
+    Nowhere,      ///< no terminator on this line, nor first on the next
+    Dropped       ///< the same, and surplus tokens stood on the line
 };
 
 EndOfTokens SkipToTerminator(KeywordDataStore& store)
@@ -34,28 +35,35 @@ EndOfTokens SkipToTerminator(KeywordDataStore& store)
     const std::int64_t count = store.CountTokensToTerminator();
     if (count > 0) return count == 1 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
     store.AdvanceLine();
-    if (!store.ExpectToken(VeldaneDeckInfo::TERMINATION_TOKEN, true, false)) return EndOfTokens::Nowhere;
+    if (!store.ExpectToken(VeldaneDeckInfo::TERMINATION_TOKEN, true, false))
+        return count == 0 ? EndOfTokens::Nowhere : EndOfTokens::Dropped;
     return count == 0 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
 }
 
-/// Sets entries of a map by name: NAME or NAME=value.
-void SetNamedEntry(Keywords::IKeywordMapData& map, std::string_view token, KeywordVariables* variables)
+/// Sets entries of a map by name: NAME or NAME=value. False when something of that can't be kept.
+bool SetNamedEntry(Keywords::IKeywordMapData& map, std::string_view token, KeywordVariables* variables)
 {
-    if (token.empty() || Service::IsDigit(token.front())) return;
+    if (token.empty() || Service::IsDigit(token.front())) return false;
     const std::size_t mark = token.find('=');
     const std::string_view name = token.substr(0, mark);
     const std::string_view value = mark == std::string_view::npos ? std::string_view() : token.substr(mark + 1);
-    if (variables && Keywords::VariablesString::ContainsVariables(value))
+    const bool isKnown = map.GetMapMD()->FindEntry(name) >= 0;
+    if (variables && Keywords::VariablesString::ContainsVariables(value)) {
         variables->SetMapVariable(map, std::string(name), Keywords::VariablesString(value));
-    else
-        map.SetEntry(name, value.empty() ? 1 : ValueConversions::ToIntegerOrZero(value));
+        return isKnown;
+    }
+    int number = 1;
+    const bool isNumber = value.empty() || ValueConversions::ToWholeInteger(value, number);
+    map.SetEntry(name, isNumber ? number : ValueConversions::ToIntegerOrZero(value));
+    return isKnown && isNumber;
 }
 
 } // namespace
 
 DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData& map, KeywordDataStore& store,
-                                                       KeywordVariables* variables, SlotPlaces* places)
+                                                       DeserializeState& state, KeywordVariables* variables)
 {
+    SlotPlaces* const places = state.places;
     const SlotPlaces::Scope scope(places, map, store);
     const std::int64_t entryCount = map.GetEntryCount();
     if (entryCount == 0) return {};
@@ -83,12 +91,15 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
         }
         if (!positional) {
             note(map.GetMapMD()->FindEntry(token.substr(0, token.find('='))), 1);
-            SetNamedEntry(map, token, variables);
+            if (!SetNamedEntry(map, token, variables)) state.leftOut = true;
         } else {
+            if (index + run > entryCount) state.leftOut = true;
             if (index >= entryCount) break;
             note(index, run);
             int value = 0;
-            if (ValueConversions::ToWholeInteger(token, value) && value != 0) {
+            if (!ValueConversions::ToWholeInteger(token, value)) {
+                state.leftOut = true;
+            } else if (value != 0) {
                 for (std::int64_t entry = index; entry < std::min(index + run, entryCount); ++entry)
                     map.SetEntry(static_cast<int>(entry), value);
             }
@@ -120,11 +131,12 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordRawText
     return {true, false, false};
 }
 
-void KeywordDataDeserializer::CheckListEnd(KeywordDataStore& store, const DeserializeState& state, bool sawSlash)
+void KeywordDataDeserializer::CheckListEnd(KeywordDataStore& store, DeserializeState& state, bool sawSlash)
 {
     if (!sawSlash) {
         const EndOfTokens end = SkipToTerminator(store);
-        if (end == EndOfTokens::Nowhere) {
+        if (end == EndOfTokens::Nowhere || end == EndOfTokens::Dropped) {
+            if (end == EndOfTokens::Nowhere) ++state.harmlessMessages;
             Service::Log::SendLogMessage(
                 fmt::format("List in keyword {} is not properly terminated", state.keyword.GetName()),
                 Service::Log::Warning);
@@ -139,14 +151,15 @@ void KeywordDataDeserializer::CheckListEnd(KeywordDataStore& store, const Deseri
 }
 
 KeywordDataDeserializer::RecordEnd KeywordDataDeserializer::CheckRecordEnd(KeywordDataStore& store,
-                                                                           const DeserializeState& state,
+                                                                           DeserializeState& state,
                                                                            const RecordPlan& plan, bool first,
                                                                            bool lastFirst, bool terminated)
 {
     if (lastFirst && !terminated && store.IsAtEnd()) terminated = true;
     if (!terminated) {
         const EndOfTokens end = SkipToTerminator(store);
-        if (end == EndOfTokens::Nowhere) {
+        if (end == EndOfTokens::Nowhere || end == EndOfTokens::Dropped) {
+            if (end == EndOfTokens::Nowhere) ++state.harmlessMessages;
             Service::Log::SendLogMessage(
                 fmt::format("Record in keyword {} not properly terminated", state.keyword.GetName()),
                 Service::Log::Warning);

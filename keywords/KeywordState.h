@@ -23,6 +23,8 @@ struct Keyword::State
     /// Behind the last line of the extent from which the reader of the data took something, counted from the keyword's
     /// line; -1: it took nothing.
     long long takenSize = Unknown;
+    /// What that reader took is all in its data. Known with `takenSize`.
+    bool isReadWhole = true;
     bool beingRead = false;
     /// The held text has replaced the data. Else it is a copy, of the file or of the tree.
     bool textIsData = false;

@@ -143,7 +143,7 @@ std::string Keyword::WriteDataText() const
 void Keyword::Write(ILineWriter& writer, const Context& context, SimulatorType simulator) const
 {
     if (m_leadingCommentChanged && !m_state->leadingComment.empty()) writer.WriteText(m_state->leadingComment);
-    WriteMarked(writer, SourceOfData(), m_commentedOut, m_suppressed, context, simulator, false);
+    WriteMarked(writer, SourceOfData(context), m_commentedOut, m_suppressed, context, simulator, false);
 }
 
 void Keyword::WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const
@@ -169,17 +169,34 @@ long long Keyword::OwnSize(const Context& context) const
     return OwnEnd(stretches, *lines, context) - m_position;
 }
 
-Keyword::DataSource Keyword::SourceOfData() const
+Keyword::DataSource Keyword::SourceOfData(const Context& context) const
 {
     const std::string* const text = m_state && m_state->textIsData ? m_state->heldText.get() : nullptr;
     if (!ForceRewrite::IsOn()) return {m_dataChanged || !HasValidExtent(), text, std::nullopt};
-    if (text && m_variablesAllowed) {
-        LineStringReader lines(*text);
-        if (RefersToVariables(lines, 0, static_cast<long long>(text->size()))) return {true, text, std::nullopt};
-    }
+    if (text && TextOutlivesItsTree(*text, context)) return {true, text, std::nullopt};
     DataSource source{true, nullptr, std::nullopt};
     if (text && HeldText::BeginsWithComment(*text)) source.head = HeldText::CommentsAtHead(*text);
     return source;
+}
+
+/// Whether text that has replaced the data holds what their tree has no place for.
+bool Keyword::TextOutlivesItsTree(const std::string& text, const Context& context) const
+{
+    LineStringReader lines(text);
+    const auto size = static_cast<long long>(text.size());
+    if (m_variablesAllowed && RefersToVariables(lines, 0, size)) return true;
+    State& state = GetState();
+    if (m_syntax->GetMetaData() == nullptr || state.beingRead) return false;
+    const Service::Log::Probe probe;
+    const ReadingMark mark(state.beingRead);
+    ReadReport report;
+    try {
+        const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
+        KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, size, context, false, nullptr, &report);
+    } catch (const std::runtime_error&) {
+        return true;
+    }
+    return !report.isComplete;
 }
 
 std::shared_ptr<ILineReader> Keyword::ReaderToCopyFrom() const
@@ -213,20 +230,20 @@ long long Keyword::TakenSize(const Context& context) const
     if (state.takenSize != State::Unknown) return state.takenSize;
     const std::unique_ptr<ILineReader> lines = m_reader->OpenLineReader(true);
     if (!lines) ThrowUnreadable();
-    long long takenEnd = -1;
+    ReadReport report;
     const Service::Log::Probe probe;
     const ReadingMark mark(state.beingRead);
     try {
         const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
         KeywordVariables variables;
         KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
-                                             m_variablesAllowed ? &variables : nullptr, &takenEnd);
+                                             m_variablesAllowed ? &variables : nullptr, &report);
     } catch (const std::runtime_error&) {
         // A size can't be told: all that could be data counts.
         const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
-        takenEnd = stretches.BehindLastDataLine(*lines, stretches.head);
+        report = {stretches.BehindLastDataLine(*lines, stretches.head), false};
     }
-    state.takenSize = takenEnd < 0 ? -1 : takenEnd - m_position;
+    NoteTaken(report);
     return state.takenSize;
 }
 
@@ -254,8 +271,8 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool co
     // What its reader makes nothing of (a title that looks like a comment), and what it has no value for, isn't lost to
     // a rewrite.
     const bool readAfresh = source.fresh && lines && !m_dataChanged && !source.text && m_syntax->GetMetaData();
-    if (readAfresh &&
-        (TakenSize(context) < 0 || (m_variablesAllowed && RefersToVariables(*lines, stretches->head, ownEnd))))
+    if (readAfresh && (TakenSize(context) < 0 || !GetState().isReadWhole ||
+                       (m_variablesAllowed && RefersToVariables(*lines, stretches->head, ownEnd))))
         data.fresh = false;
     if (source.text) {
         ownText = *source.text;

@@ -109,10 +109,11 @@ TEST(CatalogueExamples, AreFoundReadWrittenAndReadAgainWithoutAMessage)
         if (!data) continue;
         const std::string example(syntax->GetExampleText());
         DeckManager::LineStringReader reader(example);
-        long long takenEnd = -1;
+        DeckManager::ReadReport report;
         DeckManager::KeywordDataDeserializer::Deserialize(
-            **position, *data, reader, 0, static_cast<long long>(example.size()), context, false, nullptr, &takenEnd);
-        EXPECT_EQ(takenEnd, static_cast<long long>(example.size()))
+            **position, *data, reader, 0, static_cast<long long>(example.size()), context, false, nullptr, &report);
+        EXPECT_TRUE(report.isComplete);
+        EXPECT_EQ(report.takenEnd, static_cast<long long>(example.size()))
             << section << " " << position->GetName() << " leaves a part of its example unread";
         const std::string written = Written(*data);
         const auto again = Keywords::KeywordDataFactory::Instance().ConstructSafely(syntax);

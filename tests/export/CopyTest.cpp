@@ -12,6 +12,7 @@
 #include <deckmanager/Exporter.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/service/FileName.h>
+#include <tarn/service/LogEnabler.h>
 
 namespace {
 
@@ -293,6 +294,44 @@ TEST_F(CopyTest, RewritingIsOnForTheLengthOfTheCopy)
     EXPECT_FALSE(ForceRewrite::IsOn());
     EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC -- r\nTABDIMS\n-- c\n  1 2 3 /\n-- above\nINCLUDE\n'x.inc' /\n-- end\n");
     EXPECT_EQ(Copied(deck, "x.inc"), "EQLDIMS\n  1 /\n");
+}
+
+TEST_F(CopyTest, ARewriteCopiesWhatDoesNotRead)
+{
+    const struct
+    {
+        const char* text;
+        const char* copy; // empty: the text
+    } cases[] = {
+        {"TABDIMS\n1  x 3 /\n", ""},
+        {"EQLDIMS\n1  2 3 4 5 6 /\n", ""},
+        {"EQLDIMS\n1  2 3 4 5 6\n", ""}, // what is too much is lost without its terminator too
+        {"EQLDIMS\n1  2 3 4 5\n-- b\n", "EQLDIMS\n  1 2 3 4 5 /\n-- b\n"},
+        {"PORO\n0.1  0.2 abc 0.4 /\n", ""},
+        {"TSTEP\n1  1* 3 /\n", ""},
+        {"PORO\n0.1  0.2\n", "PORO\n  0.1 0.2 /\n"},
+        {"TSTEP\n1  2 'x\n/\n", ""},
+        {"WELSPECS\nA  G one 2 /\n/\n", ""},
+        {"RPTRST\nBASIC=2  NOSUCH=1 /\n", ""},
+        {"RPTRST\nBASIC=2  FREQ /\n", "RPTRST\n  BASIC=2 FREQ /\n"},
+        {"--@@@TABDIMS\n--@@@1  x 3 /\n", ""},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        const std::string text = c.text;
+        const TestDeck deck(TestDeck::Texts{{"A.DATA", text}});
+        const Service::LogEnabler quiet(!text.starts_with("TABDIMS")); // a host that shows no messages loses no more
+        for (const bool isRead : {false, true}) {
+            if (isRead) deck.Keywords().GetKeywordData(*deck.Keywords().Begin());
+            EXPECT_TRUE(Copy(deck, SimulatorType::Any, true));
+            EXPECT_EQ(Copied(deck, "A.DATA"), *c.copy ? c.copy : text);
+        }
+    }
+    // A keyword that isn't there may leave a size open.
+    const std::string text = "RUNSPEC\nPROPS\nSWFN\n0.1  0 0\n0.2 1 1 /\n";
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", text}});
+    EXPECT_TRUE(Copy(deck, SimulatorType::Any, true));
+    EXPECT_EQ(Copied(deck, "A.DATA"), "RUNSPEC\nPROPS\nSWFN\n  0.1 0.0 0.0\n  0.2 1 1\n  /\n");
 }
 
 TEST_F(CopyTest, CrLfIsTheDefaultOfTheLibrary)

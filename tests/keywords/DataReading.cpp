@@ -52,9 +52,12 @@ Outcome Read(const DeckManager::IKeyword& keyword, const std::string& text, long
     outcome.data = Keywords::KeywordDataFactory::Instance().ConstructSafely(keyword.GetSyntax());
     DeckManager::LineStringReader reader(text);
     const TestSupport::LogRecorder log;
+    DeckManager::ReadReport report;
     DeckManager::KeywordDataDeserializer::Deserialize(keyword, *outcome.data, reader, start, length, context,
                                                       firstLineIsKeywordName,
-                                                      withVariables ? &outcome.variables : nullptr, &outcome.takenEnd);
+                                                      withVariables ? &outcome.variables : nullptr, &report);
+    outcome.takenEnd = report.takenEnd;
+    outcome.isComplete = report.isComplete;
     for (const auto& message : log.Messages())
         outcome.messages.push_back(fmt::format("{} {}", message.severity, message.text));
     outcome.tree = Describe(*outcome.data);

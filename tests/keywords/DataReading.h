@@ -69,6 +69,7 @@ struct Outcome
     std::unique_ptr<Core::Keywords::IKeywordData> data;
     DeckManager::KeywordVariables variables;
     long long takenEnd = -1;
+    bool isComplete = true;
 };
 
 /// Reads data lines, as a keyword's held text.

@@ -479,6 +479,10 @@ TEST_F(KeywordWritingTest, ForceRewriteWritesFromTheTree)
          [](Keyword& k) { EXPECT_TRUE(k.SetDataText("$NX 5 -- d\n6 /", false)); }, "DIMENS\n$NX 5 -- d\n6 /\n-- $b\n"},
         {"a title that no reader sees", "TITLE\n-- x\n--b\nOIL\n", none, "TITLE\n-- x\n--b\nOIL\n", "TITLE"},
         {"suppressed", "--@@@DIMENS\n--@@@1 2 3/\n", none, "--@@@DIMENS\n--@@@  1 2 3 /\n"},
+        {"text that doesn't read stays", "DIMENS\n1 2 3/\n-- b\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("4 x  6 /", false)); }, "DIMENS\n4 x  6 /\n-- b\n"},
+        {"text with more than there is room for, too", "DIMENS\n1 2 3/\n-- b\n",
+         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("4 5  6 7 /", false)); }, "DIMENS\n4 5  6 7 /\n-- b\n"},
     });
 }
 

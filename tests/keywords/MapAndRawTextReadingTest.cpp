@@ -32,6 +32,18 @@ TEST(MapReading, ByNameOrByPosition)
         EXPECT_EQ(ReadShape(shape, c.text).tree, c.tree) << c.text;
 }
 
+TEST(MapReading, WhatIsPassedOverInSilenceIsNotComplete)
+{
+    const char* shape = R"({"type": "map", "entries": ["A", "B", "C"]})";
+    for (const char* text : {"A=3 b C= /", "A B=0 1* /", "1* 5 /", "1 2 3 2* /"})
+        EXPECT_TRUE(ReadShape(shape, text).isComplete) << text;
+    for (const char* text : {"A Q /", "A 9 /", "A=7x /", "1 x /", "1 2 3 4 /", "4*1 /"}) {
+        const Outcome outcome = ReadShape(shape, text);
+        EXPECT_FALSE(outcome.isComplete) << text;
+        EXPECT_TRUE(outcome.messages.empty()) << text;
+    }
+}
+
 TEST(MapReading, References)
 {
     const TableInForce table(R"([{"name": "X", "sections": "all", "data": {"type": "map", "entries": ["A", "B"]}}])");

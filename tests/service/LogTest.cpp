@@ -76,6 +76,25 @@ TEST(Log, APlaceFollowsTheLineThatIsRead)
     }
 }
 
+TEST(Log, AWitnessCountsWhatIsSentAroundIt)
+{
+    const Log::Probe around;
+    const Log::Witness outer;
+    Log::SendLogMessage("a", Log::Warning);
+    {
+        const LogEnabler off(false);
+        Log::LogWF("%d", 1); // no handler either
+        MessageCapper::instance().logW("b");
+        const Log::Witness inner;
+        Log::SendLogMessage("c", Log::Error);
+        EXPECT_EQ(inner.Count(), 1);
+        const Log::Probe probe;
+        Log::SendLogMessage("d", Log::Error);
+        EXPECT_EQ(inner.Count(), 1);
+    }
+    EXPECT_EQ(outer.Count(), 3);
+}
+
 TEST(Log, ProbesMarkTheirMessages)
 {
     LogRecorder log;

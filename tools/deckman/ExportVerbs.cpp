@@ -150,7 +150,7 @@ bool TellWhatRewriteLoses(DeckSession& session)
     const Messages::Diversion diversion(session.Log(), [&](const Messages::Message& message) {
         // Where a terminator or all data are missing there is nothing to lose.
         if (!isReading || message.text.ends_with("not properly terminated") ||
-            message.text.starts_with("Failed to read data of keyword "))
+            (message.text.starts_with("Failed to read data of keyword ") && !message.text.ends_with("enough memory.")))
             return;
         loses = true;
         const std::string place = fmt::format("{}:{}", session.Log().Shown(message.file), message.line);

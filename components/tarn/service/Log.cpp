@@ -16,6 +16,7 @@ struct LogState
     bool enabled = true;
     int probes = 0;
     Log::Place* place = nullptr;
+    Log::Witness* witness = nullptr;
 };
 
 // Never destroyed: messages may still be sent by destructors of static objects.
@@ -42,6 +43,8 @@ Log::Handler Log::SetHandler(Handler handler)
 
 void Log::SendLogMessage(std::string_view text, int severity)
 {
+    Witness* const witness = State().witness;
+    if (witness != nullptr && State().probes == witness->m_probes) ++witness->m_count;
     if (!State().enabled) return;
     // A handler may put another one in its place.
     const std::shared_ptr<const Handler> handler = State().handler;
@@ -50,7 +53,8 @@ void Log::SendLogMessage(std::string_view text, int severity)
 
 void Log::LogWF(const char* format, ...)
 {
-    if (!State().enabled || !State().handler) return;
+    const bool isHeard = State().enabled && State().handler;
+    if (!isHeard && State().witness == nullptr) return;
     std::va_list arguments;
     va_start(arguments, format);
     std::va_list again;
@@ -116,6 +120,13 @@ Log::Probe::Probe()
 Log::Probe::~Probe()
 {
     --State().probes;
+}
+
+Log::Witness::Witness() : m_probes(State().probes), m_outer(std::exchange(State().witness, this)) {}
+
+Log::Witness::~Witness()
+{
+    State().witness = m_outer;
 }
 
 LogEnabler::LogEnabler(bool enable) : m_previous(std::exchange(State().enabled, enable)) {}

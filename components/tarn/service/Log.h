@@ -84,6 +84,28 @@ public:
         Probe& operator=(const Probe&) = delete;
     };
 
+    /// Counts the messages that are sent until the end of the enclosing block, also those that logging being off keeps
+    /// from the handler. Of witnesses that nest the innermost counts alone. Messages of a Probe begun within it don't
+    /// count.
+    class Witness
+    {
+    public:
+        Witness();
+        ~Witness();
+
+        Witness(const Witness&) = delete;
+        Witness& operator=(const Witness&) = delete;
+
+        int Count() const { return m_count; }
+
+    private:
+        friend class Log;
+
+        int m_count = 0;
+        int m_probes;
+        Witness* m_outer;
+    };
+
     /// Drops the handler and switches logging on, as at the start of the process.
     static void Reset();
 };

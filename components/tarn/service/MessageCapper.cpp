@@ -47,8 +47,7 @@ void MessageCapper::setCurrentKeyword(std::string_view name)
 
 void MessageCapper::logW(std::string_view text)
 {
-    if (!Log::isEnabled()) return;
-    if (Log::IsProbing()) {
+    if (!Log::isEnabled() || Log::IsProbing()) {
         Log::SendLogMessage(text, Log::Warning);
         return;
     }
