@@ -12,7 +12,8 @@ namespace {
 /// 64-bit numbers travel as decimal text, so that the form doesn't depend on the integers that a serializer knows.
 void SerializeNumber(Service::Serializer& serializer, long long& value, std::string_view name)
 {
-    std::string text = std::to_string(value);
+    std::string text;
+    if (serializer.IsWriting()) text = std::to_string(value);
     serializer.SerializeImpl(text, name);
     if (!serializer.IsReading()) return;
     const char* end = text.data() + text.size();
@@ -41,6 +42,8 @@ void CacheEntry::Serialize(Service::Serializer& serializer)
         serializer.SerializeImpl(values[static_cast<std::size_t>(i)], "a", i);
     }
     serializer.EndArray();
+    serializer.SerializeImpl(settings, "settings");
+    serializer.SerializeImpl(sections, "sections");
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

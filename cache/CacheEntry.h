@@ -13,6 +13,10 @@ class Serializer;
 namespace Tarn::Fjel::Core::DeckManager {
 
 /// The keyword positions of one file, as a table keeps them between processes.
+///
+/// Which keywords a text has depends on more than the text: on the settings and the syntax table, and on the sections
+/// that a scan learns from other files. The entry bears what the scan met, so that a load under other circumstances can
+/// tell.
 class CacheEntry : public Service::ISerializable
 {
 public:
@@ -30,6 +34,8 @@ public:
     Service::Time stamp;            ///< modification time of the file when the entry was stored
     long long length = 0;           ///< bytes of the file when the entry was stored
     std::vector<CacheValue> values; ///< in file order
+    std::string settings; ///< a text that stands for all settings that shape the list; empty: whoever made it answers
+    std::string sections; ///< what the scan learnt of other files, in its own code
 
     void Serialize(Service::Serializer& serializer) override;
 };

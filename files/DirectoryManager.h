@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/IDirectoryManager.h"
+#include "cache/IDirectoryManager.h"
 #include <tarn/service/Directory.h>
 
 namespace Tarn::Fjel::Core::DeckManager {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "files/IDirectoryManager.h"
+#include "cache/IDirectoryManager.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 

@@ -3,6 +3,7 @@
 #include "files/KeywordFile.h"
 #include "files/KeywordINCLUDE.h"
 #include "text/KeywordFileReader.h"
+#include "text/KeywordLine.h"
 #include "text/LineStreamReader.h"
 #include "text/SectionNames.h"
 #include <deckmanager/Environment.h>
@@ -24,13 +25,23 @@ SectionType SectionContextQuery::GetSection() const
     if (m_included != nullptr) {
         const SectionType section = m_included->EndSection();
         m_included = nullptr;
+        m_answers.LastIncludeIs(section);
         if (section != SectionType::None) m_section = section;
     }
     if (m_section == SectionType::None && !m_startAsked) {
         m_startAsked = true;
         m_section = m_file.GetStartSection();
+        m_answers.StartIs(m_section);
     }
     return m_section;
+}
+
+void SectionContextQuery::Restart()
+{
+    m_section = SectionType::None;
+    m_included = nullptr;
+    m_startAsked = false;
+    m_answers = SectionAnswers();
 }
 
 FileScan::FileScan(KeywordFile& file, const Service::FileStatus& status) : m_file(file), m_status(status), m_query(file)
@@ -55,16 +66,25 @@ KeywordFile* FileScan::Run()
     for (;;) {
         if (!m_hasCandidate) {
             m_hasCandidate = NextCandidate();
-            if (!m_hasCandidate) break;
-            ListInclude();
+            if (m_hasCandidate) {
+                ListInclude();
+            } else if (!m_cached) {
+                break;
+            }
         }
-        if (KeywordFile* needed = FileToLoad()) return needed;
+        const bool asks = m_hasCandidate || m_cached->AsksOnceMore(m_query.Answers());
+        if (KeywordFile* needed = asks ? FileToLoad() : nullptr) return needed;
+        if (m_cached && !CachedSectionsHold(asks)) {
+            if (!ScanAfterAll()) return nullptr;
+            continue;
+        }
+        if (!m_hasCandidate) break;
         m_hasCandidate = false;
-        if (!ResolveCandidate()) continue;
-        if (m_cached) {
-            TakeCached();
-        } else {
-            TakeFound();
+        const bool isKeyword = ResolveCandidate();
+        if (!m_cached) {
+            if (isKeyword) TakeFound();
+        } else if (!(isKeyword ? TakeCached() : !m_cached->TellsCircumstances()) && !ScanAfterAll()) {
+            return nullptr;
         }
     }
     Finish();
@@ -73,20 +93,29 @@ KeywordFile* FileScan::Run()
 
 bool FileScan::Open()
 {
-    Environment& environment = Environment::Instance();
     // A data file begins the book of sections anew, any other file takes its own out of it.
     const bool isDataFile = m_file.IsDataFile();
     for (std::weak_ptr<const KeywordFile>& bringer : m_file.DataFile().m_sectionsSeen) {
         if (isDataFile || bringer.lock().get() == &m_file) bringer.reset();
     }
 
-    CacheEntry entry;
-    if (m_file.m_manager.GetCacheEntry(m_file, entry)) {
-        m_cached = std::move(entry);
+    m_file.m_hasDroppedSections = false;
+    m_cached = CachedKeywords::Find(m_file, m_status);
+    if (m_cached) {
         m_guard = std::make_unique<OpenReaderGuard>(m_file);
-        return true;
+        if (m_cached->StandIn(m_file.m_openReader.get())) {
+            m_file.m_hasDroppedSections = m_cached->HasDroppedSections();
+            return true;
+        }
+        m_cached.reset();
+        m_guard.reset();
     }
+    return OpenText();
+}
 
+bool FileScan::OpenText()
+{
+    Environment& environment = Environment::Instance();
     if (!OpenReader()) return false;
     char head[3];
     m_byteOrderMark = m_reader->ReadRaw(head, 3) == 3 && std::string_view(head, 3) == "\xEF\xBB\xBF";
@@ -96,6 +125,24 @@ bool FileScan::Open()
     m_skip.enabled = environment.SKIPENDSKIPEnabled();
     m_skip.simulator = environment.SKIPENDSKIPSimulator();
     return true;
+}
+
+/// Another file of the deck has changed in a way that may change the list of this one. What was taken from the cache
+/// goes; files that were loaded meanwhile stay.
+bool FileScan::ScanAfterAll()
+{
+    m_cached.reset();
+    m_guard.reset();
+    m_hasCandidate = false;
+    m_file.m_hasDroppedSections = false;
+    m_actionDepth = 0;
+    m_query.Restart();
+    m_file.DropPositions();
+    m_file.m_contents = std::make_unique<KeywordFileContents>(&m_file);
+    for (std::weak_ptr<const KeywordFile>& bringer : m_file.DataFile().m_sectionsSeen) {
+        if (bringer.lock().get() == &m_file) bringer.reset();
+    }
+    return OpenText();
 }
 
 bool FileScan::OpenReader()
@@ -137,18 +184,33 @@ bool FileScan::NextCandidate()
         if (m_byteOrderMark && m_found.pos == 0) m_found.pos = 3;
         return true;
     }
-    if (m_nextCached == m_cached->values.size()) return false;
-    const CacheEntry::CacheValue& value = m_cached->values[m_nextCached++];
-    m_found.name = value.name;
-    m_found.pos = value.pos;
+    if (!m_cached->Next()) return false;
+    m_found.name = m_cached->Value().name;
+    m_found.pos = m_cached->Value().pos;
     return true;
 }
 
 bool FileScan::ResolveCandidate()
 {
     if (!m_cached) return LineReaderUtil::ResolveCandidate(*m_reader, m_query, m_file.m_fileReader.get(), m_found);
-    m_found.syntax = LineReaderUtil::FindSyntax(m_found.name, m_query);
+    const SectionType dropped = m_cached->DroppedSection();
+    if (dropped != SectionType::None) m_query.SetSection(dropped);
+    // As the scan looks a word up: by its head first, which has cut it unless its syntax keeps long names.
+    const std::string_view name = m_found.name;
+    m_found.syntax = nullptr;
+    if (name.size() > SignificantCharacters) {
+        m_found.syntax = LineReaderUtil::FindSyntax(name.substr(0, SignificantCharacters), m_query);
+        if (m_found.syntax != nullptr && !m_found.syntax->KeepsLongName()) m_found.syntax = nullptr;
+    }
+    if (m_found.syntax == nullptr) m_found.syntax = LineReaderUtil::FindSyntax(name, m_query);
     return m_found.syntax != nullptr;
+}
+
+/// The sections are those that the scan met, up to the keyword that comes next. `ask`: the scan asked here.
+bool FileScan::CachedSectionsHold(bool ask) const
+{
+    if (ask) m_query.GetSection();
+    return m_cached->Agrees(m_query.Answers(), !m_hasCandidate);
 }
 
 /// What follows an INCLUDE stands in the section that the included file ends in, so the keyword must be in the list
@@ -205,21 +267,22 @@ void FileScan::TakeFound()
     LineReaderUtil::ConsumeDataLines(m_found.syntax, *m_reader);
 }
 
-void FileScan::TakeCached()
+/// False where a scan would do otherwise now.
+bool FileScan::TakeCached()
 {
-    const CacheEntry::CacheValue& value = m_cached->values[m_nextCached - 1];
+    const CacheEntry::CacheValue& value = m_cached->Value();
     SectionType section = SectionType::None;
     if (m_found.syntax->GetKind() == KeywordKind::Section && FindSection(value.name, section)) {
+        // A section in which the file ends is never a duplicate.
+        if (!m_cached->EndsFile() && NoteSection(section)) return false;
         m_query.SetSection(section);
-        m_file.DataFile().m_sectionsSeen[static_cast<std::size_t>(section)] = m_file.weak_from_this();
     }
-    const KeywordMarks marks = ReadMarks(value.pos, value.size);
-    Keyword& added = m_file.AddScannedKeyword(*m_found.syntax, value.pos, value.size, value.name, &marks);
-    m_query.IncludeFound(KeywordFile::IncludedFileOf(&added));
+    if (value.size > 0) NoteActions(value.name);
+    IncludeListed(m_file.AddScannedKeyword(*m_found.syntax, value.pos, value.size, value.name, &m_cached->Marks()));
+    return true;
 }
 
-/// What a scan would have learnt in passing, from the reader that the guard keeps open: the keywords come in the order
-/// of the file, so it goes through the file once.
+/// What a scan learns in passing of other keywords, from the reader that the guard keeps open.
 KeywordMarks FileScan::ReadMarks(long long position, long long size) const
 {
     KeywordMarks marks;
@@ -264,25 +327,41 @@ bool FileScan::IsDuplicateSection(const std::string& name)
 {
     SectionType section = SectionType::None;
     if (m_pending.syntax->GetKind() != KeywordKind::Section || !FindSection(name, section)) return false;
+    const std::shared_ptr<const KeywordFile> bringer = NoteSection(section);
+    if (!bringer) return false;
+    m_file.m_hasDroppedSections = true;
+    if (bringer.get() != &m_file) m_dependsOnOthers = true;
+    m_query.DroppedAhead(m_file.m_contents->Keywords().size(), section);
+    return true;
+}
+
+/// Enters the section in the deck's book; where it stands there already, the result is the file that has brought it.
+std::shared_ptr<const KeywordFile> FileScan::NoteSection(SectionType section)
+{
     KeywordFile& top = m_file.DataFile();
     std::weak_ptr<const KeywordFile>& seen = top.m_sectionsSeen[static_cast<std::size_t>(section)];
     // A file that was reset, or has left the deck, has taken its sections along.
-    const std::shared_ptr<const KeywordFile> bringer = seen.lock();
-    if (bringer && bringer->IsLoaded() && &bringer->DataFile() == &top) return true;
+    std::shared_ptr<const KeywordFile> bringer = seen.lock();
+    if (bringer && bringer->IsLoaded() && &bringer->DataFile() == &top) return bringer;
     seen = m_file.weak_from_this();
-    return false;
+    return nullptr;
 }
 
 void FileScan::AddPending(long long size)
 {
     m_pending.listed =
         &m_file.AddScannedKeyword(*m_pending.syntax, m_pending.position, size, m_pending.name, &m_pending.marks);
-    const KeywordFile* included = KeywordFile::IncludedFileOf(m_pending.listed);
+    IncludeListed(*m_pending.listed);
+}
+
+void FileScan::IncludeListed(const Keyword& keyword)
+{
+    const KeywordFile* included = KeywordFile::IncludedFileOf(&keyword);
     if (included == nullptr) return;
 
     // Known here, and a long way to ask for from there. A file that is included twice asks all its parents.
     if (included->m_links.size() == 1) included->PrimeStartSection(m_query.GetSection());
-    m_query.IncludeFound(included);
+    m_query.IncludeFound(*included);
 }
 
 void FileScan::AddSkipKeywords(const std::vector<SkippedKeyword>& skipped)
@@ -310,7 +389,7 @@ void FileScan::Finish()
     if (m_cached) {
         m_reader = m_file.m_fileReader->OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
     } else if (m_reader->Eof()) {
-        m_file.SaveToCache(m_status);
+        if (!m_dependsOnOthers) CachedKeywords::Store(m_file, m_status, m_query.Answers());
     } else {
         const Log::Place place(Path(), -1);
         Log::SendLogMessage("Loading keyword file: Fails to read file:" + Path(), Log::Error);

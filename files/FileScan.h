@@ -1,10 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <optional>
 #include <string>
 
-#include "cache/CacheEntry.h"
+#include "files/CachedKeywords.h"
 #include "files/SkipRegion.h"
 #include "keywords/Keyword.h"
 #include "text/ScannedKeyword.h"
@@ -32,15 +31,26 @@ public:
         m_included = nullptr;
     }
     /// The section of a file that the scan has met since the section was last asked counts from here on.
-    void IncludeFound(const KeywordFile* file) { m_included = file; }
+    void IncludeFound(const KeywordFile& file)
+    {
+        m_included = &file;
+        m_answers.AddInclude();
+    }
     /// The included file that the answer waits for; null when nothing is open.
     const KeywordFile* Included() const { return m_included; }
+    /// What was learnt of other files so far.
+    const SectionAnswers& Answers() const { return m_answers; }
+    /// A duplicate of a section keyword was dropped ahead of the keyword of that number.
+    void DroppedAhead(std::size_t number, Keywords::SectionType section) { m_answers.AddDropped(number, section); }
+    /// Begins anew at the top of the file.
+    void Restart();
 
 private:
     const KeywordFile& m_file;
     mutable Keywords::SectionType m_section = Keywords::SectionType::None;
     mutable const KeywordFile* m_included = nullptr;
     mutable bool m_startAsked = false;
+    mutable SectionAnswers m_answers;
 };
 
 /// The load of one file: finds its keywords, in the text or in a cache entry, and puts them into the list.
@@ -76,19 +86,24 @@ private:
     };
 
     bool Open();
+    bool OpenText();
     bool OpenReader();
+    bool ScanAfterAll();
     bool Resume();
     bool NextCandidate();
     bool ResolveCandidate();
     void ListInclude();
     void TakeFound();
-    void TakeCached();
+    bool TakeCached();
+    bool CachedSectionsHold(bool ask) const;
     KeywordMarks ReadMarks(long long position, long long size) const;
     void NoteActions(const std::string& name);
     void SettlePending(long long end);
     void AddPending(long long size);
     void AddSkipKeywords(const std::vector<SkippedKeyword>& skipped);
+    void IncludeListed(const Keyword& keyword);
     bool IsDuplicateSection(const std::string& name);
+    std::shared_ptr<const KeywordFile> NoteSection(Keywords::SectionType section);
     KeywordFile* FileToLoad() const;
     void Finish();
     const std::string& Path() const;
@@ -100,9 +115,9 @@ private:
     long long m_resumeAt = 0;
     std::unique_ptr<ILineReader> m_reader;
     std::unique_ptr<OpenReaderGuard> m_guard;
-    std::optional<CacheEntry> m_cached; ///< the entry that stands for the text
-    std::size_t m_nextCached = 0;
-    Service::FileStatus m_status; ///< of the file before it was read
+    std::unique_ptr<CachedKeywords> m_cached; ///< what stands for the text
+    Service::FileStatus m_status;             ///< of the file before it was read
+    bool m_dependsOnOthers = false;           ///< a section was dropped because another file brought it
     bool m_byteOrderMark = false;
     bool m_warnIndented = false;
     SectionContextQuery m_query;

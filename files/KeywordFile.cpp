@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cache/CacheEntry.h"
+#include "files/CachedKeywords.h"
 #include "files/FileRing.h"
 #include "files/FileScan.h"
 #include "files/KeywordFactory.h"
@@ -252,18 +252,18 @@ Keyword& KeywordFile::AddScannedKeyword(const Keywords::IKeywordSyntax& syntax, 
 
 void KeywordFile::SaveToCache(const Service::FileStatus& status) const
 {
-    if (!m_manager.HasProjectDir()) return;
-    CacheEntry entry;
-    entry.stamp = status.TimeLastModified();
-    entry.length = status.size;
-    entry.values.reserve(m_contents->Keywords().size());
-    for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
-        CacheEntry::CacheValue& value = entry.values.emplace_back();
-        value.name = keyword->GetName();
-        value.pos = KeywordFileContents::AsKeyword(keyword).Position();
-        value.size = KeywordFileContents::AsKeyword(keyword).Size();
+    // Which sections these begin only a scan can tell.
+    if (m_hasDroppedSections) return;
+    // What a scan of the text would learn of other files, as far as they are known.
+    SectionAnswers sections;
+    sections.StartIs(GetStartSection());
+    for (const KeywordFileIterator& place : GetINCLUDEKeywords()) {
+        const KeywordFile* included = IncludedFileOf(*place);
+        if (included == nullptr) continue;
+        sections.AddInclude();
+        if (included->IsLoaded()) sections.LastIncludeIs(included->EndSection());
     }
-    m_manager.SetCacheEntry(*this, entry);
+    CachedKeywords::Store(*this, status, sections);
 }
 
 void KeywordFile::ResetContents()

@@ -139,6 +139,8 @@ private:
 
     KeywordFileContents& Contents() const;
     void Load() const;
+    /// Stores the list in the cache of the project, if there is one. `status` is that of the text which the list
+    /// describes; a file that has changed since is not stored.
     void SaveToCache(const Service::FileStatus& status) const;
     void FinishLoad(ILineReader* reader);
     void AbandonLoad();
@@ -170,6 +172,7 @@ private:
     bool m_readOnly = false;
     bool m_loadFailed = false;
     bool m_wasLoaded = false;
+    bool m_hasDroppedSections = false; ///< the text holds section keywords that are no keywords of the list
 
     std::vector<KeywordINCLUDE*> m_links; ///< the INCLUDE keywords that name this file
     mutable LinkCached<Keywords::SectionType> m_startSection;

@@ -4,6 +4,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "cache/CacheEntry.h"
+#include "cache/CacheManager.h"
 #include "cache/CacheManagerNoProjDir.h"
 #include "files/DirectoryManager.h"
 #include "files/DirectoryManagerNoProjDir.h"
@@ -78,13 +80,17 @@ private:
         m_byLeaf; ///< files that were missing when they came
 };
 
-KeywordFileManager::KeywordFileManager(const std::string& projectDir)
-    : m_cacheManager(std::make_unique<CacheManagerNoProjDir>()), m_index(std::make_unique<FileIndex>())
+KeywordFileManager::KeywordFileManager(const std::string& projectDir) : m_index(std::make_unique<FileIndex>())
 {
     if (projectDir.empty()) {
         m_directoryManager = std::make_unique<DirectoryManagerNoProjDir>();
     } else {
         m_directoryManager = std::make_unique<DirectoryManager>(Service::Directory(projectDir));
+    }
+    if (ProjectDir().IsSet()) {
+        m_cacheManager = std::make_unique<CacheManager>(*m_directoryManager);
+    } else {
+        m_cacheManager = std::make_unique<CacheManagerNoProjDir>();
     }
 }
 
@@ -148,9 +154,12 @@ bool KeywordFileManager::HasProjectDir() const
 void KeywordFileManager::MoveKeywordFile(KeywordFile& file, const Service::FileName& target)
 {
     const Service::FileName oldName = file.GetFileName();
+    // An entry that no longer describes the file must not come to do so by the move.
+    CacheEntry entry;
+    const bool isCached = m_cacheManager->GetCacheEntry(file, entry);
     if (!file.MoveKeywordFile(target)) return;
     m_index->Rebuild(m_files);
-    m_cacheManager->MoveCacheEntry(oldName, target);
+    if (isCached) m_cacheManager->MoveCacheEntry(oldName, target);
 }
 
 void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::FileName& newName)

@@ -12,6 +12,7 @@
 #include <tarn/service/Strings.h>
 
 #include "text/KeywordFileReader.h"
+#include "text/KeywordLine.h"
 #include "text/LineSource.h"
 #include "text/LineStreamReader.h"
 #include "text/ScannedKeyword.h"
@@ -26,18 +27,7 @@ using Keywords::SimulatorType;
 
 namespace {
 
-/// A longer word is a keyword by its head first.
-constexpr std::size_t SignificantCharacters = 8;
-
 constexpr std::string_view NumberCharacters = "0123456789.-+*/E";
-
-std::string_view FirstWord(std::string_view text)
-{
-    std::size_t size = 0;
-    while (size < text.size() && !VeldaneDeckInfo::IsSpace(text[size]))
-        ++size;
-    return text.substr(0, size);
-}
 
 /// Of the syntaxes that share a name, of which there is at least one, that of the section in force.
 const IKeywordSyntax* ChooseSyntax(Keywords::SyntaxList syntaxes, std::string_view name,
@@ -79,32 +69,6 @@ void WarnOfUnknownWord(const ScannedKeyword& word, KeywordFileReader* file)
     const int line = word.line > 0 ? word.line : file->LineNumberAt(word.pos);
     text.append(" near line ").append(std::to_string(line - 1)).append(" in ").append(file->GetPath()).append(".");
     Service::Log::SendLogMessage(text, Service::Log::Warning);
-}
-
-/// Looks at the first line ahead that isn't blank. A generated tag there belongs to the keyword, whose line has been
-/// read.
-void LookForTagLine(LineStreamReader* lines, ScannedKeyword& found)
-{
-    found.tagged = found.lineHasTag;
-    found.tagKnown = found.lineHasTag;
-    if (found.tagKnown || !lines) return;
-
-    bool whole = false;
-    std::string_view ahead = lines->Ahead(whole);
-    while (!ahead.empty()) {
-        const std::size_t lineEnd = ahead.find('\n');
-        if (lineEnd == std::string_view::npos && !whole && ahead.size() <= LineStreamReader::MaxLineLength) return;
-        const std::string_view line = ahead.substr(0, std::min(lineEnd, LineStreamReader::MaxLineLength));
-        const std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(line);
-        if (!Service::AllBlanks(text)) {
-            found.tagKnown = true;
-            found.tagged = IsKeywordTagLine(text) || IsFileTagLine(text);
-            return;
-        }
-        if (lineEnd == std::string_view::npos) break;
-        ahead.remove_prefix(lineEnd + 1);
-    }
-    found.tagKnown = whole;
 }
 
 } // namespace

@@ -283,11 +283,21 @@ TEST_F(LoadTest, CachedLoadGivesTheListOfTheScan)
     EXPECT_EQ(m_log.CountOf("RUNSPEC should only appear once, ignoring duplicate seen in " + directory.Path("A.DATA")),
               1);
 
-    // A name that no table knows any more is passed over.
+    // A name that no table knows is passed over.
+    const std::string text = "RUNSPEC\nNOSUCHKW\nOIL\n";
+    directory.Write("C.DATA", text);
     CachingManager manager(directory.Path());
-    manager.m_entries = entries;
-    manager.m_entries["A.DATA"].values[0].name = "NOSUCHKW";
-    EXPECT_EQ((*manager.GetKeywordFile(directory.File("A.DATA"), true)->Begin())->GetName(), "OIL");
+    CacheEntry& entry = manager.m_entries["C.DATA"];
+    entry.length = static_cast<long long>(text.size());
+    for (const auto& [name, position, size] :
+         {std::tuple("RUNSPEC", 0, 8), std::tuple("NOSUCHKW", 8, 9), std::tuple("OIL", 17, 4)})
+    {
+        CacheEntry::CacheValue& value = entry.values.emplace_back();
+        value.name = name;
+        value.pos = position;
+        value.size = size;
+    }
+    EXPECT_EQ(TestDeck::Extents(*manager.GetKeywordFile(directory.File("C.DATA"), true)), "RUNSPEC@0+8 OIL@17+4");
 }
 
 } // namespace

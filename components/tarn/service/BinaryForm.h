@@ -7,10 +7,11 @@
 
 /// What the two binary serializers agree on: "TFSB", a version byte, the values, and a checksum of the values. Each
 /// value begins with its tag. Integers are stored in groups of seven bits, lowest first, signed ones with the sign in
-/// the lowest bit; reals as their eight or four bytes, lowest first; texts as their size and their bytes.
+/// the lowest bit; reals as their eight or four bytes, lowest first; texts as their size and their bytes. A text that
+/// came before is its number among the texts so far, one that is the decimal form of an integer is that integer.
 namespace Tarn::Fjel::Core::Service::BinaryForm {
 
-inline constexpr std::string_view head = "TFSB\x01";
+inline constexpr std::string_view head = "TFSB\x02";
 inline constexpr std::size_t checksumSize = 8;
 
 enum class Tag : unsigned char
@@ -27,9 +28,12 @@ enum class Tag : unsigned char
     Float,
     Double,
     Text,
+    KnownText, ///< the number of a text ahead, from 0
+    Decimal,   ///< a text: the shortest decimal form of a signed 64-bit integer
     ArrayBegin,
     ArrayEnd,
     ObjectBegin,
+    PlainObjectBegin, ///< without type name and version
     ObjectEnd,
 };
 

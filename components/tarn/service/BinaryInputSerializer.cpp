@@ -3,9 +3,11 @@
 #include <tarn/service/Exception.h>
 
 #include <bit>
+#include <charconv>
 #include <cstdint>
 #include <istream>
 #include <limits>
+#include <vector>
 
 namespace Tarn::Fjel::Core::Service {
 
@@ -48,9 +50,11 @@ public:
         m_rest = values;
     }
 
+    Tag GetTag() { return static_cast<Tag>(GetByte()); }
+
     void GetTag(Tag tag)
     {
-        if (GetByte() != static_cast<unsigned char>(tag)) ThrowDamaged();
+        if (GetTag() != tag) ThrowDamaged();
     }
 
     std::uint64_t GetUnsigned()
@@ -91,12 +95,36 @@ public:
         return value;
     }
 
-    void GetText(std::string& value)
+    void GetTextValue(std::string& value)
+    {
+        switch (GetTag()) {
+        case Tag::Text:
+            value.assign(m_texts.emplace_back(GetText()));
+            break;
+        case Tag::KnownText: {
+            const std::uint64_t number = GetUnsigned();
+            if (number >= m_texts.size()) ThrowDamaged();
+            value.assign(m_texts[static_cast<std::size_t>(number)]);
+            break;
+        }
+        case Tag::Decimal: {
+            char digits[20];
+            const std::int64_t number = BinaryForm::ToSigned(GetUnsigned());
+            value.assign(digits, std::to_chars(digits, digits + sizeof digits, number).ptr);
+            break;
+        }
+        default:
+            ThrowDamaged();
+        }
+    }
+
+    std::string_view GetText()
     {
         const std::uint64_t size = GetUnsigned();
         if (size > m_rest.size()) ThrowDamaged();
-        value.assign(m_rest.substr(0, static_cast<std::size_t>(size)));
-        m_rest.remove_prefix(static_cast<std::size_t>(size));
+        const std::string_view text = m_rest.substr(0, static_cast<std::size_t>(size));
+        m_rest.remove_prefix(text.size());
+        return text;
     }
 
     /// Each element takes a byte at least, so a larger count is no count.
@@ -127,6 +155,7 @@ private:
 
     std::string m_bytes;
     std::string_view m_rest;
+    std::vector<std::string_view> m_texts; ///< those met so far
 };
 
 BinaryInputSerializer::BinaryInputSerializer(std::istream& stream) : m_state(std::make_unique<State>(stream)) {}
@@ -197,8 +226,7 @@ void BinaryInputSerializer::Scalar(double& value, std::string_view, int)
 
 void BinaryInputSerializer::Scalar(std::string& value, std::string_view, int)
 {
-    m_state->GetTag(Tag::Text);
-    m_state->GetText(value);
+    m_state->GetTextValue(value);
 }
 
 void BinaryInputSerializer::StartArray(int& count, std::string_view, int)
@@ -214,8 +242,12 @@ void BinaryInputSerializer::EndArray()
 
 void BinaryInputSerializer::StartObject(std::string& typeName, int& version, std::string_view, int)
 {
-    m_state->GetTag(Tag::ObjectBegin);
-    m_state->GetText(typeName);
+    const Tag tag = m_state->GetTag();
+    typeName.clear();
+    version = -1;
+    if (tag == Tag::PlainObjectBegin) return;
+    if (tag != Tag::ObjectBegin) ThrowDamaged();
+    typeName.assign(m_state->GetText());
     version = m_state->GetVersion();
 }
 

@@ -3,12 +3,30 @@
 #include <tarn/service/Exception.h>
 
 #include <bit>
+#include <charconv>
 #include <cstdint>
 #include <ostream>
+#include <unordered_map>
 
 namespace Tarn::Fjel::Core::Service {
 
 using BinaryForm::Tag;
+
+namespace {
+
+/// The integer whose shortest decimal form the text is.
+bool IsDecimal(std::string_view text, std::int64_t& value)
+{
+    constexpr std::size_t longest = 20;
+    if (text.empty() || text.size() > longest) return false;
+    const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || stop != text.data() + text.size()) return false;
+    char digits[longest];
+    const char* const end = std::to_chars(digits, digits + longest, value).ptr;
+    return std::string_view(digits, static_cast<std::size_t>(end - digits)) == text;
+}
+
+} // namespace
 
 /// The whole is held until Finish, so that a value that throws leaves no half of it in the stream.
 class BinaryOutputSerializer::State
@@ -33,6 +51,23 @@ public:
             m_bytes += static_cast<char>(value >> (8 * i));
     }
 
+    void PutTextValue(const std::string& text)
+    {
+        std::int64_t decimal = 0;
+        if (IsDecimal(text, decimal)) {
+            PutTag(Tag::Decimal);
+            PutSigned(decimal);
+            return;
+        }
+        const auto [known, isNew] = m_texts.emplace(text, m_texts.size());
+        PutTag(isNew ? Tag::Text : Tag::KnownText);
+        if (isNew) {
+            PutText(text);
+        } else {
+            PutUnsigned(known->second);
+        }
+    }
+
     void PutText(std::string_view text)
     {
         PutUnsigned(text.size());
@@ -54,6 +89,7 @@ public:
 private:
     std::ostream& m_stream;
     std::string m_bytes;
+    std::unordered_map<std::string, std::uint64_t> m_texts; ///< their numbers
     bool m_finished = false;
 };
 
@@ -140,8 +176,7 @@ void BinaryOutputSerializer::Scalar(double& value, std::string_view, int)
 
 void BinaryOutputSerializer::Scalar(std::string& value, std::string_view, int)
 {
-    m_state->PutTag(Tag::Text);
-    m_state->PutText(value);
+    m_state->PutTextValue(value);
 }
 
 void BinaryOutputSerializer::StartArray(int& count, std::string_view, int)
@@ -158,6 +193,10 @@ void BinaryOutputSerializer::EndArray()
 
 void BinaryOutputSerializer::StartObject(std::string& typeName, int& version, std::string_view, int)
 {
+    if (typeName.empty() && version == -1) {
+        m_state->PutTag(Tag::PlainObjectBegin);
+        return;
+    }
     m_state->PutTag(Tag::ObjectBegin);
     m_state->PutText(typeName);
     m_state->PutSigned(version);
