@@ -176,7 +176,16 @@ TEST_P(SerializerTest, TextsOfAnyBytesComeBack)
                                  "\\",
                                  "\x7f",
                                  std::string(100000, '\\'),
-                                 std::string("a\0b", 3)};
+                                 std::string("a\0b", 3),
+                                 "0",
+                                 "-0",
+                                 "-17",
+                                 "007",
+                                 "+1",
+                                 "1 ",
+                                 "9223372036854775807",
+                                 "-9223372036854775808",
+                                 "9223372036854775808"};
     for (const std::string& text : texts) {
         Table table;
         table.entries.resize(1);
@@ -186,6 +195,20 @@ TEST_P(SerializerTest, TextsOfAnyBytesComeBack)
         ASSERT_EQ(back.entries.size(), 1u);
         EXPECT_EQ(back.entries[0].name, text);
     }
+}
+
+TEST(BinarySerializer, TextsAndNumbersThatAreTextsTakeLittle)
+{
+    Table table;
+    table.entries.resize(1000);
+    for (std::size_t i = 0; i < table.entries.size(); ++i)
+        table.entries[i].name = i % 2 == 0 ? "a long name that comes again" : std::to_string(1'000'000'000 + i);
+    const std::string bytes = Write(table, false);
+    EXPECT_LE(bytes.size(), table.entries.size() * 25);
+    Table back;
+    Read(back, bytes, false);
+    for (std::size_t i = 0; i < table.entries.size(); ++i)
+        ASSERT_EQ(back.entries[i].name, table.entries[i].name);
 }
 
 TEST_P(SerializerTest, TablesComeBackWithTimesAndEmptyArrays)
