@@ -30,6 +30,18 @@ namespace {
 constexpr std::string_view terminator = VeldaneDeckInfo::TERMINATION_TOKEN;
 constexpr std::string_view defaultToken = VeldaneDeckInfo::DEFAULT_TOKEN;
 
+/// Whether nothing but lists of items that end by themselves stands in a record: without elements they have no text.
+bool HoldsBareListsAlone(const Keywords::IKeywordRecordMD& md)
+{
+    for (int index = 0; index < md.GetItemCount(); ++index) {
+        if (md.GetItemMD(index)->GetType() != MDType::List) return false;
+        const auto& list = static_cast<const Keywords::IKeywordListMD&>(*md.GetItemMD(index));
+        if (list.GetTermination() == Termination::Slash || !Keywords::KeywordUtils::IsItemMDType(list.GetElementMD()))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 void KeywordDataSerializer::Serialize(const Keywords::IKeywordData& data, ILineWriter& writer, bool useVariables,
@@ -113,8 +125,10 @@ bool KeywordDataSerializer::SerializeRecord(const Keywords::IKeywordRecordData& 
     const bool showItem = count > 0 && !write.isUnset && NeedsText(md, place) && IsDefaultRecord(record);
     bool terminated = false;
     bool lastWasContainer = false;
-    // What has no text at all would not be read as a record. One default is enough, unless containers follow.
-    const bool oneDefault = showItem && !Keywords::KeywordRecordMDUtil::HasNestedContainer(md);
+    // What has no text at all would not be read as a record. One default is enough, unless containers follow that have
+    // some. A list without elements may come back with one that is defaulted; without it, all rows below would be lost.
+    const bool oneDefault =
+        showItem && (!Keywords::KeywordRecordMDUtil::HasNestedContainer(md) || HoldsBareListsAlone(md));
     if (showItem) writer.SetDropTrailingDefaults(false);
     if (oneDefault) writer.WriteToken(defaultToken, true);
     for (int index = 0; index < count && !oneDefault; ++index) {

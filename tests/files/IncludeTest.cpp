@@ -220,6 +220,20 @@ TEST_F(IncludeTest, ChangeOfASharedFileIsPassedUpOnce)
     deck.TopFile().fileChanged.Remove(&counter, &EventCounter::Count);
 }
 
+TEST_F(IncludeTest, OtherDataAreToldWhereThatIsWanted)
+{
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "OIL\n"}, {"c.inc", "GAS\n"}});
+    deck.Walk();
+    auto& include = static_cast<Keyword&>(const_cast<IKeyword&>(**deck.At("INCLUDE")));
+    EventCounter counter;
+    deck.TopFile().fileChanged.Add(&counter, &EventCounter::Count);
+    EXPECT_TRUE(include.SetDataText("'c.inc' /", false));
+    EXPECT_EQ(counter.kinds, std::vector<int>{});
+    EXPECT_TRUE(include.SetDataText("'b.inc' /", true));
+    EXPECT_EQ(counter.kinds, std::vector<int>{KeywordFileEventArgs::KeywordUpdated});
+    deck.TopFile().fileChanged.Remove(&counter, &EventCounter::Count);
+}
+
 TEST_F(IncludeTest, ChangedFileOnDiskIsSeenAfterAReload)
 {
     const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nEND\n"}, {"b.inc", "OIL\n"}});

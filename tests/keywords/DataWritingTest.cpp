@@ -258,6 +258,15 @@ TEST(DataWriting, LayoutOfContainers)
          R"("termination": "none", "elementsDefaultable": true, )" +
              reals + "}]}",
          "W1 1 2* /", "  W1\n  1 1* 1* /"},
+        // A row without values is no end of the rows.
+        {R"({"type": "list", "element": {"type": "record", "items": [{"type": "list", "name": "F", )"
+         R"("termination": "none", "elementsDefaultable": true, )" +
+             reals + "}]}}",
+         "1 2 /\nx /\n3 /\n/", "  1 2 /\n  1* /\n  3 /\n  /"},
+        {R"({"type": "list", "element": {"type": "record", "items": [{"type": "list", "name": "F", )"
+         R"("termination": "none", )" +
+             reals + "}]}}",
+         "1 2 /\nx /\n3 /\n/", "  1 2 /\n  1* /\n  3 /\n  /"},
         // One line for a record that ends with its line, and a text for one that has nothing to show.
         {R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items": [)" +
              defaultable + "]}}",

@@ -6,12 +6,15 @@
 #include "tests/support/TestDeck.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/IKeyword.h>
+#include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordRecordData.h>
 
 // A keyword as it stands in its file: its text, its comment, its tag.
 
 namespace {
 
 using namespace Tarn::Fjel::Core::DeckManager;
+namespace Keywords = Tarn::Fjel::Core::Keywords;
 using TestSupport::TestDeck;
 
 class KeywordTest : public testing::Test
@@ -65,6 +68,17 @@ TEST_F(KeywordTest, TextsOfAKeyword)
     }
 }
 
+TEST_F(KeywordTest, MarksStayInTheDataWhereSuppressionIsOff)
+{
+    const std::string text = "--@@@DIMENS\n--@@@1 2 3 /\n";
+    const TestDeck on(TestDeck::Texts{{"A.DATA", "RUNSPEC\n" + text}});
+    const TestDeck off(TestDeck::Texts{{"A.DATA", "RUNSPEC\n" + text}});
+    EXPECT_EQ(*At(on, "DIMENS").GetDataText(), "1 2 3 /");
+    EXPECT_TRUE(At(off, "DIMENS").IsSuppressed());
+    Environment::Instance().EnableKeywordSuppression(false);
+    EXPECT_EQ(*At(off, "DIMENS").GetDataText(), "--@@@1 2 3 /");
+}
+
 TEST_F(KeywordTest, TitlesAndKeywordsWithoutData)
 {
     const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nTITLE\n-- no comment\nOIL\n-- a comment\n"}});
@@ -87,6 +101,20 @@ TEST_F(KeywordTest, VariablesAreAskedOfDataLinesOnly)
 
     const TestDeck without({{"A.DATA", "RUNSPEC\nDIMENS\n$NX 2 3 /\n"}}, false);
     EXPECT_FALSE(At(without, "DIMENS").HasVariables());
+}
+
+TEST_F(KeywordTest, OtherDataHaveNoneOfTheReferences)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "SCHEDULE\nWELSPECS\n$W G 1 1 /\n/\n"}});
+    Keyword& keyword = At(deck, "WELSPECS");
+    EXPECT_NE(keyword.GetVariables(Context()), nullptr);
+    auto data = keyword.GetData(Context())->CloneSafely();
+    auto& row =
+        static_cast<Keywords::IKeywordRecordData&>(static_cast<Keywords::IKeywordListData&>(*data).GetContainer(0));
+    row.GetItem(0).SetString("$V"); // a name, however it will read
+    EXPECT_TRUE(keyword.SetData(std::move(data), false));
+    EXPECT_TRUE(keyword.HasVariables());
+    EXPECT_EQ(keyword.GetVariables(Context()), nullptr);
 }
 
 TEST_F(KeywordTest, ChangesOfTagAndCommentAreDropped)
@@ -158,6 +186,17 @@ TEST_F(KeywordTest, TextAheadOfAKeyword)
     EXPECT_FALSE(keyword.IsDirty());
     keyword.AddLeadingComment("--x\n", true, false);
     EXPECT_EQ(keyword.GetLeadingComment(), "--x\n");
+
+    // Nor may it read as a tag, of the keyword or of the file.
+    Environment::Instance().SetCustomKeywordGeneratedTag("byKeyword");
+    Environment::Instance().SetCustomFileGeneratedTag("byFile");
+    const std::string tags[] = {Environment::Instance().GetKeywordGeneratedTag(),
+                                Environment::Instance().GetFileGeneratedTag()};
+    EXPECT_NE(tags[0], tags[1]);
+    for (const std::string& tag : tags) {
+        keyword.SetLeadingComment("a\n" + tag.substr(2), false);
+        EXPECT_EQ(keyword.GetLeadingComment(), "--a\n-- " + tag.substr(2));
+    }
 }
 
 TEST_F(KeywordTest, TagsWithTheHostsWord)

@@ -10,6 +10,7 @@
 #include "keywords/ForceRewrite.h"
 #include "keywords/ITagMgr.h"
 #include "keywords/Keyword.h"
+#include "tests/keywords/DataReading.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
@@ -392,6 +393,40 @@ RC_GTEST_PROP(KeywordWritingProperty, EditsOfAKeywordKeepAllElse, ())
     }
     keyword.Rollback();
     RC_ASSERT(Written(deck) == text);
+}
+
+TEST_F(KeywordWritingTest, LinesOfAQuorlDeckHaveItsMarker)
+{
+    Environment::Instance().setIsQUORLDeck();
+    const auto suppress = [](Keyword& k) { k.SetSuppressed(true); };
+    Check({{"suppressed", "DIMENS\n1 2\n-- c\n3 /\n-- b\n", suppress,
+            "--quorl--DIMENS\n--quorl--1 2\n-- c\n--quorl--3 /\n-- b\n"},
+           {"commented out", "DIMENS\n1 2 3 /\n", [](Keyword& k) { k.CommentOut(); }, "--DIMENS\n--1 2 3 /\n"}});
+}
+
+TEST_F(KeywordWritingTest, WhereTheDataEndIsAskedWithoutAWord)
+{
+    const TestDeck deck = DeckOf("DIMENS\n1 x 3 /\n-- b\n");
+    At(deck, "DIMENS").SetSuppressed(true);
+    EXPECT_EQ(WrittenBehindFirst(deck), "--@@@DIMENS\n--@@@1 x 3 /\n-- b\n");
+    EXPECT_FALSE(m_log.Empty());
+    for (const auto& message : m_log.Messages())
+        EXPECT_TRUE(message.probe) << message.text;
+}
+
+TEST_F(KeywordWritingTest, DataWhoseSizeCannotBeTold)
+{
+    const DataReading::TableInForce table(
+        R"([{"name": "X", "sections": "all", "data": {"type": "record", "items": [
+             {"name": "L", "type": "list", "element": {"type": "real"}, "termination": "none", "size": "self:NOSUCH"}]}},
+            {"name": "RUNSPEC", "sections": "all"}])");
+    const std::string text = "X\n-- c\n1 2\n3 /\n\n-- b\n";
+    Check({{"all that could be data is marked", text, [](Keyword& k) { k.SetSuppressed(true); },
+            "--@@@X\n-- c\n--@@@1 2\n--@@@3 /\n\n-- b\n", "X"}});
+    const ForceRewrite::Scope rewrite(true);
+    Check({{"a rewrite copies it", text, [](Keyword&) {}, text, "X"},
+           {"and what was set", text, [](Keyword& k) { EXPECT_TRUE(k.SetDataText("4  5 /", false)); },
+            "X\n-- c\n4  5 /\n\n-- b\n", "X"}});
 }
 
 TEST_F(KeywordWritingTest, RawTextEndsWithItsTerminator)
