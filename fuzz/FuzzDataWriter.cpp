@@ -56,7 +56,10 @@ std::string Rewritten(const IKeyword& keyword, const std::string& text)
                                          nullptr);
     LineStringWriter writer;
     KeywordDataSerializer::Serialize(*data, writer, false, Keywords::SimulatorType::Any);
-    return writer.GetText();
+    // Only what is written as a block has CR LF in a string.
+    std::string written = writer.GetText();
+    Service::StringReplace(written, "\r\n", "\n");
+    return written;
 }
 
 } // namespace
