@@ -174,7 +174,11 @@ bool CachedKeywords::StandIn(ILineReader* reader)
     if (lines == nullptr) return false;
     m_marks.reserve(m_entry.values.size());
     ScannedKeyword found;
+    long long end = 0;
     for (const CacheEntry::CacheValue& value : m_entry.values) {
+        // Extents hold whole lines; the next keyword's line is looked at anyway.
+        if (end != value.pos && !MoveToLine(*lines, end)) return false;
+        end = value.pos + value.size;
         if (!ReadKeywordLine(*lines, value.pos, value.name, found)) return false;
         KeywordMarks& marks = m_marks.emplace_back();
         marks.suppressed = found.suppressed;
@@ -182,7 +186,7 @@ bool CachedKeywords::StandIn(ILineReader* reader)
         marks.tagKnown = value.size == 0 || found.tagKnown;
         marks.tagged = value.size != 0 && found.tagged;
     }
-    return true;
+    return end == m_entry.length || MoveToLine(*lines, end);
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

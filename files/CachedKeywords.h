@@ -67,8 +67,8 @@ public:
     /// Stores the present list of a file, unless the file has changed since it had that status.
     static void Store(const KeywordFile& file, const Service::FileStatus& status, const SectionAnswers& sections);
 
-    /// Whether each keyword's line begins with its name, so that no extent leads astray. Learns the keywords' marks in
-    /// passing. `reader` null: the file can't be opened, and nothing stands in it.
+    /// Whether each keyword's line begins with its name and each extent holds whole lines, so that none leads astray.
+    /// Learns the keywords' marks in passing. `reader` null: the file can't be opened, and nothing stands in it.
     bool StandIn(ILineReader* reader);
 
     /// Goes to the next keyword, at first to the first one. False behind the last.

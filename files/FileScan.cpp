@@ -271,6 +271,7 @@ void FileScan::TakeFound()
 bool FileScan::TakeCached()
 {
     const CacheEntry::CacheValue& value = m_cached->Value();
+    if (value.size == 0 && !SkipRegion::IsSkipKeyword(*m_found.syntax)) return false;
     SectionType section = SectionType::None;
     if (m_found.syntax->GetKind() == KeywordKind::Section && FindSection(value.name, section)) {
         // A section in which the file ends is never a duplicate.

@@ -86,6 +86,11 @@ std::vector<SkippedKeyword> SkipRegion::Consume(SkipState& state, const std::str
     }
 }
 
+bool SkipRegion::IsSkipKeyword(const Keywords::IKeywordSyntax& syntax)
+{
+    return syntax.GetKind() == KeywordKind::EndSkip || IsOpener(syntax);
+}
+
 bool SkipRegion::IsOpener(const Keywords::IKeywordSyntax& syntax)
 {
     if (!syntax.IsScopeStart()) return false;

@@ -42,6 +42,9 @@ public:
                                                const Keywords::IKeywordSyntax* syntax, ILineReader& reader,
                                                const ISectionContextQuery& query, KeywordFileReader& file);
 
+    /// A keyword that opens or closes a region: in the list it has no text of its own.
+    static bool IsSkipKeyword(const Keywords::IKeywordSyntax& syntax);
+
 private:
     static bool IsOpener(const Keywords::IKeywordSyntax& syntax);
     static bool IsActiveSkip(const Keywords::IKeywordSyntax& syntax, Keywords::SimulatorType simulator);

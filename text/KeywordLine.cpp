@@ -11,10 +11,6 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-namespace {
-
-/// A line begins at the beginning of the text, behind its byte order mark, and behind a line end. Leaves the reader at
-/// `position`.
 bool MoveToLine(LineStreamReader& lines, long long position)
 {
     if (position == 0) return lines.Seek(0, 0);
@@ -24,8 +20,6 @@ bool MoveToLine(LineStreamReader& lines, long long position)
     constexpr std::string_view mark = LineStreamReader::ByteOrderMark;
     return position == static_cast<long long>(mark.size()) && before == mark.back();
 }
-
-} // namespace
 
 std::string_view FirstWord(std::string_view text)
 {

@@ -298,6 +298,40 @@ TEST_F(CachedLoadTest, AnEntryThatLeadsAstrayIsNotFollowed)
     }
 }
 
+TEST_F(CachedLoadTest, ExtentsThatNoScanGivesAreNotTaken)
+{
+    /// Stores a wrong size or position for a keyword, as a host may.
+    struct Case
+    {
+        const char* what;
+        std::size_t number;
+        long long position;
+        long long size;
+    };
+    const std::string text = "RUNSPEC\nOIL\n--@@@GAS\nDIMENS\n1 1 1 /\n";
+    Write("p/TOP.DATA", text);
+    const std::string scan = Load();
+    const std::vector<Case> cases = {
+        {"half a line", 1, 8, 2},        {"into the next", 1, 8, 8},           {"no text", 1, 8, 0},
+        {"below nothing", 1, 8, -4},     {"behind the file", 3, 21, 99},       {"the sum overflows", 3, 21, INT64_MAX},
+        {"ahead of the file", 0, -8, 8}, {"half a line at the end", 3, 21, 9},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        {
+            KeywordFileManager manager(m_directory.Path("p"));
+            const std::shared_ptr<KeywordFile> file = manager.GetKeywordFile(m_directory.File("p/TOP.DATA"), true);
+            CacheEntry entry;
+            ASSERT_TRUE(manager.GetCacheEntry(*file, entry));
+            entry.values[test.number].pos = test.position;
+            entry.values[test.number].size = test.size;
+            manager.SetCacheEntry(*file, entry);
+        }
+        EXPECT_EQ(Load(), scan);
+        EXPECT_EQ(m_scanned, "TOP.DATA ");
+    }
+}
+
 TEST_F(CachedLoadTest, AFileThatChangesWhileItIsReadIsNotStored)
 {
     Write("p/TOP.DATA", "RUNSPEC\nINCLUDE\n 'a.inc' /\nOIL\n");
