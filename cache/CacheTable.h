@@ -34,7 +34,7 @@ public:
         void SetEntry(const std::string& fullName, const CacheEntry& entry);
         /// The file has another name, of the same table.
         void ReplaceEntry(const std::string& oldName, const std::string& newName);
-        /// Takes out what is stored of a file, whether it still describes it or not.
+        /// What is stored of the file, whether it still describes it or not.
         bool FindEntry(const std::string& fullName, CacheEntry& entry) const;
         void Clear();
 

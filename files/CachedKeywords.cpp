@@ -79,6 +79,12 @@ bool IsSameText(const Service::FileStatus& left, const Service::FileStatus& righ
     return left.IsSameFileAs(right) && left.size == right.size && left.modifiedNanoseconds == right.modifiedNanoseconds;
 }
 
+/// Its text isn't read from a copy that is about to take its place.
+bool ReadsItself(const KeywordFile& file)
+{
+    return file.FileReader()->GetPath() == file.GetFileName().GetFullName();
+}
+
 } // namespace
 
 bool SectionAnswers::AgreesWith(std::string_view recorded) const
@@ -98,6 +104,7 @@ bool SectionAnswers::LacksLastOf(std::string_view recorded) const
 std::unique_ptr<CachedKeywords> CachedKeywords::Find(const KeywordFile& file, const Service::FileStatus& status)
 {
     CacheEntry entry;
+    if (!ReadsItself(file)) return nullptr;
     if (!file.Manager().GetCacheEntry(file, entry)) return nullptr;
     if (entry.length != status.size) return nullptr;
     if (!entry.settings.empty() && entry.settings != PresentSettings()) return nullptr;
@@ -107,7 +114,7 @@ std::unique_ptr<CachedKeywords> CachedKeywords::Find(const KeywordFile& file, co
 
 void CachedKeywords::Store(const KeywordFile& file, const Service::FileStatus& status, const SectionAnswers& sections)
 {
-    if (!file.Manager().HasProjectDir()) return;
+    if (!file.Manager().HasProjectDir() || !ReadsItself(file)) return;
     // The cache takes the time and the size of now: they must be those of the text that was read.
     if (!IsSameText(status, Service::FileStatus::Of(file.FileReader()->GetPath()))) return;
     CacheEntry entry;

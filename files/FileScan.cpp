@@ -195,6 +195,7 @@ bool FileScan::ResolveCandidate()
     if (!m_cached) return LineReaderUtil::ResolveCandidate(*m_reader, m_query, m_file.m_fileReader.get(), m_found);
     const SectionType dropped = m_cached->DroppedSection();
     if (dropped != SectionType::None) m_query.SetSection(dropped);
+    const Log::Place place(Path(), &FileScan::LineOfFound, this);
     // As the scan looks a word up: by its head first, which has cut it unless its syntax keeps long names.
     const std::string_view name = m_found.name;
     m_found.syntax = nullptr;
@@ -204,6 +205,12 @@ bool FileScan::ResolveCandidate()
     }
     if (m_found.syntax == nullptr) m_found.syntax = LineReaderUtil::FindSyntax(name, m_query);
     return m_found.syntax != nullptr;
+}
+
+int FileScan::LineOfFound(const void* scan)
+{
+    const auto& self = *static_cast<const FileScan*>(scan);
+    return self.m_file.m_fileReader->LineNumberAt(self.m_found.pos);
 }
 
 /// The sections are those that the scan met, up to the keyword that comes next. `ask`: the scan asked here.

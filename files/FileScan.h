@@ -92,6 +92,7 @@ private:
     bool Resume();
     bool NextCandidate();
     bool ResolveCandidate();
+    static int LineOfFound(const void* scan);
     void ListInclude();
     void TakeFound();
     bool TakeCached();

@@ -247,6 +247,20 @@ TEST_F(CachedLoadTest, WhatIsBroughtByAnotherFileIsNoListOfThisOne)
     }
 }
 
+TEST_F(CachedLoadTest, WarningsOfMisplacedKeywordsComeAgainWithTheirPlace)
+{
+    Write("p/TOP.DATA", "RUNSPEC\nOIL\nSCHEDULE\n\nPERMX\n 1 /\n");
+    for (int load = 0; load < 2; ++load) {
+        m_log.Clear();
+        Load();
+        ASSERT_EQ(m_log.Count(), 1) << load;
+        EXPECT_EQ(m_log.Messages()[0].text, "Keyword PERMX is not valid for section SCHEDULE");
+        EXPECT_EQ(m_log.Messages()[0].line, 5);
+        EXPECT_EQ(m_log.Messages()[0].file, m_directory.Path("p/TOP.DATA"));
+    }
+    EXPECT_EQ(m_scanned, "");
+}
+
 TEST_F(CachedLoadTest, OtherSettingsAskForAnotherScan)
 {
     Write("p/TOP.DATA", "RUNSPEC\nSKIP300\nOIL\nENDSKIP\n--@@@GAS\n  WATER\nMETRIC\n");
