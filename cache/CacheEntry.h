@@ -17,11 +17,11 @@ namespace Tarn::Fjel::Core::DeckManager {
 /// Which keywords a text has depends on more than the text: on the settings and the syntax table, and on the sections
 /// that a scan learns from other files. The entry bears what the scan met, so that a load under other circumstances can
 /// tell.
-class CacheEntry : public Service::ISerializable
+class CacheEntry final : public Service::ISerializable
 {
 public:
     /// One keyword.
-    class CacheValue : public Service::ISerializable
+    class CacheValue final : public Service::ISerializable
     {
     public:
         std::string name;

@@ -211,6 +211,49 @@ TEST(BinarySerializer, TextsAndNumbersThatAreTextsTakeLittle)
         ASSERT_EQ(back.entries[i].name, table.entries[i].name);
 }
 
+/// A number and a text, each of which reads what the other has written.
+struct Decimal : ISerializable
+{
+    explicit Decimal(bool asText) : isText(asText) {}
+    bool isText;
+    long long number = 0;
+    std::string text;
+
+    void Serialize(Serializer& serializer) override
+    {
+        if (isText) {
+            serializer.SerializeImpl(text, "d");
+        } else {
+            serializer.SerializeDecimal(number, "d");
+        }
+    }
+};
+
+TEST_P(SerializerTest, ANumberAsTextIsThatText)
+{
+    for (const long long number :
+         {0LL, -1LL, 5'000'000'000LL, std::numeric_limits<long long>::max(), std::numeric_limits<long long>::min()})
+    {
+        Decimal written(false);
+        written.number = number;
+        Decimal text(true);
+        text.text = std::to_string(number);
+        const std::string bytes = Write(written, GetParam());
+        EXPECT_EQ(Write(text, GetParam()), bytes);
+        Decimal back(false);
+        Read(back, bytes, GetParam());
+        EXPECT_EQ(back.number, number);
+        Read(text, bytes, GetParam());
+        EXPECT_EQ(text.text, std::to_string(number));
+    }
+    for (const char* none : {"", "x", "1x", " 1", "9223372036854775808"}) {
+        Decimal text(true);
+        text.text = none;
+        Decimal back(false);
+        EXPECT_THROW(Read(back, Write(text, GetParam()), GetParam()), Exception) << none;
+    }
+}
+
 TEST_P(SerializerTest, TablesComeBackWithTimesAndEmptyArrays)
 {
     Table table;

@@ -229,6 +229,13 @@ void BinaryInputSerializer::Scalar(std::string& value, std::string_view, int)
     m_state->GetTextValue(value);
 }
 
+/// A text that is written otherwise than the shortest form of its number comes from no writer.
+void BinaryInputSerializer::DecimalText(long long& value, std::string_view, int)
+{
+    m_state->GetTag(Tag::Decimal);
+    value = BinaryForm::ToSigned(m_state->GetUnsigned());
+}
+
 void BinaryInputSerializer::StartArray(int& count, std::string_view, int)
 {
     m_state->GetTag(Tag::ArrayBegin);

@@ -179,6 +179,12 @@ void BinaryOutputSerializer::Scalar(std::string& value, std::string_view, int)
     m_state->PutTextValue(value);
 }
 
+void BinaryOutputSerializer::DecimalText(long long& value, std::string_view, int)
+{
+    m_state->PutTag(Tag::Decimal);
+    m_state->PutSigned(value);
+}
+
 void BinaryOutputSerializer::StartArray(int& count, std::string_view, int)
 {
     if (count < 0) throw Exception("An array cannot have fewer than no elements.");

@@ -39,6 +39,7 @@ public:
     void Scalar(float& value, std::string_view name, int index) override;
     void Scalar(double& value, std::string_view name, int index) override;
     void Scalar(std::string& value, std::string_view name, int index) override;
+    void DecimalText(long long& value, std::string_view name, int index) override;
 
     void StartArray(int& count, std::string_view name, int index) override;
     void EndArray() override;

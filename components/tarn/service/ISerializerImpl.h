@@ -28,6 +28,9 @@ public:
     virtual void Scalar(double& value, std::string_view name, int index) = 0;
     virtual void Scalar(std::string& value, std::string_view name, int index) = 0;
 
+    /// A number as its decimal text: the same in the form as that text. A form may do it without making the text.
+    virtual void DecimalText(long long& value, std::string_view name, int index);
+
     /// An array of count elements follows, each with its index from 0. A reader never gives a count that the rest of
     /// its input can't hold.
     virtual void StartArray(int& count, std::string_view name, int index) = 0;

@@ -21,6 +21,11 @@ public:
 
     void SerializeImpl(int& value, std::string_view name, int index = 0) { m_impl.Scalar(value, name, index); }
     void SerializeImpl(std::string& value, std::string_view name, int index = 0) { m_impl.Scalar(value, name, index); }
+    /// A number as its decimal text, so that the form doesn't depend on the integers that it knows.
+    void SerializeDecimal(long long& value, std::string_view name, int index = 0)
+    {
+        m_impl.DecimalText(value, name, index);
+    }
     /// An object without type name and version around the value's own parts.
     void SerializeImpl(ISerializable& value, std::string_view name, int index = 0);
 
