@@ -371,6 +371,23 @@ TEST_F(CachedLoadTest, AFileThatChangesWhileItIsReadIsNotStored)
     EXPECT_EQ(m_scanned, "TOP.DATA ");
 }
 
+TEST_F(CachedLoadTest, ALongChainOfFilesIsTakenFromTheCacheToo)
+{
+    constexpr int count = 1000;
+    for (int i = 0; i < count; ++i) {
+        const std::string next = "INCLUDE\n 'f" + std::to_string(i + 1) + ".inc' /\n";
+        Write("p/f" + std::to_string(i) + ".inc", "OIL\n" + (i + 1 < count ? next : "GRID\n") + "PORO\n 1 /\n");
+    }
+    for (int load = 0; load < 2; ++load) {
+        WatchedManager manager(m_directory.Path("p"));
+        const std::shared_ptr<KeywordFile> top = manager.GetKeywordFile(m_directory.File("p/f0.inc"), true);
+        EXPECT_EQ(top->EndSection(), Keywords::SectionType::GRID);
+        EXPECT_EQ(TestDeck::Extents(*top), "OIL@0+4 INCLUDE@4+20 PORO@24+10");
+        EXPECT_EQ(manager.Files().size(), static_cast<std::size_t>(count));
+        EXPECT_EQ(manager.Scanned().empty(), load == 1);
+    }
+}
+
 TEST_F(CachedLoadTest, AMovedProjectIsStillCached)
 {
     Write("p/sub/TOP.DATA", "RUNSPEC\nINCLUDE\n 'a.inc' /\nOIL\n");
