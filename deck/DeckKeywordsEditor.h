@@ -6,8 +6,10 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 class Deck;
 class IKeywordFileManager;
+class Keyword;
+class KeywordFile;
 
-/// The one editor of a deck manager.
+/// The one editor of a deck manager. It guards, converts positions and hands on.
 class DeckKeywordsEditor : public IDeckKeywordsEditor
 {
 public:
@@ -18,13 +20,57 @@ public:
     void Close() override;
     void Discard() override;
     bool ImportDeck(const std::string& fileName, bool managed, bool checkDataFiles) override;
+    IKeyword* GetOrCreateSection(Keywords::SectionType section, bool* existed) override;
+    IKeyword* InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
+                            std::unique_ptr<Keywords::IKeywordData> data, const std::string& name) override;
+    IKeyword* InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordIterator& position,
+                            std::unique_ptr<Keywords::IKeywordData> data, const std::string& name) override;
+    IKeyword* InsertKeywordText(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
+                                const std::string& text) override;
+    IKeyword* InsertKeywordText(const Keywords::IKeywordSyntax& syntax, const KeywordIterator& position,
+                                const std::string& text) override;
+    bool MoveKeyword(const KeywordIterator& from, const KeywordIterator& to) override;
+    bool MoveKeyword(const KeywordFileIterator& from, const KeywordFileIterator& to) override;
+    bool RemoveKeywords(const KeywordIterator& first, const KeywordIterator& last) override;
+    bool RemoveKeyword(const KeywordIterator& position) override;
+    bool RemoveKeyword(const KeywordFileIterator& position) override;
+    bool ResolveVariables(const KeywordIterator& position, IKeywordVariablesResolver& resolver) override;
+    bool ResolveVariables(const KeywordFileIterator& position, IKeywordVariablesResolver& resolver) override;
+    bool SetDataText(const KeywordIterator& position, const std::string& text) override;
+    bool SetDataText(const KeywordFileIterator& position, const std::string& text) override;
+    bool SetData(const KeywordIterator& position, std::unique_ptr<Keywords::IKeywordData> data) override;
+    bool SetData(const KeywordFileIterator& position, std::unique_ptr<Keywords::IKeywordData> data) override;
+    bool SetKeywordText(const KeywordIterator& position, const std::string& text) override;
+    bool SetKeywordText(const KeywordFileIterator& position, const std::string& text) override;
+    bool SetComment(const KeywordIterator& position, const std::string& text) override;
+    bool SetComment(const KeywordFileIterator& position, const std::string& text) override;
+    bool CommentOut(const KeywordIterator& position) override;
+    bool CommentOut(const KeywordFileIterator& position) override;
+    bool Suppress(const KeywordIterator& position) override;
+    bool Suppress(const KeywordFileIterator& position) override;
+    bool Unsuppress(const KeywordIterator& position) override;
+    bool Unsuppress(const KeywordFileIterator& position) override;
+    void TagAllKeywords() override;
+    void UntagAllKeywords() override;
+    void TagKeyword(const IKeyword* keyword) override;
+    void UntagKeyword(const IKeyword* keyword) override;
 
     /// Makes a deck current. Uncommitted changes of the one that was are dropped.
     void SetDeck(Deck* deck);
 
+protected:
+    std::unique_ptr<Keywords::IKeywordData> TakeData(const IKeyword* keyword) override;
+
 private:
     void CleanUp();
     void Release();
+    bool IsOpenToEdits(const KeywordFile* file) const;
+    KeywordFile* FileToEdit(const KeywordFileIterator& position) const;
+    Keyword* KeywordToEdit(const KeywordFileIterator& position) const;
+    KeywordFileIterator PlaceOf(const KeywordIterator& position) const;
+    bool IsOfDeck(const KeywordFile* file) const;
+    void SetTag(const IKeyword* keyword, bool tagged);
+    void SetTagOnChanged(bool tagged);
 
     IKeywordFileManager& m_fileManager;
     Deck* m_deck = nullptr;

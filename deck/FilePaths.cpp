@@ -62,26 +62,25 @@ void FilePaths::Visit(KeywordFile& root, bool walkedOnly)
 
 std::vector<KeywordFile*> FilePaths::ReadFromBelow(KeywordFile& root)
 {
-    static const std::vector<KeywordFileIterator> none;
     struct Level
     {
         KeywordFile* file;
+        std::vector<KeywordFile*> included;
         std::size_t next;
     };
     std::vector<KeywordFile*> files;
     std::unordered_set<KeywordFile*> seen{&root};
-    std::vector<Level> levels{{&root, 0}};
+    std::vector<Level> levels;
+    levels.push_back({&root, root.IncludedFiles(), 0});
     while (!levels.empty()) {
         Level& level = levels.back();
-        const std::vector<KeywordFileIterator>& includes =
-            level.file->WasLoaded() ? level.file->GetINCLUDEKeywords() : none;
-        if (level.next == includes.size()) {
+        if (level.next == level.included.size()) {
             files.push_back(level.file);
             levels.pop_back();
             continue;
         }
-        KeywordFile* file = KeywordFile::IncludedFileOf(*includes[level.next++]);
-        if (file != nullptr && seen.insert(file).second) levels.push_back({file, 0});
+        KeywordFile* file = level.included[level.next++];
+        if (seen.insert(file).second) levels.push_back({file, file->IncludedFiles(), 0});
     }
     return files;
 }

@@ -141,6 +141,20 @@ const KeywordFileContents::List& KeywordFile::DiskList() const
     return m_snapshotTaken ? m_snapshot : present;
 }
 
+std::vector<KeywordFile*> KeywordFile::IncludedFiles() const
+{
+    std::vector<KeywordFile*> files;
+    if (!m_wasLoaded) return files;
+    const auto add = [&files](const IKeyword* keyword) {
+        if (KeywordFile* file = IncludedFileOf(keyword)) files.push_back(file);
+    };
+    for (const KeywordFileIterator& include : GetINCLUDEKeywords())
+        add(*include);
+    for (const std::shared_ptr<IKeyword>& keyword : m_snapshot)
+        add(keyword.get());
+    return files;
+}
+
 KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
 {
     const KeywordINCLUDE* include = KeywordINCLUDE::From(keyword);

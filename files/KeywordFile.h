@@ -15,8 +15,9 @@
 #include <tarn/service/FileName.h>
 
 namespace Tarn::Fjel::Core::Keywords {
+class IKeywordData;
 class IKeywordSyntax;
-}
+} // namespace Tarn::Fjel::Core::Keywords
 
 namespace Tarn::Fjel::Core::Service {
 struct FileStatus;
@@ -80,6 +81,27 @@ public:
 
     /// Drops the list and every edit; the next use reads the file anew. Raises nothing.
     void ResetContents();
+    // Edits in memory; see KeywordFileEditing.cpp. Each takes effect at once and is raised on `fileChanged`. They
+    // refuse, with null or false, in a file that could not be read, at a place inside a region that is skipped, and for
+    // the skip keywords of such a region.
+
+    /// A new keyword ahead of `position`, with those data, which may be null. Null when the data are another keyword's
+    /// or hold what can't be written, and when the keyword can't bear that name. The file owns the keyword.
+    IKeyword* InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
+                            std::unique_ptr<Keywords::IKeywordData> data, const std::string& name);
+    /// The same with data given as text, as it stands below the keyword line. Null, told at severity 3, when the text
+    /// holds a further keyword, or data for a keyword that has none.
+    IKeyword* InsertKeywordText(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
+                                const std::string& dataText, const std::string& name);
+    /// False at `End()`.
+    bool RemoveKeyword(const KeywordFileIterator& position);
+    /// Moves a keyword of this file ahead of a place of `target`, which may be this file. It stays the same object, and
+    /// positions of it stay good. False at `End()`, when it stands there already, and for an INCLUDE that would close a
+    /// ring of files.
+    bool MoveKeyword(const KeywordFileIterator& source, KeywordFile& target, const KeywordFileIterator& destination);
+    /// Sets the generated tag of each keyword that is new or whose data have changed.
+    void SetTagOnChangedKeywords(bool tagged);
+
     /// Drops uncommitted edits, and raises the cancel event when there were any.
     void CancelChanges();
     /// Renames the file on disk, where it exists. False when it has that name already. Throws `DeckManagerException`
@@ -114,6 +136,9 @@ public:
     const FileTagState& TagState() const { return m_tagState; }
     /// The keywords as they stand on the disk: the list as it was before an edit changed it.
     const KeywordFileContents::List& DiskList() const;
+    /// The files that INCLUDE keywords name: those of the list, then those that an edit has taken out of it since. None
+    /// of a file that was never read.
+    std::vector<KeywordFile*> IncludedFiles() const;
     /// The list of INCLUDE positions exists already.
     bool HasIncludeIndex() const { return m_includeIndex != nullptr; }
     /// How many keywords stand ahead of a position of this file.
@@ -151,6 +176,10 @@ private:
     void PrimeStartSection(Keywords::SectionType section) const { m_startSection.Set(section); }
     KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
     void DropPositions();
+    void TakeSnapshot();
+    bool TakesEditAt(const KeywordFileIterator& position) const;
+    IKeyword* PutIn(const KeywordFileIterator& position, std::unique_ptr<Keyword> keyword);
+    void DropAfterEdit(const Keyword& keyword);
     void RaiseOnce(KeywordFileEventArgs& args);
 
     IKeywordFileManager& m_manager;

@@ -31,6 +31,12 @@ public:
     /// Appends a keyword of the scan.
     void Append(std::shared_ptr<IKeyword> keyword);
 
+    /// Puts a keyword ahead of `position`.
+    List::iterator Insert(List::iterator position, std::shared_ptr<IKeyword> keyword);
+    void Erase(List::iterator node);
+    /// Moves an element of `source`, which may be this list, ahead of `position`. Positions of it stay good.
+    void Splice(List::iterator position, KeywordFileContents& source, List::iterator node);
+
     /// Puts another list in the place of this one.
     void Replace(const List& keywords);
 
@@ -50,6 +56,7 @@ private:
     };
     using Index = std::unordered_map<const IKeyword*, Place>;
 
+    void NoteNode(List::iterator node);
     void Subscribe(const std::shared_ptr<IKeyword>& keyword);
     void Unsubscribe(const std::shared_ptr<IKeyword>& keyword);
     Index& GetIndex();
@@ -57,6 +64,7 @@ private:
     KeywordFile* m_owner;
     List m_keywords;
     std::unique_ptr<Index> m_index; ///< made when first asked, since a plain walk needs none
+    bool m_ordinalsHold = false;    ///< those of the index; an edit changes many at once
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

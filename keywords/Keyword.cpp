@@ -163,7 +163,7 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ReadData(const Context& context
     const StateGuard guard{m_state, m_state != nullptr};
     State& state = GetState();
     if (state.beingRead) return nullptr;
-    if (m_dataChanged && state.data && !state.textIsData) return state.data->CloneSafely();
+    if ((m_dataChanged || !HasValidExtent()) && state.data && !state.textIsData) return state.data->CloneSafely();
 
     const ReadingMark mark(state.beingRead);
     KeywordVariables unseen;
@@ -178,13 +178,12 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& contex
 {
     std::unique_ptr<Keywords::IKeywordData> data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
     State& state = GetState();
-    if (m_dataChanged) {
-        if (!state.textIsData) return data;
+    if (state.textIsData) {
         const std::shared_ptr<std::string> text = state.heldText;
         LineStringReader lines(*text);
         KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
                                              false, variables);
-    } else if (HasValidExtent()) {
+    } else if (!m_dataChanged && HasValidExtent()) {
         if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
             ReadReport report;
             KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
@@ -238,7 +237,7 @@ bool Keyword::HasVariables()
 {
     if (!m_variablesAllowed || m_syntax->GetMetaData() == nullptr) return false;
 
-    if (m_dataChanged) GetDataText();
+    if (m_dataChanged || !HasValidExtent()) GetDataText();
     // Line by line, so that asking an array of hundreds of megabytes holds no text.
     std::unique_ptr<ILineReader> lines;
     long long end = 0;

@@ -113,8 +113,11 @@ public:
     /// before. False for a keyword of a skipped region, and, told at severity 3, for data of a keyword that has none
     /// and for a text with a further keyword in it.
     bool SetDataText(const std::string& text, bool notify);
+    /// The data that it has been given are those that it was made with: no change of its own. For a keyword without an
+    /// extent.
+    void CountAsMadeWithData() { m_dataChanged = false; }
     /// Takes the tree out of the keyword; null where `GetData` gives none. An uncommitted change of the data goes with
-    /// it.
+    /// it. A keyword that stands in no file keeps its data, and gives a copy.
     std::unique_ptr<Keywords::IKeywordData> GetAndResetData(const Context& context);
 
     /// Drops uncommitted changes.

@@ -1,12 +1,31 @@
 #pragma once
 
+#include <memory>
 #include <string>
+
+#include <tarn/keywords/SectionType.h>
+
+namespace Tarn::Fjel::Core::Keywords {
+class IKeywordData;
+class IKeywordSyntax;
+} // namespace Tarn::Fjel::Core::Keywords
 
 namespace Tarn::Fjel::Core::DeckManager {
 
 class IDeck;
+class IKeyword;
+class IKeywordVariablesResolver;
+class KeywordFileIterator;
+class KeywordIterator;
 
-/// The editor of a deck manager. It works on one current deck at a time.
+/// The editor of a deck manager: the only road by which a host changes a deck. It works on one current deck at a time.
+///
+/// Edits are made in memory. A refusal is a result of false or null and nothing else. Every edit is refused without a
+/// current deck, at a place without a file, in a file that is read-only or could not be read, and inside a region that
+/// is skipped. An operation with a `KeywordIterator` converts it with `IDeckKeywords::GetFileIterator` and does what
+/// its twin does.
+///
+/// Positions stay good while other keywords come and go. A keyword lives as long as it stands in the deck.
 class IDeckKeywordsEditor
 {
 public:
@@ -24,7 +43,86 @@ public:
     /// missing.
     virtual bool ImportDeck(const std::string& fileName, bool managed, bool checkDataFiles) = 0;
 
+    /// The keyword of a section; one that is missing is made straight ahead of the next section that the deck has, or
+    /// at its end. `existed` (may be null) tells which. Null when it can't be made.
+    virtual IKeyword* GetOrCreateSection(Keywords::SectionType section, bool* existed) = 0;
+
+    /// A new keyword ahead of `position`, with those data; null: with none. The name may be empty: the syntax's own.
+    /// Null when the data are another keyword's or hold what can't be written, and when the keyword can't bear the
+    /// name. The data are taken in all cases.
+    virtual IKeyword* InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
+                                    std::unique_ptr<Keywords::IKeywordData> data, const std::string& name) = 0;
+    virtual IKeyword* InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordIterator& position,
+                                    std::unique_ptr<Keywords::IKeywordData> data, const std::string& name) = 0;
+
+    /// A new keyword ahead of `position` from the text of a whole keyword, with its generated tag where the text bears
+    /// one. A text without a keyword line is the data of a keyword of the syntax's name. Null, told at severity 3, when
+    /// the text holds a further keyword, or data for a keyword that has none.
+    virtual IKeyword* InsertKeywordText(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
+                                        const std::string& text) = 0;
+    virtual IKeyword* InsertKeywordText(const Keywords::IKeywordSyntax& syntax, const KeywordIterator& position,
+                                        const std::string& text) = 0;
+
+    /// Moves a keyword ahead of another place, in another file too; it stays the same object. False when it stands
+    /// there already, when the place is in no file of the deck, and for an INCLUDE that would close a ring of files.
+    virtual bool MoveKeyword(const KeywordIterator& from, const KeywordIterator& to) = 0;
+    virtual bool MoveKeyword(const KeywordFileIterator& from, const KeywordFileIterator& to) = 0;
+
+    /// Removes the keywords from `first` up to `last`, those of included files too. An INCLUDE goes when nothing is
+    /// left in its file. True when something was removed.
+    virtual bool RemoveKeywords(const KeywordIterator& first, const KeywordIterator& last) = 0;
+    virtual bool RemoveKeyword(const KeywordIterator& position) = 0;
+    virtual bool RemoveKeyword(const KeywordFileIterator& position) = 0;
+
+    /// Lets `resolver` replace the variable references of a keyword's data text. False where the deck allows no
+    /// variables, and when the resolver declines; true for a keyword without references. What the resolver throws
+    /// reaches the caller.
+    virtual bool ResolveVariables(const KeywordIterator& position, IKeywordVariablesResolver& resolver) = 0;
+    virtual bool ResolveVariables(const KeywordFileIterator& position, IKeywordVariablesResolver& resolver) = 0;
+
+    /// Replaces the data by text, as it stands below the keyword line. False, told at severity 3, for a text with a
+    /// further keyword in it, and for data of a keyword that has none.
+    virtual bool SetDataText(const KeywordIterator& position, const std::string& text) = 0;
+    virtual bool SetDataText(const KeywordFileIterator& position, const std::string& text) = 0;
+
+    /// Replaces the data. False, told at severity 3, for those of another keyword and for a string with a line break.
+    /// The data are taken in all cases.
+    virtual bool SetData(const KeywordIterator& position, std::unique_ptr<Keywords::IKeywordData> data) = 0;
+    virtual bool SetData(const KeywordFileIterator& position, std::unique_ptr<Keywords::IKeywordData> data) = 0;
+
+    /// Replaces data and generated tag by those of a whole keyword's text. False when that has no keyword line or
+    /// another name, and where `SetDataText` is.
+    virtual bool SetKeywordText(const KeywordIterator& position, const std::string& text) = 0;
+    virtual bool SetKeywordText(const KeywordFileIterator& position, const std::string& text) = 0;
+
+    /// Replaces the comment between the keyword's line and its data; "\n" between lines, no markers.
+    virtual bool SetComment(const KeywordIterator& position, const std::string& text) = 0;
+    virtual bool SetComment(const KeywordFileIterator& position, const std::string& text) = 0;
+
+    /// The next write puts the keyword behind the comment marker; then it is none any more.
+    virtual bool CommentOut(const KeywordIterator& position) = 0;
+    virtual bool CommentOut(const KeywordFileIterator& position) = 0;
+
+    /// True also for a keyword that is suppressed already, or isn't.
+    virtual bool Suppress(const KeywordIterator& position) = 0;
+    virtual bool Suppress(const KeywordFileIterator& position) = 0;
+    virtual bool Unsuppress(const KeywordIterator& position) = 0;
+    virtual bool Unsuppress(const KeywordFileIterator& position) = 0;
+
+    /// Sets, or clears, the generated tag of each keyword that is new or whose data have changed.
+    virtual void TagAllKeywords() = 0;
+    virtual void UntagAllKeywords() = 0;
+    virtual void TagKeyword(const IKeyword* keyword) = 0;
+    virtual void UntagKeyword(const IKeyword* keyword) = 0;
+
+    /// The parsed data, taken out of the keyword: its next use reads them again. Null where there are none, and for
+    /// null. An uncommitted change of the data goes with them; a keyword that stands in no file yet gives a copy.
+    std::unique_ptr<Keywords::IKeywordData> GetAndResetData(const IKeyword* keyword);
+
     virtual ~IDeckKeywordsEditor() = default;
+
+protected:
+    virtual std::unique_ptr<Keywords::IKeywordData> TakeData(const IKeyword* keyword) = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

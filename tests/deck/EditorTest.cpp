@@ -1,0 +1,282 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "files/KeywordFile.h"
+#include "keywords/Keyword.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include <deckmanager/Environment.h>
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IKeyword.h>
+#include <deckmanager/IKeywordVariablesResolver.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordDataFactory.h>
+
+// Edits through the editor, in memory: what the deck then is, what is refused, and what a discard gives back.
+
+namespace {
+
+using namespace Tarn::Fjel::Core;
+using namespace Tarn::Fjel::Core::DeckManager;
+using Keywords::SectionType;
+using TestSupport::TestDeck;
+
+const std::string topText = "RUNSPEC\nDIMENS\n1 2 3 /\nOIL\nINCLUDE\n'A.INC' /\nPROPS\nDENSITY\n1 2 3 /\nEND\n";
+const std::string includedText = "WATER\nTABDIMS\n1 2 /\n";
+
+const Keywords::IKeywordSyntax& SyntaxOf(const std::string& name)
+{
+    return *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
+}
+
+class EditorTest : public testing::Test
+{
+protected:
+    IDeckKeywordsEditor& Editor() { return *m_deck.Manager().GetEditor(&m_deck.Deck()); }
+    std::string DataTextAt(const std::string& name)
+    {
+        const std::shared_ptr<std::string> text = m_deck.Keywords().GetDataText(*m_deck.At(name));
+        return text ? *text : "(none)";
+    }
+
+    TestSupport::CleanEnvironment m_environment;
+    TestSupport::LogRecorder m_log;
+    TestDeck m_deck{TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", includedText}}};
+};
+
+/// Hears the changes of a file.
+struct Listener
+{
+    explicit Listener(KeywordFile& heard) : file(heard) { file.fileChanged.Add(this, &Listener::Hear); }
+    ~Listener() { file.fileChanged.Remove(this, &Listener::Hear); }
+    void Hear(KeywordFileEventArgs& args)
+    {
+        text += std::to_string(args.GetKind());
+        if (args.GetKeyword() != nullptr) text += args.GetKeyword()->GetName();
+        text += ' ';
+    }
+
+    KeywordFile& file;
+    std::string text;
+};
+
+TEST_F(EditorTest, ListChangesShowInTheWalkAndGoWithADiscard)
+{
+    const std::string before = m_deck.Walk(true);
+    ASSERT_EQ(before, "RUNSPEC DIMENS OIL INCLUDE WATER TABDIMS PROPS DENSITY END");
+    IDeckKeywordsEditor& editor = Editor();
+    const Listener top(m_deck.TopFile());
+
+    const IKeyword* gas = editor.InsertKeywordText(SyntaxOf("GAS"), m_deck.At("TABDIMS"), "GAS\n");
+    ASSERT_NE(gas, nullptr);
+    EXPECT_EQ(gas->GetFile(), &m_deck.File("A.INC"));
+    EXPECT_TRUE(editor.RemoveKeyword(m_deck.At("WATER")));
+    EXPECT_TRUE(editor.MoveKeyword(m_deck.At("OIL"), m_deck.At("GAS")));
+    EXPECT_EQ((*m_deck.At("OIL"))->GetFile(), &m_deck.File("A.INC"));
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS INCLUDE OIL GAS TABDIMS PROPS DENSITY END");
+    EXPECT_EQ(top.text, "0GAS 1WATER 2OIL ");
+    EXPECT_TRUE(m_deck.TopFile().IsModified());
+
+    editor.Discard();
+    EXPECT_EQ(m_deck.Walk(true), before);
+    EXPECT_EQ((*m_deck.At("OIL"))->GetFile(), &m_deck.TopFile());
+    EXPECT_FALSE(m_deck.TopFile().IsModified() || m_deck.File("A.INC").IsModified());
+}
+
+TEST_F(EditorTest, AMoveToWhereTheKeywordStandsIsNone)
+{
+    const Listener top(m_deck.TopFile());
+    EXPECT_FALSE(Editor().MoveKeyword(m_deck.At("DIMENS"), m_deck.At("DIMENS")));
+    EXPECT_FALSE(Editor().MoveKeyword(m_deck.At("DIMENS"), m_deck.At("OIL")));
+    EXPECT_FALSE(Editor().RemoveKeyword(m_deck.TopFile().End()));
+    EXPECT_EQ(top.text, "");
+    EXPECT_FALSE(m_deck.TopFile().IsModified());
+}
+
+TEST_F(EditorTest, DataOfANewKeywordAreReadFromWhatItWasGiven)
+{
+    IDeckKeywordsEditor& editor = Editor();
+    const IKeyword* byText = editor.InsertKeywordText(SyntaxOf("EQLDIMS"), m_deck.At("PROPS"), "EQLDIMS\n 7 2* 9 /");
+    ASSERT_NE(byText, nullptr);
+    EXPECT_FALSE(static_cast<const Keyword*>(byText)->IsDataChanged());
+    const Keywords::IKeywordData* data = m_deck.Keywords().GetKeywordData(byText);
+    ASSERT_NE(data, nullptr);
+
+    // A tree of another keyword's is refused, and taken.
+    EXPECT_EQ(editor.InsertKeyword(SyntaxOf("DENSITY"), m_deck.At("PROPS"), data->CloneSafely(), ""), nullptr);
+    const IKeyword* byTree =
+        editor.InsertKeyword(SyntaxOf("EQLDIMS"), m_deck.At("PROPS"), data->CloneSafely(), "EQLDIMS");
+    ASSERT_NE(byTree, nullptr);
+    EXPECT_NE(byTree->GetText()->find("7 1* 1* 9 /"), std::string::npos) << *byTree->GetText();
+
+    // Taking its data leaves a keyword that stands in no file as it is.
+    EXPECT_NE(editor.GetAndResetData(byTree), nullptr);
+    EXPECT_NE(byTree->GetText()->find("7 1* 1* 9 /"), std::string::npos) << *byTree->GetText();
+    EXPECT_EQ(editor.GetAndResetData(nullptr), nullptr);
+}
+
+TEST_F(EditorTest, TextsAreTakenWholeOrNotAtAll)
+{
+    IDeckKeywordsEditor& editor = Editor();
+    const std::string tag = Environment::Instance().GetKeywordGeneratedTag();
+    const KeywordIterator density = m_deck.At("DENSITY");
+    const KeywordFileIterator dimens = m_deck.Keywords().GetFileIterator(m_deck.At("DIMENS"));
+
+    EXPECT_EQ(editor.InsertKeywordText(SyntaxOf("EQLDIMS"), density, "EQLDIMS\n1 /\nGAS\n"), nullptr);
+    EXPECT_FALSE(editor.SetDataText(dimens, "4 5 6 /\nGAS\n"));
+    EXPECT_FALSE(editor.SetKeywordText(dimens, "TABDIMS\n4 5 6 /\n"));
+    EXPECT_FALSE(editor.SetKeywordText(dimens, "4 5 6 /\n"));
+    EXPECT_FALSE(m_deck.TopFile().IsModified());
+
+    EXPECT_TRUE(editor.SetKeywordText(dimens, "DIMENS   " + tag + "\n4 5 6 /\n"));
+    EXPECT_TRUE((*dimens)->IsGenerated());
+    EXPECT_EQ(DataTextAt("DIMENS"), "4 5 6 /");
+    EXPECT_TRUE(editor.SetKeywordText(dimens, "DIMENS\n4 5 7 /\n"));
+    EXPECT_FALSE((*dimens)->IsGenerated());
+
+    // Text without a keyword line is data.
+    const IKeyword* bare = editor.InsertKeywordText(SyntaxOf("EQLDIMS"), density, " 3 /");
+    ASSERT_NE(bare, nullptr);
+    EXPECT_EQ(*m_deck.Keywords().GetDataText(bare), " 3 /");
+}
+
+TEST_F(EditorTest, TheGuardRefusesWithoutAWord)
+{
+    IDeckKeywordsEditor& editor = Editor();
+    m_deck.TopFile().SetReadOnly();
+    const KeywordIterator oil = m_deck.At("OIL");
+    EXPECT_EQ(editor.InsertKeywordText(SyntaxOf("GAS"), oil, "GAS\n"), nullptr);
+    EXPECT_EQ(editor.InsertKeyword(SyntaxOf("GAS"), oil, nullptr, ""), nullptr);
+    EXPECT_FALSE(editor.RemoveKeyword(oil) || editor.MoveKeyword(oil, m_deck.At("WATER")) ||
+                 editor.MoveKeyword(m_deck.At("WATER"), oil) || editor.SetDataText(m_deck.At("DIMENS"), "1 /") ||
+                 editor.SetComment(oil, "c") || editor.CommentOut(oil) || editor.Suppress(oil) ||
+                 editor.Unsuppress(oil) || editor.SetKeywordText(oil, "OIL\n"));
+    editor.TagKeyword(*oil);
+    editor.TagAllKeywords();
+    EXPECT_FALSE(m_deck.TopFile().IsModified());
+    EXPECT_TRUE(m_log.Texts().empty());
+
+    editor.Close();
+    EXPECT_EQ(m_deck.Manager().GetEditor()->GetOrCreateSection(SectionType::GRID, nullptr), nullptr);
+}
+
+TEST_F(EditorTest, AMissingSectionIsMadeInItsPlace)
+{
+    bool existed = true;
+    ASSERT_NE(Editor().GetOrCreateSection(SectionType::GRID, &existed), nullptr);
+    EXPECT_FALSE(existed);
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS OIL INCLUDE WATER TABDIMS GRID PROPS DENSITY END");
+    ASSERT_NE(Editor().GetOrCreateSection(SectionType::PROPS, &existed), nullptr);
+    EXPECT_TRUE(existed);
+    ASSERT_NE(Editor().GetOrCreateSection(SectionType::SCHEDULE, nullptr), nullptr);
+    EXPECT_EQ(m_deck.Walk(), "RUNSPEC DIMENS OIL INCLUDE WATER TABDIMS GRID PROPS DENSITY SCHEDULE END");
+}
+
+TEST_F(EditorTest, AnIncludeGoesWithTheLastOfItsFile)
+{
+    IDeckKeywordsEditor& editor = Editor();
+    EXPECT_TRUE(editor.RemoveKeywords(m_deck.At("OIL"), m_deck.At("TABDIMS")));
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS INCLUDE TABDIMS PROPS DENSITY END");
+    EXPECT_TRUE(editor.RemoveKeywords(m_deck.At("INCLUDE"), m_deck.At("DENSITY")));
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS DENSITY END");
+    EXPECT_FALSE(editor.RemoveKeywords(m_deck.At("DENSITY"), m_deck.At("DENSITY")));
+    editor.Discard();
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS OIL INCLUDE WATER TABDIMS PROPS DENSITY END");
+}
+
+TEST_F(EditorTest, AnIncludeDoesNotMoveIntoItsOwnTree)
+{
+    EXPECT_FALSE(Editor().MoveKeyword(m_deck.At("INCLUDE"), m_deck.At("WATER")));
+    EXPECT_FALSE(m_deck.TopFile().IsModified());
+    EXPECT_TRUE(Editor().MoveKeyword(m_deck.At("INCLUDE"), m_deck.At("DENSITY")));
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS OIL PROPS INCLUDE WATER TABDIMS DENSITY END");
+    EXPECT_EQ(m_deck.Keywords().SectionOf(m_deck.At("WATER")), SectionType::PROPS);
+    EXPECT_EQ(m_deck.File("A.INC").GetStartSection(), SectionType::PROPS);
+}
+
+TEST_F(EditorTest, MarksChangeNothingWhenTheyStandAlready)
+{
+    IDeckKeywordsEditor& editor = Editor();
+    EXPECT_TRUE(editor.Unsuppress(m_deck.At("OIL")));
+    EXPECT_FALSE(m_deck.TopFile().IsModified());
+    EXPECT_TRUE(editor.Suppress(m_deck.At("OIL")));
+    EXPECT_TRUE((*m_deck.At("OIL"))->IsSuppressed() && m_deck.TopFile().IsModified());
+    EXPECT_TRUE(editor.CommentOut(m_deck.At("DIMENS")) && editor.SetComment(m_deck.At("DENSITY"), "heavy"));
+    EXPECT_EQ((*m_deck.At("DENSITY"))->GetComment(), "heavy");
+    editor.InsertKeyword(SyntaxOf("GAS"), m_deck.At("PROPS"), nullptr, "");
+    editor.TagAllKeywords();
+    EXPECT_TRUE((*m_deck.At("GAS"))->IsGenerated());
+    EXPECT_FALSE((*m_deck.At("PROPS"))->IsGenerated());
+    editor.UntagKeyword(*m_deck.At("GAS"));
+    EXPECT_FALSE((*m_deck.At("GAS"))->IsGenerated());
+    editor.Discard();
+    EXPECT_FALSE((*m_deck.At("OIL"))->IsSuppressed() || (*m_deck.At("DIMENS"))->IsCommentedOut());
+    EXPECT_EQ((*m_deck.At("DENSITY"))->GetComment(), "");
+}
+
+/// A region that is skipped is text: no keyword can be put into it, and neither of its ends taken away.
+TEST_F(EditorTest, SkippedRegionsStayWhole)
+{
+    Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::S100);
+    const TestDeck deck(
+        TestDeck::Texts{{"S.DATA", "RUNSPEC\nOIL\nSKIP\nGAS\nSKIP300\nWATER\nENDSKIP\nENDSKIP\nDIMENS\n1 2 3 /\n"}});
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    ASSERT_EQ(deck.Walk(true), "RUNSPEC OIL SKIP SKIP300 ENDSKIP ENDSKIP DIMENS");
+    for (const auto& [name, n] : {std::pair("SKIP300", 1), {"ENDSKIP", 1}, {"ENDSKIP", 2}}) {
+        EXPECT_EQ(editor.InsertKeywordText(SyntaxOf("BRINE"), deck.At(name, n), ""), nullptr) << name << n;
+        EXPECT_FALSE(editor.MoveKeyword(deck.At("OIL"), deck.At(name, n))) << name << n;
+    }
+    for (const char* name : {"SKIP", "SKIP300", "ENDSKIP"}) {
+        EXPECT_FALSE(editor.RemoveKeyword(deck.At(name)) || editor.CommentOut(deck.At(name)) ||
+                     editor.Suppress(deck.At(name)) || editor.MoveKeyword(deck.At(name), deck.At("OIL")))
+            << name;
+    }
+    EXPECT_FALSE(deck.TopFile().IsModified());
+    EXPECT_TRUE(editor.MoveKeyword(deck.At("OIL"), deck.At("DIMENS")));
+    EXPECT_NE(editor.InsertKeywordText(SyntaxOf("BRINE"), deck.At("SKIP"), ""), nullptr);
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC BRINE SKIP SKIP300 ENDSKIP ENDSKIP OIL DIMENS");
+}
+
+struct Resolver : IKeywordVariablesResolver
+{
+    bool Resolve(const Keywords::IKeywordData*, const Keywords::IKeywordVariables* variables,
+                 std::string& text) override
+    {
+        if (fails) throw std::runtime_error("no value");
+        seen += variables != nullptr;
+        text.replace(text.find("$NX"), 3, "12");
+        return accepts;
+    }
+
+    bool accepts = true;
+    bool fails = false;
+    int seen = 0;
+};
+
+TEST_F(EditorTest, VariablesAreResolvedByTheHost)
+{
+    const TestDeck deck(TestDeck::Texts{{"V.DATA", "RUNSPEC\nDIMENS\n$NX 2 3 /\nOIL\n"}});
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    Resolver resolver;
+    EXPECT_TRUE(editor.ResolveVariables(deck.At("OIL"), resolver));
+    resolver.accepts = false;
+    EXPECT_FALSE(editor.ResolveVariables(deck.At("DIMENS"), resolver));
+    resolver.fails = true;
+    EXPECT_THROW(editor.ResolveVariables(deck.At("DIMENS"), resolver), std::runtime_error);
+    EXPECT_FALSE(deck.TopFile().IsModified());
+    resolver = Resolver();
+    EXPECT_TRUE(editor.ResolveVariables(deck.At("DIMENS"), resolver));
+    EXPECT_EQ(resolver.seen, 1);
+    EXPECT_EQ(*deck.Keywords().GetDataText(*deck.At("DIMENS")), "12 2 3 /");
+
+    const TestDeck plain(TestDeck::Texts{{"P.DATA", "RUNSPEC\nOIL\n"}}, false);
+    EXPECT_FALSE(plain.Manager().GetEditor(&plain.Deck())->ResolveVariables(plain.At("OIL"), resolver));
+}
+
+} // namespace
