@@ -60,7 +60,9 @@ std::int64_t MarkSize(ILineReader& reader)
 SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer) : m_file(file), m_writer(writer)
 {
     for (const std::shared_ptr<IKeyword>& keyword : file.DiskList()) {
-        if (AsKeyword(keyword).Reader() == file.FileReader()) m_starts.push_back(AsKeyword(keyword).Position());
+        if (AsKeyword(keyword).Reader() != file.FileReader()) continue;
+        m_starts.push_back(AsKeyword(keyword).Position());
+        m_onDisk.push_back(&AsKeyword(keyword));
     }
     if (file.LoadFailed()) Refuse("cannot be read");
     const Service::FileStatus status = Service::FileStatus::Of(file.FileReader()->GetPath());
@@ -159,31 +161,78 @@ bool SourceFile::BeginsWithTag()
     return false;
 }
 
+long long SourceFile::EndToCopy(const Keyword& keyword, const Context& context) const
+{
+    return keyword.Position() + (m_ownTextOnly ? keyword.OwnSize(context) : keyword.Size());
+}
+
 void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Keywords::SimulatorType simulator)
 {
     if (keyword.IsWrittenAsItStands() && keyword.Reader() == m_file.FileReader()) {
-        Copy(keyword.Position(), keyword.Position() + keyword.Size());
+        Copy(keyword.Position(), EndToCopy(keyword, context));
         return;
     }
     Flush();
-    if (m_writer != nullptr) keyword.Write(*m_writer, context, simulator);
+    if (m_writer == nullptr) return;
+    if (m_ownTextOnly)
+        keyword.WriteOwn(*m_writer, context, simulator);
+    else
+        keyword.Write(*m_writer, context, simulator);
 }
 
 void SourceFile::WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText,
                                 const Context& context)
 {
-    if (m_writer != nullptr && WriteAroundName(keyword, dataText)) return;
+    if (m_writer != nullptr && WriteAroundName(keyword, dataText, context)) return;
     Flush();
-    if (m_writer != nullptr) keyword.WriteWithText(*m_writer, dataText, context);
+    if (m_writer == nullptr) return;
+    if (m_ownTextOnly)
+        keyword.WriteOwnWithText(*m_writer, dataText, context);
+    else
+        keyword.WriteWithText(*m_writer, dataText, context);
 }
 
-bool SourceFile::WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText)
+std::size_t SourceFile::PlaceOnDisk(const Keyword& keyword) const
+{
+    if (keyword.Reader() != m_file.FileReader()) return m_starts.size();
+    const auto found = std::lower_bound(m_starts.begin(), m_starts.end(), keyword.Position());
+    return static_cast<std::size_t>(found - m_starts.begin());
+}
+
+bool SourceFile::StandAsOnDisk(const Keyword& keyword, const Keyword* next) const
+{
+    const std::size_t place = PlaceOnDisk(keyword);
+    if (place >= m_onDisk.size() || m_onDisk[place] != &keyword) return false;
+    return next != nullptr ? place + 1 < m_onDisk.size() && m_onDisk[place + 1] == next : place + 1 == m_onDisk.size();
+}
+
+void SourceFile::CopyBlockAhead(const Keyword* below, const Context& context)
+{
+    if (below != nullptr && below->Reader() != m_file.FileReader()) {
+        KeywordFile* other = below->GetDiskFile();
+        if (other == nullptr) return;
+        Flush();
+        SourceFile source(*other, m_writer);
+        source.CopyBlockAhead(below, context);
+        source.Flush();
+        return;
+    }
+    const std::size_t place = below != nullptr ? PlaceOnDisk(*below) : m_onDisk.size();
+    if (place == 0) return;
+    const Keyword& ahead = *m_onDisk[place - 1];
+    // What a skip keyword has behind it is the region that it skips.
+    if (ahead.IsSkipped()) return;
+    Copy(ahead.RestBegin(context), place < m_starts.size() ? m_starts[place] : m_size);
+}
+
+bool SourceFile::WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText,
+                                 const Context& context)
 {
     if (!keyword.IsWrittenAsItStands() || keyword.Reader() != m_file.FileReader()) return false;
     const std::optional<std::string> token = keyword.TokenAlone(dataText);
     if (!token || token->size() > longestToken) return false;
     ILineReader* reader = Reader();
-    const std::int64_t end = keyword.Position() + keyword.Size();
+    const std::int64_t end = EndToCopy(keyword, context);
     if (!LineReaderUtil::AdvanceToDataLine(reader, keyword.Position(), keyword.Size())) return false;
     const std::int64_t lineBegin = reader->Tell();
     std::array<char, longestToken * 4> line;
@@ -205,7 +254,7 @@ bool SourceFile::WriteAroundName(const FileReferencingKeyword& keyword, const st
 void SourceFile::LeaveOut(const Keyword& keyword, const Context& context)
 {
     Flush();
-    if (m_writer != nullptr) keyword.WriteTrailingText(*m_writer, context);
+    if (m_writer != nullptr && !m_ownTextOnly) keyword.WriteTrailingText(*m_writer, context);
 }
 
 std::int64_t SourceFile::GapEnd(std::int64_t begin) const

@@ -53,6 +53,15 @@ public:
     /// The keyword with other data, that name another file: where nothing but the name is changed, not a byte around it
     /// is.
     void WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
+    /// From now on the operations above and below write a keyword's own text alone: what stands behind it follows by
+    /// `CopyBlockAhead`, or not at all.
+    void SetOwnTextOnly(bool value) { m_ownTextOnly = value; }
+    /// On the disk `next` stands straight behind the keyword, or the end of the file, where it is null.
+    bool StandAsOnDisk(const Keyword& keyword, const Keyword* next) const;
+    /// What stood ahead of a keyword on the disk, in this file or another: mostly the comment above it. Nothing for the
+    /// first of its file, whose comment is header. Null: what stood at the end of this file.
+    void CopyBlockAhead(const Keyword* below, const Context& context);
+
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
     void CopyGap(const Keyword& keyword);
@@ -74,7 +83,9 @@ public:
     ILineReader* Reader();
 
 private:
-    bool WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText);
+    bool WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
+    long long EndToCopy(const Keyword& keyword, const Context& context) const;
+    std::size_t PlaceOnDisk(const Keyword& keyword) const;
     void Copy(std::int64_t begin, std::int64_t end);
     std::int64_t GapEnd(std::int64_t begin) const;
     [[noreturn]] void Refuse(const char* reason) const;
@@ -83,8 +94,10 @@ private:
     LineFileWriter* m_writer;
     std::unique_ptr<OpenReaderGuard> m_guard;
     std::shared_ptr<ILineReader> m_reader;
-    std::vector<std::int64_t> m_starts; ///< of the keywords on the disk, ascending
-    std::int64_t m_size = 0;            ///< of the file
+    std::vector<std::int64_t> m_starts;   ///< of the keywords on the disk, ascending
+    std::vector<const Keyword*> m_onDisk; ///< these keywords
+    std::int64_t m_size = 0;              ///< of the file
+    bool m_ownTextOnly = false;
     std::int64_t m_headEnd = 0;
     std::int64_t m_begin = 0; ///< what is held back
     std::int64_t m_end = 0;

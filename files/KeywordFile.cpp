@@ -283,8 +283,7 @@ void KeywordFile::SaveToCache(const Service::FileStatus& status) const
 void KeywordFile::ResetContents()
 {
     DropPositions();
-    m_snapshot.clear();
-    m_snapshotTaken = false;
+    DropSnapshot();
     m_contents.reset();
     m_tagState.Clear();
     m_headerBegin = m_headerEnd = m_tailBegin = -1;
@@ -315,8 +314,7 @@ void KeywordFile::CancelChanges()
         DropPositions();
         LinkCounter::Changed();
     }
-    m_snapshot.clear();
-    m_snapshotTaken = false;
+    DropSnapshot();
     if (undo) {
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);

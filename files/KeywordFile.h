@@ -1,8 +1,10 @@
 #pragma once
 
 #include <array>
+#include <list>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "files/FileTagState.h"
@@ -136,6 +138,17 @@ public:
     const FileTagState& TagState() const { return m_tagState; }
     /// The keywords as they stand on the disk: the list as it was before an edit changed it.
     const KeywordFileContents::List& DiskList() const;
+    const KeywordFileContents::List& PresentList() const { return Contents().Keywords(); }
+    /// What stands ahead of a keyword is the text that stood ahead of each of these on the disk: of the keyword itself,
+    /// behind those that were removed there. Of null: what stood at the end of its file.
+    using Blocks = std::list<std::shared_ptr<IKeyword>>;
+    /// That of a keyword of the list; `keyword` null: of the list's end.
+    Blocks BlocksAhead(const std::shared_ptr<IKeyword>& keyword) const;
+    /// The list is the one on the disk, and what stands between its keywords too.
+    bool IsListUnchanged() const { return !m_snapshotTaken; }
+    /// An edit has changed what stands ahead of the keyword.
+    bool HasOtherBlocksAhead(const IKeyword* keyword) const { return m_blocksAhead.count(keyword) > 0; }
+
     /// The files that INCLUDE keywords name: those of the list, then those that an edit has taken out of it since. None
     /// of a file that was never read.
     std::vector<KeywordFile*> IncludedFiles() const;
@@ -177,6 +190,8 @@ private:
     KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
     void DropPositions();
     void TakeSnapshot();
+    void DropSnapshot();
+    Blocks TakeBlocks(const std::shared_ptr<IKeyword>& keyword);
     bool TakesEditAt(const KeywordFileIterator& position) const;
     IKeyword* PutIn(const KeywordFileIterator& position, std::unique_ptr<Keyword> keyword);
     void DropAfterEdit(const Keyword& keyword);
@@ -192,6 +207,8 @@ private:
     long long m_tailBegin = -1;
     bool m_snapshotTaken = false;
     KeywordFileContents::List m_snapshot;
+    /// Where the blocks ahead of a keyword are others than its own; of null: of the list's end.
+    std::unordered_map<const IKeyword*, Blocks> m_blocksAhead;
     mutable std::unique_ptr<std::vector<KeywordFileIterator>> m_includeIndex;
     mutable Context m_context;
     mutable std::unique_ptr<KeywordFileIterator> m_logicalEnd;

@@ -34,6 +34,28 @@ void KeywordFile::TakeSnapshot()
     m_snapshotTaken = true;
 }
 
+void KeywordFile::DropSnapshot()
+{
+    m_snapshot.clear();
+    m_blocksAhead.clear();
+    m_snapshotTaken = false;
+}
+
+KeywordFile::Blocks KeywordFile::BlocksAhead(const std::shared_ptr<IKeyword>& keyword) const
+{
+    const auto found = m_blocksAhead.find(keyword.get());
+    return found != m_blocksAhead.end() ? found->second : Blocks{keyword};
+}
+
+KeywordFile::Blocks KeywordFile::TakeBlocks(const std::shared_ptr<IKeyword>& keyword)
+{
+    const auto found = m_blocksAhead.find(keyword.get());
+    if (found == m_blocksAhead.end()) return {keyword};
+    Blocks blocks = std::move(found->second);
+    m_blocksAhead.erase(found);
+    return blocks;
+}
+
 /// A region that is skipped shows in the list by its SKIP and ENDSKIP keywords alone. A keyword put between them would
 /// be text to whoever reads the file.
 bool KeywordFile::TakesEditAt(const KeywordFileIterator& position) const
@@ -81,6 +103,8 @@ IKeyword* KeywordFile::PutIn(const KeywordFileIterator& position, std::unique_pt
     // A walk in progress may stand at the end, or before the first keyword.
     const List::iterator place = position.AtBeforeBegin() ? keywords.begin() : position.GetKeywordListIter();
     Keyword& inserted = *keyword;
+    // The comment above the keyword below stays with that.
+    m_blocksAhead[&inserted];
     m_contents->Insert(place, std::shared_ptr<IKeyword>(std::move(keyword)));
     DropAfterEdit(inserted);
     KeywordFileInsertEventArgs args(*this, inserted);
@@ -95,6 +119,12 @@ bool KeywordFile::RemoveKeyword(const KeywordFileIterator& position)
     if (m_loadFailed || IsSkipped(node)) return false;
     TakeSnapshot();
     const std::shared_ptr<IKeyword> hold = *node;
+    // The comment above it stays, ahead of what follows.
+    const List::iterator next = std::next(node);
+    const std::shared_ptr<IKeyword> follower = next != Contents().Keywords().end() ? *next : nullptr;
+    Blocks blocks = TakeBlocks(hold);
+    blocks.splice(blocks.end(), TakeBlocks(follower));
+    m_blocksAhead[follower.get()] = std::move(blocks);
     Keyword& keyword = KeywordFileContents::AsKeyword(hold);
     m_contents->Erase(node);
     DropAfterEdit(keyword);
@@ -122,6 +152,8 @@ bool KeywordFile::MoveKeyword(const KeywordFileIterator& source, KeywordFile& ta
 
     TakeSnapshot();
     target.TakeSnapshot();
+    // The comment above it moves along.
+    if (&target != this) target.m_blocksAhead[&keyword] = TakeBlocks(*node);
     target.m_contents->Splice(place, *m_contents, node);
     if (&target != this) keyword.SetOwner(&target);
     DropAfterEdit(keyword);

@@ -132,6 +132,11 @@ public:
     void Write(ILineWriter& writer, const Context& context, Keywords::SimulatorType simulator) const;
     /// The same with other data, given as text below the keyword line.
     void WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const;
+    /// The same two without what stands in the extent behind the keyword's own text.
+    void WriteOwn(ILineWriter& writer, const Context& context, Keywords::SimulatorType simulator) const;
+    void WriteOwnWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const;
+    /// Where that begins in the file, as the keyword would be written now. REQUIRES: a valid extent.
+    long long RestBegin(const Context& context) const;
     /// What stands in the extent behind the keyword's own text, which is mostly the comment above the keyword below.
     /// For whoever leaves the keyword out.
     void WriteTrailingText(ILineWriter& writer, const Context& context) const;
@@ -193,13 +198,14 @@ private:
     [[noreturn]] void ThrowUnreadable() const;
     long long OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const;
     long long TakenSize(const Context& context) const;
-    void WriteMarked(ILineWriter& writer, const DataSource& source, bool commentedOut, bool suppressed,
-                     const Context& context, Keywords::SimulatorType simulator, bool commit) const;
+    void WriteLeadingComment(ILineWriter& writer) const;
+    void WriteMarked(ILineWriter& writer, const DataSource& source, const Context& context,
+                     Keywords::SimulatorType simulator, long long* restBeginOut) const;
     void WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,
-                   long long ownEnd, const Context& context, Keywords::SimulatorType simulator, bool commit) const;
+                   long long ownEnd, const Context& context, Keywords::SimulatorType simulator) const;
     void WriteHead(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,
-                   long long headEnd, bool commit) const;
-    std::string KeywordLine(const KeywordStretches* stretches, bool commit) const;
+                   long long headEnd) const;
+    std::string KeywordLine(const KeywordStretches* stretches) const;
     void CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const;
 
     const Keywords::IKeywordSyntax* m_syntax;

@@ -142,15 +142,43 @@ std::string Keyword::WriteDataText() const
 
 void Keyword::Write(ILineWriter& writer, const Context& context, SimulatorType simulator) const
 {
-    if (m_leadingCommentChanged && !m_state->leadingComment.empty()) writer.WriteText(m_state->leadingComment);
-    WriteMarked(writer, SourceOfData(context), m_commentedOut, m_suppressed, context, simulator, false);
+    WriteLeadingComment(writer);
+    WriteMarked(writer, SourceOfData(context), context, simulator, nullptr);
 }
 
 void Keyword::WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const
 {
+    WriteLeadingComment(writer);
+    WriteMarked(writer, {true, &dataText, std::nullopt}, context, SimulatorType::Any, nullptr);
+}
+
+void Keyword::WriteOwn(ILineWriter& writer, const Context& context, SimulatorType simulator) const
+{
+    WriteLeadingComment(writer);
+    long long restBegin = 0;
+    WriteMarked(writer, SourceOfData(context), context, simulator, &restBegin);
+}
+
+void Keyword::WriteOwnWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const
+{
+    WriteLeadingComment(writer);
+    long long restBegin = 0;
+    WriteMarked(writer, {true, &dataText, std::nullopt}, context, SimulatorType::Any, &restBegin);
+}
+
+void Keyword::WriteLeadingComment(ILineWriter& writer) const
+{
     if (m_leadingCommentChanged && !m_state->leadingComment.empty()) writer.WriteText(m_state->leadingComment);
-    WriteMarked(writer, {true, &dataText, std::nullopt}, m_commentedOut, m_suppressed, context, SimulatorType::Any,
-                false);
+}
+
+/// Text that was set may have brought some of what stands behind the old text with it, so it takes a write to tell.
+long long Keyword::RestBegin(const Context& context) const
+{
+    if (!IsBodyChanged()) return m_position + OwnSize(context);
+    LineStringWriter unseen;
+    long long restBegin = 0;
+    WriteMarked(unseen, SourceOfData(context), context, SimulatorType::Any, &restBegin);
+    return restBegin;
 }
 
 void Keyword::WriteTrailingText(ILineWriter& writer, const Context& context) const
@@ -247,16 +275,21 @@ long long Keyword::TakenSize(const Context& context) const
     return state.takenSize;
 }
 
-void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool commentedOut, bool suppressed,
-                          const Context& context, SimulatorType simulator, bool commit) const
+/// `restBegin` null: what stands behind the keyword's own text follows. Else it is left out, and its beginning in the
+/// file put there.
+void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, const Context& context,
+                          SimulatorType simulator, long long* restBeginOut) const
 {
     if (IsSkipped()) return;
     if (!source.fresh && !IsBodyChanged()) {
-        CopyStretch(writer, *ReaderToCopyFrom(), m_position, m_position + m_size, false);
+        const long long size = restBeginOut != nullptr ? OwnSize(context) : m_size;
+        CopyStretch(writer, *ReaderToCopyFrom(), m_position, m_position + size, false);
+        if (restBeginOut != nullptr) *restBeginOut = m_position + size;
         return;
     }
-    const bool marksChanged = commentedOut || m_suppressed != m_committedSuppressed;
-    const bool marked = marksChanged || (suppressed && source.fresh);
+    const bool marksChanged = m_commentedOut || m_suppressed != m_committedSuppressed;
+    const bool marked = marksChanged || (m_suppressed && source.fresh);
+    const bool endsOwn = source.fresh || marked || restBeginOut != nullptr;
     std::shared_ptr<ILineReader> lines;
     std::optional<KeywordStretches> stretches;
     DataSource data = source;
@@ -266,7 +299,7 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool co
     if (HasValidExtent()) {
         lines = ReaderToCopyFrom();
         stretches.emplace(*lines, m_position, m_size, CanHaveComment());
-        ownEnd = restBegin = source.fresh || marked ? OwnEnd(*stretches, *lines, context) : stretches->end;
+        ownEnd = restBegin = endsOwn ? OwnEnd(*stretches, *lines, context) : stretches->end;
     }
     // What its reader makes nothing of (a title that looks like a comment), and what it has no value for, isn't lost to
     // a rewrite.
@@ -287,10 +320,10 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool co
     }
     const KeywordStretches* const places = stretches ? &*stretches : nullptr;
     if (!marked) {
-        WriteBody(writer, data, places, lines.get(), ownEnd, context, simulator, commit);
+        WriteBody(writer, data, places, lines.get(), ownEnd, context, simulator);
     } else {
         LineStringWriter body;
-        WriteBody(body, data, places, lines.get(), ownEnd, context, simulator, commit);
+        WriteBody(body, data, places, lines.get(), ownEnd, context, simulator);
         if (lines && marksChanged) {
             // Numbers too many are nobody else's: they must not stay behind without their keyword.
             const long long leftOver = stretches->BehindLeftOverData(*lines, restBegin);
@@ -298,28 +331,29 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, bool co
             restBegin = leftOver;
         }
         std::string text = body.TakeText();
-        if (commentedOut)
+        if (m_commentedOut)
             text = MarkLines(text, LineMark::Comment);
-        else if (suppressed)
+        else if (m_suppressed)
             text = MarkLines(text, LineMark::Suppress);
         writer.WriteText(text);
     }
-    if (lines) CopyStretch(writer, *lines, restBegin, stretches->end, false);
+    if (restBeginOut != nullptr)
+        *restBeginOut = restBegin;
+    else if (lines)
+        CopyStretch(writer, *lines, restBegin, stretches->end, false);
 }
 
 /// The keyword's own text. Without `stretches` it has none in a file.
 void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches,
-                        ILineReader* lines, long long ownEnd, const Context& context, SimulatorType simulator,
-                        bool commit) const
+                        ILineReader* lines, long long ownEnd, const Context& context, SimulatorType simulator) const
 {
     if (stretches && !source.fresh && !IsTagChanged())
         CopyStretch(writer, *lines, stretches->begin, stretches->head, IsActivated());
     else
-        writer.WriteText(m_suppressed ? MarkLines(KeywordLine(stretches, commit), LineMark::Suppress)
-                                      : KeywordLine(stretches, commit));
+        writer.WriteText(m_suppressed ? MarkLines(KeywordLine(stretches), LineMark::Suppress) : KeywordLine(stretches));
 
     const long long headEnd = stretches ? std::min(stretches->data, ownEnd) : 0;
-    WriteHead(writer, source, stretches, lines, headEnd, commit);
+    WriteHead(writer, source, stretches, lines, headEnd);
     if (!source.fresh) {
         CopyStretch(writer, *lines, headEnd, ownEnd, IsActivated());
     } else if (source.text) {
@@ -334,24 +368,24 @@ void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const Key
 
 /// What stands between the keyword line and the data: the comment, and others.
 void Keyword::WriteHead(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches,
-                        ILineReader* lines, long long headEnd, bool commit) const
+                        ILineReader* lines, long long headEnd) const
 {
     if (source.text && HeldText::BeginsWithComment(*source.text)) return;
     if (source.head) {
         writer.WriteText(*source.head);
     } else if (!stretches) {
-        GetCommentManager().WriteComment(writer, commit);
+        GetCommentManager().WriteComment(writer, false);
     } else if (!IsCommentChanged()) {
         CopyStretch(writer, *lines, stretches->head, headEnd, IsActivated());
     } else {
         CopyStretch(writer, *lines, stretches->head, stretches->comment.begin, IsActivated());
-        GetCommentManager().WriteComment(writer, commit);
+        GetCommentManager().WriteComment(writer, false);
         CopyStretch(writer, *lines, stretches->comment.end, headEnd, IsActivated());
     }
 }
 
 /// Name, what the user has put behind it, and the tag.
-std::string Keyword::KeywordLine(const KeywordStretches* stretches, bool commit) const
+std::string Keyword::KeywordLine(const KeywordStretches* stretches) const
 {
     std::string line = GetName();
     std::string behindTag;
@@ -373,10 +407,7 @@ std::string Keyword::KeywordLine(const KeywordStretches* stretches, bool commit)
         behindTag += stretches->behindTags;
     }
     const std::size_t size = line.size();
-    if (commit)
-        GetTagMgr().CommitTag(line);
-    else
-        GetTagMgr().WriteTag(line);
+    GetTagMgr().WriteTag(line);
     if (!behindTag.empty()) {
         // What was a comment thanks to the tag needs a marker of its own without it.
         if (line.size() == size && !VeldaneDeckInfo::BeginsWithCommentMarker(behindTag))

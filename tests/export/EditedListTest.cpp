@@ -1,0 +1,161 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/export/Exporting.h"
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IKeyword.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+
+// What a deck's text is after edits of its list: comments stay with the keyword that they stand above, and where that
+// goes away they stay where they are.
+
+namespace {
+
+using namespace ExportTests;
+using TestSupport::TestDeck;
+
+class EditedListTest : public testing::Test
+{
+protected:
+    using Edit = std::function<bool(IDeckKeywordsEditor&, const TestDeck&)>;
+
+    /// The text of the file after the edit, in a copy of the deck.
+    static std::string Edited(const TestDeck::Texts& files, const Edit& edit, const std::string& name)
+    {
+        LineEnds::SetPolicy(LineEnds::Policy::Keep);
+        const TestDeck deck(files);
+        deck.Walk(true);
+        IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+        EXPECT_TRUE(edit(editor, deck));
+        const std::string directory = deck.Dir().Path("copy");
+        EXPECT_TRUE(deck.Keywords().ExportToDirectory(directory, Keywords::SimulatorType::Any, false));
+        return deck.Dir().Read("copy/" + name);
+    }
+
+    static IKeyword* Insert(IDeckKeywordsEditor& editor, const KeywordIterator& place, const std::string& text)
+    {
+        const std::string name = text.substr(0, text.find('\n'));
+        return editor.InsertKeywordText(*Environment::Instance().GetSyntaxTable()->FindSyntax(name, true), place, text);
+    }
+
+    TestSupport::CleanEnvironment m_environment;
+};
+
+TEST_F(EditedListTest, CommentsStayWithTheKeywordBelow)
+{
+    const std::string text = "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 / "
+                             "x\n-- above G\nEQLDIMS\n2 /\n-- end\n";
+    struct Case
+    {
+        const char* what;
+        Edit edit;
+        const char* expected;
+    };
+    const std::vector<Case> cases = {
+        {"inserted ahead of the comment",
+         [](auto& editor, auto& deck) { return Insert(editor, deck.At("EQLDIMS"), "WATER\n") != nullptr; },
+         "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 / x\nWATER\n\n-- above "
+         "G\nEQLDIMS\n2 /\n-- end\n"},
+        {"inserted ahead of the first",
+         [](auto& editor, auto& deck) { return Insert(editor, deck.At("RUNSPEC"), "WATER\n") != nullptr; },
+         "-- header\nWATER\n\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 / x\n-- above "
+         "G\nEQLDIMS\n2 /\n-- end\n"},
+        {"inserted at the end",
+         [](auto& editor, auto& deck) { return Insert(editor, deck.Keywords().End(), "WATER\n") != nullptr; },
+         "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 / x\n-- above "
+         "G\nEQLDIMS\n2 /\nWATER\n\n-- end\n"},
+        {"removed", [](auto& editor, auto& deck) { return editor.RemoveKeyword(deck.At("DIMENS")); },
+         "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\n-- above G\nEQLDIMS\n2 /\n-- end\n"},
+        {"two removed, the later first",
+         [](auto& editor, auto& deck) {
+             return editor.RemoveKeyword(deck.At("DIMENS")) && editor.RemoveKeyword(deck.At("TABDIMS"));
+         },
+         "-- header\nRUNSPEC\n\n-- above O\n\n-- above DIMENS\n-- above G\nEQLDIMS\n2 /\n-- end\n"},
+        {"the first removed", [](auto& editor, auto& deck) { return editor.RemoveKeyword(deck.At("RUNSPEC")); },
+         "-- header\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 / x\n-- above G\nEQLDIMS\n2 /\n-- "
+         "end\n"},
+        {"the last removed", [](auto& editor, auto& deck) { return editor.RemoveKeyword(deck.At("EQLDIMS")); },
+         "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 / x\n-- above G\n-- "
+         "end\n"},
+        {"all removed",
+         [](auto& editor, auto& deck) { return editor.RemoveKeywords(deck.At("RUNSPEC"), deck.Keywords().End()); },
+         "-- header\n\n-- above O\n\n-- above DIMENS\n-- above G\n-- end\n"},
+        {"moved up",
+         [](auto& editor, auto& deck) { return editor.MoveKeyword(deck.At("EQLDIMS"), deck.At("TABDIMS")); },
+         "-- header\nRUNSPEC\n-- above G\nEQLDIMS\n2 /\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n1 2 3 "
+         "/ x\n-- end\n"},
+        {"moved down",
+         [](auto& editor, auto& deck) { return editor.MoveKeyword(deck.At("TABDIMS"), deck.At("EQLDIMS")); },
+         "-- header\nRUNSPEC\n\n-- above DIMENS\nDIMENS\n1 2 3 / x\n\n-- above O\nTABDIMS\n1 2 /\n-- above "
+         "G\nEQLDIMS\n2 /\n-- end\n"},
+        {"new ones come and go",
+         [](auto& editor, auto& deck) {
+             return Insert(editor, deck.At("EQLDIMS"), "WATER\n") != nullptr && editor.RemoveKeyword(deck.At("WATER"));
+         },
+         text.c_str()},
+        {"changed, with another behind it",
+         [](auto& editor, auto& deck) {
+             return editor.SetDataText(deck.At("DIMENS"), " 4 5 6 /") &&
+                    Insert(editor, deck.At("EQLDIMS"), "WATER\n") != nullptr;
+         },
+         "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\nDIMENS\n 4 5 6 /\nWATER\n\n-- above "
+         "G\nEQLDIMS\n2 /\n-- end\n"},
+        {"commented out, with another behind it",
+         [](auto& editor, auto& deck) {
+             return editor.CommentOut(deck.At("DIMENS")) && Insert(editor, deck.At("EQLDIMS"), "WATER\n") != nullptr;
+         },
+         "-- header\nRUNSPEC\n\n-- above O\nTABDIMS\n1 2 /\n\n-- above DIMENS\n--DIMENS\n--1 2 3 / x\nWATER\n\n-- "
+         "above G\nEQLDIMS\n2 /\n-- end\n"},
+    };
+    for (const Case& test : cases) {
+        EXPECT_EQ(Edited({{"TOP.DATA", text}}, test.edit, "TOP.DATA"), test.expected) << test.what;
+    }
+}
+
+TEST_F(EditedListTest, CommentsMoveToAnotherFileWithTheirKeyword)
+{
+    const TestDeck::Texts files = {
+        {"TOP.DATA", "DIMENS\n1 2 3 /\n-- above T\nTABDIMS\n1 /\n-- above G\nGAS\nINCLUDE\nA.INC /\n"},
+        {"A.INC", "-- head\nEQLDIMS\n1 /\n-- above W\nWELLDIMS\n1 2 3 /"}};
+    const Edit there = [](auto& editor, auto& deck) {
+        return editor.MoveKeyword(deck.At("TABDIMS"), deck.At("WELLDIMS"));
+    };
+    EXPECT_EQ(Edited(files, there, "TOP.DATA"), "DIMENS\n1 2 3 /\n-- above G\nGAS\nINCLUDE\nA.INC /\n");
+    EXPECT_EQ(Edited(files, there, "A.INC"),
+              "-- head\nEQLDIMS\n1 /\n-- above T\nTABDIMS\n1 /\n-- above W\nWELLDIMS\n1 2 3 /");
+
+    const Edit toTheEnd = [](auto& editor, auto& deck) {
+        return editor.MoveKeyword(deck.Keywords().GetFileIterator(deck.At("GAS")), deck.File("A.INC").End());
+    };
+    EXPECT_EQ(Edited(files, toTheEnd, "A.INC"),
+              "-- head\nEQLDIMS\n1 /\n-- above W\nWELLDIMS\n1 2 3 /\n-- above G\nGAS\n");
+
+    const Edit thereAndBack = [&](auto& editor, auto& deck) {
+        return there(editor, deck) && editor.MoveKeyword(deck.At("TABDIMS"), deck.At("GAS"));
+    };
+    EXPECT_EQ(Edited(files, thereAndBack, "TOP.DATA"), files[0].second);
+    EXPECT_EQ(Edited(files, thereAndBack, "A.INC"), files[1].second);
+}
+
+/// What no keyword owns goes with the comments: a section keyword that recurs, a region that is skipped.
+TEST_F(EditedListTest, TextOfNoKeywordStays)
+{
+    const std::string recurring = "RUNSPEC\nTABDIMS\n1 /\n-- again\nRUNSPEC\n-- above GAS\nGAS\n";
+    const Edit insert = [](auto& editor, auto& deck) { return Insert(editor, deck.At("GAS"), "WATER\n") != nullptr; };
+    EXPECT_EQ(Edited({{"TOP.DATA", recurring}}, insert, "TOP.DATA"),
+              "RUNSPEC\nTABDIMS\n1 /\nWATER\n\n-- again\nRUNSPEC\n-- above GAS\nGAS\n");
+    const Edit remove = [](auto& editor, auto& deck) { return editor.RemoveKeyword(deck.At("TABDIMS")); };
+    EXPECT_EQ(Edited({{"TOP.DATA", recurring}}, remove, "TOP.DATA"), "RUNSPEC\n-- again\nRUNSPEC\n-- above GAS\nGAS\n");
+
+    Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::S100);
+    const std::string skipped = "RUNSPEC\nOIL\nSKIP\n-- in it\nWATER\nENDSKIP\n-- above GAS\nGAS\n";
+    const Edit move = [](auto& editor, auto& deck) { return editor.MoveKeyword(deck.At("GAS"), deck.At("OIL")); };
+    EXPECT_EQ(Edited({{"TOP.DATA", skipped}}, move, "TOP.DATA"),
+              "RUNSPEC\nGAS\nOIL\nSKIP\n-- in it\nWATER\nENDSKIP\n-- above GAS\n");
+}
+
+} // namespace
