@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iterator>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/export/Exporting.h"
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IKeyword.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+
+// Edits by chance, of the deck and of a list of texts; the text of the deck must be that list, joined.
+
+namespace {
+
+using namespace ExportTests;
+using TestSupport::TestDeck;
+
+constexpr const char* names[] = {"TABDIMS", "EQLDIMS", "WELLDIMS", "DIMENS"};
+
+/// A file as texts: each keyword's own, and what stands ahead of it.
+struct PlainFile
+{
+    struct Keyword
+    {
+        std::string ahead;
+        std::string own;
+        const IKeyword* keyword = nullptr;
+    };
+
+    std::string head;
+    std::vector<Keyword> keywords;
+    std::string tail;
+
+    std::string Text() const
+    {
+        std::string text = head;
+        const auto add = [&text](const std::string& piece) {
+            if (!piece.empty() && !text.empty() && text.back() != '\n') text += '\n';
+            text += piece;
+        };
+        for (const Keyword& keyword : keywords) {
+            add(keyword.ahead);
+            add(keyword.own);
+        }
+        add(tail);
+        return text;
+    }
+};
+
+class EditedDeck
+{
+public:
+    explicit EditedDeck(unsigned seed) : m_chance(seed), m_files{Make(), Make()}
+    {
+        // The files are reached through a further one, which stays as it is.
+        m_deck =
+            std::make_unique<TestDeck>(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nINCLUDE\nB.INC /\n"},
+                                                       {"A.INC", m_files[0].Text()},
+                                                       {"B.INC", m_files[1].Text()}});
+        m_deck->Walk(true);
+        for (std::size_t i = 0; i < 2; ++i) {
+            KeywordFileIterator place = File(i).Begin();
+            for (PlainFile::Keyword& keyword : m_files[i].keywords)
+                keyword.keyword = *place++;
+        }
+        m_unedited = m_files;
+    }
+
+    void EditSomething()
+    {
+        const std::size_t from = Below(2);
+        const std::size_t to = Below(2);
+        std::vector<PlainFile::Keyword>& source = m_files[from].keywords;
+        std::vector<PlainFile::Keyword>& target = m_files[to].keywords;
+        const std::size_t at = Below(source.size() + 1);
+        const std::size_t place = Below(target.size() + 1);
+        switch (Below(8)) {
+        case 0:
+            Editor().Discard();
+            m_files = m_unedited;
+            break;
+        case 1:
+        case 2: {
+            const std::string name = names[Below(4)];
+            const std::string own = name + "\n 7 /\n";
+            const IKeyword* keyword = Editor().InsertKeywordText(
+                *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true), PlaceOf(to, place), own);
+            ASSERT_NE(keyword, nullptr);
+            target.insert(target.begin() + static_cast<std::ptrdiff_t>(place), {"", own, keyword});
+            break;
+        }
+        case 3:
+        case 4: {
+            ASSERT_EQ(Editor().RemoveKeyword(PlaceOf(from, at)), at < source.size());
+            if (at == source.size()) break;
+            std::string& heir = at + 1 < source.size() ? source[at + 1].ahead : m_files[from].tail;
+            heir = source[at].ahead + heir;
+            source.erase(source.begin() + static_cast<std::ptrdiff_t>(at));
+            break;
+        }
+        default: {
+            const bool moves = at < source.size() && (from != to || (place != at && place != at + 1));
+            ASSERT_EQ(Editor().MoveKeyword(PlaceOf(from, at), PlaceOf(to, place)), moves);
+            if (!moves) break;
+            PlainFile::Keyword moved = source[at];
+            source.erase(source.begin() + static_cast<std::ptrdiff_t>(at));
+            const std::size_t goesTo = from == to && place > at ? place - 1 : place;
+            target.insert(target.begin() + static_cast<std::ptrdiff_t>(goesTo), std::move(moved));
+            break;
+        }
+        }
+    }
+
+    void Compare(unsigned seed)
+    {
+        ASSERT_TRUE(
+            m_deck->Keywords().ExportToDirectory(m_deck->Dir().Path("copy"), Keywords::SimulatorType::Any, false));
+        EXPECT_EQ(m_deck->Dir().Read("copy/A.INC"), m_files[0].Text()) << seed;
+        EXPECT_EQ(m_deck->Dir().Read("copy/B.INC"), m_files[1].Text()) << seed;
+        for (std::size_t i = 0; i < 2; ++i) {
+            KeywordFileIterator place = File(i).Begin();
+            for (const PlainFile::Keyword& keyword : m_files[i].keywords)
+                ASSERT_EQ(*place++, keyword.keyword) << seed;
+            ASSERT_EQ(place, File(i).End()) << seed;
+        }
+    }
+
+private:
+    std::size_t Below(std::size_t n) { return m_chance() % n; }
+    IDeckKeywordsEditor& Editor() { return *m_deck->Manager().GetEditor(&m_deck->Deck()); }
+    KeywordFile& File(std::size_t i) { return m_deck->File(i == 0 ? "A.INC" : "B.INC"); }
+
+    KeywordFileIterator PlaceOf(std::size_t file, std::size_t at)
+    {
+        KeywordFileIterator place = File(file).Begin();
+        for (; at > 0; --at)
+            ++place;
+        return place;
+    }
+
+    std::string Comments()
+    {
+        std::string text;
+        for (std::size_t i = Below(3); i > 0; --i)
+            text += (Below(3) == 0 ? "\n" : "") + ("-- comment " + std::to_string(m_next++)) + "\n";
+        return text;
+    }
+
+    PlainFile Make()
+    {
+        PlainFile file;
+        file.head = Comments();
+        const std::size_t count = 1 + Below(5);
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::string own = std::string(names[Below(4)]) + "\n" + std::to_string(m_next++) + " /\n";
+            file.keywords.push_back({i > 0 ? Comments() : "", own});
+        }
+        file.tail = Comments();
+        if (Below(3) == 0) {
+            std::string& last = file.tail.empty() ? file.keywords.back().own : file.tail;
+            last.pop_back();
+        }
+        return file;
+    }
+
+    std::mt19937 m_chance;
+    int m_next = 1;
+    std::vector<PlainFile> m_files;
+    std::vector<PlainFile> m_unedited;
+    std::unique_ptr<TestDeck> m_deck;
+};
+
+TEST(EditedListPropertyTest, TheTextIsTheListJoined)
+{
+    const TestSupport::CleanEnvironment environment;
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    for (unsigned seed = 1; seed <= 150 && !testing::Test::HasFailure(); ++seed) {
+        EditedDeck deck(seed);
+        for (unsigned edits = seed % 12; edits > 0 && !testing::Test::HasFatalFailure(); --edits)
+            deck.EditSomething();
+        deck.Compare(seed);
+    }
+}
+
+} // namespace
