@@ -1,6 +1,5 @@
 #include "export/ExporterUtil.h"
 
-#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -196,32 +195,20 @@ FileWriteResult ExporterUtil::WriteFile(KeywordFile& file, LineFileWriter* write
             result.headerEnd = tell() - 1;
         }
     }
-    // In a list that an edit has changed the comment above a keyword stays with that.
     const Context& context = file.RootContext();
-    const auto copyBlocks = [&](const std::shared_ptr<IKeyword>& keyword) {
-        for (const std::shared_ptr<IKeyword>& below : file.BlocksAhead(keyword))
-            source.CopyBlockAhead(below ? &KeywordFileContents::AsKeyword(below) : nullptr, context);
-    };
-    bool blocksWritten = file.IsListUnchanged();
-    const KeywordFileContents::List& keywords = file.PresentList();
-    for (auto place = keywords.begin(); place != keywords.end(); ++place) {
+    const KeywordFileIterator end = file.End();
+    for (KeywordFileIterator place = file.Begin(); place != end; ++place) {
         if (writer != nullptr && !writer->IsGood()) return result;
-        const Keyword& keyword = KeywordFileContents::AsKeyword(*place);
-        if (!blocksWritten) copyBlocks(*place);
-        const auto next = std::next(place);
-        const Keyword* follower = next != keywords.end() ? &KeywordFileContents::AsKeyword(*next) : nullptr;
-        blocksWritten =
-            file.IsListUnchanged() || (!file.HasOtherBlocksAhead(follower) && source.StandAsOnDisk(keyword, follower));
-        source.SetOwnTextOnly(!blocksWritten);
+        const auto& keyword = static_cast<const Keyword&>(**place);
+        source.ComeTo(place, context);
         writeKeyword(source, keyword);
-        if (!blocksWritten && !keyword.IsSkipped()) continue;
         if (source.IsLastOnDisk(keyword) && source.GapSize(keyword) > 0) {
             source.Flush();
             result.tailBegin = tell();
         }
         source.CopyGap(keyword);
     }
-    if (!blocksWritten) copyBlocks(nullptr);
+    source.ComeTo(end, context);
     source.Flush();
     result.ok = writer == nullptr || writer->IsGood();
     return result;

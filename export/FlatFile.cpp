@@ -126,12 +126,14 @@ bool FlatFile::WriteRange(const KeywordFileIterator& begin, const KeywordFileIte
     for (; place != end && place != fileEnd; ++place) {
         if (m_writer != nullptr && !m_writer->IsGood()) return false;
         const Keyword& keyword = KeywordAt(place);
+        source.ComeTo(place, m_context);
         if (KindOf(keyword) == KeywordKind::Include && !keyword.IsCommentedOut() && !keyword.IsSuppressed())
             source.LeaveOut(keyword, m_context);
         else
             source.WriteKeyword(keyword, m_context, m_manner.simulator);
         source.CopyGap(keyword);
     }
+    if (place == fileEnd) source.ComeTo(place, m_context);
     source.Flush();
     return m_writer == nullptr || m_writer->IsGood();
 }
@@ -246,6 +248,7 @@ void FlatFile::Step()
         return;
     }
     const Keyword& keyword = KeywordAt(level.position);
+    level.source->ComeTo(level.position, m_context);
     if (const KeywordINCLUDE* include = KeywordINCLUDE::From(&keyword)) {
         if (!PassInclude(*include)) return;
     } else {
@@ -348,11 +351,13 @@ void FlatFile::Leave()
             NoteWritten(nullptr);
         } else {
             for (; level.position != fileEnd; ++level.position) {
+                level.source->ComeTo(level.position, m_context);
                 level.source->WriteKeyword(KeywordAt(level.position), m_context, m_manner.simulator);
                 level.source->CopyGap(KeywordAt(level.position));
             }
         }
     }
+    if (level.position == fileEnd) level.source->ComeTo(fileEnd, m_context);
     level.source->Flush();
     if (m_lastSource == level.source.get()) {
         const bool endsBare = IsBareKeywordAhead();

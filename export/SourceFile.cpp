@@ -12,6 +12,7 @@
 #include "text/LineStreamReader.h"
 #include "text/TagRecognisers.h"
 #include <deckmanager/DeckManagerException.h>
+#include <deckmanager/KeywordFileIterator.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/service/FileStatus.h>
@@ -65,6 +66,7 @@ SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer) : m_file(file)
         m_onDisk.push_back(&AsKeyword(keyword));
     }
     if (file.LoadFailed()) Refuse("cannot be read");
+    m_blocksWritten = file.IsListUnchanged();
     const Service::FileStatus status = Service::FileStatus::Of(file.FileReader()->GetPath());
     m_size = status.IsRegularFile() ? status.size : 0;
     m_headEnd = m_starts.empty() ? m_size : m_starts.front();
@@ -199,6 +201,31 @@ std::size_t SourceFile::PlaceOnDisk(const Keyword& keyword) const
     return static_cast<std::size_t>(found - m_starts.begin());
 }
 
+void SourceFile::ComeTo(const Keyword* keyword, const Keyword* follower, const Context& context)
+{
+    if (!m_blocksWritten) {
+        for (const IKeyword* below : m_file.BlocksAhead(keyword))
+            CopyBlockAhead(static_cast<const Keyword*>(below), context);
+    }
+    if (keyword == nullptr) return;
+    m_blocksWritten =
+        m_file.IsListUnchanged() || (!m_file.HasOtherBlocksAhead(follower) && StandAsOnDisk(*keyword, follower));
+    m_ownTextOnly = !m_blocksWritten;
+}
+
+void SourceFile::ComeTo(const KeywordFileIterator& place, const Context& context)
+{
+    if (m_file.IsListUnchanged()) return;
+    const KeywordFileIterator end = m_file.End();
+    const auto keywordAt = [&end](const KeywordFileIterator& position) {
+        return position != end ? static_cast<const Keyword*>(*position) : nullptr;
+    };
+    KeywordFileIterator next = place;
+    if (next != end) ++next;
+    ComeTo(keywordAt(place), keywordAt(next), context);
+}
+
+/// On the disk `next` stands straight behind the keyword, or the end of the file, where it is null.
 bool SourceFile::StandAsOnDisk(const Keyword& keyword, const Keyword* next) const
 {
     const std::size_t place = PlaceOnDisk(keyword);
@@ -206,6 +233,8 @@ bool SourceFile::StandAsOnDisk(const Keyword& keyword, const Keyword* next) cons
     return next != nullptr ? place + 1 < m_onDisk.size() && m_onDisk[place + 1] == next : place + 1 == m_onDisk.size();
 }
 
+/// What stood ahead of a keyword on the disk, in this file or another: mostly the comment above it. Nothing for the
+/// first of its file, whose comment is header. Null: what stood at the end of this file.
 void SourceFile::CopyBlockAhead(const Keyword* below, const Context& context)
 {
     if (below != nullptr && below->Reader() != m_file.FileReader()) {
@@ -273,6 +302,7 @@ std::int64_t SourceFile::GapSize(const Keyword& keyword) const
 
 void SourceFile::CopyGap(const Keyword& keyword)
 {
+    if (m_ownTextOnly && !keyword.IsSkipped()) return;
     const std::int64_t size = GapSize(keyword);
     const std::int64_t begin = keyword.Position() + keyword.Size();
     if (size > 0) Copy(begin, begin + size);

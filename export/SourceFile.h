@@ -16,6 +16,7 @@ class FileReferencingKeyword;
 class ILineReader;
 class Keyword;
 class KeywordFile;
+class KeywordFileIterator;
 class LineFileWriter;
 class OpenReaderGuard;
 
@@ -53,14 +54,12 @@ public:
     /// The keyword with other data, that name another file: where nothing but the name is changed, not a byte around it
     /// is.
     void WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
-    /// From now on the operations above and below write a keyword's own text alone: what stands behind it follows by
-    /// `CopyBlockAhead`, or not at all.
-    void SetOwnTextOnly(bool value) { m_ownTextOnly = value; }
-    /// On the disk `next` stands straight behind the keyword, or the end of the file, where it is null.
-    bool StandAsOnDisk(const Keyword& keyword, const Keyword* next) const;
-    /// What stood ahead of a keyword on the disk, in this file or another: mostly the comment above it. Nothing for the
-    /// first of its file, whose comment is header. Null: what stood at the end of this file.
-    void CopyBlockAhead(const Keyword* below, const Context& context);
+    /// To be called ahead of each keyword of the list, in its order, with the one that follows, and at the end of the
+    /// list, with null for both. In a list that an edit has changed it puts what stands ahead of the keyword there, and
+    /// has the operations below leave that to the next call: they write the keyword's own text alone.
+    void ComeTo(const Keyword* keyword, const Keyword* follower, const Context& context);
+    /// The same for a place in the file's list.
+    void ComeTo(const KeywordFileIterator& place, const Context& context);
 
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
@@ -83,6 +82,8 @@ public:
     ILineReader* Reader();
 
 private:
+    bool StandAsOnDisk(const Keyword& keyword, const Keyword* next) const;
+    void CopyBlockAhead(const Keyword* below, const Context& context);
     bool WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
     long long EndToCopy(const Keyword& keyword, const Context& context) const;
     std::size_t PlaceOnDisk(const Keyword& keyword) const;
@@ -98,6 +99,7 @@ private:
     std::vector<const Keyword*> m_onDisk; ///< these keywords
     std::int64_t m_size = 0;              ///< of the file
     bool m_ownTextOnly = false;
+    bool m_blocksWritten = true; ///< those ahead of the keyword that comes next
     std::int64_t m_headEnd = 0;
     std::int64_t m_begin = 0; ///< what is held back
     std::int64_t m_end = 0;

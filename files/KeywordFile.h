@@ -138,12 +138,10 @@ public:
     const FileTagState& TagState() const { return m_tagState; }
     /// The keywords as they stand on the disk: the list as it was before an edit changed it.
     const KeywordFileContents::List& DiskList() const;
-    const KeywordFileContents::List& PresentList() const { return Contents().Keywords(); }
-    /// What stands ahead of a keyword is the text that stood ahead of each of these on the disk: of the keyword itself,
-    /// behind those that were removed there. Of null: what stood at the end of its file.
-    using Blocks = std::list<std::shared_ptr<IKeyword>>;
-    /// That of a keyword of the list; `keyword` null: of the list's end.
-    Blocks BlocksAhead(const std::shared_ptr<IKeyword>& keyword) const;
+    /// What stands ahead of a keyword of the list (null: of its end) is the text that stood ahead of each of these on
+    /// the disk: mostly of the keyword itself, behind those that were removed there. Null: what stood at the end of the
+    /// file.
+    std::vector<const IKeyword*> BlocksAhead(const IKeyword* keyword) const;
     /// The list is the one on the disk, and what stands between its keywords too.
     bool IsListUnchanged() const { return !m_snapshotTaken; }
     /// An edit has changed what stands ahead of the keyword.
@@ -189,6 +187,8 @@ private:
     void PrimeStartSection(Keywords::SectionType section) const { m_startSection.Set(section); }
     KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
     void DropPositions();
+    using Blocks = std::list<std::shared_ptr<IKeyword>>;
+
     void TakeSnapshot();
     void DropSnapshot();
     Blocks TakeBlocks(const std::shared_ptr<IKeyword>& keyword);

@@ -41,10 +41,14 @@ void KeywordFile::DropSnapshot()
     m_snapshotTaken = false;
 }
 
-KeywordFile::Blocks KeywordFile::BlocksAhead(const std::shared_ptr<IKeyword>& keyword) const
+std::vector<const IKeyword*> KeywordFile::BlocksAhead(const IKeyword* keyword) const
 {
-    const auto found = m_blocksAhead.find(keyword.get());
-    return found != m_blocksAhead.end() ? found->second : Blocks{keyword};
+    const auto found = m_blocksAhead.find(keyword);
+    if (found == m_blocksAhead.end()) return {keyword};
+    std::vector<const IKeyword*> blocks;
+    for (const std::shared_ptr<IKeyword>& below : found->second)
+        blocks.push_back(below.get());
+    return blocks;
 }
 
 KeywordFile::Blocks KeywordFile::TakeBlocks(const std::shared_ptr<IKeyword>& keyword)

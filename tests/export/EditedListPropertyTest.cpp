@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/export/Exporting.h"
+#include <deckmanager/Exporter.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordSyntax.h>
@@ -121,6 +122,19 @@ public:
             m_deck->Keywords().ExportToDirectory(m_deck->Dir().Path("copy"), Keywords::SimulatorType::Any, false));
         EXPECT_EQ(m_deck->Dir().Read("copy/A.INC"), m_files[0].Text()) << seed;
         EXPECT_EQ(m_deck->Dir().Read("copy/B.INC"), m_files[1].Text()) << seed;
+        // The flat file has each in the place of its INCLUDE.
+        const std::string flat = m_deck->Dir().Path("FLAT.DATA");
+        const IDeckKeywords& keywords = m_deck->Keywords();
+        ASSERT_TRUE(Exporter::ExportToSingleFile(keywords, keywords.Begin(), keywords.PhysicalEnd(), flat,
+                                                 ExportOptions(), nullptr));
+        std::string expected = "RUNSPEC\n";
+        for (const PlainFile& file : m_files) {
+            expected += file.Text();
+            if (expected.back() != '\n') expected += '\n';
+        }
+        std::string text = m_deck->Dir().Read("FLAT.DATA");
+        if (text.back() != '\n') text += '\n';
+        EXPECT_EQ(text, expected) << seed;
         for (std::size_t i = 0; i < 2; ++i) {
             KeywordFileIterator place = File(i).Begin();
             for (const PlainFile::Keyword& keyword : m_files[i].keywords)
