@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <list>
+#include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include "deck/Deck.h"
 #include "deck/DeckKeywords.h"
@@ -131,19 +133,23 @@ bool DeckKeywordsEditor::MoveKeyword(const KeywordFileIterator& from, const Keyw
 bool DeckKeywordsEditor::RemoveKeywords(const KeywordIterator& first, const KeywordIterator& last)
 {
     if (m_deck == nullptr) return false;
-    bool removed = false;
-    std::list<KeywordFileIterator> includes;
-    // The caller's positions may be of keywords that go. One that can't be come to ends with the deck.
-    std::vector<KeywordFileIterator> others;
-    const KeywordIterator deckEnd = m_deck->Keywords().PhysicalEnd();
+    // The caller's positions may be of keywords that go, and a file that is included twice is come to twice.
     const KeywordIterator end = last;
-    for (KeywordIterator walk = first; walk != end && walk != deckEnd && *walk != nullptr; ++walk) {
-        const bool isInclude = (*walk)->GetSyntax()->GetKind() == Keywords::KeywordKind::Include;
-        if (isInclude)
+    const KeywordIterator deckEnd = m_deck->Keywords().PhysicalEnd();
+    std::unordered_set<const IKeyword*> seen;
+    std::list<KeywordFileIterator> includes;
+    std::vector<KeywordFileIterator> others;
+    KeywordIterator walk = first;
+    for (; walk != end && walk != deckEnd && *walk != nullptr; ++walk) {
+        if (!seen.insert(*walk).second) continue;
+        if ((*walk)->GetSyntax()->GetKind() == Keywords::KeywordKind::Include)
             includes.push_back(PlaceOf(walk));
         else
             others.push_back(PlaceOf(walk));
     }
+    // A range whose end is never come to is nobody's wish.
+    if (walk != end) return false;
+    bool removed = false;
     for (const KeywordFileIterator& place : others) {
         if (RemoveKeyword(place)) removed = true;
     }

@@ -4,7 +4,6 @@
 
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
-#include <deckmanager/KeywordFileIterator.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -21,10 +20,10 @@ DiskOrder::DiskOrder(const std::vector<KeywordFile*>& files)
 {
     for (const KeywordFile* file : files) {
         if (!file->IsLoaded()) continue;
-        const KeywordFileIterator end = file->End();
-        for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
-            const auto* keyword = static_cast<const Keyword*>(*place);
-            if (keyword->HasValidExtent()) m_keywords[keyword->Reader().get()].push_back(keyword);
+        // Also those that an edit has removed since.
+        for (const std::shared_ptr<IKeyword>& listed : file->DiskList()) {
+            const Keyword& keyword = KeywordFileContents::AsKeyword(listed);
+            if (keyword.HasValidExtent()) m_keywords[keyword.Reader().get()].push_back(&keyword);
         }
     }
     for (auto& [reader, keywords] : m_keywords) {

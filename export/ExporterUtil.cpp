@@ -172,11 +172,11 @@ FileWriteResult ExporterUtil::WriteForExport(KeywordFile& file, LineFileWriter* 
         source.WriteReference(*reference, *text, context);
         if (report != nullptr) report->changes.push_back({&keyword, TextOf(keyword, *text, context)});
     };
-    return WriteFile(file, writer, true, writeKeyword);
+    return WriteFile(file, writer, true, context, writeKeyword);
 }
 
 FileWriteResult ExporterUtil::WriteFile(KeywordFile& file, LineFileWriter* writer, bool withHead,
-                                        const WriteKeyword& writeKeyword)
+                                        const Context& context, const WriteKeyword& writeKeyword)
 {
     FileWriteResult result;
     SourceFile source(file, writer);
@@ -195,7 +195,6 @@ FileWriteResult ExporterUtil::WriteFile(KeywordFile& file, LineFileWriter* write
             result.headerEnd = tell() - 1;
         }
     }
-    const Context& context = file.RootContext();
     const KeywordFileIterator end = file.End();
     for (KeywordFileIterator place = file.Begin(); place != end; ++place) {
         if (writer != nullptr && !writer->IsGood()) return result;

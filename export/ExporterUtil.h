@@ -55,7 +55,7 @@ public:
 
     /// The one writer of a file's text. Each keyword of the list is written by `writeKeyword`; what no keyword owns
     /// goes along. `withHead`: tag and header too; without it, only a head that counts as data.
-    static FileWriteResult WriteFile(KeywordFile& file, LineFileWriter* writer, bool withHead,
+    static FileWriteResult WriteFile(KeywordFile& file, LineFileWriter* writer, bool withHead, const Context& context,
                                      const WriteKeyword& writeKeyword);
 
     /// What is written from now on ends its lines as the file does, where files keep their own line ends.

@@ -123,6 +123,7 @@ bool FlatFile::WriteRange(const KeywordFileIterator& begin, const KeywordFileIte
     const KeywordFileIterator fileEnd = file->End();
     KeywordFileIterator place = begin;
     if (place.AtBeforeBegin()) ++place;
+    if (place != file->Begin()) source.SkipBlocksAhead();
     for (; place != end && place != fileEnd; ++place) {
         if (m_writer != nullptr && !m_writer->IsGood()) return false;
         const Keyword& keyword = KeywordAt(place);
@@ -148,6 +149,9 @@ void FlatFile::Open(const KeywordIterator& begin)
     for (const KeywordFileIterator& place : places) {
         Push(*IteratorAccess::File(place), place);
         if (place.AtBeforeBegin()) ++m_levels.back().position;
+        if (!isBegin) m_levels.back().source->SkipBlocksAhead();
+        // An INCLUDE around the range is left when the range goes on behind it.
+        if (m_levels.size() < places.size()) m_levels.back().source->ComeTo(place, m_context);
         if (m_writer != nullptr && m_levels.size() == 1) {
             ExporterUtil::KeepLineEnds(*m_writer, *m_levels.back().source);
             m_writer->SetLeavesLastLineOpen(true);

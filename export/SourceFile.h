@@ -60,6 +60,8 @@ public:
     void ComeTo(const Keyword* keyword, const Keyword* follower, const Context& context);
     /// The same for a place in the file's list.
     void ComeTo(const KeywordFileIterator& place, const Context& context);
+    /// A range begins with the keyword that comes next: what stands ahead of it is no part of the range.
+    void SkipBlocksAhead() { m_blocksWritten = true; }
 
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);

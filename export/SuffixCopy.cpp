@@ -82,12 +82,13 @@ bool SuffixCopy::WriteFile(KeywordFile& file, const std::string& name)
     LineFileWriter writer;
     if (!m_options.planOnly && !m_staged.Open(writer, FileName(name))) return Fail(name);
     LineFileWriter* const target = m_options.planOnly ? nullptr : &writer;
-    ExporterUtil::WriteFile(file, target, m_manner.whole, [this](SourceFile& source, const Keyword& keyword) {
-        if (const KeywordINCLUDE* include = KeywordINCLUDE::From(&keyword); include && !include->IsCommentedOut())
-            WriteInclude(source, *include);
-        else
-            source.WriteKeyword(keyword, m_context, m_options.simulator);
-    });
+    ExporterUtil::WriteFile(
+        file, target, m_manner.whole, m_context, [this](SourceFile& source, const Keyword& keyword) {
+            if (const KeywordINCLUDE* include = KeywordINCLUDE::From(&keyword); include && !include->IsCommentedOut())
+                WriteInclude(source, *include);
+            else
+                source.WriteKeyword(keyword, m_context, m_options.simulator);
+        });
     return m_options.planOnly || m_staged.Close(writer) || Fail(name);
 }
 

@@ -137,7 +137,7 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::GetAndResetData(const Context& 
     GetData(context);
     std::unique_ptr<Keywords::IKeywordData> data;
     // What stands in no file can't be read again: the keyword keeps its own.
-    if (!m_dataChanged && !HasValidExtent() && m_state && m_state->data) return m_state->data->CloneSafely();
+    if (!HasValidExtent() && m_state && m_state->data) return m_state->data->CloneSafely();
     if (m_state) data = std::move(m_state->data);
     if (m_dataChanged) {
         m_state->heldText.reset();

@@ -69,7 +69,7 @@ public:
     virtual bool MoveKeyword(const KeywordFileIterator& from, const KeywordFileIterator& to) = 0;
 
     /// Removes the keywords from `first` up to `last`, those of included files too. An INCLUDE goes when nothing is
-    /// left in its file. True when something was removed.
+    /// left in its file. True when something was removed. Nothing is when the walk from `first` never comes to `last`.
     virtual bool RemoveKeywords(const KeywordIterator& first, const KeywordIterator& last) = 0;
     virtual bool RemoveKeyword(const KeywordIterator& position) = 0;
     virtual bool RemoveKeyword(const KeywordFileIterator& position) = 0;

@@ -118,6 +118,9 @@ TEST_F(EditorTest, DataOfANewKeywordAreReadFromWhatItWasGiven)
     // Taking its data leaves a keyword that stands in no file as it is.
     EXPECT_NE(editor.GetAndResetData(byTree), nullptr);
     EXPECT_NE(byTree->GetText()->find("7 1* 1* 9 /"), std::string::npos) << *byTree->GetText();
+    ASSERT_TRUE(editor.SetDataText(m_deck.Keywords().GetFileIterator(byTree), " 5 /"));
+    EXPECT_NE(editor.GetAndResetData(byTree), nullptr);
+    EXPECT_NE(byTree->GetText()->find(" 5 /"), std::string::npos) << *byTree->GetText();
     EXPECT_EQ(editor.GetAndResetData(nullptr), nullptr);
 }
 
@@ -188,6 +191,39 @@ TEST_F(EditorTest, AnIncludeGoesWithTheLastOfItsFile)
     EXPECT_FALSE(editor.RemoveKeywords(m_deck.At("DENSITY"), m_deck.At("DENSITY")));
     editor.Discard();
     EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS OIL INCLUDE WATER TABDIMS PROPS DENSITY END");
+}
+
+/// The walk comes to a shared file twice; its keywords go once.
+TEST_F(EditorTest, AFileThatIsIncludedTwiceIsEmptiedOnce)
+{
+    const TestDeck deck(
+        TestDeck::Texts{{"T.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nOIL\nINCLUDE\nA.INC /\nDIMENS\n1 2 3 /\n"},
+                        {"A.INC", "WATER\nINCLUDE\nB.INC /\n"},
+                        {"B.INC", "GAS\n"}});
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    ASSERT_EQ(deck.Walk(true), "RUNSPEC INCLUDE WATER INCLUDE GAS OIL INCLUDE WATER INCLUDE GAS DIMENS");
+    EXPECT_TRUE(editor.RemoveKeywords(deck.At("INCLUDE"), deck.At("DIMENS")));
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC DIMENS");
+    editor.Discard();
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE WATER INCLUDE GAS OIL INCLUDE WATER INCLUDE GAS DIMENS");
+}
+
+TEST_F(EditorTest, ARangeThatNeverEndsRemovesNothing)
+{
+    EXPECT_FALSE(Editor().RemoveKeywords(m_deck.At("PROPS"), m_deck.At("DIMENS")));
+    EXPECT_FALSE(m_deck.TopFile().IsModified());
+}
+
+/// The text of a removed keyword is still on the disk, and none of the comment above its neighbour.
+TEST_F(EditorTest, CommentsAboveAreReadPastRemovedKeywords)
+{
+    const TestDeck deck(TestDeck::Texts{
+        {"C.DATA", "DIMENS\n1 2 3 /\n-- above T\nTABDIMS\n1\n-- in T\n2 /\n-- above E\nEQLDIMS\n1 /\n"}});
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    ASSERT_TRUE(editor.RemoveKeyword(deck.At("TABDIMS")));
+    EXPECT_EQ(deck.Keywords().GetComment(deck.At("EQLDIMS"), false), "-- above E\n");
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("EQLDIMS"), deck.At("DIMENS")));
+    EXPECT_EQ(deck.Keywords().GetComment(deck.At("EQLDIMS"), false), "-- above E\n");
 }
 
 TEST_F(EditorTest, AnIncludeDoesNotMoveIntoItsOwnTree)

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tests/export/Exporting.h"
+#include <deckmanager/Exporter.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordSyntax.h>
@@ -139,6 +140,40 @@ TEST_F(EditedListTest, CommentsMoveToAnotherFileWithTheirKeyword)
     };
     EXPECT_EQ(Edited(files, thereAndBack, "TOP.DATA"), files[0].second);
     EXPECT_EQ(Edited(files, thereAndBack, "A.INC"), files[1].second);
+}
+
+/// A range holds what stands between its keywords, and the comment above its first one once.
+TEST_F(EditedListTest, RangesOfAnEditedList)
+{
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    const TestDeck deck(TestDeck::Texts{
+        {"TOP.DATA", "DIMENS\n1 2 3 /\n-- above T\nTABDIMS\n1 /\n-- above I\nINCLUDE\nA.INC /\n-- above G\nGAS\n"},
+        {"A.INC", "-- head\nEQLDIMS\n1 /\n-- above W\nWELLDIMS\n1 2 3 /\n-- end\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    ASSERT_TRUE(editor.RemoveKeyword(deck.At("DIMENS")) && editor.RemoveKeyword(deck.At("EQLDIMS")));
+    const auto flat = [&](const std::string& name) {
+        const KeywordIterator end = deck.Keywords().PhysicalEnd();
+        EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), deck.At(name), end, deck.Dir().Path("FLAT"),
+                                                 ExportOptions(), nullptr));
+        return deck.Dir().Read("FLAT");
+    };
+    const std::string included = "WELLDIMS\n1 2 3 /\n-- end\n-- above G\nGAS\n";
+    EXPECT_EQ(flat("TABDIMS"), "-- above T\nTABDIMS\n1 /\n-- above I\n-- head\n-- above W\n" + included);
+    EXPECT_EQ(flat("WELLDIMS"), "-- above W\n" + included);
+
+    // Where nothing around it has changed, an extent goes whole, as it does in a list that nobody has edited.
+    const auto part = [&](const std::string& first) {
+        const KeywordFileIterator begin = deck.Keywords().GetFileIterator(deck.At(first));
+        const KeywordFileIterator end = deck.Keywords().GetFileIterator(deck.At("GAS"));
+        EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), begin, end, deck.Dir().Path("PART"),
+                                                 Keywords::SimulatorType::Any));
+        return deck.Dir().Read("PART");
+    };
+    EXPECT_EQ(part("TABDIMS"), "-- above T\nTABDIMS\n1 /\n-- above I\n-- above G\n");
+    EXPECT_EQ(part("INCLUDE"), "-- above G\n");
+    editor.Discard();
+    EXPECT_EQ(part("TABDIMS"), "TABDIMS\n1 /\n-- above I\n-- above G\n");
 }
 
 /// What no keyword owns goes with the comments: a section keyword that recurs, a region that is skipped.
