@@ -5,6 +5,7 @@
 
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/Environment.h>
+#include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
 #include <deckmanager/LineEnds.h>
@@ -46,15 +47,38 @@ void SetUpProcess(const Options& options)
     if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);
 }
 
-DeckSession::DeckSession(const std::string& path, Messages& messages) : m_messages(messages)
+Service::Directory ToDirectory(const std::string& path)
 {
-    Open(path);
+    try {
+        Service::Directory directory(path);
+        if (directory.IsSet() && directory.MakeComplete(Service::Directory::Current())) return directory;
+    } catch (const std::exception&) {
+        // Told below.
+    }
+    throw Failure(WrongUsage, "This is no name that a directory can have.", path);
+}
+
+Service::Directory ToProjectDirectory(const std::string& path)
+{
+    Service::Directory directory = ToDirectory(path);
+    if (directory.IsDirectory()) return directory;
+    const Service::FileStatus status = Service::FileStatus::Of(directory.Name());
+    if (status.isUnknown) throw Failure(FileFailure, "No permission to enter the folder of the project.", path);
+    if (status.Exists()) throw Failure(FileFailure, "This is a file, and not the directory of a project.", path);
+    throw Failure(FileFailure, "The directory does not exist; deckman project init makes a project.", path);
+}
+
+DeckSession::DeckSession(const std::string& path, Messages& messages, const std::string& projectDir)
+    : m_messages(messages)
+{
+    Open(path, projectDir);
 }
 
 DeckSession::~DeckSession() = default;
 
-void DeckSession::Open(const std::string& path)
+void DeckSession::Open(const std::string& path, const std::string& projectDir)
 {
+    const std::string project = projectDir.empty() ? std::string() : ToProjectDirectory(projectDir).Name();
     m_topFile = ToFileName(path);
     if (Service::Directory(path).IsDirectory())
         throw Failure(FileFailure, "This is a directory, and not the top file of a deck.", path);
@@ -66,13 +90,19 @@ void DeckSession::Open(const std::string& path)
     if (!m_topFile.IsFile()) throw Failure(FileFailure, "This is not a regular file.", path);
     if (!m_topFile.FileAccessibleAndExists()) throw Failure(FileFailure, "No permission to read the file.", path);
 
-    m_manager = DeckManager::DeckManagerFactory::Create();
+    m_manager = DeckManager::DeckManagerFactory::Create(project);
     m_deck = m_manager->ImportDeck(deckName, path, false, true, false);
     if (m_deck == nullptr) throw Failure(FileFailure, "The file cannot be opened.", path);
     m_keywords = m_deck->GetDeckKeywords();
     m_topFile = m_keywords->GetDataFile()->GetFileName();
     m_topFolder = m_topFile.Name();
     if (!m_topFolder.ends_with('/')) m_topFolder += '/';
+}
+
+void DeckSession::SaveCache()
+{
+    // The editor stores it when it lets go of a deck.
+    m_manager->GetEditor(m_deck)->Close();
 }
 
 int DeckSession::FileNumber(DeckManager::IKeywordFile* file)

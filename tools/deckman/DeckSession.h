@@ -49,12 +49,18 @@ private:
 /// Sets up what the process has once, as the options say. To be called before the library is used.
 void SetUpProcess(const Options& options);
 
+/// The complete name of a directory as the user gave it. Throws `Failure` for a text that can't be one.
+Service::Directory ToDirectory(const std::string& path);
+/// The same for the directory of a project, which must be there.
+Service::Directory ToProjectDirectory(const std::string& path);
+
 /// One deck, opened for one command.
 class DeckSession
 {
 public:
-    /// Opens the deck of that top file. Throws `Failure` when it can't be read.
-    DeckSession(const std::string& path, Messages& messages);
+    /// Opens the deck of that top file, with the cache of the project in that directory; empty: without one. Throws
+    /// `Failure` when either can't be read.
+    DeckSession(const std::string& path, Messages& messages, const std::string& projectDir = {});
     ~DeckSession();
 
     const DeckManager::IDeck& Deck() const { return *m_deck; }
@@ -78,11 +84,14 @@ public:
     /// File and line of a keyword, in the way of messages.
     std::string PlaceOf(const DeckManager::IKeyword& keyword) const;
 
+    /// Stores what is known of the deck's files in the cache of the project. A session that ends does so by itself.
+    void SaveCache();
+
     /// Some file of the deck exists and can't be read.
     bool HasUnreadableFile() const;
 
 private:
-    void Open(const std::string& path);
+    void Open(const std::string& path, const std::string& projectDir);
 
     Messages& m_messages;
     Deckman::Progress m_progress;

@@ -328,8 +328,8 @@ private:
 ExitStatus RunDiff(Messages& messages, const Options& options, Output& out)
 {
     // As in main: the system takes the memory back faster than destructors do.
-    static DeckSession& oldSession = *new DeckSession(options.deck, messages);
-    static DeckSession& newSession = *new DeckSession(options.newDeck, messages);
+    static DeckSession& oldSession = *new DeckSession(options.deck, messages, options.project);
+    static DeckSession& newSession = *new DeckSession(options.newDeck, messages, options.project);
     DiffReport report(out, options.json);
     static DiffDeck& oldDeck = *new DiffDeck(oldSession);
     static DiffDeck& newDeck = *new DiffDeck(newSession);
@@ -337,6 +337,10 @@ ExitStatus RunDiff(Messages& messages, const Options& options, Output& out)
     report.Finish();
     oldSession.Progress().Finish();
     newSession.Progress().Finish();
+    if (!options.project.empty()) {
+        oldSession.SaveCache();
+        newSession.SaveCache();
+    }
     if (messages.Errors() > 0 && (oldSession.HasUnreadableFile() || newSession.HasUnreadableFile())) return FileFailure;
     return report.HasDifferences() ? NotThere : Done;
 }

@@ -24,6 +24,7 @@ inline constexpr std::string_view helpText =
   deckman clone DECK --suffix S   the deck beside itself
   deckman read FILE         a piece of deck text as keywords and data
   deckman syntax [NAME]     what the catalogue knows of keywords
+  deckman project init|add|ls|flush DIR   a directory of decks, with a cache
 
 DECK is the deck's top file. WHERE is a place in the deck:
   WELSPECS              the first keyword of that name
@@ -38,6 +39,7 @@ DECK is the deck's top file. WHERE is a place in the deck:
 Keywords and lines count from 1, items and records from 0.
 
 For every verb:
+  --project DIR         use the cache of that project
   --json                for machines: one JSON object, or one a line
   --strict              exit status 1 for warnings too
   --simulator 100|300   leave out what that simulator skips
@@ -46,5 +48,9 @@ Exit status: 0 done, 1 errors in the deck or not there, 2 wrong usage, 3 file
 trouble.
 deckman VERB --help tells a verb's options, with an example; deckman --version.
 )";
+
+/// The first word of the project verbs, in `deckman project --help`.
+inline constexpr std::string_view projectHelp =
+    "A directory of decks, which keeps what lets an unchanged deck open fast.";
 
 } // namespace Deckman

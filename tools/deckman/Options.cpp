@@ -23,11 +23,13 @@ namespace {
 
 using Tarn::Fjel::Core::Keywords::SimulatorType;
 
-std::vector<std::string_view> VerbNames()
+/// The words that may follow the words of a verb that has been begun.
+std::vector<std::string_view> VerbNames(std::string_view begun)
 {
     std::vector<std::string_view> names;
-    for (const VerbEntry& verb : AllVerbs())
-        names.push_back(verb.name);
+    for (const VerbEntry& verb : AllVerbs()) {
+        if (verb.name.starts_with(begun)) names.push_back(verb.name.substr(begun.size()));
+    }
     return names;
 }
 
@@ -134,9 +136,49 @@ void AddExport(CLI::App& verb, unsigned takes, Options& options)
         verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
 }
 
+void AddProject(CLI::App& verb, unsigned takes, Options& options)
+{
+    if ((takes & TakesProjectDir) != 0)
+        verb.add_option("DIR", options.projectDir, "the directory of the project")->required()->type_name("");
+    if ((takes & TakesNewDeck) != 0) {
+        verb.add_option("NAME", options.deckName, "the deck's name in the project")->required()->type_name("");
+        AddDeck(verb, options);
+    }
+}
+
+/// Verbs of two words share the first, which is none by itself.
+CLI::App* AddCommand(CLI::App& app, const VerbEntry& entry)
+{
+    const std::string name(entry.name);
+    const std::size_t blank = name.find(' ');
+    if (blank == std::string::npos) return app.add_subcommand(name, std::string(entry.does));
+    const std::string groupName = name.substr(0, blank);
+    const auto groups = app.get_subcommands([&](CLI::App* command) { return command->get_name() == groupName; });
+    CLI::App* group = groups.empty() ? app.add_subcommand(groupName, std::string(projectHelp)) : groups.front();
+    group->require_subcommand(1);
+    group->fallthrough();
+    return group->add_subcommand(name.substr(blank + 1), std::string(entry.does));
+}
+
+/// The verb that a command line names; the first word of a verb of two where the second isn't one. Null for none.
+const CLI::App* ChosenVerb(const CLI::App& app)
+{
+    const CLI::App* chosen = nullptr;
+    for (auto words = app.get_subcommands(); !words.empty(); words = chosen->get_subcommands())
+        chosen = words.front();
+    return chosen;
+}
+
+std::string NameOf(const CLI::App& verb)
+{
+    const CLI::App* group = verb.get_parent();
+    const bool isSecondWord = group != nullptr && group->get_parent() != nullptr;
+    return isSecondWord ? group->get_name() + " " + verb.get_name() : verb.get_name();
+}
+
 void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
 {
-    CLI::App* verb = app.add_subcommand(std::string(entry.name), std::string(entry.does));
+    CLI::App* verb = AddCommand(app, entry);
     verb->fallthrough();
     verb->formatter(std::make_shared<HelpFormatter>());
     verb->footer(Wrapped(entry.more) +
@@ -167,6 +209,7 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
         };
         verb->add_option_function<std::string>("NAME", toName, "a keyword's name")->required()->type_name("");
     }
+    AddProject(*verb, entry.takes, options);
     AddExport(*verb, entry.takes, options);
     if (takes(TakesWriting)) AddWriting(*verb, options);
     if (takes(TakesDefaults)) verb->add_flag("--defaults", options.defaults, "fill in the defaults that are known");
@@ -178,6 +221,7 @@ void AddCommonOptions(CLI::App& app, Options& options)
         if (name != "100" && name != "300") throw CLI::ValidationError("--simulator", "100 or 300 is expected.");
         options.simulator = name == "100" ? SimulatorType::S100 : SimulatorType::S300;
     };
+    app.add_option("--project", options.project)->type_name("DIR");
     app.add_flag("--json", options.json);
     app.add_flag("--strict", options.strict);
     app.add_option_function<std::string>("--simulator", toSimulator)->type_name("100|300");
@@ -223,7 +267,7 @@ std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::Pars
             if (!word.starts_with('-')) continue;
             const std::vector<std::string> names = OptionNames(app, verb);
             return fmt::format(
-                "{} has no option {}.{}", verb.get_name(), word,
+                "{} has no option {}.{}", NameOf(verb), word,
                 NearestHint(word.substr(0, word.find('=')), std::vector<std::string_view>(names.begin(), names.end())));
         }
     } else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.starts_with("--")) {
@@ -234,22 +278,24 @@ std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::Pars
 
 ExitStatus TellWrongUsage(const CLI::App& app, const CLI::ParseError& error)
 {
-    const auto chosen = app.get_subcommands();
-    if (!chosen.empty()) {
-        const CLI::App& verb = *chosen.front();
-        PrintError(
-            fmt::format("deckman: error: {}\nSee deckman {} --help.\n", Complaint(app, verb, error), verb.get_name()));
+    const CLI::App* chosen = ChosenVerb(app);
+    const bool isWhole = chosen != nullptr && chosen->get_subcommands([](const CLI::App*) { return true; }).empty();
+    if (isWhole) {
+        PrintError(fmt::format("deckman: error: {}\nSee deckman {} --help.\n", Complaint(app, *chosen, error),
+                               NameOf(*chosen)));
         return WrongUsage;
     }
-    for (const std::string& word : app.remaining()) {
+    const std::string begun = chosen != nullptr ? chosen->get_name() + " " : std::string();
+    const std::string see = fmt::format("\nSee deckman {}--help.\n", begun);
+    for (const std::string& word : app.remaining(true)) {
         if (word.starts_with('-')) continue;
-        PrintError(fmt::format("deckman: error: There is no verb {}.{}\nSee deckman --help.\n", word,
-                               NearestHint(word, VerbNames())));
+        PrintError(fmt::format("deckman: error: There is no verb {}{}.{}{}", begun, word,
+                               NearestHint(word, VerbNames(begun)), see));
         return WrongUsage;
     }
-    const std::string text =
-        dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? "A verb is missing." : error.what();
-    PrintError(fmt::format("deckman: error: {}\nSee deckman --help.\n", text));
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    const std::string missing = begun.empty() ? "A verb is missing." : "project what? A second word is missing.";
+    PrintError(fmt::format("deckman: error: {}{}", isMissing ? missing : error.what(), see));
     return WrongUsage;
 }
 
@@ -273,6 +319,8 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
     }
     try {
         app.parse(static_cast<int>(arguments.size()), arguments.data());
+        if ((options.verb->takes & TakesProjectDir) != 0 && !options.project.empty())
+            throw CLI::ValidationError("--project", "This verb takes the directory itself.");
         return options;
     } catch (const CLI::CallForHelp&) {
         const auto chosen = app.get_subcommands();

@@ -50,6 +50,10 @@ struct Options
     bool dryRun = false;   ///< say what would be done, and do nothing
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
 
+    std::string projectDir; ///< of the project verbs: the project's directory
+    std::string deckName;   ///< project add
+
+    std::string project; ///< the directory of the project whose cache is used; empty: none
     bool json = false;
     bool strict = false;
     std::optional<Tarn::Fjel::Core::Keywords::SimulatorType> simulator;

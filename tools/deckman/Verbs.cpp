@@ -124,6 +124,30 @@ constexpr VerbEntry verbs[] = {
      "With --json an object for each definition, a line each; --stats one object.\n\n"
      "Example: the items of WELSPECS\n"
      "  deckman syntax WELSPECS\n"},
+    {"project init", RunProjectInit, TakesProjectDir,
+     "Makes a directory a project: one that keeps the positions of its decks' keywords.",
+     "Makes DIR where it doesn't exist, and in it the empty file deck_cache_xml.lock, which has the cache kept in "
+     "its fast form. Decks that are there already, each as NAME/NAME.DATA, belong to the project.\n"
+     "With --json a line for each deck: {\"name\",\"file\",\"keywords\"}, file relative to DIR.\n\n"
+     "Example:\n"
+     "  deckman project init studies\n"},
+    {"project add", RunProjectAdd, TakesProjectDir | TakesNewDeck | TakesWriting,
+     "Copies a deck with all files that it refers to into a project, as DIR/NAME/NAME.DATA.",
+     "All files lie side by side there, as after deckman copy.\n"
+     "With --json a line: {\"name\",\"file\",\"keywords\"}, file relative to DIR; with --dry-run keywords is "
+     "null, and lines {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"} follow.\n\n"
+     "Example:\n"
+     "  deckman project add studies base FIELD.DATA\n"},
+    {"project ls", RunProjectLs, TakesProjectDir, "Lists the decks of a project with the number of their keywords.",
+     "With --json a line each: {\"name\",\"file\",\"keywords\"}, file relative to DIR; keywords is null for a "
+     "deck that can't be read.\n\n"
+     "Example:\n"
+     "  deckman project ls studies\n"},
+    {"project flush", RunProjectFlush, TakesProjectDir,
+     "Empties the cache of a project: the next time its decks are scanned.",
+     "With --json a line for each deck: {\"name\",\"file\",\"keywords\"}, file relative to DIR, keywords null.\n\n"
+     "Example:\n"
+     "  deckman project flush studies\n"},
 };
 
 } // namespace

@@ -18,7 +18,11 @@ using namespace Deckman;
 ExitStatus RunOnDeck(OnDeck run, const Options& options, Messages& messages, Output& out)
 {
     // Nothing is to be undone, and the system takes back the memory of a large deck faster than its destructors do.
-    static DeckSession* const opened = new DeckSession(options.deck, messages);
+    // A check scans: what is taken from a cache sends no message of the scan again.
+    const bool usesCache = options.verb->name != "check";
+    if (!usesCache && !options.project.empty()) ToProjectDirectory(options.project);
+    static DeckSession* const opened =
+        new DeckSession(options.deck, messages, usesCache ? options.project : std::string());
     DeckSession& session = *opened;
     ExitStatus status = Done;
     try {
@@ -31,6 +35,7 @@ ExitStatus RunOnDeck(OnDeck run, const Options& options, Messages& messages, Out
         status = NotThere;
     }
     session.Progress().Finish();
+    if (usesCache && !options.project.empty()) session.SaveCache();
     // Only trouble makes it worth while to ask every file.
     return messages.Errors() > 0 && session.HasUnreadableFile() ? FileFailure : status;
 }
