@@ -8,12 +8,14 @@
 
 #include "deck/DiskOrder.h"
 #include "deck/FilePaths.h"
+#include "files/HeaderBlock.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
 #include "text/KeywordFileReader.h"
 #include "text/LineSource.h"
 #include "text/LineStreamReader.h"
+#include "text/LineStringReader.h"
 #include "text/TagRecognisers.h"
 #include <deckmanager/Environment.h>
 #include <deckmanager/ILineReader.h>
@@ -44,19 +46,6 @@ long long DataEnd(ILineReader& reader, long long limit)
         any = true;
     }
     return end;
-}
-
-/// The lines that enclose the header of a file.
-bool IsHeaderOpening(std::string_view line)
-{
-    const std::string& tag = Environment::Instance().GetDefaultGeneratedTag();
-    return line.starts_with(tag) && line.substr(tag.size()).starts_with(" [");
-}
-
-bool IsHeaderClosing(std::string_view line)
-{
-    const std::string& tag = Environment::Instance().GetDefaultGeneratedTag();
-    return line.starts_with(tag) && line.substr(tag.size()).starts_with(" ]");
 }
 
 /// Steps over raw text through the line of its terminator; without one nothing of the extent is left.
@@ -102,7 +91,7 @@ bool CollectComment(ILineReader& reader, long long end, std::string& comment)
             continue;
         }
         // With the default tags the header's marks look like tag lines; they are needed to find the header.
-        if (IsFileTagLine(text) && !IsHeaderOpening(text) && !IsHeaderClosing(text)) continue;
+        if (IsFileTagLine(text) && !HeaderBlock::IsOpening(text) && !HeaderBlock::IsClosing(text)) continue;
         if (!VeldaneDeckInfo::BeginsWithCommentMarker(text)) continue;
         comment.append(text);
         comment += '\n';
@@ -189,11 +178,11 @@ void DeckKeywords::StripGeneratedBlock(std::string& text)
     for (std::string_view rest = text; !rest.empty();) {
         const std::string_view line = rest.substr(0, rest.find('\n'));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
-        if (IsHeaderOpening(line)) {
+        if (HeaderBlock::IsOpening(line)) {
             inBlock = true;
             continue;
         }
-        if (IsHeaderClosing(line)) {
+        if (HeaderBlock::IsClosing(line)) {
             ended = true;
             dropEmpty = true;
             continue;
@@ -221,17 +210,36 @@ const Keyword* DeckKeywords::AheadOnDisk(KeywordFileIterator place, const Keywor
         break;
     }
     // Something lies between, or an edit has moved one of them: the lists don't tell.
-    if (!m_diskOrder) m_diskOrder = std::make_unique<DiskOrder>(FilePaths::ReadFromBelow(*m_rootFile));
+    if (!m_diskOrder || m_diskOrderStamp != LinkCounter::Now()) {
+        m_diskOrder = std::make_unique<DiskOrder>(FilePaths::ReadFromBelow(*m_rootFile));
+        m_diskOrderStamp = LinkCounter::Now();
+    }
     return m_diskOrder->Ahead(keyword);
+}
+
+/// What an edit has put above a keyword, no commit has written yet; null: nothing.
+const std::string* DeckKeywords::TextSetAbove(const KeywordFileIterator& place)
+{
+    const KeywordFile* file = IteratorAccess::File(place);
+    if (file == nullptr || place == file->End()) return nullptr;
+    if (const std::string* text = file->TextSetAhead(*place)) return text;
+    return place == file->Begin() ? file->TextSetInHead() : nullptr;
 }
 
 std::string DeckKeywords::GetComment(const KeywordIterator& position, bool stripHeader) const
 {
     std::string comment;
     const auto* keyword = static_cast<const Keyword*>(*position);
-    if (keyword == nullptr || !keyword->HasValidExtent()) return comment;
+    if (keyword == nullptr) return comment;
+    const KeywordFileIterator place = GetFileIterator(position);
+    if (const std::string* text = TextSetAbove(place)) {
+        LineStringReader lines(*text);
+        CollectComment(lines, static_cast<long long>(text->size()), comment);
+        return comment;
+    }
+    if (!keyword->HasValidExtent()) return comment;
 
-    const Keyword* ahead = AheadOnDisk(GetFileIterator(position), *keyword);
+    const Keyword* ahead = AheadOnDisk(place, *keyword);
     const std::unique_ptr<ILineReader> reader = keyword->Reader()->OpenLineReader(false);
     if (reader) {
         if (ahead != nullptr) {
@@ -241,7 +249,7 @@ std::string DeckKeywords::GetComment(const KeywordIterator& position, bool strip
         }
     }
     if (!reader || !CollectComment(*reader, keyword->Position(), comment)) {
-        const Service::Log::Place place(keyword->Reader()->GetPath(), keyword->GetLine());
+        const Service::Log::Place logPlace(keyword->Reader()->GetPath(), keyword->GetLine());
         Service::Log::SendLogMessage("A problem was encountered when parsing the comment above the keyword " +
                                          keyword->GetName(),
                                      Service::Log::Warning);

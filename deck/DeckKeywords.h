@@ -84,6 +84,14 @@ public:
     /// is uncommitted in a file that both may share.
     void SetEdited(bool edited);
 
+    /// Brings the changes of every file to the disk. Throws `DeckManagerException` when a file has changed on the disk
+    /// since it was read, when files can't be written, which are named, and when writing them fails: up to then no file
+    /// has changed, and everything is as uncommitted as it was. Also when a new text, which is kept, can't take the
+    /// place of its file; the other files are committed then.
+    void Commit();
+    /// Writes the text of a file beside it, for the next `Commit` to go on with; keywords in it give their data up. A
+    /// file that exchanges keywords with others waits for that commit. Throws as `Commit` does.
+    void CommitFile(KeywordFile& file);
     /// Drops the uncommitted changes of every file.
     void Rollback();
     /// Drops what was read, of the root file alone or of every file: the next use reads the disk.
@@ -120,6 +128,7 @@ private:
     static void SkipKeywordData(const Keyword& keyword, ILineReader& reader);
     /// Takes the header of a file and the lines that enclose it out of a comment.
     static void StripGeneratedBlock(std::string& text);
+    static const std::string* TextSetAbove(const KeywordFileIterator& place);
     const Keyword* AheadOnDisk(KeywordFileIterator place, const Keyword& keyword) const;
     const Sections& GetSections() const;
     const std::vector<Scope>& GetScopes() const;
@@ -141,6 +150,7 @@ private:
     mutable std::unique_ptr<Sections> m_sections;
     mutable std::unique_ptr<std::vector<Scope>> m_scopes; ///< in the order of the walk
     mutable std::unique_ptr<DiskOrder> m_diskOrder;
+    mutable unsigned long long m_diskOrderStamp = 0;
     mutable std::unique_ptr<KeywordNames> m_names;
     mutable std::unique_ptr<FilePaths> m_paths;
     mutable unsigned long long m_pathsStamp = 0;

@@ -4,8 +4,11 @@
 
 #include "deck/Deck.h"
 #include "deck/DeckKeywords.h"
+#include "files/KeywordFile.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IKeywordFileManager.h>
+#include <tarn/service/FileName.h>
+#include <tarn/service/FileStream.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -41,6 +44,48 @@ void DeckKeywordsEditor::Discard()
     if (m_deck == nullptr) return;
     m_deck->Keywords().Rollback();
     CleanUp();
+}
+
+void DeckKeywordsEditor::Commit()
+{
+    if (m_deck == nullptr) return;
+    m_deck->Keywords().Commit();
+    CleanUp();
+}
+
+void DeckKeywordsEditor::CommitFile(IKeywordFile* file)
+{
+    if (m_deck == nullptr || file == nullptr) return;
+    if (KeywordFile* keywordFile = file->AsKeywordFile()) m_deck->Keywords().CommitFile(*keywordFile);
+}
+
+bool DeckKeywordsEditor::SetHeaderComment(IKeywordFile* file, const std::string& text)
+{
+    KeywordFile* keywordFile = file != nullptr ? file->AsKeywordFile() : nullptr;
+    return IsOpenToEdits(keywordFile) && keywordFile->SetHeaderComment(text);
+}
+
+void DeckKeywordsEditor::OverwriteFileFromPath(IKeywordFile* file, const std::string& path, bool commitFirst,
+                                               bool keepTag)
+{
+    if (!Service::FileName(path).IsFile()) return;
+    Service::FileInputStream stream(path);
+    if (stream.good()) OverwriteFile(file, stream, true, commitFirst, keepTag);
+}
+
+void DeckKeywordsEditor::OverwriteFile(IKeywordFile* file, std::istream& stream, bool replace, bool commitFirst,
+                                       bool keepTag)
+{
+    KeywordFile* keywordFile = file != nullptr && m_deck != nullptr ? file->AsKeywordFile() : nullptr;
+    if (keywordFile == nullptr || !IsOfDeck(keywordFile)) return;
+    const std::shared_ptr<KeywordFile> hold = keywordFile->shared_from_this();
+    if (commitFirst)
+        Commit();
+    else
+        Discard();
+    if (!IsOfDeck(keywordFile)) return;
+    keywordFile->OverwriteFile(stream, replace, keepTag);
+    m_fileManager.ClearUnreferencedFiles();
 }
 
 void DeckKeywordsEditor::SetDeck(Deck* deck)

@@ -19,6 +19,8 @@ public:
     IDeck* GetDeck() const override;
     void Close() override;
     void Discard() override;
+    void Commit() override;
+    void CommitFile(IKeywordFile* file) override;
     bool ImportDeck(const std::string& fileName, bool managed, bool checkDataFiles) override;
     IKeyword* GetOrCreateSection(Keywords::SectionType section, bool* existed) override;
     IKeyword* InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,
@@ -50,10 +52,17 @@ public:
     bool Suppress(const KeywordFileIterator& position) override;
     bool Unsuppress(const KeywordIterator& position) override;
     bool Unsuppress(const KeywordFileIterator& position) override;
+    bool SetHeaderComment(IKeywordFile* file, const std::string& text) override;
+    void OverwriteFileFromPath(IKeywordFile* file, const std::string& path, bool commitFirst, bool keepTag) override;
+    void OverwriteFile(IKeywordFile* file, std::istream& stream, bool replace, bool commitFirst, bool keepTag) override;
     void TagAllKeywords() override;
     void UntagAllKeywords() override;
     void TagKeyword(const IKeyword* keyword) override;
     void UntagKeyword(const IKeyword* keyword) override;
+
+    /// Replaces the comment above a keyword.
+    bool SetCommentAbove(const KeywordFileIterator& position, const std::string& text);
+    bool SetCommentAbove(const KeywordIterator& position, const std::string& text);
 
     /// Makes a deck current. Uncommitted changes of the one that was are dropped.
     void SetDeck(Deck* deck);

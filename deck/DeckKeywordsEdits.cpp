@@ -19,6 +19,7 @@
 #include <deckmanager/Environment.h>
 #include <deckmanager/IKeywordVariablesResolver.h>
 #include <deckmanager/KeywordVariables.h>
+#include <deckmanager/SetCommentAbove.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
@@ -276,6 +277,16 @@ bool DeckKeywordsEditor::SetComment(const KeywordFileIterator& position, const s
     return true;
 }
 
+bool DeckKeywordsEditor::SetCommentAbove(const KeywordIterator& position, const std::string& text)
+{
+    return SetCommentAbove(PlaceOf(position), text);
+}
+
+bool DeckKeywordsEditor::SetCommentAbove(const KeywordFileIterator& position, const std::string& text)
+{
+    return KeywordToEdit(position) != nullptr && FileToEdit(position)->SetCommentAbove(position, text);
+}
+
 bool DeckKeywordsEditor::CommentOut(const KeywordIterator& position)
 {
     return CommentOut(PlaceOf(position));
@@ -349,6 +360,18 @@ void DeckKeywordsEditor::SetTag(const IKeyword* keyword, bool tagged)
     if (file == nullptr || !IsOpenToEdits(file->AsKeywordFile())) return;
     const auto* changed = static_cast<const Keyword*>(keyword);
     if (!changed->IsSkipped()) changed->GetTagMgr().SetTag(tagged);
+}
+
+bool SetCommentAbove(IDeckKeywordsEditor& editor, const KeywordIterator& position, const std::string& text)
+{
+    auto* deckEditor = dynamic_cast<DeckKeywordsEditor*>(&editor);
+    return deckEditor != nullptr && deckEditor->SetCommentAbove(position, text);
+}
+
+bool SetCommentAbove(IDeckKeywordsEditor& editor, const KeywordFileIterator& position, const std::string& text)
+{
+    auto* deckEditor = dynamic_cast<DeckKeywordsEditor*>(&editor);
+    return deckEditor != nullptr && deckEditor->SetCommentAbove(position, text);
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

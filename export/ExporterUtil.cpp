@@ -4,19 +4,18 @@
 #include <utility>
 
 #include "export/DeckFiles.h"
-#include "export/SourceFile.h"
 #include "export/StagedFiles.h"
 #include "files/ExportedFileMap.h"
 #include "files/FileReferencingKeyword.h"
 #include "files/KeywordFile.h"
+#include "files/KeywordFileWriter.h"
+#include "files/SourceFile.h"
 #include "keywords/ForceRewrite.h"
-#include "text/KeywordFileReader.h"
 #include "text/LineFileWriter.h"
 #include "text/LineStringWriter.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/ExportReport.h>
 #include <deckmanager/IDeckKeywords.h>
-#include <deckmanager/LineEnds.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileStatus.h>
@@ -172,54 +171,7 @@ FileWriteResult ExporterUtil::WriteForExport(KeywordFile& file, LineFileWriter* 
         source.WriteReference(*reference, *text, context);
         if (report != nullptr) report->changes.push_back({&keyword, TextOf(keyword, *text, context)});
     };
-    return WriteFile(file, writer, true, context, writeKeyword);
-}
-
-FileWriteResult ExporterUtil::WriteFile(KeywordFile& file, LineFileWriter* writer, bool withHead,
-                                        const Context& context, const WriteKeyword& writeKeyword)
-{
-    FileWriteResult result;
-    SourceFile source(file, writer);
-    if (writer != nullptr) {
-        KeepLineEnds(*writer, source);
-        // A file's missing last line end stays missing.
-        writer->SetLeavesLastLineOpen(true);
-    }
-    const auto tell = [&]() -> std::int64_t { return writer != nullptr ? writer->Tell() : 0; };
-    if (withHead || source.IsAllHead() || source.HasDataInHead()) source.CopyHead(false);
-    if (!source.IsAllHead()) {
-        source.FlushOpen();
-        const std::int64_t headerSize = source.HeadSize() - file.HeaderBegin();
-        if (withHead && headerSize > 0) {
-            result.headerBegin = tell() - headerSize;
-            result.headerEnd = tell() - 1;
-        }
-    }
-    const KeywordFileIterator end = file.End();
-    for (KeywordFileIterator place = file.Begin(); place != end; ++place) {
-        if (writer != nullptr && !writer->IsGood()) return result;
-        const auto& keyword = static_cast<const Keyword&>(**place);
-        source.ComeTo(place, context);
-        writeKeyword(source, keyword);
-        if (source.IsLastOnDisk(keyword) && source.GapSize(keyword) > 0) {
-            source.Flush();
-            result.tailBegin = tell();
-        }
-        source.CopyGap(keyword);
-    }
-    source.ComeTo(end, context);
-    source.Flush();
-    result.ok = writer == nullptr || writer->IsGood();
-    return result;
-}
-
-void ExporterUtil::KeepLineEnds(LineFileWriter& writer, SourceFile& source)
-{
-    if (LineEnds::GetPolicy() != LineEnds::Policy::Keep) return;
-    std::optional<LineEnd> lineEnd;
-    if (ILineReader* reader = source.Reader()) lineEnd = FirstLineEnd(*reader);
-    if (!lineEnd) lineEnd = FirstLineEnd(source.File().DataFile().FileReader()->GetPath());
-    writer.SetLineEnd(lineEnd.value_or(PlatformLineEnd()));
+    return KeywordFileWriter::WriteFile(file, writer, true, context, writeKeyword);
 }
 
 Context ExporterUtil::ContextOf(const IDeckKeywords& keywords)

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <functional>
-
-#include "export/FileWriteResult.h"
+#include "files/FileWriteResult.h"
 #include <deckmanager/ExportOptions.h>
 #include <tarn/keywords/SimulatorType.h>
 #include <tarn/service/Directory.h>
@@ -16,10 +14,8 @@ namespace Tarn::Fjel::Core::DeckManager {
 class Context;
 class ExportedFileMap;
 class IDeckKeywords;
-class Keyword;
 class KeywordFile;
 class LineFileWriter;
-class SourceFile;
 class StagedFiles;
 struct ExportReport;
 
@@ -49,17 +45,6 @@ public:
     static FileWriteResult WriteForExport(KeywordFile& file, LineFileWriter* writer, const ExportTarget& target,
                                           const Context& context, Keywords::SimulatorType simulator,
                                           ExportReport* report = nullptr);
-
-    /// How a keyword of the list is written: its text, or what it leaves when it goes.
-    using WriteKeyword = std::function<void(SourceFile& source, const Keyword& keyword)>;
-
-    /// The one writer of a file's text. Each keyword of the list is written by `writeKeyword`; what no keyword owns
-    /// goes along. `withHead`: tag and header too; without it, only a head that counts as data.
-    static FileWriteResult WriteFile(KeywordFile& file, LineFileWriter* writer, bool withHead, const Context& context,
-                                     const WriteKeyword& writeKeyword);
-
-    /// What is written from now on ends its lines as the file does, where files keep their own line ends.
-    static void KeepLineEnds(LineFileWriter& writer, SourceFile& source);
 
     /// The context for the deck's data: it knows the path aliases.
     static Context ContextOf(const IDeckKeywords& keywords);

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <string>
 
-#include "export/ExporterUtil.h"
-#include "export/SourceFile.h"
 #include "files/IteratorAccess.h"
 #include "files/IteratorPath.h"
 #include "files/KeywordFile.h"
+#include "files/KeywordFileWriter.h"
 #include "files/KeywordINCLUDE.h"
+#include "files/SourceFile.h"
 #include "text/LineFileWriter.h"
 #include "text/TagRecognisers.h"
 #include <deckmanager/Context.h>
@@ -117,7 +117,7 @@ bool FlatFile::WriteRange(const KeywordFileIterator& begin, const KeywordFileIte
     if (file == nullptr) return true;
     SourceFile source(*file, m_writer);
     if (m_writer != nullptr) {
-        ExporterUtil::KeepLineEnds(*m_writer, source);
+        KeywordFileWriter::KeepLineEnds(*m_writer, source);
         m_writer->SetLeavesLastLineOpen(true);
     }
     const KeywordFileIterator fileEnd = file->End();
@@ -153,7 +153,7 @@ void FlatFile::Open(const KeywordIterator& begin)
         // An INCLUDE around the range is left when the range goes on behind it.
         if (m_levels.size() < places.size()) m_levels.back().source->ComeTo(place, m_context);
         if (m_writer != nullptr && m_levels.size() == 1) {
-            ExporterUtil::KeepLineEnds(*m_writer, *m_levels.back().source);
+            KeywordFileWriter::KeepLineEnds(*m_writer, *m_levels.back().source);
             m_writer->SetLeavesLastLineOpen(true);
         }
     }

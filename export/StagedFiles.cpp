@@ -1,7 +1,5 @@
 #include "export/StagedFiles.h"
 
-#include <algorithm>
-
 #include "export/DeckFiles.h"
 #include "text/LineFileWriter.h"
 #include <tarn/service/FileStatus.h>
@@ -42,10 +40,7 @@ StagedFiles::~StagedFiles()
         for (const File& file : m_files) {
             if (!file.inPlace && !file.dropped && file.IsBeside()) Unlink(file.written);
         }
-        for (auto directory = m_directories.rbegin(); directory != m_directories.rend(); ++directory) {
-            ErrorCode ignored;
-            FileSystem::Instance().RemoveDirectory(*directory, ignored);
-        }
+        m_directories.Remove();
     } catch (...) {
         // A destructor has nobody to tell.
     }
@@ -59,22 +54,7 @@ bool StagedFiles::Fail(const std::string& file, const std::string& reason)
 
 bool StagedFiles::MakeDirectory(const Service::Directory& directory)
 {
-    if (!directory.IsSet()) return true;
-    std::vector<std::string> missing;
-    for (Service::Directory level = directory; level.IsSet() && !level.Exists(); level = level.Parent())
-        missing.push_back(level.Name());
-    std::reverse(missing.begin(), missing.end());
-    for (const std::string& level : missing) {
-        ErrorCode error;
-        if (!FileSystem::Instance().MakeDirectory(level, error)) {
-            m_failure = "The directory " + directory.Name() + " cannot be made: " + error.message() + ".";
-            return false;
-        }
-        m_directories.push_back(level);
-    }
-    if (directory.IsDirectory()) return true;
-    m_failure = "The directory " + directory.Name() + " cannot be made: something else stands there.";
-    return false;
+    return m_directories.Make(directory, m_failure);
 }
 
 StagedFiles::File* StagedFiles::Find(const FileName& target)

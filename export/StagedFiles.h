@@ -5,6 +5,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "files/MadeDirectories.h"
 #include <tarn/service/FileName.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -77,7 +78,7 @@ private:
     std::vector<File> m_files;
     std::unordered_map<std::string, std::size_t> m_byTarget;  ///< by `asked`
     std::unordered_map<std::string, std::size_t> m_byWritten; ///< by `written`
-    std::vector<std::string> m_directories;                   ///< made for this export, outermost first
+    MadeDirectories m_directories;                            ///< for this export
     std::string m_failure;
     bool m_isRefusal = false;
     bool m_done = false;

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "export/ExporterUtil.h"
-#include "export/SourceFile.h"
 #include "files/KeywordFile.h"
+#include "files/KeywordFileWriter.h"
 #include "files/KeywordINCLUDE.h"
+#include "files/SourceFile.h"
 #include "text/LineFileWriter.h"
 #include "text/LineStringWriter.h"
 #include <deckmanager/ExportOptions.h>
@@ -82,7 +82,7 @@ bool SuffixCopy::WriteFile(KeywordFile& file, const std::string& name)
     LineFileWriter writer;
     if (!m_options.planOnly && !m_staged.Open(writer, FileName(name))) return Fail(name);
     LineFileWriter* const target = m_options.planOnly ? nullptr : &writer;
-    ExporterUtil::WriteFile(
+    KeywordFileWriter::WriteFile(
         file, target, m_manner.whole, m_context, [this](SourceFile& source, const Keyword& keyword) {
             if (const KeywordINCLUDE* include = KeywordINCLUDE::From(&keyword); include && !include->IsCommentedOut())
                 WriteInclude(source, *include);

@@ -53,10 +53,4 @@ void FileTagState::Write(ILineWriter& writer) const
     if (m_value && environment.WriteGeneratedTags()) writer.WriteText(environment.GetFileGeneratedTag());
 }
 
-void FileTagState::CommitWrite(ILineWriter& writer)
-{
-    Write(writer);
-    m_changed = false;
-}
-
 } // namespace Tarn::Fjel::Core::DeckManager

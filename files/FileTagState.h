@@ -22,8 +22,8 @@ public:
     void Read(ILineReader& reader);
     /// Writes the tag's line where the file bears the tag and tags are written at all.
     void Write(ILineWriter& writer) const;
-    /// The same; the value is then the one that counts from now on.
-    void CommitWrite(ILineWriter& writer);
+    /// The tag counts as what the file says.
+    void Commit() { m_changed = false; }
 
 private:
     bool m_value = false;

@@ -24,21 +24,6 @@ namespace Tarn::Fjel::Core::DeckManager {
 using Keywords::KeywordKind;
 using Keywords::SectionType;
 
-KeywordFile::KeywordFile(const Service::FileName& name, IKeywordFileManager& manager, bool useVariables)
-    : m_manager(manager), m_fileName(name), m_fileReader(std::make_shared<KeywordFileReader>(name.GetFullName())),
-      m_useVariables(useVariables)
-{
-}
-
-KeywordFile::~KeywordFile()
-{
-    try {
-        CancelChanges();
-    } catch (...) {
-        // A destructor has nobody to tell.
-    }
-}
-
 // --- the list ------------------------------------------------------------------------------------
 
 KeywordFileIterator KeywordFile::At(KeywordFileContents::List::iterator node) const
@@ -126,12 +111,27 @@ void KeywordFile::LoadAllTags() const
 
 bool KeywordFile::IsModified() const
 {
-    if (m_tagState.IsChanged()) return true;
+    return IsPending() || !m_headerBlock.empty() || IsEdited();
+}
+
+/// What a cancel undoes.
+bool KeywordFile::IsEdited() const
+{
+    if (m_tagState.IsChanged() || m_commentsSet) return true;
     if (!m_contents) return false;
     const KeywordFileContents::List& keywords = m_contents->Keywords();
-    if (m_snapshotTaken && keywords != m_snapshot) return true;
+    if (m_snapshotTaken && (keywords != m_snapshot || HasMovedBlocks())) return true;
     return std::any_of(keywords.begin(), keywords.end(), [](const std::shared_ptr<IKeyword>& keyword) {
         return KeywordFileContents::AsKeyword(keyword).IsDirty();
+    });
+}
+
+/// A keyword that came and went again can have left what stood above it.
+bool KeywordFile::HasMovedBlocks() const
+{
+    return std::any_of(m_blocksAhead.begin(), m_blocksAhead.end(), [](const auto& entry) {
+        const auto& [keyword, blocks] = entry;
+        return blocks.size() != 1 || blocks.front().below.get() != keyword || blocks.front().text;
     });
 }
 
@@ -139,20 +139,6 @@ const KeywordFileContents::List& KeywordFile::DiskList() const
 {
     const KeywordFileContents::List& present = Contents().Keywords();
     return m_snapshotTaken ? m_snapshot : present;
-}
-
-std::vector<KeywordFile*> KeywordFile::IncludedFiles() const
-{
-    std::vector<KeywordFile*> files;
-    if (!m_wasLoaded) return files;
-    const auto add = [&files](const IKeyword* keyword) {
-        if (KeywordFile* file = IncludedFileOf(keyword)) files.push_back(file);
-    };
-    for (const KeywordFileIterator& include : GetINCLUDEKeywords())
-        add(*include);
-    for (const std::shared_ptr<IKeyword>& keyword : m_snapshot)
-        add(keyword.get());
-    return files;
 }
 
 KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
@@ -180,11 +166,13 @@ void KeywordFile::Load() const
         file.m_contents = std::make_unique<KeywordFileContents>(&file);
         file.m_loadFailed = false;
         file.m_wasLoaded = true;
+        file.m_status = {};
         const Service::FileStatus status = Service::FileStatus::Of(file.m_fileReader->GetPath());
         if (!status.IsRegularFile()) {
             if (status.isUnknown) file.TellOfFailedOpen();
             return;
         }
+        file.m_status = status;
         file.DropPositions();
         scans.push_back(std::make_unique<FileScan>(file, status));
     };
@@ -239,7 +227,12 @@ void KeywordFile::FinishLoad(ILineReader* reader)
         m_headerBegin = reader->Tell();
     }
     if (tagWasChanged && tag) m_tagState.Set(true);
+    PlaceHeadAndTail();
+}
 
+/// The header ends where the keywords begin, and they where the tail does.
+void KeywordFile::PlaceHeadAndTail()
+{
     const KeywordFileContents::List& keywords = m_contents->Keywords();
     m_headerEnd = keywords.empty() ? -1 : KeywordFileContents::AsKeyword(keywords.front()).Position() - 1;
     m_tailBegin = -1;
@@ -280,18 +273,6 @@ void KeywordFile::SaveToCache(const Service::FileStatus& status) const
     CachedKeywords::Store(*this, status, sections);
 }
 
-void KeywordFile::ResetContents()
-{
-    DropPositions();
-    DropSnapshot();
-    m_contents.reset();
-    m_tagState.Clear();
-    m_headerBegin = m_headerEnd = m_tailBegin = -1;
-    m_loadFailed = false;
-    m_fileReader = std::make_shared<KeywordFileReader>(m_fileName.GetFullName());
-    LinkCounter::Changed();
-}
-
 void KeywordFile::Reload()
 {
     ResetContents();
@@ -301,7 +282,14 @@ void KeywordFile::Reload()
 
 void KeywordFile::CancelChanges()
 {
-    const bool undo = KeywordFile::IsModified();
+    if (IsPending()) {
+        // The keywords stand in a text that is not the file's.
+        ResetContents();
+        KeywordFileCancelEventArgs args(*this);
+        RaiseOnce(args);
+        return;
+    }
+    const bool undo = IsEdited();
     if (undo) {
         m_tagState.Restore();
         if (m_contents) {
@@ -335,7 +323,10 @@ bool KeywordFile::MoveKeywordFile(const Service::FileName& target)
 void KeywordFile::SetFileName(const Service::FileName& name)
 {
     m_fileName = name;
-    m_fileReader->SetPath(name.GetFullName());
+    if (IsPending())
+        m_fileReader->SetFile(name.GetFullName());
+    else
+        m_fileReader->SetPath(name.GetFullName());
 }
 
 // --- the text ------------------------------------------------------------------------------------
@@ -343,6 +334,7 @@ void KeywordFile::SetFileName(const Service::FileName& name)
 std::string KeywordFile::HeaderText() const
 {
     Contents();
+    if (!m_headerBlock.empty()) return m_headerBlock;
     std::string text;
     if (m_headerBegin < 0 || m_headerEnd < 0) return text;
     if (const std::unique_ptr<ILineReader> reader = m_fileReader->OpenLineReader(false)) {
@@ -372,7 +364,7 @@ long long KeywordFile::FileSize() const
 KeywordFile* KeywordFile::DiskFileOf(const KeywordFileReader& reader, bool useVariables) const
 {
     if (&reader == m_fileReader.get()) return const_cast<KeywordFile*>(this);
-    return m_manager.GetKeywordFile(Service::FileName(reader.GetPath()), useVariables).get();
+    return m_manager.GetKeywordFile(Service::FileName(reader.GetFile()), useVariables).get();
 }
 
 std::shared_ptr<ILineReader> KeywordFile::OpenedReader(const KeywordFileReader& reader) const

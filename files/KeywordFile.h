@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <iosfwd>
 #include <list>
 #include <memory>
 #include <string>
@@ -15,21 +16,20 @@
 #include <deckmanager/Context.h>
 #include <tarn/service/Delegate.h>
 #include <tarn/service/FileName.h>
+#include <tarn/service/FileStatus.h>
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordData;
 class IKeywordSyntax;
 } // namespace Tarn::Fjel::Core::Keywords
 
-namespace Tarn::Fjel::Core::Service {
-struct FileStatus;
-}
-
 namespace Tarn::Fjel::Core::DeckManager {
 
 class FileScan;
 class IKeywordFileManager;
 class KeywordINCLUDE;
+struct FileWriteResult;
+struct RestBehindText;
 struct KeywordMarks;
 
 /// The model of one text file of a deck: the ordered list of its keywords and the byte range of each.
@@ -104,8 +104,44 @@ public:
     /// Sets the generated tag of each keyword that is new or whose data have changed.
     void SetTagOnChangedKeywords(bool tagged);
 
+    /// The text goes ahead of the keywords and of the header that the file has, in the place of one that was set
+    /// before. Each of its lines becomes a comment. A cancel leaves it to be written by the next commit. Always true.
+    bool SetHeaderComment(const std::string& text);
+    /// Replaces the comment straight ahead of a keyword, which for the first of the file is the comment at its head.
+    /// Lines that are no comments become such; blank lines stay. A blank text takes the comment away. False at `End()`,
+    /// and behind a region that is skipped.
+    bool SetCommentAbove(const KeywordFileIterator& position, const std::string& text);
+
     /// Drops uncommitted edits, and raises the cancel event when there were any.
     void CancelChanges();
+
+    // The commit; see KeywordFileCommit.cpp. What a commit of a deck does to each of its files comes in this order,
+    // each step over all files: is it what was read, can it be written, write the new text beside it, take that over,
+    // and put it in place. Up to the last step no file of the deck has changed, and up to the one before nothing else
+    // has.
+
+    /// The text on the disk is another than the one that was read.
+    bool HasChangedOnDisk() const;
+    /// Both the file and its temporary text can be written, or there is nothing to write. Nothing is left behind.
+    bool CheckWritable() const;
+    /// Writes the text as it is now beside the file, to be taken over. With `partial` it breaks off behind the last
+    /// keyword's own text, for a later commit to go on. Throws `DeckManagerException` when it can't be written; the
+    /// file then is as it was.
+    void WriteToTemporary(bool partial);
+    /// What was written is not wanted.
+    void DropWritten();
+    /// The keywords stand in the text that was written. Those that were commented out leave the list.
+    void TakeOver();
+    /// The two in one, for a file by itself.
+    void CommitToTemporary(bool partial);
+    /// Puts the text that was taken over in the place of the file. Throws `DeckManagerException`, which names the file
+    /// with the new text, when that can't be done: the file then counts as modified, and can be committed again.
+    void FinishCommit();
+
+    /// Replaces the whole file by the rest of a stream; uncommitted edits are lost. With `replace` false an existing
+    /// file is left alone, and only the edits go. `keepTag`: the file keeps its generated tag, whatever the stream
+    /// bears. Throws `DeckManagerException` when it can't be written; then nothing has changed.
+    void OverwriteFile(std::istream& stream, bool replace, bool keepTag);
     /// Renames the file on disk, where it exists. False when it has that name already. Throws `DeckManagerException`
     /// when something stands under the new name, and `boost::filesystem::filesystem_error` when it can't be renamed.
     bool MoveKeywordFile(const Service::FileName& target);
@@ -138,14 +174,31 @@ public:
     const FileTagState& TagState() const { return m_tagState; }
     /// The keywords as they stand on the disk: the list as it was before an edit changed it.
     const KeywordFileContents::List& DiskList() const;
-    /// What stands ahead of a keyword of the list (null: of its end) is the text that stood ahead of each of these on
-    /// the disk: mostly of the keyword itself, behind those that were removed there. Null: what stood at the end of the
-    /// file.
-    std::vector<const IKeyword*> BlocksAhead(const IKeyword* keyword) const;
+    /// A piece of what stands ahead of a keyword of the list: what stood on the disk ahead of a keyword (null: at the
+    /// end of the file), or a text that an edit has put there.
+    struct Block
+    {
+        const IKeyword* below;
+        const std::string* text; ///< null: what stood on the disk
+    };
+    /// What stands ahead of a keyword of the list (null: of its end): mostly what stood ahead of it on the disk, behind
+    /// what stood ahead of those that were removed there.
+    std::vector<Block> BlocksAhead(const IKeyword* keyword) const;
     /// The list is the one on the disk, and what stands between its keywords too.
     bool IsListUnchanged() const { return !m_snapshotTaken; }
     /// An edit has changed what stands ahead of the keyword.
     bool HasOtherBlocksAhead(const IKeyword* keyword) const { return m_blocksAhead.count(keyword) > 0; }
+
+    /// The text that an edit has put ahead of a keyword; null: none.
+    const std::string* TextSetAhead(const IKeyword* keyword) const;
+    /// The text that an edit has put in the place of the comment at the head; null: none.
+    const std::string* TextSetInHead() const { return m_textInHead.get(); }
+    /// The lines of a header that no commit has written yet; empty: none.
+    const std::string& HeaderBlockToWrite() const { return m_headerBlock; }
+    /// A commit has written the file's text, and not put it in place.
+    bool IsPending() const;
+    /// The end of the file, where that text breaks off ahead of it; else null.
+    const RestBehindText* Rest() const;
 
     /// The files that INCLUDE keywords name: those of the list, then those that an edit has taken out of it since. None
     /// of a file that was never read.
@@ -179,6 +232,7 @@ private:
     /// describes; a file that has changed since is not stored.
     void SaveToCache(const Service::FileStatus& status) const;
     void FinishLoad(ILineReader* reader);
+    void PlaceHeadAndTail();
     void AbandonLoad();
     void TellOfFailedOpen();
     Keyword& AddScannedKeyword(const Keywords::IKeywordSyntax& syntax, long long position, long long size,
@@ -187,8 +241,21 @@ private:
     void PrimeStartSection(Keywords::SectionType section) const { m_startSection.Set(section); }
     KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
     void DropPositions();
-    using Blocks = std::list<std::shared_ptr<IKeyword>>;
+    struct KeptBlock
+    {
+        std::shared_ptr<IKeyword> below;
+        std::shared_ptr<const std::string> text;
+    };
+    using Blocks = std::list<KeptBlock>;
+    struct CommitState;
 
+    bool IsEdited() const;
+    bool HasMovedBlocks() const;
+    bool DecidesOfOthers(const Keyword& keyword) const;
+    bool CanContinue() const;
+    bool SharesKeywords() const;
+    void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);
+    void RemoveCommentedOut();
     void TakeSnapshot();
     void DropSnapshot();
     Blocks TakeBlocks(const std::shared_ptr<IKeyword>& keyword);
@@ -209,6 +276,13 @@ private:
     KeywordFileContents::List m_snapshot;
     /// Where the blocks ahead of a keyword are others than its own; of null: of the list's end.
     std::unordered_map<const IKeyword*, Blocks> m_blocksAhead;
+    bool m_commentsSet = false; ///< one ahead of a keyword, or in the head
+    std::shared_ptr<const std::string> m_textInHead;
+    std::string m_headerBlock;
+    /// An edit has changed which keywords a scan of the new text will find.
+    bool m_scanWillDiffer = false;
+    Service::FileStatus m_status; ///< of the text on the disk, from before it was read
+    std::unique_ptr<CommitState> m_commit;
     mutable std::unique_ptr<std::vector<KeywordFileIterator>> m_includeIndex;
     mutable Context m_context;
     mutable std::unique_ptr<KeywordFileIterator> m_logicalEnd;

@@ -7,10 +7,16 @@
 #include "files/KeywordFactory.h"
 #include "files/KeywordFile.h"
 #include "files/KeywordINCLUDE.h"
+#include "files/SkipRegion.h"
+#include "files/SourceFile.h"
+#include "keywords/CommentText.h"
 #include "keywords/ITagMgr.h"
+#include <deckmanager/Environment.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -22,6 +28,51 @@ namespace {
 bool IsSkipped(List::iterator node)
 {
     return KeywordFileContents::AsKeyword(*node).IsSkipped();
+}
+
+std::string_view NextLine(std::string_view text)
+{
+    return text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+}
+
+/// The lines as comments, those that are none made such.
+std::string AsCommentLines(std::string_view text)
+{
+    std::string lines;
+    while (!text.empty()) {
+        const std::string_view line = NextLine(text);
+        const std::string_view content = Service::Trimmed(line);
+        const bool standsAsItIs = content.empty() || VeldaneDeckInfo::BeginsWithCommentMarker(content);
+        lines += standsAsItIs ? std::string(content) : AsComment(std::string(Service::TrimmedRight(line)));
+        lines += '\n';
+        text.remove_prefix(line.size());
+    }
+    return lines;
+}
+
+/// The text with its last comment replaced. The lines ahead that are no comment stay, and blank ones.
+std::string WithComment(std::string_view text, const std::string& comment)
+{
+    std::size_t begin = 0; // of the comment that goes
+    std::size_t end = 0;   // behind it
+    bool any = false;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::string_view line = NextLine(text.substr(at));
+        const std::string_view content = Service::Trimmed(line);
+        const bool isComment = VeldaneDeckInfo::BeginsWithCommentMarker(content);
+        at += line.size();
+        if (content.empty()) continue;
+        if (!isComment) {
+            any = false;
+            continue;
+        }
+        if (!std::exchange(any, true)) begin = at - line.size();
+        end = at;
+    }
+    if (!any) begin = end = text.size();
+    std::string lines(text.substr(0, begin));
+    if (!lines.empty() && !lines.ends_with('\n') && !comment.empty()) lines += '\n';
+    return lines.append(comment).append(text.substr(end));
 }
 
 } // namespace
@@ -39,22 +90,32 @@ void KeywordFile::DropSnapshot()
     m_snapshot.clear();
     m_blocksAhead.clear();
     m_snapshotTaken = false;
+    m_commentsSet = false;
+    m_textInHead.reset();
+    m_scanWillDiffer = false;
 }
 
-std::vector<const IKeyword*> KeywordFile::BlocksAhead(const IKeyword* keyword) const
+std::vector<KeywordFile::Block> KeywordFile::BlocksAhead(const IKeyword* keyword) const
 {
     const auto found = m_blocksAhead.find(keyword);
-    if (found == m_blocksAhead.end()) return {keyword};
-    std::vector<const IKeyword*> blocks;
-    for (const std::shared_ptr<IKeyword>& below : found->second)
-        blocks.push_back(below.get());
+    if (found == m_blocksAhead.end()) return {{keyword, nullptr}};
+    std::vector<Block> blocks;
+    for (const KeptBlock& block : found->second)
+        blocks.push_back({block.below.get(), block.text.get()});
     return blocks;
+}
+
+const std::string* KeywordFile::TextSetAhead(const IKeyword* keyword) const
+{
+    const auto found = m_blocksAhead.find(keyword);
+    if (found == m_blocksAhead.end() || found->second.empty()) return nullptr;
+    return found->second.back().text.get();
 }
 
 KeywordFile::Blocks KeywordFile::TakeBlocks(const std::shared_ptr<IKeyword>& keyword)
 {
     const auto found = m_blocksAhead.find(keyword.get());
-    if (found == m_blocksAhead.end()) return {keyword};
+    if (found == m_blocksAhead.end()) return {{keyword, nullptr}};
     Blocks blocks = std::move(found->second);
     m_blocksAhead.erase(found);
     return blocks;
@@ -167,10 +228,20 @@ bool KeywordFile::MoveKeyword(const KeywordFileIterator& source, KeywordFile& ta
     return true;
 }
 
+/// Whether a scan of the text finds other keywords when this one comes or goes: those of a region that is skipped, and
+/// section keywords that are none as long as they recur.
+bool KeywordFile::DecidesOfOthers(const Keyword& keyword) const
+{
+    const Keywords::IKeywordSyntax& syntax = *keyword.GetSyntax();
+    if (SkipRegion::IsSkipKeyword(syntax)) return Environment::Instance().SKIPENDSKIPEnabled();
+    return m_hasDroppedSections && syntax.GetKind() == KeywordKind::Section;
+}
+
 /// What the file and others have found out of their place in the tree holds, as long as neither sections nor links
 /// change.
 void KeywordFile::DropAfterEdit(const Keyword& keyword)
 {
+    if (DecidesOfOthers(keyword)) m_scanWillDiffer = true;
     switch (keyword.GetSyntax()->GetKind()) {
     case KeywordKind::Include:
         m_includeIndex.reset();
@@ -188,6 +259,28 @@ void KeywordFile::DropAfterEdit(const Keyword& keyword)
     default:
         break;
     }
+}
+
+bool KeywordFile::SetCommentAbove(const KeywordFileIterator& position, const std::string& text)
+{
+    if (position.AtBeforeBegin() || position == End() || !TakesEditAt(position)) return false;
+    const List::iterator node = position.GetKeywordListIter();
+    const Keyword& keyword = KeywordFileContents::AsKeyword(*node);
+    const bool isFirst = node == Contents().Keywords().begin();
+    if (IsSkipped(node) || (!isFirst && IsSkipped(std::prev(node)))) return false;
+
+    const std::string comment = Service::AllBlanks(text) ? std::string() : AsCommentLines(text);
+    SourceFile source(*this, nullptr);
+    if (isFirst && source.IsFirstOnDisk(keyword)) {
+        const std::string old = m_textInHead ? *m_textInHead : source.TextOfHead();
+        m_textInHead = std::make_shared<const std::string>(WithComment(old, comment));
+    } else {
+        std::string ahead = WithComment(source.TextAhead(keyword, RootContext()), comment);
+        TakeSnapshot();
+        m_blocksAhead[&keyword] = {{nullptr, std::make_shared<const std::string>(std::move(ahead))}};
+    }
+    m_commentsSet = true;
+    return true;
 }
 
 void KeywordFile::SetTagOnChangedKeywords(bool tagged)

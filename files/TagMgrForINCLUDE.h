@@ -19,7 +19,7 @@ public:
     bool IsTagChanged() const override { return m_inner.IsTagChanged(); }
     void RevertTag() override { m_inner.RevertTag(); }
     void WriteTag(std::string& keywordLine) const override { m_inner.WriteTag(keywordLine); }
-    void CommitTag(std::string& keywordLine) override { m_inner.CommitTag(keywordLine); }
+    void CommitTag() override { m_inner.CommitTag(); }
 
 private:
     const KeywordINCLUDE& m_keyword;

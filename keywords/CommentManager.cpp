@@ -60,10 +60,9 @@ void CommentManager::RevertComment()
     m_saved.reset();
 }
 
-void CommentManager::WriteComment(ILineWriter& writer, bool commit)
+void CommentManager::WriteComment(ILineWriter& writer) const
 {
     writer.WriteText(AsComment(m_comment));
-    if (commit) m_saved.reset();
 }
 
 const std::string& CommentManagerDummy::GetComment() const

@@ -20,7 +20,7 @@ public:
     void SetComment(const std::string& text) override;
     bool IsCommentChanged() const override { return m_saved != nullptr; }
     void RevertComment() override;
-    void WriteComment(ILineWriter& writer, bool commit) override;
+    void WriteComment(ILineWriter& writer) const override;
 
 private:
     std::unique_ptr<std::string> m_saved; ///< the comment as it was read; null until the first change
@@ -35,7 +35,7 @@ public:
     void SetComment(const std::string&) override {}
     bool IsCommentChanged() const override { return false; }
     void RevertComment() override {}
-    void WriteComment(ILineWriter&, bool) override {}
+    void WriteComment(ILineWriter&) const override {}
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -17,8 +17,8 @@ public:
     virtual bool IsCommentChanged() const = 0;
     /// Back to the comment before the first change.
     virtual void RevertComment() = 0;
-    /// Writes the comment as comment lines; with `commit` it is from now on the one before the first change.
-    virtual void WriteComment(ILineWriter& writer, bool commit) = 0;
+    /// Writes the comment as comment lines.
+    virtual void WriteComment(ILineWriter& writer) const = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -23,8 +23,8 @@ public:
     /// Puts the tag behind a keyword line that is to be written: at column 37 (from 0), or one blank behind what stands
     /// there. Nothing, unless the keyword itself is tagged and tags are written at all.
     virtual void WriteTag(std::string& keywordLine) const = 0;
-    /// The same; the line then bears the tag that counts from now on.
-    virtual void CommitTag(std::string& keywordLine) = 0;
+    /// The tag counts as what the file says.
+    virtual void CommitTag() = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -15,6 +15,7 @@
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/keywords/VariablesString.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -185,10 +186,11 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& contex
                                              false, variables);
     } else if (!m_dataChanged && HasValidExtent()) {
         if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
+            const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
             ReadReport report;
             KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
                                                  &report);
-            NoteTaken(report);
+            if (Service::FileInputStream::ReadFailures() == readFailures) NoteTaken(report);
         }
     }
     return data;

@@ -103,6 +103,7 @@ public:
     bool IsDirty() const;
     bool HasValidExtent() const { return m_reader && m_position >= 0 && m_size >= 1; }
     bool IsDataChanged() const { return m_dataChanged; }
+    bool IsSuppressionChanged() const { return m_suppressed != m_committedSuppressed; }
     bool VariablesAllowed() const { return m_variablesAllowed; }
 
     /// Replaces the data; `data` is taken only where the result is true. False for null, for a keyword of a skipped
@@ -122,6 +123,9 @@ public:
 
     /// Drops uncommitted changes.
     void Rollback();
+    /// The keyword stands in a new text as it has been written: its changes are no changes any more, and what was read
+    /// from its lines is read anew. With `dropData` its data are too. One that was commented out stands in no text.
+    void Commit(const std::shared_ptr<KeywordFileReader>& reader, long long position, long long size, bool dropData);
 
     /// Tells the listeners of the file that the data of an INCLUDE keyword have changed.
     void NotifyUpdated();
@@ -132,9 +136,12 @@ public:
     void Write(ILineWriter& writer, const Context& context, Keywords::SimulatorType simulator) const;
     /// The same with other data, given as text below the keyword line.
     void WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const;
-    /// The same two without what stands in the extent behind the keyword's own text.
-    void WriteOwn(ILineWriter& writer, const Context& context, Keywords::SimulatorType simulator) const;
-    void WriteOwnWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const;
+    /// The two halves of both: the comment to be put ahead of the keyword, which is no part of its text, and the rest.
+    /// `dataText` null: with its own data. `ownTextOnly`: without what stands in the extent behind the keyword's own
+    /// text.
+    void WriteLeadingComment(ILineWriter& writer) const;
+    void WriteBehindComment(ILineWriter& writer, const std::string* dataText, const Context& context,
+                            Keywords::SimulatorType simulator, bool ownTextOnly) const;
     /// Where that begins in the file, as the keyword would be written now. REQUIRES: a valid extent.
     long long RestBegin(const Context& context) const;
     /// What stands in the extent behind the keyword's own text, which is mostly the comment above the keyword below.
@@ -198,7 +205,6 @@ private:
     [[noreturn]] void ThrowUnreadable() const;
     long long OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const;
     long long TakenSize(const Context& context) const;
-    void WriteLeadingComment(ILineWriter& writer) const;
     void WriteMarked(ILineWriter& writer, const DataSource& source, const Context& context,
                      Keywords::SimulatorType simulator, long long* restBeginOut) const;
     void WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,

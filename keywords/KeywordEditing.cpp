@@ -209,4 +209,31 @@ void Keyword::Rollback()
     m_commentedOut = false;
 }
 
+void Keyword::Commit(const std::shared_ptr<KeywordFileReader>& reader, long long position, long long size,
+                     bool dropData)
+{
+    m_reader = m_commentedOut ? nullptr : reader;
+    m_position = m_commentedOut ? -1 : position;
+    m_size = m_commentedOut ? -1 : size;
+    m_line = 0;
+    if (HasTagMgr()) GetTagMgr().CommitTag();
+    if (m_state) {
+        m_state->commentManager.reset();
+        m_state->leadingComment.clear();
+        // On the disk its lines may be others, and the comment above the next keyword belongs to them.
+        m_state->heldText.reset();
+        m_state->textIsData = false;
+        m_state->takenSize = State::Unknown;
+        if (dropData) {
+            m_state->data.reset();
+            m_state->variables.reset();
+        }
+        if (!m_state->IsInUse()) m_state.reset();
+    }
+    m_committedSuppressed = m_suppressed;
+    m_suppressionChanged = false;
+    m_leadingCommentChanged = false;
+    m_dataChanged = false;
+}
+
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -36,6 +36,7 @@
 #include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/keywords/VariablesString.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
@@ -143,27 +144,21 @@ std::string Keyword::WriteDataText() const
 void Keyword::Write(ILineWriter& writer, const Context& context, SimulatorType simulator) const
 {
     WriteLeadingComment(writer);
-    WriteMarked(writer, SourceOfData(context), context, simulator, nullptr);
+    WriteBehindComment(writer, nullptr, context, simulator, false);
 }
 
 void Keyword::WriteWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const
 {
     WriteLeadingComment(writer);
-    WriteMarked(writer, {true, &dataText, std::nullopt}, context, SimulatorType::Any, nullptr);
+    WriteBehindComment(writer, &dataText, context, SimulatorType::Any, false);
 }
 
-void Keyword::WriteOwn(ILineWriter& writer, const Context& context, SimulatorType simulator) const
+void Keyword::WriteBehindComment(ILineWriter& writer, const std::string* dataText, const Context& context,
+                                 SimulatorType simulator, bool ownTextOnly) const
 {
-    WriteLeadingComment(writer);
+    const DataSource source = dataText != nullptr ? DataSource{true, dataText, std::nullopt} : SourceOfData(context);
     long long restBegin = 0;
-    WriteMarked(writer, SourceOfData(context), context, simulator, &restBegin);
-}
-
-void Keyword::WriteOwnWithText(ILineWriter& writer, const std::string& dataText, const Context& context) const
-{
-    WriteLeadingComment(writer);
-    long long restBegin = 0;
-    WriteMarked(writer, {true, &dataText, std::nullopt}, context, SimulatorType::Any, &restBegin);
+    WriteMarked(writer, source, context, simulator, ownTextOnly ? &restBegin : nullptr);
 }
 
 void Keyword::WriteLeadingComment(ILineWriter& writer) const
@@ -256,6 +251,7 @@ long long Keyword::TakenSize(const Context& context) const
 {
     State& state = GetState();
     if (state.takenSize != State::Unknown) return state.takenSize;
+    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
     const std::unique_ptr<ILineReader> lines = m_reader->OpenLineReader(true);
     if (!lines) ThrowUnreadable();
     ReadReport report;
@@ -271,6 +267,7 @@ long long Keyword::TakenSize(const Context& context) const
         const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
         report = {stretches.BehindLastDataLine(*lines, stretches.head), false};
     }
+    if (Service::FileInputStream::ReadFailures() != readFailures) ThrowUnreadable();
     NoteTaken(report);
     return state.takenSize;
 }
@@ -374,12 +371,12 @@ void Keyword::WriteHead(ILineWriter& writer, const DataSource& source, const Key
     if (source.head) {
         writer.WriteText(*source.head);
     } else if (!stretches) {
-        GetCommentManager().WriteComment(writer, false);
+        GetCommentManager().WriteComment(writer);
     } else if (!IsCommentChanged()) {
         CopyStretch(writer, *lines, stretches->head, headEnd, IsActivated());
     } else {
         CopyStretch(writer, *lines, stretches->head, stretches->comment.begin, IsActivated());
-        GetCommentManager().WriteComment(writer, false);
+        GetCommentManager().WriteComment(writer);
         CopyStretch(writer, *lines, stretches->comment.end, headEnd, IsActivated());
     }
 }

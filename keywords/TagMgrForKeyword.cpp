@@ -43,10 +43,4 @@ void TagMgrForKeyword::WriteTag(std::string& keywordLine) const
     keywordLine += environment.GetKeywordGeneratedTag();
 }
 
-void TagMgrForKeyword::CommitTag(std::string& keywordLine)
-{
-    WriteTag(keywordLine);
-    m_changed = false;
-}
-
 } // namespace Tarn::Fjel::Core::DeckManager

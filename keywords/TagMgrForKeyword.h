@@ -20,7 +20,7 @@ public:
     bool IsTagChanged() const override { return m_changed; }
     void RevertTag() override;
     void WriteTag(std::string& keywordLine) const override;
-    void CommitTag(std::string& keywordLine) override;
+    void CommitTag() override { m_changed = false; }
 
 private:
     const Keyword& m_keyword;

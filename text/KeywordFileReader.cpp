@@ -13,6 +13,7 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 void KeywordFileReader::SetPath(const std::string& path)
 {
+    m_file = path;
     if (path == m_path) return;
     m_path = path;
     m_lineStarts.reset();

@@ -14,10 +14,16 @@ namespace Tarn::Fjel::Core::DeckManager {
 class KeywordFileReader
 {
 public:
-    explicit KeywordFileReader(std::string path) : m_path(std::move(path)) {}
+    explicit KeywordFileReader(std::string path) : m_path(std::move(path)), m_file(m_path) {}
+    /// For the text of `file` that stands at `path` until it takes its place.
+    KeywordFileReader(std::string path, std::string file) : m_path(std::move(path)), m_file(std::move(file)) {}
 
     const std::string& GetPath() const { return m_path; }
-    /// Goes over to another path; nothing happens if it is the same.
+    /// The file whose text it is.
+    const std::string& GetFile() const { return m_file; }
+    /// The file is called so now; its text is where it was.
+    void SetFile(const std::string& file) { m_file = file; }
+    /// Goes over to another path, of the file itself.
     void SetPath(const std::string& path);
 
     /// A reader at the beginning of the file; null if it can't be opened. When a reader is `required` and there is no
@@ -38,6 +44,7 @@ private:
     void ReadLineStarts();
 
     std::string m_path;
+    std::string m_file;
     std::unique_ptr<std::vector<LineStart>> m_lineStarts;
 };
 

@@ -44,6 +44,7 @@ public:
     LineEnd GetLineEnd() const { return m_lines.GetLineEnd(); }
     void SetLeavesLastLineOpen(bool value) { m_lines.SetLeavesLastLineOpen(value); }
     void EndOpenLine() { m_lines.EndOpenLine(); }
+    void GoOnBehindOpenLine() { m_lines.GoOnBehindOpenLine(); }
     void ContinueOpenLine() { m_lines.ContinueOpenLine(); }
 
 private:

@@ -54,6 +54,8 @@ public:
     void SetLeavesLastLineOpen(bool value) { m_leavesLastLineOpen = value; }
     /// Writes the line end that a copy has left out.
     void EndOpenLine();
+    /// The text ahead ends in a line without an end, which is written when anything follows.
+    void GoOnBehindOpenLine() { m_lineIsOpen = true; }
     /// What comes next belongs to the line that a copy has left open.
     void ContinueOpenLine() { m_lineIsOpen = false; }
 

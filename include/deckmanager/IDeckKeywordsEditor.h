@@ -1,5 +1,6 @@
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 
@@ -14,16 +15,17 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 class IDeck;
 class IKeyword;
+class IKeywordFile;
 class IKeywordVariablesResolver;
 class KeywordFileIterator;
 class KeywordIterator;
 
 /// The editor of a deck manager: the only road by which a host changes a deck. It works on one current deck at a time.
 ///
-/// Edits are made in memory. A refusal is a result of false or null and nothing else. Every edit is refused without a
-/// current deck, at a place without a file, in a file that is read-only or could not be read, and inside a region that
-/// is skipped. An operation with a `KeywordIterator` converts it with `IDeckKeywords::GetFileIterator` and does what
-/// its twin does.
+/// Edits are made in memory until `Commit`. A refusal is a result of false or null and nothing else. Every edit is
+/// refused without a current deck, at a place without a file, in a file that is read-only or could not be read, and
+/// inside a region that is skipped. An operation with a `KeywordIterator` converts it with
+/// `IDeckKeywords::GetFileIterator` and does what its twin does.
 ///
 /// Positions stay good while other keywords come and go. A keyword lives as long as it stands in the deck.
 class IDeckKeywordsEditor
@@ -37,6 +39,19 @@ public:
 
     /// Drops the uncommitted changes of the current deck.
     virtual void Discard() = 0;
+
+    /// Brings the changes to the disk, all or none: each new text is written beside its file, and when all are whole,
+    /// all take their places. Keywords that were commented out are none any more. Throws `DeckManagerException`, with
+    /// every edit still there, when a file has changed on the disk since it was read and when files can't be written;
+    /// they are named. It can be tried again then, or discarded. A file whose new text can't take its place is named
+    /// with the file in which that is kept.
+    virtual void Commit() = 0;
+
+    /// Writes the changes of one file into a text beside it, and lets the data of its keywords go: for a host that
+    /// makes more than the memory holds. The file itself changes with the next `Commit`, which goes on behind that
+    /// text, unless what it holds has been changed since. A file that exchanges keywords with others waits for that.
+    /// Throws as `Commit` does.
+    virtual void CommitFile(IKeywordFile* file) = 0;
 
     /// Puts the current deck on the file of that name. False when the file cannot be used; throws
     /// `DeckManagerException` when `managed` is asked for, and with `checkDataFiles` when a file of the tree is
@@ -108,6 +123,18 @@ public:
     virtual bool Suppress(const KeywordFileIterator& position) = 0;
     virtual bool Unsuppress(const KeywordIterator& position) = 0;
     virtual bool Unsuppress(const KeywordFileIterator& position) = 0;
+
+    /// Puts a text above the first keyword, as comment lines between marks, ahead of the header that the file has and
+    /// in the place of one that was set before. It outlives a `Discard`.
+    virtual bool SetHeaderComment(IKeywordFile* file, const std::string& text) = 0;
+
+    /// Replaces a file of the deck by the bytes of another, or of a stream from its beginning. The uncommitted changes
+    /// of the deck are committed before, or discarded; a file that doesn't exist, or isn't of the deck, does nothing at
+    /// all. `replace` false leaves a file alone that exists. `keepTag`: the file keeps its generated tag, whatever the
+    /// new text bears. Throws `DeckManagerException` when the file can't be written, and as `Commit` does.
+    virtual void OverwriteFileFromPath(IKeywordFile* file, const std::string& path, bool commitFirst, bool keepTag) = 0;
+    virtual void OverwriteFile(IKeywordFile* file, std::istream& stream, bool replace, bool commitFirst,
+                               bool keepTag) = 0;
 
     /// Sets, or clears, the generated tag of each keyword that is new or whose data have changed.
     virtual void TagAllKeywords() = 0;

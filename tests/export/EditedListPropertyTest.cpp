@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "tests/export/Exporting.h"
+#include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/Exporter.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
@@ -62,12 +64,8 @@ public:
             std::make_unique<TestDeck>(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nINCLUDE\nB.INC /\n"},
                                                        {"A.INC", m_files[0].Text()},
                                                        {"B.INC", m_files[1].Text()}});
-        m_deck->Walk(true);
-        for (std::size_t i = 0; i < 2; ++i) {
-            KeywordFileIterator place = File(i).Begin();
-            for (PlainFile::Keyword& keyword : m_files[i].keywords)
-                keyword.keyword = *place++;
-        }
+        m_listing = m_deck->Dir().Listing();
+        NoteKeywords();
         m_unedited = m_files;
     }
 
@@ -79,10 +77,19 @@ public:
         std::vector<PlainFile::Keyword>& target = m_files[to].keywords;
         const std::size_t at = Below(source.size() + 1);
         const std::size_t place = Below(target.size() + 1);
-        switch (Below(8)) {
+        switch (Below(commits ? 10 : 8)) {
         case 0:
             Editor().Discard();
             m_files = m_unedited;
+            NoteKeywords();
+            break;
+        case 8:
+            Editor().CommitFile(&File(from));
+            // What stands above the first keyword is the file's head from now on.
+            if (File(from).IsListUnchanged()) GoIntoHead(m_files[from]);
+            break;
+        case 9:
+            Commit();
             break;
         case 1:
         case 2: {
@@ -116,6 +123,25 @@ public:
         }
     }
 
+    void Commit()
+    {
+        Editor().Commit();
+        for (PlainFile& file : m_files) {
+            GoIntoHead(file);
+            if (!file.keywords.empty()) continue;
+            file.head = file.Text();
+            file.tail.clear();
+        }
+        m_unedited = m_files;
+        EXPECT_EQ(m_deck->Dir().Read("A.INC"), m_files[0].Text());
+        EXPECT_EQ(m_deck->Dir().Read("B.INC"), m_files[1].Text());
+        EXPECT_EQ(m_deck->Dir().Listing(), m_listing);
+        // Whoever reads the files now finds the keywords where the deck has them.
+        const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create();
+        IDeck* fresh = manager->ImportDeck("Fresh", m_deck->Dir().Path("TOP.DATA"), false, true, false);
+        EXPECT_EQ(Describe(m_deck->Deck()), Describe(*fresh));
+    }
+
     void Compare(unsigned seed)
     {
         ASSERT_TRUE(
@@ -143,7 +169,58 @@ public:
         }
     }
 
+    bool commits = false; ///< edits by chance are also committed
+
 private:
+    static std::string Describe(IDeck& deck)
+    {
+        std::string text;
+        IDeckKeywords& keywords = *deck.GetDeckKeywords();
+        for (KeywordIterator place = keywords.Begin(); place != keywords.PhysicalEnd(); ++place)
+            text += std::string((*place)->GetName()) + " " + std::to_string((*place)->GetLine()) + " [" +
+                    keywords.GetComment(place, false) + "]" + *keywords.GetRawText(*place) + "\n";
+        for (IKeywordFile* file : keywords.GetFiles()) {
+            const KeywordFile& keywordFile = *file->AsKeywordFile();
+            if (keywordFile.GetFileName().GetExtension() != "INC") continue;
+            const std::string own = keywordFile.GetFileName().GetFileName() + TestDeck::Extents(keywordFile) + " " +
+                                    std::to_string(keywordFile.HeaderBegin()) + " " +
+                                    std::to_string(keywordFile.HeaderEnd()) + " " +
+                                    std::to_string(keywordFile.TailBegin()) + "\n";
+            text = keywordFile.GetFileName().GetRootName() == "A" ? own + text : text + own;
+        }
+        return text;
+    }
+
+    static void GoIntoHead(PlainFile& file)
+    {
+        // A line that was open is ended when something follows.
+        std::string* ahead = nullptr;
+        const auto pass = [&ahead](std::string& piece) {
+            if (piece.empty()) return;
+            if (ahead != nullptr && ahead->back() != '\n') *ahead += '\n';
+            ahead = &piece;
+        };
+        pass(file.head);
+        for (PlainFile::Keyword& keyword : file.keywords) {
+            pass(keyword.ahead);
+            pass(keyword.own);
+        }
+        pass(file.tail);
+        if (file.keywords.empty()) return;
+        file.head += file.keywords.front().ahead;
+        file.keywords.front().ahead.clear();
+    }
+
+    void NoteKeywords()
+    {
+        m_deck->Walk(true);
+        for (std::size_t i = 0; i < 2; ++i) {
+            KeywordFileIterator place = File(i).Begin();
+            for (PlainFile::Keyword& keyword : m_files[i].keywords)
+                keyword.keyword = *place++;
+        }
+    }
+
     std::size_t Below(std::size_t n) { return m_chance() % n; }
     IDeckKeywordsEditor& Editor() { return *m_deck->Manager().GetEditor(&m_deck->Deck()); }
     KeywordFile& File(std::size_t i) { return m_deck->File(i == 0 ? "A.INC" : "B.INC"); }
@@ -183,6 +260,7 @@ private:
 
     std::mt19937 m_chance;
     int m_next = 1;
+    std::string m_listing;
     std::vector<PlainFile> m_files;
     std::vector<PlainFile> m_unedited;
     std::unique_ptr<TestDeck> m_deck;
@@ -197,6 +275,20 @@ TEST(EditedListPropertyTest, TheTextIsTheListJoined)
         for (unsigned edits = seed % 12; edits > 0 && !testing::Test::HasFatalFailure(); --edits)
             deck.EditSomething();
         deck.Compare(seed);
+    }
+}
+
+TEST(EditedListPropertyTest, ACommitWritesThatText)
+{
+    const TestSupport::CleanEnvironment environment;
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    for (unsigned seed = 1; seed <= 600 && !testing::Test::HasFailure(); ++seed) {
+        SCOPED_TRACE(seed);
+        EditedDeck deck(seed);
+        deck.commits = true;
+        for (unsigned edits = seed % 20; edits > 0 && !testing::Test::HasFailure(); --edits)
+            deck.EditSomething();
+        if (!testing::Test::HasFailure()) deck.Commit();
     }
 }
 

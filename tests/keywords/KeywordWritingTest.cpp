@@ -480,13 +480,10 @@ TEST_F(KeywordWritingTest, TagsAreWrittenWhenTheyAreWanted)
     EXPECT_EQ(written(),
               std::string(34, ' ') + "-- Generated KW| -- Generated KW| -- Generated KW|-- Generated FILE\n");
     EXPECT_TRUE(manager.IsTagChanged() && state.IsChanged());
-    std::string line = "OIL";
-    LineStringWriter writer;
     environment.WriteGeneratedTags(false);
     EXPECT_EQ(written(), "|||");
-    manager.CommitTag(line);
-    state.CommitWrite(writer);
-    EXPECT_EQ(line + writer.GetText(), "OIL");
+    manager.CommitTag();
+    state.Commit();
     EXPECT_FALSE(manager.IsTagChanged() || state.IsChanged());
     environment.SetCustomKeywordGeneratedTag("");
     Environment::Instance().WriteGeneratedTags(false);

@@ -26,6 +26,9 @@ public:
     FileStatus Status() const { return m_buffer.Status(); }
     /// What the last failed operation met.
     const FileSystem::ErrorCode& LastError() const { return m_buffer.LastError(); }
+    /// How many reads of this process have failed, and openings of files that may be there. A reader that was handed a
+    /// stream takes a failed read for the end of the file; who must know compares this before and after.
+    static std::uint64_t ReadFailures() { return FileStreamBuffer::ReadFailures(); }
 
 private:
     FileStreamBuffer m_buffer;

@@ -20,7 +20,11 @@ bool FileStreamBuffer::Open(const std::string& path, FileSystem::OpenMode mode)
     Close();
     FileSystem& fileSystem = FileSystem::Instance();
     m_handle = fileSystem.Open(path, mode, m_error);
-    if (m_handle < 0) return false;
+    if (m_handle < 0) {
+        if (mode == FileSystem::OpenMode::Read && m_error != boost::system::errc::no_such_file_or_directory)
+            ++s_readFailures;
+        return false;
+    }
     m_writing = mode != FileSystem::OpenMode::Read;
     if (m_writing) {
         if (mode == FileSystem::OpenMode::WriteExisting || mode == FileSystem::OpenMode::WriteAppend) {
@@ -113,7 +117,10 @@ std::size_t FileStreamBuffer::ReadInto(char* data, std::size_t size)
         m_sequential = count < 0 && m_error.value() == ESPIPE;
     }
     if (m_sequential) count = fileSystem.Read(m_handle, data, size, m_error);
-    if (count < 0) throw std::ios_base::failure("Reading a file failed: " + m_error.message());
+    if (count < 0) {
+        ++s_readFailures;
+        throw std::ios_base::failure("Reading a file failed: " + m_error.message());
+    }
     m_offset += count;
     return static_cast<std::size_t>(count);
 }

@@ -2,6 +2,7 @@
 
 #include <tarn/service/FileSystem.h>
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -44,6 +45,9 @@ public:
     /// What the last failed operation met.
     const FileSystem::ErrorCode& LastError() const { return m_error; }
 
+    /// See `FileInputStream`.
+    static std::uint64_t ReadFailures() { return s_readFailures; }
+
 protected:
     int_type underflow() override;
     std::streamsize xsgetn(char* data, std::streamsize size) override;
@@ -70,6 +74,8 @@ private:
     bool m_failed = false;     ///< a write failed, and no later one is tried
     std::int64_t m_offset = 0; ///< of the file's byte behind the get area, or at the start of the put area
     FileSystem::ErrorCode m_error;
+
+    inline static std::atomic<std::uint64_t> s_readFailures = 0;
 };
 
 } // namespace Tarn::Fjel::Core::Service

@@ -1,10 +1,11 @@
-#include "export/SourceFile.h"
+#include "files/SourceFile.h"
 
 #include <algorithm>
 #include <array>
 #include <utility>
 
 #include "files/FileReferencingKeyword.h"
+#include "files/HeaderBlock.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
 #include "text/KeywordFileReader.h"
@@ -13,6 +14,7 @@
 #include "text/TagRecognisers.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/KeywordFileIterator.h>
+#include <deckmanager/LineEnds.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/service/FileStatus.h>
@@ -58,7 +60,8 @@ std::int64_t MarkSize(ILineReader& reader)
 
 } // namespace
 
-SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer) : m_file(file), m_writer(writer)
+SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer, std::vector<WrittenExtent>* extents)
+    : m_file(file), m_writer(writer), m_extents(extents)
 {
     for (const std::shared_ptr<IKeyword>& keyword : file.DiskList()) {
         if (AsKeyword(keyword).Reader() != file.FileReader()) continue;
@@ -67,6 +70,7 @@ SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer) : m_file(file)
     }
     if (file.LoadFailed()) Refuse("cannot be read");
     m_blocksWritten = file.IsListUnchanged();
+    m_keepsBytes = LineEnds::GetPolicy() == LineEnds::Policy::Keep;
     const Service::FileStatus status = Service::FileStatus::Of(file.FileReader()->GetPath());
     m_size = status.IsRegularFile() ? status.size : 0;
     m_headEnd = m_starts.empty() ? m_size : m_starts.front();
@@ -101,9 +105,40 @@ void SourceFile::Copy(std::int64_t begin, std::int64_t end)
     if (end <= begin) return;
     if (begin != m_end) {
         Flush();
-        m_begin = begin;
+        m_begin = m_end = begin;
     }
+    // Who counts bytes must know of a line end that the writer owes.
+    if (m_extents != nullptr && m_begin == m_end) m_writer->EndOpenLine();
     m_end = end;
+}
+
+/// Where the writer stands once it has what is held back, and has ended the line: for what is to be written now.
+std::int64_t SourceFile::Tell()
+{
+    if (!m_keepsBytes || m_end == m_size) Flush();
+    if (m_begin == m_end) m_writer->EndOpenLine();
+    return m_writer->Tell() + m_end - m_begin;
+}
+
+/// The last keyword that was written ends here, where text begins that no keyword owns.
+void SourceFile::EndExtents()
+{
+    if (m_extents != nullptr && !m_extents->empty() && m_extents->back().end < 0) m_extents->back().end = Tell();
+}
+
+void SourceFile::EndLastExtent()
+{
+    Flush();
+    if (m_extents != nullptr && !m_extents->empty() && m_extents->back().end < 0)
+        m_extents->back().end = m_writer->Tell();
+}
+
+void SourceFile::NoteBegin(const Keyword& keyword)
+{
+    if (m_extents == nullptr || keyword.IsCommentedOut()) return;
+    const std::int64_t here = Tell();
+    if (!m_extents->empty() && m_extents->back().end < 0) m_extents->back().end = here;
+    m_extents->push_back({&keyword, here, -1});
 }
 
 void SourceFile::Flush()
@@ -125,7 +160,9 @@ void SourceFile::FlushOpen()
 void SourceFile::CopyHead(bool continued, std::string_view ahead)
 {
     const bool tagChanged = m_file.TagState().IsChanged();
-    if (m_headEnd == 0 && !tagChanged) return;
+    const std::string& block = m_file.HeaderBlockToWrite();
+    const std::string* const comment = m_file.TextSetInHead();
+    if (m_headEnd == 0 && !tagChanged && block.empty() && comment == nullptr) return;
     ILineReader* reader = Reader();
     const std::int64_t mark = reader != nullptr ? MarkSize(*reader) : 0;
     std::int64_t begin = 0;
@@ -139,7 +176,36 @@ void SourceFile::CopyHead(bool continued, std::string_view ahead)
         if (m_writer != nullptr) m_file.TagState().Write(*m_writer);
         begin = std::max<std::int64_t>({mark, m_file.HeaderBegin(), 0});
     }
-    Copy(begin, m_headEnd);
+    if (!block.empty() || comment != nullptr) {
+        HeadPlaces places = PlacesInHead(mark);
+        if (block.empty()) places.block = places.comment;
+        Copy(begin, places.block);
+        std::max(begin, places.block) > mark ? Flush() : FlushOpen();
+        if (m_writer != nullptr) m_writer->WriteText(block);
+        begin = std::max(begin, places.comment);
+    }
+    if (comment == nullptr)
+        Copy(begin, m_headEnd);
+    else if (m_writer != nullptr)
+        m_writer->WriteText(*comment);
+}
+
+SourceFile::HeadPlaces SourceFile::PlacesInHead(std::int64_t mark)
+{
+    ILineReader* reader = Reader();
+    std::optional<HeaderBlock::Place> block;
+    if (reader != nullptr) block = HeaderBlock::Find(*reader, mark, m_headEnd);
+    if (block) return {block->begin, block->end};
+    const std::int64_t behindTag = std::max<std::int64_t>({mark, m_file.HeaderBegin(), 0});
+    return {behindTag, behindTag};
+}
+
+std::string SourceFile::TextOfHead()
+{
+    ILineReader* reader = m_headEnd > 0 ? Reader() : nullptr;
+    std::string text;
+    if (reader != nullptr) reader->ReadRange(PlacesInHead(MarkSize(*reader)).comment, m_headEnd - 1, text);
+    return text;
 }
 
 bool SourceFile::HasDataInHead()
@@ -171,15 +237,15 @@ long long SourceFile::EndToCopy(const Keyword& keyword, const Context& context) 
 void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Keywords::SimulatorType simulator)
 {
     if (keyword.IsWrittenAsItStands() && keyword.Reader() == m_file.FileReader()) {
+        NoteBegin(keyword);
         Copy(keyword.Position(), EndToCopy(keyword, context));
         return;
     }
     Flush();
     if (m_writer == nullptr) return;
-    if (m_ownTextOnly)
-        keyword.WriteOwn(*m_writer, context, simulator);
-    else
-        keyword.Write(*m_writer, context, simulator);
+    keyword.WriteLeadingComment(*m_writer);
+    NoteBegin(keyword);
+    keyword.WriteBehindComment(*m_writer, nullptr, context, simulator, m_ownTextOnly);
 }
 
 void SourceFile::WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText,
@@ -188,10 +254,8 @@ void SourceFile::WriteReference(const FileReferencingKeyword& keyword, const std
     if (m_writer != nullptr && WriteAroundName(keyword, dataText, context)) return;
     Flush();
     if (m_writer == nullptr) return;
-    if (m_ownTextOnly)
-        keyword.WriteOwnWithText(*m_writer, dataText, context);
-    else
-        keyword.WriteWithText(*m_writer, dataText, context);
+    keyword.WriteLeadingComment(*m_writer);
+    keyword.WriteBehindComment(*m_writer, &dataText, context, Keywords::SimulatorType::Any, m_ownTextOnly);
 }
 
 std::size_t SourceFile::PlaceOnDisk(const Keyword& keyword) const
@@ -203,11 +267,11 @@ std::size_t SourceFile::PlaceOnDisk(const Keyword& keyword) const
 
 void SourceFile::ComeTo(const Keyword* keyword, const Keyword* follower, const Context& context)
 {
-    if (!m_blocksWritten) {
-        for (const IKeyword* below : m_file.BlocksAhead(keyword))
-            CopyBlockAhead(static_cast<const Keyword*>(below), context);
+    if (!m_blocksWritten) WriteBlocksAhead(keyword, context);
+    if (keyword == nullptr) {
+        WriteRest();
+        return;
     }
-    if (keyword == nullptr) return;
     m_blocksWritten =
         m_file.IsListUnchanged() || (!m_file.HasOtherBlocksAhead(follower) && StandAsOnDisk(*keyword, follower));
     m_ownTextOnly = !m_blocksWritten;
@@ -215,8 +279,8 @@ void SourceFile::ComeTo(const Keyword* keyword, const Keyword* follower, const C
 
 void SourceFile::ComeTo(const KeywordFileIterator& place, const Context& context)
 {
-    if (m_file.IsListUnchanged()) return;
     const KeywordFileIterator end = m_file.End();
+    if (m_file.IsListUnchanged() && place != end) return;
     const auto keywordAt = [&end](const KeywordFileIterator& position) {
         return position != end ? static_cast<const Keyword*>(*position) : nullptr;
     };
@@ -233,25 +297,112 @@ bool SourceFile::StandAsOnDisk(const Keyword& keyword, const Keyword* next) cons
     return next != nullptr ? place + 1 < m_onDisk.size() && m_onDisk[place + 1] == next : place + 1 == m_onDisk.size();
 }
 
-/// What stood ahead of a keyword on the disk, in this file or another: mostly the comment above it. Nothing for the
-/// first of its file, whose comment is header. Null: what stood at the end of this file.
+void SourceFile::WriteBlocksAhead(const Keyword* keyword, const Context& context)
+{
+    for (const KeywordFile::Block& block : m_file.BlocksAhead(keyword)) {
+        if (!block.text) {
+            CopyBlockAhead(static_cast<const Keyword*>(block.below), context);
+            continue;
+        }
+        Flush();
+        if (m_writer != nullptr) m_writer->WriteText(*block.text);
+    }
+}
+
+/// What stood ahead of a keyword on the disk, in this file or another.
 void SourceFile::CopyBlockAhead(const Keyword* below, const Context& context)
 {
     if (below != nullptr && below->Reader() != m_file.FileReader()) {
         KeywordFile* other = below->GetDiskFile();
         if (other == nullptr) return;
         Flush();
-        SourceFile source(*other, m_writer);
+        SourceFile source(*other, m_writer, m_extents);
+        source.m_keepsBytes = false;
         source.CopyBlockAhead(below, context);
         source.Flush();
         return;
     }
+    const RestOfFile stretch = StretchAhead(below, context);
+    Copy(stretch.begin, stretch.gap);
+    if (stretch.gap < stretch.end) EndExtents();
+    Copy(stretch.gap, stretch.end);
+}
+
+/// Mostly the comment above a keyword. Nothing for the first of the file, whose comment is header. Null: what stands at
+/// the end of the file.
+RestOfFile SourceFile::StretchAhead(const Keyword* below, const Context& context)
+{
     const std::size_t place = below != nullptr ? PlaceOnDisk(*below) : m_onDisk.size();
-    if (place == 0) return;
+    if (place == 0) return {};
     const Keyword& ahead = *m_onDisk[place - 1];
     // What a skip keyword has behind it is the region that it skips.
-    if (ahead.IsSkipped()) return;
-    Copy(ahead.RestBegin(context), place < m_starts.size() ? m_starts[place] : m_size);
+    if (ahead.IsSkipped()) return {};
+    RestOfFile stretch;
+    stretch.begin = ahead.RestBegin(context);
+    stretch.gap = std::max<std::int64_t>(stretch.begin, ahead.Position() + ahead.Size());
+    stretch.end = place < m_starts.size() ? m_starts[place] : m_size;
+    return stretch;
+}
+
+void SourceFile::WriteRest()
+{
+    const RestBehindText* rest = m_file.Rest();
+    if (rest == nullptr || m_writer == nullptr) return;
+    Flush();
+    const std::unique_ptr<ILineReader> reader = rest->reader->OpenLineReader(true);
+    const auto copy = [&](std::int64_t begin, std::int64_t end) {
+        if (begin >= end) return;
+        if (!reader || (m_writer->Copy(*reader, begin, end - 1) != end - begin && m_writer->IsGood()))
+            Refuse("has been changed on disk since it was read");
+    };
+    for (const RestOfFile& piece : rest->pieces) {
+        if (!piece.text.empty()) {
+            m_writer->WriteText(piece.text);
+            continue;
+        }
+        copy(piece.begin, piece.gap);
+        if (piece.gap < piece.end) EndExtents();
+        copy(piece.gap, piece.end);
+    }
+}
+
+std::string SourceFile::StretchText(const RestOfFile& stretch)
+{
+    std::string text;
+    ILineReader* reader = stretch.begin < stretch.end ? Reader() : nullptr;
+    if (reader != nullptr) reader->ReadRange(stretch.begin, stretch.end - 1, text);
+    return text;
+}
+
+std::string SourceFile::TextAhead(const Keyword& keyword, const Context& context)
+{
+    std::string text;
+    for (const KeywordFile::Block& block : m_file.BlocksAhead(&keyword)) {
+        const auto* below = static_cast<const Keyword*>(block.below);
+        if (block.text) {
+            text += *block.text;
+        } else if (below == nullptr || below->Reader() == m_file.FileReader()) {
+            text += StretchText(StretchAhead(below, context));
+        } else if (KeywordFile* other = below->GetDiskFile()) {
+            SourceFile source(*other, nullptr);
+            text += source.StretchText(source.StretchAhead(below, context));
+        }
+    }
+    return text;
+}
+
+std::vector<RestOfFile> SourceFile::RestOfList(const Context& context)
+{
+    std::vector<RestOfFile> rest;
+    for (const KeywordFile::Block& block : m_file.BlocksAhead(nullptr)) {
+        RestOfFile piece;
+        if (block.text)
+            piece.text = *block.text;
+        else
+            piece = StretchAhead(static_cast<const Keyword*>(block.below), context);
+        if (piece.begin < piece.end || !piece.text.empty()) rest.push_back(std::move(piece));
+    }
+    return rest;
 }
 
 bool SourceFile::WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText,
@@ -305,7 +456,14 @@ void SourceFile::CopyGap(const Keyword& keyword)
     if (m_ownTextOnly && !keyword.IsSkipped()) return;
     const std::int64_t size = GapSize(keyword);
     const std::int64_t begin = keyword.Position() + keyword.Size();
-    if (size > 0) Copy(begin, begin + size);
+    if (size <= 0) return;
+    EndExtents();
+    Copy(begin, begin + size);
+}
+
+bool SourceFile::IsFirstOnDisk(const Keyword& keyword) const
+{
+    return !m_onDisk.empty() && m_onDisk.front() == &keyword;
 }
 
 bool SourceFile::IsLastOnDisk(const Keyword& keyword) const

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "files/FileWriteResult.h"
 #include <tarn/keywords/SimulatorType.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -31,15 +32,19 @@ class SourceFile
 {
 public:
     /// Loads the file. `writer` null: nothing is written, and nothing read for it.
-    SourceFile(KeywordFile& file, LineFileWriter* writer);
+    SourceFile(KeywordFile& file, LineFileWriter* writer) : SourceFile(file, writer, nullptr) {}
+    /// The same; where keywords come to stand is noted in `extents`, which may be null and outlives the object. Their
+    /// ends follow with `EndExtents`.
+    SourceFile(KeywordFile& file, LineFileWriter* writer, std::vector<WrittenExtent>* extents);
     ~SourceFile();
     SourceFile(const SourceFile&) = delete;
     SourceFile& operator=(const SourceFile&) = delete;
 
     KeywordFile& File() const { return m_file; }
 
-    /// The head as it stands, with a changed tag in the place of the old tag block. `continued`: the text goes on
-    /// another file's, so no byte order mark. `ahead`: a line to stand ahead of all but the mark.
+    /// The head as it stands, with a changed tag in the place of the old tag block, and with a header that an edit has
+    /// set in that of an earlier one. `continued`: the text goes on another file's, so no byte order mark. `ahead`: a
+    /// line to stand ahead of all but the mark.
     void CopyHead(bool continued, std::string_view ahead = {});
     /// What of the head is read as data of what stands ahead of the file.
     bool HasDataInHead();
@@ -66,6 +71,8 @@ public:
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
     void CopyGap(const Keyword& keyword);
+    /// Only the head stands ahead of the keyword.
+    bool IsFirstOnDisk(const Keyword& keyword) const;
     /// The gap behind the keyword reaches the end of the file.
     bool IsLastOnDisk(const Keyword& keyword) const;
     std::int64_t GapSize(const Keyword& keyword) const;
@@ -78,14 +85,40 @@ public:
     /// The same, and what comes next goes on in the line: a byte order mark ends none.
     void FlushOpen();
 
+    /// Puts there what stands ahead of a keyword (null: of the list's end), in this file or, by an edit, in others.
+    void WriteBlocksAhead(const Keyword* keyword, const Context& context);
+    /// What that would be at the end of the list.
+    std::vector<RestOfFile> RestOfList(const Context& context);
+    /// The end of the file, where its text breaks off ahead of that.
+    void WriteRest();
+    /// The last keyword that was written ends with the text.
+    void EndLastExtent();
+    /// What stands ahead of a keyword, as text.
+    std::string TextAhead(const Keyword& keyword, const Context& context);
+    /// The comment in the head, as text: what stands behind a tag and behind a header that a host has set.
+    std::string TextOfHead();
+
     /// Closes the file, which opens again when it is needed.
     void PutAside();
     /// The file's text; null for a file that doesn't exist.
     ILineReader* Reader();
 
 private:
+    /// Where a header that a host has set stands in the head, or would; and the comment behind it.
+    struct HeadPlaces
+    {
+        std::int64_t block;
+        std::int64_t comment;
+    };
+
     bool StandAsOnDisk(const Keyword& keyword, const Keyword* next) const;
     void CopyBlockAhead(const Keyword* below, const Context& context);
+    RestOfFile StretchAhead(const Keyword* below, const Context& context);
+    std::string StretchText(const RestOfFile& stretch);
+    HeadPlaces PlacesInHead(std::int64_t mark);
+    std::int64_t Tell();
+    void EndExtents();
+    void NoteBegin(const Keyword& keyword);
     bool WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
     long long EndToCopy(const Keyword& keyword, const Context& context) const;
     std::size_t PlaceOnDisk(const Keyword& keyword) const;
@@ -95,6 +128,8 @@ private:
 
     KeywordFile& m_file;
     LineFileWriter* m_writer;
+    std::vector<WrittenExtent>* m_extents;
+    bool m_keepsBytes = false; ///< what is held back goes out as it stands
     std::unique_ptr<OpenReaderGuard> m_guard;
     std::shared_ptr<ILineReader> m_reader;
     std::vector<std::int64_t> m_starts;   ///< of the keywords on the disk, ascending

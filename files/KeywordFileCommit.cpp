@@ -1,0 +1,472 @@
+// The part of `KeywordFile` that brings its changes to the disk.
+//
+// A text is never changed in place. The new one is written beside the file, from the old one and from memory; then the
+// keywords go over to it; last it takes the file's place. Between the last two steps the file is pending: its keywords
+// stand in a text that isn't the file's yet. A partial commit leaves it so, with a text that breaks off.
+
+#include <algorithm>
+#include <istream>
+#include <iterator>
+#include <optional>
+#include <utility>
+
+#include "files/HeaderBlock.h"
+#include "files/KeywordFile.h"
+#include "files/KeywordFileWriter.h"
+#include "files/KeywordINCLUDE.h"
+#include "files/MadeDirectories.h"
+#include "files/TemporaryText.h"
+#include "keywords/Keyword.h"
+#include "text/KeywordFileReader.h"
+#include "text/LineFileWriter.h"
+#include "text/LineStreamReader.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/Environment.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/Directory.h>
+#include <tarn/service/FileStream.h>
+#include <tarn/service/FileSystem.h>
+#include <tarn/service/FileUtils.h>
+#include <tarn/service/Log.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::KeywordKind;
+using Service::FileName;
+using Service::FileStatus;
+using Service::FileSystem;
+using Service::Log;
+using List = KeywordFileContents::List;
+
+/// What commits of the file have written so far.
+struct KeywordFile::CommitState
+{
+    /// The text in which the keywords stand, until it takes the file's place.
+    TemporaryText pending;
+    /// It breaks off, and this is to follow.
+    std::optional<RestBehindText> rest;
+    /// It could not take the file's place, and its name has been told.
+    bool isTold = false;
+    /// INCLUDE keywords that have left the list since the last whole commit.
+    std::vector<std::shared_ptr<IKeyword>> formerIncludes;
+
+    /// A text that nothing knows of yet.
+    struct Written
+    {
+        TemporaryText text; ///< none where it goes on in the pending one
+        bool partial = false;
+        long long sizeBefore = 0; ///< of the pending one
+        FileWriteResult result;
+    };
+    std::optional<Written> written;
+    MadeDirectories directories;
+};
+
+namespace {
+
+bool IsSameText(const FileStatus& now, const FileStatus& then)
+{
+    if (now.Exists() != then.Exists()) return false;
+    return !now.Exists() || (now.IsSameFileAs(then) && now.size == then.size &&
+                             now.modifiedNanoseconds == then.modifiedNanoseconds);
+}
+
+bool CanAppend(const FileName& file)
+{
+    FileSystem::ErrorCode error;
+    const int handle = FileSystem::Instance().Open(file.GetFullName(), FileSystem::OpenMode::WriteExisting, error);
+    return handle >= 0 && FileSystem::Instance().Close(handle, error);
+}
+
+/// Something stands there that is no file, or a file that can't be written.
+bool IsBlocked(const FileName& file)
+{
+    const FileStatus status = FileStatus::Of(file);
+    return status.isUnknown || (status.Exists() && !(status.IsRegularFile() && CanAppend(file)));
+}
+
+void Tell(const FileName& file, const std::string& text)
+{
+    const Log::Place place(file.GetFullName(), -1);
+    Log::SendLogMessage(text, Log::Error);
+}
+
+} // namespace
+
+KeywordFile::KeywordFile(const FileName& name, IKeywordFileManager& manager, bool useVariables)
+    : m_manager(manager), m_fileName(name), m_fileReader(std::make_shared<KeywordFileReader>(name.GetFullName())),
+      m_useVariables(useVariables)
+{
+}
+
+KeywordFile::~KeywordFile()
+{
+    try {
+        CancelChanges();
+    } catch (...) {
+        // A destructor has nobody to tell.
+    }
+}
+
+bool KeywordFile::IsPending() const
+{
+    return m_commit && m_commit->pending.IsSet();
+}
+
+const RestBehindText* KeywordFile::Rest() const
+{
+    return m_commit && m_commit->rest ? &*m_commit->rest : nullptr;
+}
+
+std::vector<KeywordFile*> KeywordFile::IncludedFiles() const
+{
+    std::vector<KeywordFile*> files;
+    if (!m_wasLoaded) return files;
+    const auto add = [&files](const IKeyword* keyword) {
+        if (KeywordFile* file = IncludedFileOf(keyword)) files.push_back(file);
+    };
+    for (const KeywordFileIterator& include : GetINCLUDEKeywords())
+        add(*include);
+    for (const std::shared_ptr<IKeyword>& keyword : m_snapshot)
+        add(keyword.get());
+    if (m_commit) {
+        for (const std::shared_ptr<IKeyword>& keyword : m_commit->formerIncludes)
+            add(keyword.get());
+    }
+    return files;
+}
+
+void KeywordFile::ResetContents()
+{
+    if (m_commit && !m_commit->isTold) m_commit->pending.Remove();
+    m_commit.reset();
+    DropPositions();
+    DropSnapshot();
+    m_contents.reset();
+    m_tagState.Clear();
+    m_headerBegin = m_headerEnd = m_tailBegin = -1;
+    m_loadFailed = false;
+    m_fileReader = std::make_shared<KeywordFileReader>(m_fileName.GetFullName());
+    LinkCounter::Changed();
+}
+
+bool KeywordFile::SetHeaderComment(const std::string& text)
+{
+    Contents();
+    m_headerBlock = HeaderBlock::Of(text);
+    return true;
+}
+
+// --- before anything is touched ------------------------------------------------------------------
+
+bool KeywordFile::HasChangedOnDisk() const
+{
+    return m_contents && !IsSameText(FileStatus::Of(m_fileName), m_status);
+}
+
+bool KeywordFile::CheckWritable() const
+{
+    if (!IsModified()) return true;
+    MadeDirectories directories;
+    std::string unused;
+    const bool isWritable = directories.Make(m_fileName.GetDirectory(), unused) && !IsBlocked(m_fileName) &&
+                            TemporaryText::CanOpen(m_fileName) &&
+                            (!IsPending() || CanAppend(FileName(m_commit->pending.Path())));
+    directories.Remove();
+    return isWritable;
+}
+
+// --- the new text --------------------------------------------------------------------------------
+
+/// The pending text breaks off behind keywords that stand as it has them, with nothing new between: what is new can
+/// follow.
+bool KeywordFile::CanContinue() const
+{
+    if (Rest() == nullptr || m_tagState.IsChanged() || !m_headerBlock.empty() || m_textInHead) return false;
+    const auto end = m_blocksAhead.find(nullptr);
+    const bool hasOtherEnd =
+        end != m_blocksAhead.end() &&
+        (end->second.size() != 1 || end->second.front().below || end->second.front().text);
+    if (hasOtherEnd) return false;
+    const List& keywords = m_contents->Keywords();
+    auto present = keywords.begin();
+    long long size = 0;
+    for (const std::shared_ptr<IKeyword>& written : DiskList()) {
+        if (present == keywords.end() || *present != written || HasOtherBlocksAhead(written.get())) return false;
+        const Keyword& keyword = KeywordFileContents::AsKeyword(written);
+        if (keyword.IsDirty()) return false;
+        size = keyword.Position() + keyword.Size();
+        ++present;
+    }
+    return FileStatus::Of(m_commit->pending.Path()).size >= size;
+}
+
+/// Moves between files tie their texts together: the one is written from the other.
+bool KeywordFile::SharesKeywords() const
+{
+    const auto isForeign = [this](const std::shared_ptr<IKeyword>& keyword) {
+        const auto& reader = KeywordFileContents::AsKeyword(keyword).Reader();
+        return reader && reader != m_fileReader;
+    };
+    const auto isElsewhere = [this](const std::shared_ptr<IKeyword>& keyword) {
+        return KeywordFileContents::AsKeyword(keyword).Owner() != this;
+    };
+    const List& keywords = m_contents->Keywords();
+    if (std::any_of(keywords.begin(), keywords.end(), isForeign)) return true;
+    if (std::any_of(m_snapshot.begin(), m_snapshot.end(), isElsewhere)) return true;
+    return std::any_of(m_blocksAhead.begin(), m_blocksAhead.end(), [&](const auto& entry) {
+        return std::any_of(entry.second.begin(), entry.second.end(),
+                           [&](const KeptBlock& block) { return block.below && isForeign(block.below); });
+    });
+}
+
+void KeywordFile::WriteToTemporary(bool partial)
+{
+    const bool exists = FileStatus::Of(m_fileName).Exists();
+    const bool isModified = IsModified();
+    if (!isModified && exists) {
+        DropSnapshot();
+        return;
+    }
+    if (!exists && Environment::Instance().GetPreventEmptyFileCreation() && Contents().Keywords().empty()) return;
+    // Once whole, a text only waits for its place.
+    const bool isNew = IsEdited() || !m_headerBlock.empty();
+    if (IsPending() && !isNew && (partial || Rest() == nullptr)) return;
+    if (partial && SharesKeywords()) return;
+    Contents();
+    if (m_loadFailed) throw DeckManagerException("The file " + m_fileName.GetFullName() + " cannot be read.");
+
+    const bool continuing = CanContinue();
+    if (Rest() != nullptr && !continuing && Environment::Instance().LogWarningOnPartialCommitViolation()) {
+        const Log::Place place(m_fileName.GetFullName(), -1);
+        Log::SendLogMessage("File that was written in partial commit has been changed: " + m_fileName.GetFileName() +
+                                ". This will cause the file to be re-written.",
+                            Log::Warning);
+    }
+    if (partial && Rest() == nullptr) {
+        // The comment at the end of the file stays behind whatever comes yet.
+        TakeSnapshot();
+        m_blocksAhead.try_emplace(nullptr, Blocks{{nullptr, nullptr}});
+    }
+    if (!m_commit) m_commit = std::make_unique<CommitState>();
+    CommitState::Written& written = m_commit->written.emplace();
+    written.partial = partial;
+    if (IsPending()) written.sizeBefore = FileStatus::Of(m_commit->pending.Path()).size;
+
+    LineFileWriter writer;
+    std::string reason;
+    bool isOpen = m_commit->directories.Make(m_fileName.GetDirectory(), reason);
+    if (isOpen && continuing) {
+        isOpen = writer.Open(m_commit->pending.Path(), true);
+    } else if (isOpen) {
+        written.text = IsPending() ? m_commit->pending.OpenNext(writer) : TemporaryText::Open(writer, m_fileName);
+        isOpen = written.text.IsSet();
+    }
+    bool isDone = false;
+    // A read that fails looks like the end of a text to whoever asks where a keyword ends.
+    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    if (isOpen) {
+        try {
+            written.result = KeywordFileWriter::WriteForCommit(*this, writer, RootContext(), partial, continuing);
+        } catch (...) {
+            writer.Close();
+            DropWritten();
+            throw;
+        }
+        isDone = written.result.ok && (partial || writer.Sync());
+        if (Service::FileInputStream::ReadFailures() != readFailures) {
+            isDone = false;
+            reason = "a file of the deck cannot be read";
+        }
+    }
+    if (reason.empty()) reason = writer.FailureReason();
+    isDone = writer.Close() && isDone;
+    if (isDone) return;
+    if (reason.empty()) reason = writer.FailureReason();
+    DropWritten();
+    // Nobody has asked for a file that is missing.
+    if (!isModified) return;
+    if (!reason.empty()) Tell(m_fileName, "The file " + m_fileName.GetFullName() + " cannot be written: " + reason + ".");
+    throw DeckManagerException("Fails to commit editing because temporary file for " + m_fileName.GetFullName() + "\n" +
+                               "cannot be created.");
+}
+
+void KeywordFile::DropWritten()
+{
+    if (!m_commit) return;
+    if (m_commit->written) {
+        if (m_commit->written->text.IsSet())
+            m_commit->written->text.Remove();
+        else if (m_commit->pending.IsSet())
+            m_commit->pending.CutBack(m_commit->written->sizeBefore);
+        m_commit->written.reset();
+    }
+    m_commit->directories.Remove();
+    if (!IsPending()) m_commit.reset();
+}
+
+// --- the keywords go over ------------------------------------------------------------------------
+
+void KeywordFile::TakeOver()
+{
+    if (!m_commit || !m_commit->written) return;
+    CommitState& commit = *m_commit;
+    CommitState::Written written = std::move(*commit.written);
+    commit.written.reset();
+    commit.directories = {};
+    const bool continues = !written.text.IsSet();
+    if (!continues) {
+        if (commit.pending.IsSet())
+            commit.pending.Replace(std::move(written.text));
+        else
+            commit.pending = std::move(written.text);
+    }
+    const std::shared_ptr<KeywordFileReader> old = m_fileReader;
+    if (!continues) {
+        m_fileReader =
+            std::make_shared<KeywordFileReader>(commit.pending.Path(), m_fileName.GetFullName());
+    }
+    if (!written.partial)
+        commit.rest.reset();
+    else if (!commit.rest)
+        commit.rest = RestBehindText{std::move(written.result.rest), old};
+    for (const std::shared_ptr<IKeyword>& keyword : m_snapshot) {
+        if (keyword->GetSyntax()->GetKind() == KeywordKind::Include) commit.formerIncludes.push_back(keyword);
+    }
+    TakeExtents(written.result, m_fileReader, written.partial);
+    const bool scanWillDiffer = m_scanWillDiffer;
+    DropSnapshot();
+    m_scanWillDiffer = scanWillDiffer;
+    m_headerBlock.clear();
+
+    m_tagState.Commit();
+    if (!continues) {
+        FileTagState unused;
+        const std::unique_ptr<ILineReader> reader = m_fileReader->OpenLineReader(false);
+        if (reader) unused.Read(*reader);
+        m_headerBegin = reader ? reader->Tell() : -1;
+    }
+    RemoveCommentedOut();
+    PlaceHeadAndTail();
+    // Others may keep where keywords stand.
+    LinkCounter::Changed();
+}
+
+void KeywordFile::TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader,
+                              bool dropData)
+{
+    auto extent = result.extents.begin();
+    for (const std::shared_ptr<IKeyword>& listed : m_contents->Keywords()) {
+        Keyword& keyword = KeywordFileContents::AsKeyword(listed);
+        const bool marksChanged = keyword.IsCommentedOut() || keyword.IsSuppressionChanged();
+        if (marksChanged && DecidesOfOthers(keyword)) m_scanWillDiffer = true;
+        if (keyword.IsCommentedOut()) {
+            keyword.Commit(nullptr, -1, -1, dropData);
+        } else if (extent != result.extents.end() && extent->keyword == &keyword) {
+            keyword.Commit(reader, extent->begin, extent->end - extent->begin, dropData);
+            ++extent;
+        }
+    }
+}
+
+/// They are comments now.
+void KeywordFile::RemoveCommentedOut()
+{
+    List& keywords = m_contents->Keywords();
+    for (List::iterator node = keywords.begin(); node != keywords.end();) {
+        const std::shared_ptr<IKeyword> hold = *node;
+        const List::iterator next = std::next(node);
+        if (hold->IsCommentedOut()) {
+            if (hold->GetSyntax()->GetKind() == KeywordKind::Include) m_commit->formerIncludes.push_back(hold);
+            Keyword& keyword = KeywordFileContents::AsKeyword(hold);
+            m_contents->Erase(node);
+            DropAfterEdit(keyword);
+            KeywordFileRemoveEventArgs args(*this, keyword);
+            RaiseOnce(args);
+        }
+        node = next;
+    }
+}
+
+void KeywordFile::CommitToTemporary(bool partial)
+{
+    WriteToTemporary(partial);
+    TakeOver();
+}
+
+// --- in its place --------------------------------------------------------------------------------
+
+void KeywordFile::FinishCommit()
+{
+    if (!IsPending() || Rest() != nullptr) return;
+    const std::string path = m_commit->pending.Path();
+    std::string reason;
+    if (!m_commit->pending.PutInPlace(m_fileName, reason)) {
+        m_commit->isTold = true;
+        Tell(m_fileName, "The file " + m_fileName.GetFullName() + " cannot be modified: " + reason +
+                             ". Its new text is kept in the file " + path + ".");
+        throw DeckManagerException("Fails to commit editing because " + m_fileName.GetFullName() + "\n" +
+                                   "cannot be modified.\nIts new text is kept in the file " + path + ".");
+    }
+    m_commit.reset();
+    m_fileReader->SetPath(m_fileName.GetFullName());
+    m_status = FileStatus::Of(m_fileName);
+    DropSnapshot();
+    if (std::exchange(m_scanWillDiffer, false))
+        Reload();
+    else
+        SaveToCache(m_status);
+}
+
+void KeywordFile::OverwriteFile(std::istream& stream, bool replace, bool keepTag)
+{
+    const std::string& name = m_fileName.GetFullName();
+    const std::string failure = "Fail to update keyword file by overwrite because the ";
+    MadeDirectories directories;
+    std::string reason;
+    if (!directories.Make(m_fileName.GetDirectory(), reason)) {
+        directories.Remove();
+        Tell(m_fileName, reason);
+        throw DeckManagerException(failure + "directory\n" + m_fileName.GetDirectory().Name() + "\ncannot be created.");
+    }
+    const auto refuse = [&]() {
+        directories.Remove();
+        if (!reason.empty()) Tell(m_fileName, "The file " + name + " cannot be written: " + reason + ".");
+        throw DeckManagerException(failure + "file\n" + name + "\ncannot be modified/created.");
+    };
+    if (IsBlocked(m_fileName)) refuse();
+    if (replace || keepTag || !m_fileName.FileExists()) {
+        if (keepTag) Contents();
+        LineFileWriter writer;
+        TemporaryText text = TemporaryText::Open(writer, m_fileName);
+        if (!text.IsSet()) {
+            reason = writer.FailureReason();
+            refuse();
+        }
+        stream.clear();
+        stream.seekg(0);
+        if (keepTag) {
+            LineStreamReader lines;
+            lines.Attach(&stream);
+            FileTagState unused;
+            unused.Read(lines);
+            const long long behindTag = lines.Tell();
+            if (std::optional<LineEnd> lineEnd = FirstLineEnd(lines)) writer.SetLineEnd(*lineEnd);
+            m_tagState.Write(writer);
+            stream.clear();
+            stream.seekg(behindTag);
+        }
+        const bool isGood = writer.Close();
+        if (!isGood) reason = writer.FailureReason();
+        if (!isGood || !Service::FileUtils::Copy(stream, FileName(text.Path()), true, true) || !text.Sync(reason) ||
+            !text.PutInPlace(m_fileName, reason))
+        {
+            text.Remove();
+            refuse();
+        }
+    }
+    Reload();
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
