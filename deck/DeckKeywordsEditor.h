@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include <deckmanager/IDeckKeywordsEditor.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -59,6 +61,7 @@ public:
     void UntagAllKeywords() override;
     void TagKeyword(const IKeyword* keyword) override;
     void UntagKeyword(const IKeyword* keyword) override;
+    void SortKeywords() override;
 
     /// Replaces the comment above a keyword.
     bool SetCommentAbove(const KeywordFileIterator& position, const std::string& text);
@@ -80,6 +83,11 @@ private:
     bool IsOfDeck(const KeywordFile* file) const;
     void SetTag(const IKeyword* keyword, bool tagged);
     void SetTagOnChanged(bool tagged);
+    void SortSection(const KeywordIterator& start, const KeywordIterator& next);
+    void MoveToFixedPlace(Keywords::SectionType section, const KeywordIterator& start, const KeywordIterator& next);
+    void SortFileRange(Keywords::SectionType section, const KeywordFileIterator& begin, const KeywordFileIterator& end);
+    void Arrange(Keywords::SectionType section, const std::vector<KeywordFileIterator>& places);
+    bool MoveScope(const KeywordFileIterator& from, const KeywordFileIterator& to, bool generatedOnly);
 
     IKeywordFileManager& m_fileManager;
     Deck* m_deck = nullptr;

@@ -142,6 +142,12 @@ public:
     virtual void TagKeyword(const IKeyword* keyword) = 0;
     virtual void UntagKeyword(const IKeyword* keyword) = 0;
 
+    /// Moves the keywords of each section into the order that the rules of the syntax table want, as few as that takes;
+    /// a TITLE goes straight behind RUNSPEC first, and SKIPREST to the head of SCHEDULE. Each file and each scope is
+    /// sorted by itself. Keywords of a ring of rules stay where they are. Files that can't be edited are left alone; a
+    /// warning tells of a file whose keywords could not all be moved.
+    virtual void SortKeywords() = 0;
+
     /// The parsed data, taken out of the keyword: its next use reads them again. Null where there are none, and for
     /// null. An uncommitted change of the data goes with them; a keyword that stands in no file yet gives a copy.
     std::unique_ptr<Keywords::IKeywordData> GetAndResetData(const IKeyword* keyword);

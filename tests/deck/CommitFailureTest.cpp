@@ -202,8 +202,8 @@ TEST(CommitFailureTest, TheProcessMayEndAtEveryOperation)
     for (const Shape& shape : shapes) {
         const std::vector<std::string> expected = CommittedTexts(shape);
         for (int n = 1;; ++n) {
-            SCOPED_TRACE(testing::Message() << shape.files << " files, partial " << shape.afterPartialCommit
-                                            << ", operation " << n);
+            SCOPED_TRACE(testing::Message()
+                         << shape.files << " files, partial " << shape.afterPartialCommit << ", operation " << n);
             EditedDeck deck(shape.files, shape.afterPartialCommit);
             const pid_t child = fork();
             if (child == 0) {
