@@ -19,6 +19,7 @@
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordIterator.h>
 #include <deckmanager/ReadKeywordData.h>
+#include <deckmanager/ReadKeywordElement.h>
 #include <tarn/keywords/IKeywordListData.h>
 
 #include "benchmarks/Measure.h"
@@ -163,6 +164,31 @@ void CutAtBlanks(const std::string& text)
     Keep(words);
 }
 
+/// Reads that part of the file through a buffer of the size that the system's own readers use.
+void FindLineEnds(const std::string& fileName, long long position, long long size)
+{
+    std::FILE* const file = std::fopen(fileName.c_str(), "rb");
+    if (!file) throw std::runtime_error(fileName + ": cannot be opened");
+    std::setvbuf(file, nullptr, _IONBF, 0);
+    std::fseek(file, static_cast<long>(position), SEEK_SET);
+    std::vector<char> buffer(256 * 1024);
+    long long lines = 0;
+    while (size > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<long long>(size, static_cast<long long>(buffer.size())));
+        const std::size_t read = std::fread(buffer.data(), 1, wanted, file);
+        if (read == 0) break;
+        const char* at = buffer.data();
+        const char* const end = at + read;
+        while (const void* found = std::memchr(at, '\n', static_cast<std::size_t>(end - at))) {
+            at = static_cast<const char*>(found) + 1;
+            ++lines;
+        }
+        size -= static_cast<long long>(read);
+    }
+    std::fclose(file);
+    Keep(lines);
+}
+
 } // namespace
 
 DataReadingResult MeasureReals(const std::string& deckFile, const std::string& keyword, int repeats)
@@ -173,6 +199,28 @@ DataReadingResult MeasureReals(const std::string& deckFile, const std::string& k
 DataReadingResult MeasureRecords(const std::string& deckFile, const std::string& keyword, int repeats)
 {
     return Measure(deckFile, keyword, repeats, CutAtBlanks);
+}
+
+DataReadingResult MeasureElement(const std::string& deckFile, const std::string& keyword, int repeats)
+{
+    const OpenDeck deck(deckFile);
+    const IKeyword& found = deck.First(keyword);
+    const auto miss = ReadKeywordElement(deck.Keywords(), found, -1);
+    if (!miss || miss->count == 0) throw std::runtime_error(keyword + " is no list of values");
+    DataReadingResult result;
+    result.count = miss->count;
+    std::vector<double> work;
+    std::vector<double> yard;
+    for (int round = 0; round <= repeats; ++round) {
+        const double seconds = Seconds([&] { ReadKeywordElement(deck.Keywords(), found, miss->count - 1); });
+        const double yardSeconds = Seconds([&] { FindLineEnds(deckFile, found.GetPosition(), found.GetSize()); });
+        if (round == 0) continue;
+        work.push_back(seconds);
+        yard.push_back(yardSeconds);
+    }
+    result.seconds = Median(work);
+    result.yardstickSeconds = Median(yard);
+    return result;
 }
 
 double MeasureAllData(const std::string& deckFile, int repeats)

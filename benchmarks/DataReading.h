@@ -20,6 +20,10 @@ DataReadingResult MeasureReals(const std::string& deckFile, const std::string& k
 /// The records of a keyword; the yardstick cuts the same bytes at blanks into string views.
 DataReadingResult MeasureRecords(const std::string& deckFile, const std::string& keyword, int repeats);
 
+/// The last element of a list, read alone, the deck being open; the yardstick reads the keyword's bytes from the file
+/// and finds their line ends. `count` is that of the whole list.
+DataReadingResult MeasureElement(const std::string& deckFile, const std::string& keyword, int repeats);
+
 /// The data of all keywords of the deck, read one after the other and let go, the deck being open: seconds of the
 /// median.
 double MeasureAllData(const std::string& deckFile, int repeats);

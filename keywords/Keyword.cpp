@@ -20,15 +20,6 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-namespace {
-
-std::unique_ptr<ILineReader> OpenForData(const KeywordFileReader& reader)
-{
-    return reader.OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
-}
-
-} // namespace
-
 IKeyword::~IKeyword() = default;
 
 Keyword::Keyword(const Keywords::IKeywordSyntax& syntax, bool variablesAllowed, IKeywordOwner* owner,
@@ -164,13 +155,23 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ReadData(const Context& context
     const StateGuard guard{m_state, m_state != nullptr};
     State& state = GetState();
     if (state.beingRead) return nullptr;
-    if ((m_dataChanged || !HasValidExtent()) && state.data && !state.textIsData) return state.data->CloneSafely();
+    if (TreeIsData()) return state.data->CloneSafely();
 
     const ReadingMark mark(state.beingRead);
     KeywordVariables unseen;
     if (!m_variablesAllowed) variables = nullptr;
     if (m_variablesAllowed && variables == nullptr) variables = &unseen;
     return ParseData(context, variables);
+}
+
+bool Keyword::TreeIsData() const
+{
+    return (m_dataChanged || !HasValidExtent()) && m_state && m_state->data && !m_state->textIsData;
+}
+
+std::unique_ptr<ILineReader> Keyword::OpenForData() const
+{
+    return m_reader->OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
 }
 
 /// Reads text that has replaced the data, else the file. Text that was merely read is a copy of these, and knows less
@@ -185,7 +186,7 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& contex
         KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
                                              false, variables);
     } else if (!m_dataChanged && HasValidExtent()) {
-        if (const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader)) {
+        if (const std::unique_ptr<ILineReader> lines = OpenForData()) {
             const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
             ReadReport report;
             KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
@@ -224,7 +225,7 @@ std::string Keyword::ReadDataText() const
 {
     std::string text;
     if (!HasValidExtent()) return text;
-    const std::unique_ptr<ILineReader> lines = OpenForData(*m_reader);
+    const std::unique_ptr<ILineReader> lines = OpenForData();
     const long long last = m_position + m_size - 1;
     if (!lines || !LineReaderUtil::AdvanceToNonTagLine(lines.get(), m_position, m_size, nullptr, true)) return text;
     lines->ReadRange(lines->Tell(), last, text);
@@ -247,7 +248,7 @@ bool Keyword::HasVariables()
         lines = std::make_unique<LineStringReader>(*m_state->heldText);
         end = static_cast<long long>(m_state->heldText->size());
     } else if (HasValidExtent()) {
-        lines = OpenForData(*m_reader);
+        lines = OpenForData();
         end = m_position + m_size;
         if (!lines || !LineReaderUtil::AdvanceToDataLine(lines.get(), m_position, m_size)) return false;
     }

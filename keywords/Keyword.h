@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include <deckmanager/IKeyword.h>
@@ -22,6 +23,7 @@ class ILineWriter;
 class ITagMgr;
 class KeywordFileReader;
 class KeywordVariables;
+struct KeywordElement;
 struct ReadReport;
 struct KeywordStretches;
 
@@ -78,6 +80,9 @@ public:
     /// The same as a tree of the caller's, read afresh; the keyword keeps nothing of it. Uncommitted data that were set
     /// as a tree are copied. `variables` takes the references to variables; null for none.
     std::unique_ptr<Keywords::IKeywordData> ReadData(const Context& context, KeywordVariables* variables);
+
+    /// One element of what `ReadData` would give, and how many there are; see `ReadKeywordElement`.
+    std::optional<KeywordElement> ReadElement(int index, const Context& context, KeywordVariables* variables);
 
     /// The held text, on demand: the text behind the keyword line and its tag lines, trimmed at the right. Null for a
     /// keyword without data.
@@ -185,6 +190,10 @@ private:
     bool CanHaveComment() const;
     Keywords::IKeywordData* DataTree(const Context& context) const;
     std::unique_ptr<Keywords::IKeywordData> ParseData(const Context& context, KeywordVariables* variables) const;
+    /// The data are an uncommitted tree, and stand in no text.
+    bool TreeIsData() const;
+    std::optional<KeywordElement> FindElement(int index, const Context& context) const;
+    std::unique_ptr<ILineReader> OpenForData() const;
     std::string ReadDataText() const;
     std::string WriteDataText() const;
     /// The reader that a pass over the file keeps open, else one of its own; null when the file can't be opened.

@@ -15,6 +15,8 @@
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
 
+#include "text/LineStreamReader.h"
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 namespace {
@@ -23,6 +25,17 @@ namespace {
 bool MayLackData(std::string_view name)
 {
     return name == "MISCIBLE" || name == "ENDSCALE" || name == "BRINE";
+}
+
+/// The size of what stands up to and with the comment line that the text begins with, blank lines aside; 0 when there
+/// is none.
+std::size_t CommentLineSize(std::string_view text)
+{
+    const std::string_view comment = Service::TrimmedLeft(text);
+    if (!VeldaneDeckInfo::BeginsWithCommentMarker(comment) || VeldaneDeckInfo::BeginsWithSuppressMarker(comment))
+        return 0;
+    const std::size_t end = comment.find('\n');
+    return end == std::string_view::npos ? 0 : text.size() - comment.size() + end + 1;
 }
 
 std::unique_ptr<IStringTokenizer> MakeChain(ExpandingTokenizer*& chain)
@@ -154,6 +167,23 @@ bool KeywordDataStore::ExpectToken(std::string_view expected, bool consume, bool
     if (!PeekTokenView(token, stayOnLine, nullptr) || token != expected) return false;
     if (consume && !m_atEnd) NextTokenView(token, true, false, nullptr);
     return true;
+}
+
+std::int64_t KeywordDataStore::PassPlainLines(PlainNumbers::Rules rules, std::int64_t most)
+{
+    LineStreamReader* const lines = m_atEnd ? nullptr : m_reader->Lines();
+    std::int64_t values = 0;
+    while (lines) {
+        bool whole = false;
+        std::string_view ahead = lines->Ahead(whole);
+        ahead = ahead.substr(0, static_cast<std::size_t>(std::max<std::int64_t>(End() - lines->Tell(), 0)));
+        PlainNumbers::Passed passed = PlainNumbers::Pass(ahead, rules, most - values);
+        if (passed.bytes == 0) passed.bytes = CommentLineSize(ahead);
+        if (passed.bytes == 0) break;
+        lines->Seek(static_cast<long long>(passed.bytes), 1);
+        values += passed.values;
+    }
+    return values;
 }
 
 bool KeywordDataStore::AtListEnd(const Keywords::IListEndDetector* detector)

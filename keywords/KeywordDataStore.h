@@ -7,6 +7,7 @@
 
 #include "text/ExpandingTokenizer.h"
 #include "text/PeekingTokenizer.h"
+#include "text/PlainNumbers.h"
 
 namespace Tarn::Fjel::Core::Keywords {
 class IListEndDetector;
@@ -123,6 +124,11 @@ public:
         MarkLineTaken();
         if (m_traced) TraceToken();
     }
+
+    /// Passes over the lines behind the current one that hold plain numbers or nothing, and returns how many values
+    /// these stand for, at most `most`: a line with more of them ends it. The store stays on its line, whose rest
+    /// counts as read. REQUIRES: that line has no token left.
+    std::int64_t PassPlainLines(PlainNumbers::Rules rules, std::int64_t most);
 
     /// The current line as it stands in the tokenizer; good until the next line.
     const std::string& Line() const { return m_currentLine; }

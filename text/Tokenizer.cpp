@@ -211,6 +211,7 @@ bool Tokenizer::Comma(std::string_view& token)
 std::string_view Tokenizer::Word(bool allowCommas)
 {
     const char* begin = m_cursor;
+    const bool isComment = VeldaneDeckInfo::BeginsWithCommentMarker(Slice(begin, m_limit));
     const char* cursor = begin + 1;
     const char* quotedEnd = nullptr;
     bool gathered = false;
@@ -227,6 +228,9 @@ std::string_view Tokenizer::Word(bool allowCommas)
                 cursor = closing;
                 quotedEnd = closing + 1;
             } else {
+                // What stands behind a comment marker is prose, and its apostrophe no quote.
+                std::optional<Service::Log::Probe> harmless;
+                if (isComment) harmless.emplace();
                 ReportUnbalancedQuote();
                 if (!gathered) m_scratch.clear();
                 gathered = true;

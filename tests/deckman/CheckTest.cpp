@@ -92,6 +92,9 @@ TEST(Check, IsQuietOnHealthyDecks)
         {"quantities of the user's in the place of numbers",
          {{"TOP.DATA", "RUNSPEC\nSCHEDULE\nWCONPROD\nP OPEN ORAT fumax /\n/\nUDQ\nASSIGN FUMAX 100 /\n/\n"
                        "WCONPROD\nQ OPEN ORAT FUMAX 4* FUMAX /\n/\n"}}},
+        {"apostrophes in comments",
+         {{"TOP.DATA", "RUNSPEC\nTABDIMS --it's\n1 --it's\n 2 / --it's\nSCHEDULE\nUDQ\n"
+                       "DEFINE FUX FOPR + 1 / --it's\n/\n"}}},
         {"indented words that are data", {{"TOP.DATA", "RUNSPEC\nTITLE\n  GRID\nGRID\nEQUALS\n  PORO 0.2 /\n/\n"}}},
     };
     for (const auto& [what, files] : cases)

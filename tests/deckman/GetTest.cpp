@@ -124,6 +124,32 @@ TEST_F(Get, MissesTellWhatThereIs)
     EXPECT_THAT(Ask(deck, {"RPTSCHED.NOSUCHENTRY"}).err, testing::ContainsRegex("[A-Z]+ and [0-9]+ more\\.\n"));
 }
 
+TEST_F(Get, OneValueOfAnArrayIsThatOfAllOfThem)
+{
+    const std::string deck = "RUNSPEC\nMETRIC\nGRID\nDX\n 100 3*150 -- it's uneven\n 2* 175.5 /\n";
+    const std::pair<const char*, const char*> cases[] = {
+        {"DX[0]", "100.0\n"}, {"DX.3", "150.0\n"}, {"DX[4]", "null\n"}, {"DX[6]", "175.5\n"}};
+    for (const auto& [where, value] : cases)
+        EXPECT_EQ(Json(deck, where), value) << where;
+    EXPECT_EQ(Ask(deck, {"DX[6]"}).out, "175.5  m\n");
+    EXPECT_EQ(Ask(deck, {"DX[4]"}).out, "1*  m\n");
+    for (const char* where : {"DX[7]", "DX[99999999999]"}) {
+        const Outcome miss = Ask(deck, {where});
+        EXPECT_EQ(miss.status, 1);
+        EXPECT_THAT(miss.err, HasSubstr(" in DX: it has 7 values, from 0 to 6.")) << where;
+    }
+    EXPECT_THAT(Ask(deck, {"DX['3']"}).err, HasSubstr("The values of DX go by number, from 0 to 6."));
+
+    // What is wrong with the array is told whichever value is asked for.
+    const std::string bad = "GRID\nDX\n 100\n 200 bad $X /\n";
+    for (const char* where : {"DX[0]", "DX[1]", "DX"}) {
+        const Outcome outcome = Ask(bad, {where, "--json"});
+        EXPECT_THAT(outcome.err, HasSubstr("x.DATA:4: error: \"bad\" can not be converted into double")) << where;
+        EXPECT_EQ(outcome.status, 1);
+    }
+    EXPECT_EQ(Json("GRID\nDX\n 100 2*$X 200 /\n", "DX[2]"), "\"$X\"\n");
+}
+
 TEST_F(Get, UnitsAreThoseOfTheDeck)
 {
     EXPECT_EQ(Ask("RUNSPEC\nSKIP\nMETRIC\nENDSKIP\nFIELD\nGRID\nDX\n 1 /\n", {"DX[0]"}).out, "1  ft\n");

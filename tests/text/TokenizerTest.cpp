@@ -182,6 +182,19 @@ TEST(Tokenizer, TellsOfAQuoteWithoutPartnerWithTheWholeLine)
     ASSERT_EQ(log.Count(), 1);
     EXPECT_EQ(log.Messages()[0].text, "Unbalanced quote while reading keyword data: 1 'A B /");
     EXPECT_EQ(log.Messages()[0].severity, 3);
+    EXPECT_FALSE(log.Messages()[0].probe);
+
+    // The apostrophe of a comment is no quote: what is said of it is for nobody.
+    for (const char* line : {"1 --it's", "1--it's", "/ --well's"}) {
+        log.Clear();
+        Tokens(line);
+        ASSERT_EQ(log.Count(), 1) << line;
+        EXPECT_TRUE(log.Messages()[0].probe) << line;
+    }
+    log.Clear();
+    Tokens("1 it's - -- /");
+    ASSERT_EQ(log.Count(), 1);
+    EXPECT_FALSE(log.Messages()[0].probe);
 }
 
 TEST(Tokenizer, WithoutALineThereAreNoTokens)

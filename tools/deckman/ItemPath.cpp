@@ -120,9 +120,6 @@ public:
     }
     ItemPath::Item Place() const { return m_item; }
 
-private:
-    static Failure Missing(const std::string& text) { return Failure(NotThere, text); }
-
     Failure OutOfRange(const ItemPath::Step& step, std::string_view noun, int count) const
     {
         const std::string many = noun == "entry" ? "entries" : fmt::format("{}s", noun);
@@ -131,6 +128,9 @@ private:
                                                 : fmt::format("it has {} {}, from 0 to {}", count, many, count - 1);
         return Missing(fmt::format("There is no {} {} in {}: {}.", noun, step.text, m_passed, bounds));
     }
+
+private:
+    static Failure Missing(const std::string& text) { return Failure(NotThere, text); }
 
     void Enter(const IKeywordData& container) { m_item = {&container, -1}; }
 
@@ -242,6 +242,17 @@ std::string ItemPath::NamedStep(std::string_view text)
                          Service::Trimmed(text) == text;
     if (isPlain) return fmt::format("[{}]", text);
     return text.find('\'') == text.npos ? fmt::format("['{}']", text) : fmt::format("[\"{}\"]", text);
+}
+
+std::optional<int> ItemPath::AsNumber() const
+{
+    return m_steps.size() == 1 ? NumberOf(m_steps.front()) : std::nullopt;
+}
+
+ItemPath::Item ItemPath::FindAlone(const Keywords::IKeywordListData& alone, int count, std::string_view keyword) const
+{
+    if (alone.GetElementCount() > 0) return {&alone, 0};
+    throw PathWalk(alone, keyword).OutOfRange(m_steps.front(), NounFor(alone.GetElementType()), count);
 }
 
 ItemPath::Item ItemPath::Find(const IKeywordData& data, std::string_view keyword) const

@@ -48,6 +48,13 @@ public:
     bool IsEmpty() const { return m_steps.empty(); }
     const std::vector<Step>& Steps() const { return m_steps; }
 
+    /// The number of a path of one step that is a number.
+    std::optional<int> AsNumber() const;
+
+    /// What `Find` gives, or throws, for such a path in a list of `count` single values. `alone` holds the value that
+    /// it leads to and no other; nothing when it leads to none.
+    Item FindAlone(const Keywords::IKeywordListData& alone, int count, std::string_view keyword) const;
+
     /// The place in the data of a keyword, which `keyword` names in messages. Throws `Failure`, with the nearest names
     /// or the bounds, when there is none.
     Item Find(const Keywords::IKeywordData& data, std::string_view keyword) const;
