@@ -63,6 +63,12 @@ public:
     void UntagKeyword(const IKeyword* keyword) override;
     void SortKeywords() override;
 
+    bool MergeUserKeywords(const IDeck& source, std::set<KeywordIterator>& replaced,
+                           const std::set<IKeywordFile*>& excluded,
+                           const std::map<std::string, std::string>& includeNames, MergeReport* report) override;
+    void MergeComments(const IDeck& source, const std::set<IKeywordFile*>& excluded,
+                       const std::map<std::string, std::string>& includeNames, MergeReport* report) override;
+
     /// Replaces the comment above a keyword.
     bool SetCommentAbove(const KeywordFileIterator& position, const std::string& text);
     bool SetCommentAbove(const KeywordIterator& position, const std::string& text);
@@ -91,6 +97,7 @@ private:
 
     IKeywordFileManager& m_fileManager;
     Deck* m_deck = nullptr;
+    bool m_merging = false; ///< read-only files are open to edits
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

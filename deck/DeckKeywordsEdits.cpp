@@ -34,7 +34,7 @@ using Keywords::SectionType;
 
 bool DeckKeywordsEditor::IsOpenToEdits(const KeywordFile* file) const
 {
-    return m_deck != nullptr && file != nullptr && !file->IsReadOnly();
+    return m_deck != nullptr && file != nullptr && (m_merging || !file->IsReadOnly());
 }
 
 KeywordFile* DeckKeywordsEditor::FileToEdit(const KeywordFileIterator& position) const

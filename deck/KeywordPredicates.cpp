@@ -1,6 +1,7 @@
 #include <deckmanager/KeywordIdEqual.h>
 #include <deckmanager/KeywordNameEqual.h>
 
+#include "deck/Anchors.h"
 #include <deckmanager/IDeckKeywords.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordData.h>
@@ -10,9 +11,6 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-namespace {
-
-/// What a deck has of its generator: tagged keywords, sections, and the keywords that end a deck or a file.
 bool IsAnchor(const IKeyword& keyword)
 {
     switch (keyword.GetSyntax()->GetKind()) {
@@ -24,8 +22,6 @@ bool IsAnchor(const IKeyword& keyword)
         return keyword.IsGenerated();
     }
 }
-
-} // namespace
 
 bool KeywordNameEqual::operator()(const IKeyword* keyword) const
 {

@@ -103,6 +103,8 @@ public:
     bool MoveKeyword(const KeywordFileIterator& source, KeywordFile& target, const KeywordFileIterator& destination);
     /// Sets the generated tag of each keyword that is new or whose data have changed.
     void SetTagOnChangedKeywords(bool tagged);
+    /// The tag of the file goes; the keywords keep those of their own.
+    void DropFileTag() { m_tagState.Set(false); }
 
     /// The text goes ahead of the keywords and of the header that the file has, in the place of one that was set
     /// before. Each of its lines becomes a comment. A cancel leaves it to be written by the next commit. Always true.

@@ -104,6 +104,10 @@ public:
     /// Puts more behind that text, or ahead of it; on lines of its own.
     void AddLeadingComment(const std::string& text, bool isComment, bool atEnd);
     std::string GetLeadingComment() const;
+    /// What the user has put on the keyword's line, behind the name: text as it stands there, without the tag.
+    std::string GetBesideName() const;
+    /// The same for a keyword that stands in no file yet.
+    void SetBesideName(const std::string& text);
 
     bool IsDirty() const;
     bool HasValidExtent() const { return m_reader && m_position >= 0 && m_size >= 1; }
@@ -221,6 +225,7 @@ private:
     void WriteHead(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,
                    long long headEnd) const;
     std::string KeywordLine(const KeywordStretches* stretches) const;
+    static void SplitKeywordLine(const KeywordStretches& stretches, std::string& line, std::string& behindTag);
     void CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const;
 
     const Keywords::IKeywordSyntax* m_syntax;

@@ -185,6 +185,11 @@ std::string Keyword::GetLeadingComment() const
     return m_state ? m_state->leadingComment : std::string();
 }
 
+void Keyword::SetBesideName(const std::string& text)
+{
+    if (!text.empty() || m_state) GetState().besideName = text;
+}
+
 bool Keyword::IsDirty() const
 {
     return IsBodyChanged() || m_suppressionChanged || m_leadingCommentChanged;

@@ -19,6 +19,7 @@ struct Keyword::State
     std::shared_ptr<std::string> heldText;
     std::unique_ptr<ICommentManager> commentManager;
     std::string leadingComment;
+    std::string besideName; ///< of a keyword that stands in no file
     std::unique_ptr<KeywordVariables> variables;
     /// Behind the last line of the extent from which the reader of the data took something, counted from the keyword's
     /// line; -1: it took nothing.
@@ -31,7 +32,8 @@ struct Keyword::State
 
     bool IsInUse() const
     {
-        return data || heldText || commentManager || variables || !leadingComment.empty() || beingRead;
+        return data || heldText || commentManager || variables || !leadingComment.empty() || !besideName.empty() ||
+               beingRead;
     }
 };
 

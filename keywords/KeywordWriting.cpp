@@ -386,23 +386,10 @@ std::string Keyword::KeywordLine(const KeywordStretches* stretches) const
 {
     std::string line = GetName();
     std::string behindTag;
-    if (stretches) {
-        const std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(std::string_view(stretches->line));
-        std::size_t nameSize = 0;
-        while (nameSize < text.size() && !VeldaneDeckInfo::IsSpace(text[nameSize]))
-            ++nameSize;
-        // Letters behind those that count are the user's.
-        if (nameSize > line.size()) line = text.substr(0, nameSize);
-        std::string_view rest = text.substr(nameSize);
-        const std::string& tag = Environment::Instance().GetKeywordGeneratedTag();
-        if (const std::size_t found = rest.find(tag); found != std::string_view::npos) {
-            behindTag = Service::Trimmed(rest.substr(found + tag.size()));
-            rest = rest.substr(0, found);
-        }
-        line += Service::TrimmedRight(rest);
-        if (!behindTag.empty() && !stretches->behindTags.empty()) behindTag += ' ';
-        behindTag += stretches->behindTags;
-    }
+    if (stretches)
+        SplitKeywordLine(*stretches, line, behindTag);
+    else if (m_state)
+        line += m_state->besideName;
     const std::size_t size = line.size();
     GetTagMgr().WriteTag(line);
     if (!behindTag.empty()) {
@@ -412,6 +399,40 @@ std::string Keyword::KeywordLine(const KeywordStretches* stretches) const
         line.append(" ").append(behindTag);
     }
     return line;
+}
+
+/// `line`, the name, becomes what stands ahead of the tag.
+void Keyword::SplitKeywordLine(const KeywordStretches& stretches, std::string& line, std::string& behindTag)
+{
+    const std::string_view text = VeldaneDeckInfo::SkipSuppressMarker(std::string_view(stretches.line));
+    std::size_t nameSize = 0;
+    while (nameSize < text.size() && !VeldaneDeckInfo::IsSpace(text[nameSize]))
+        ++nameSize;
+    // Letters behind those that count are the user's.
+    if (nameSize > line.size()) line = text.substr(0, nameSize);
+    std::string_view rest = text.substr(nameSize);
+    const std::string& tag = Environment::Instance().GetKeywordGeneratedTag();
+    if (const std::size_t found = rest.find(tag); found != std::string_view::npos) {
+        behindTag = Service::Trimmed(rest.substr(found + tag.size()));
+        rest = rest.substr(0, found);
+    }
+    line += Service::TrimmedRight(rest);
+    if (!behindTag.empty() && !stretches.behindTags.empty()) behindTag += ' ';
+    behindTag += stretches.behindTags;
+}
+
+std::string Keyword::GetBesideName() const
+{
+    if (!HasValidExtent()) return m_state ? m_state->besideName : std::string();
+    const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
+    const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+    std::string line = GetName();
+    std::string behindTag;
+    SplitKeywordLine(stretches, line, behindTag);
+    line.erase(0, GetName().size());
+    if (behindTag.empty()) return line;
+    if (!VeldaneDeckInfo::BeginsWithCommentMarker(behindTag)) behindTag.insert(0, VeldaneDeckInfo::COMMENT_MARKER);
+    return line + " " + behindTag;
 }
 
 void Keyword::CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <iosfwd>
+#include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include <tarn/keywords/SectionType.h>
@@ -19,6 +21,7 @@ class IKeywordFile;
 class IKeywordVariablesResolver;
 class KeywordFileIterator;
 class KeywordIterator;
+struct MergeReport;
 
 /// The editor of a deck manager: the only road by which a host changes a deck. It works on one current deck at a time.
 ///
@@ -147,6 +150,28 @@ public:
     /// sorted by itself. Keywords of a ring of rules stay where they are. Files that can't be edited are left alone; a
     /// warning tells of a file whose keywords could not all be moved.
     virtual void SortKeywords() = 0;
+
+    /// Carries what a user has written in another deck of the manager into the current one, which its host has just
+    /// made anew: each keyword without a generated tag, next to the generated keyword that it followed, with its data,
+    /// its comments and its suppression; and the suppression of generated keywords. A generated keyword that a user's
+    /// keyword stands for goes, and the position of the user's in the source is put into `replaced`. Files of the
+    /// source with the name of one of `excluded`, whatever their folder, and those that both decks share, are passed
+    /// over. `includeNames` gives the names that included files of the source have in the current deck, where they
+    /// differ.
+    ///
+    /// True when all was carried whole; what was not is told at severity 3. False without a current deck. Files of the
+    /// current deck that are read-only are changed too. Nothing is committed: when a merge throws, or its result
+    /// doesn't suit, `Discard` takes it back. A second merge would put each keyword in once more. `report` may be null.
+    virtual bool MergeUserKeywords(const IDeck& source, std::set<KeywordIterator>& replaced,
+                                   const std::set<IKeywordFile*>& excluded,
+                                   const std::map<std::string, std::string>& includeNames,
+                                   MergeReport* report = nullptr) = 0;
+
+    /// Carries the comments above generated keywords and section keywords, and those below generated keywords without
+    /// data, unless the current deck has them. A comment whose keyword is gone goes to the next one that isn't.
+    virtual void MergeComments(const IDeck& source, const std::set<IKeywordFile*>& excluded,
+                               const std::map<std::string, std::string>& includeNames,
+                               MergeReport* report = nullptr) = 0;
 
     /// The parsed data, taken out of the keyword: its next use reads them again. Null where there are none, and for
     /// null. An uncommitted change of the data goes with them; a keyword that stands in no file yet gives a copy.

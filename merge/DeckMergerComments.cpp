@@ -1,0 +1,198 @@
+// The part of `DeckMerger` that carries the comments of generated keywords.
+
+#include <string_view>
+
+#include "deck/Anchors.h"
+#include "files/IteratorAccess.h"
+#include "files/KeywordFile.h"
+#include "keywords/Keyword.h"
+#include "merge/DeckMerger.h"
+#include "merge/MergeTerms.h"
+#include "text/SectionNames.h"
+#include <deckmanager/DeckPositions.h>
+#include <deckmanager/IDeck.h>
+#include <deckmanager/IDeckKeywords.h>
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/LineReaderUtil.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::SectionType;
+
+/// A scope of the source whose comments are carried.
+struct DeckMerger::CommentScope
+{
+    KeywordIterator end;
+    KeywordIterator destination; ///< where all comments of the scope go, once `hasDestination`
+    bool hasDestination = false;
+    bool isResolved = false;
+    MergeRange range;
+};
+
+namespace {
+
+std::string WithLineFeeds(std::string text)
+{
+    Service::StringReplace(text, "\r\n", "\n");
+    return text;
+}
+
+/// Whether whole lines of the one are lines of the other.
+bool HoldsLines(const std::string& text, const std::string& lines)
+{
+    return ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
+}
+
+} // namespace
+
+void DeckMerger::MergeComments(const std::set<IKeywordFile*>& excluded)
+{
+    Prepare(excluded);
+    m_work.sourceTimes = TimeLine(m_source);
+    m_work.targetTimes = TimeLine(m_target);
+    m_search->OnRebuilt();
+    for (const KeywordIterator& section : SectionKeywords(m_source)) {
+        SectionType type = SectionType::None;
+        FindSection(section->GetName(), type);
+        MergeCommentScope(section, FindSectionKeyword(m_target, type));
+    }
+}
+
+void DeckMerger::OpenCommentScope(std::vector<CommentScope>& open, const KeywordIterator& head,
+                                  const KeywordIterator* hint) const
+{
+    CommentScope& scope = open.emplace_back();
+    scope.end = m_search->SourceScopeEnd(head);
+    if (hint == nullptr || **hint == nullptr) return;
+    scope.hasDestination = true;
+    scope.destination = *hint;
+}
+
+/// Scopes nest without a bound, so the open ones stand on a stack and not in calls.
+void DeckMerger::MergeCommentScope(const KeywordIterator& section, const KeywordIterator& destination)
+{
+    const IDeckKeywords& keywords = *m_source.GetDeckKeywords();
+    ScopeStack stack{section};
+    std::vector<CommentScope> open;
+    OpenCommentScope(open, section, nullptr);
+    if (!IsExcluded(section)) {
+        const std::string comment = keywords.GetComment(section, true);
+        if (!comment.empty()) ApplyComment(destination, comment, section);
+    }
+    KeywordIterator walk = Behind(section);
+    while (!stack.empty()) {
+        CommentScope& scope = open.back();
+        if (*walk == nullptr || !IsAhead(walk, scope.end)) {
+            walk = std::move(scope.end);
+            open.pop_back();
+            stack.pop_back();
+            continue;
+        }
+        const IKeyword& keyword = **walk;
+        if (!IsAnchor(keyword)) {
+            if (IsInclude(keyword))
+                StepOverInclude(walk, m_source);
+            else
+                ++walk;
+            continue;
+        }
+        if (!IsExcluded(walk)) {
+            const std::string comment = keywords.GetComment(walk, true);
+            if (!comment.empty()) {
+                const KeywordIterator place = DestinationOfComment(walk, scope, stack);
+                ApplyComment(place, comment, walk);
+            }
+            ApplyKeywordComment(walk, scope, stack);
+        }
+        if (keyword.GetSyntax()->IsScopeStart()) {
+            const std::optional<KeywordIterator> hint =
+                scope.hasDestination ? std::optional(scope.destination) : std::nullopt;
+            stack.push_back(walk);
+            OpenCommentScope(open, walk, hint ? &*hint : nullptr);
+        }
+        ++walk;
+    }
+}
+
+/// The place of the scope of `stack` in the target, or of what is left of it.
+void DeckMerger::ResolveCommentScope(CommentScope& scope, const ScopeStack& stack)
+{
+    if (scope.hasDestination || scope.isResolved) return;
+    const auto [place, found] = ResolveScope(stack, false);
+    const KeywordIterator end = m_search->TargetScopeEnd(place);
+    if (found) {
+        scope.isResolved = true;
+        scope.range = {Behind(place), end};
+    } else {
+        scope.hasDestination = true;
+        scope.destination = end;
+    }
+}
+
+/// The counterpart of the keyword at `position`, else of the next one of the scope that has one.
+KeywordIterator DeckMerger::DestinationOfComment(const KeywordIterator& position, CommentScope& scope,
+                                                 const ScopeStack& stack)
+{
+    ResolveCommentScope(scope, stack);
+    if (scope.hasDestination) return scope.destination;
+    KeywordIterator found = scope.range.end;
+    for (KeywordIterator walk = position; *walk != nullptr && IsAhead(walk, scope.end);) {
+        found = m_search->FindCounterpart(walk, &stack.back(), scope.range);
+        if (found != scope.range.end) break;
+        if (IsAnchorHead(**walk))
+            walk = m_search->SourceScopeEnd(walk);
+        else
+            ++walk;
+    }
+    return found;
+}
+
+/// Comments that this run puts on one keyword stand in the order of the source, ahead of what the keyword was to bear
+/// before.
+void DeckMerger::ApplyComment(KeywordIterator position, const std::string& comment, const KeywordIterator& source)
+{
+    if (*position == nullptr) {
+        // Behind the last keyword there is none to bear it.
+        if (m_target.GetDeckKeywords()->Begin() == position) return;
+        --position;
+        if (*position == nullptr) return;
+    }
+    auto& keyword = static_cast<Keyword&>(*const_cast<IKeyword*>(*position));
+    const auto [before, isNew] = m_leadingBefore.try_emplace(&keyword, keyword.GetLeadingComment());
+    std::string& applied = m_applied[&keyword];
+    const std::string wanted = WithLineFeeds(std::string(Service::Trimmed(comment)));
+    const std::string existing =
+        WithLineFeeds(m_target.GetDeckKeywords()->GetComment(position, true)) + applied + before->second;
+    if (wanted.empty() || HoldsLines(existing, wanted)) return;
+    if (!applied.empty() && applied.back() != '\n') applied += '\n';
+    applied += comment;
+    keyword.SetLeadingComment(before->second, true);
+    keyword.AddLeadingComment(applied, true, false);
+    Note(MergeReport::Action::Commented, source, IteratorAccess::CurrentFileIter(position));
+}
+
+/// Below a keyword without data, a comment belongs to the keyword and not to the next one.
+void DeckMerger::ApplyKeywordComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack)
+{
+    if (position->GetSyntax()->GetMetaData() != nullptr) return;
+    const std::string comment = position->GetComment();
+    if (comment.empty()) return;
+    ResolveCommentScope(scope, stack);
+    if (!scope.hasDestination) {
+        const KeywordIterator found = m_search->FindCounterpart(position, &stack.back(), scope.range);
+        if (found != scope.range.end) {
+            const std::string existing = found->GetComment();
+            if (HoldsLines(existing, comment)) return;
+            if (m_editor.SetComment(found, existing.empty() ? comment : existing + "\n" + comment))
+                Note(MergeReport::Action::Commented, position, IteratorAccess::CurrentFileIter(found));
+            return;
+        }
+    }
+    std::string lines = comment;
+    LineReaderUtil::CommentLines(lines);
+    ApplyComment(DestinationOfComment(position, scope, stack), lines + "\n", position);
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
