@@ -186,6 +186,8 @@ public:
     /// What stands ahead of a keyword of the list (null: of its end): mostly what stood ahead of it on the disk, behind
     /// what stood ahead of those that were removed there.
     std::vector<Block> BlocksAhead(const IKeyword* keyword) const;
+    /// The first `count` of those that stand ahead of the keyword behind `position` stand ahead of its own instead.
+    void PullBlocksUp(const KeywordFileIterator& position, std::size_t count);
     /// The list is the one on the disk, and what stands between its keywords too.
     bool IsListUnchanged() const { return !m_snapshotTaken; }
     /// An edit has changed what stands ahead of the keyword.

@@ -121,6 +121,19 @@ KeywordFile::Blocks KeywordFile::TakeBlocks(const std::shared_ptr<IKeyword>& key
     return blocks;
 }
 
+void KeywordFile::PullBlocksUp(const KeywordFileIterator& position, std::size_t count)
+{
+    const List::iterator node = position.GetKeywordListIter();
+    const List::iterator next = std::next(node);
+    const std::shared_ptr<IKeyword> follower = next != Contents().Keywords().end() ? *next : nullptr;
+    Blocks above = TakeBlocks(*node);
+    Blocks below = TakeBlocks(follower);
+    for (; count > 0 && !below.empty(); --count)
+        above.splice(above.end(), below, below.begin());
+    m_blocksAhead[node->get()] = std::move(above);
+    m_blocksAhead[follower.get()] = std::move(below);
+}
+
 /// A region that is skipped shows in the list by its SKIP and ENDSKIP keywords alone. A keyword put between them would
 /// be text to whoever reads the file.
 bool KeywordFile::TakesEditAt(const KeywordFileIterator& position) const

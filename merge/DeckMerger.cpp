@@ -23,8 +23,8 @@ using Service::Log;
 
 DeckMerger::DeckMerger(IDeckKeywordsEditor& editor, const IDeck& source, const IncludeNames& includeNames,
                        MergeReport* report, const SearchMaker& makeSearch)
-    : m_editor(editor), m_source(source), m_target(*editor.GetDeck()), m_report(report),
-      m_work{source, m_target, includeNames, TimeLine(), TimeLine(), {}, {}}
+    : m_editor(editor), m_source(source), m_target(*editor.GetDeck()),
+      m_report(report), m_work{source, m_target, includeNames, TimeLine(), TimeLine(), {}, {}}
 {
     m_work.resolveScope = [this](const ScopeStack& stack) { return ResolveScope(stack, true); };
     m_search = makeSearch ? makeSearch(m_work) : std::make_unique<PositionSearch>(m_work);
@@ -245,23 +245,36 @@ void DeckMerger::InsertUserKeyword(const KeywordIterator& position, const ScopeS
     m_source.GetDeckKeywords()->GetEnclosingScope(position, head, end);
     const bool inUserScope = IsInUserScope(position, head);
     const auto [scope, found] = ResolveScope(stack, true);
-    auto action = MergeReport::Action::Carried;
+    std::optional<Twin> twin;
     if (found && !inUserScope && !IsRepeatable(position->GetName())) {
-        const KeywordIterator twin = FindTwin(position, head, scope);
-        if (twin != m_search->TargetScopeEnd(scope)) {
-            const KeywordFileIterator twinPlace = IteratorAccess::CurrentFileIter(twin);
-            // That place goes with the twin.
-            if (m_lastCopied && m_lastCopied->target == twinPlace) m_lastCopied.reset();
-            action = MergeReport::Action::Replaced;
-            Note(action, position, twinPlace);
-            Remove(twinPlace);
+        const KeywordIterator match = FindTwin(position, head, scope);
+        if (match != m_search->TargetScopeEnd(scope)) {
+            Note(MergeReport::Action::Replaced, position, IteratorAccess::CurrentFileIter(match));
+            twin = RemoveTwin(match);
             replaced.insert(position);
         }
     }
     const KeywordFileIterator place = PlaceOfUserKeyword(position, stack, scope);
-    CopyKeyword(place, position, *text, true);
-    if (action == MergeReport::Action::Carried) Note(action, position, place);
+    // In the very place of its twin it has the comment above that, too.
+    const bool takesPlace = twin && twin->follower == place;
+    const bool hasComment =
+        takesPlace && HoldsLines(twin->comment, m_source.GetDeckKeywords()->GetComment(position, true));
+    const KeywordFileIterator copy = CopyKeyword(place, position, *text, !hasComment);
+    if (takesPlace) IteratorAccess::File(copy)->PullBlocksUp(copy, twin->blocks);
+    if (!twin) Note(MergeReport::Action::Carried, position, place);
     m_lastCopied = LastCopied{position, place};
+}
+
+DeckMerger::Twin DeckMerger::RemoveTwin(const KeywordIterator& twin)
+{
+    const KeywordFileIterator place = IteratorAccess::CurrentFileIter(twin);
+    // That place goes with it.
+    if (m_lastCopied && m_lastCopied->target == place) m_lastCopied.reset();
+    Twin removed{place, IteratorAccess::File(place)->BlocksAhead(*twin).size(),
+                 m_target.GetDeckKeywords()->GetComment(twin, true)};
+    ++removed.follower;
+    Remove(place);
+    return removed;
 }
 
 KeywordFileIterator DeckMerger::PlaceOfUserKeyword(const KeywordIterator& position, const ScopeStack& stack,

@@ -70,6 +70,14 @@ private:
         bool isCut = false;
     };
 
+    /// A generated keyword that a user's has taken the place of.
+    struct Twin
+    {
+        KeywordFileIterator follower; ///< what stood straight behind it
+        std::size_t blocks;           ///< how many stretches of the disk stood ahead of it
+        std::string comment;          ///< the one above it
+    };
+
     struct CommentScope;
 
     // --- DeckMerger.cpp
@@ -86,6 +94,7 @@ private:
     bool CameWithUserInclude(const KeywordIterator& position) const;
     KeywordIterator FindTwin(const KeywordIterator& position, const KeywordIterator& head,
                              const KeywordIterator& scope);
+    Twin RemoveTwin(const KeywordIterator& twin);
     KeywordFileIterator PlaceOfUserKeyword(const KeywordIterator& position, const ScopeStack& stack,
                                            const KeywordIterator& scope);
     std::vector<KeywordIterator> SectionKeywords(const IDeck& deck) const;

@@ -1,7 +1,5 @@
 // The part of `DeckMerger` that carries the comments of generated keywords.
 
-#include <string_view>
-
 #include "deck/Anchors.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
@@ -15,7 +13,6 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -30,22 +27,6 @@ struct DeckMerger::CommentScope
     bool isResolved = false;
     MergeRange range;
 };
-
-namespace {
-
-std::string WithLineFeeds(std::string text)
-{
-    Service::StringReplace(text, "\r\n", "\n");
-    return text;
-}
-
-/// Whether whole lines of the one are lines of the other.
-bool HoldsLines(const std::string& text, const std::string& lines)
-{
-    return ("\n" + text + "\n").find("\n" + lines + "\n") != std::string::npos;
-}
-
-} // namespace
 
 void DeckMerger::MergeComments(const std::set<IKeywordFile*>& excluded)
 {
@@ -162,10 +143,8 @@ void DeckMerger::ApplyComment(KeywordIterator position, const std::string& comme
     auto& keyword = static_cast<Keyword&>(*const_cast<IKeyword*>(*position));
     const auto [before, isNew] = m_leadingBefore.try_emplace(&keyword, keyword.GetLeadingComment());
     std::string& applied = m_applied[&keyword];
-    const std::string wanted = WithLineFeeds(std::string(Service::Trimmed(comment)));
-    const std::string existing =
-        WithLineFeeds(m_target.GetDeckKeywords()->GetComment(position, true)) + applied + before->second;
-    if (wanted.empty() || HoldsLines(existing, wanted)) return;
+    const std::string existing = m_target.GetDeckKeywords()->GetComment(position, true) + applied + before->second;
+    if (HoldsLines(existing, comment)) return;
     if (!applied.empty() && applied.back() != '\n') applied += '\n';
     applied += comment;
     keyword.SetLeadingComment(before->second, true);

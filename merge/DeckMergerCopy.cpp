@@ -19,11 +19,11 @@
 #include <deckmanager/IDeckKeywords.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/KeywordText.h>
+#include <deckmanager/KeywordVariables.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordData.h>
-#include <deckmanager/KeywordVariables.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileStatus.h>
@@ -64,7 +64,8 @@ std::string AheadOfTag(std::string text, bool& isCut)
 bool BeginsWithCommentOrBlank(std::string_view text)
 {
     const std::string_view line = text.substr(0, text.find('\n'));
-    return !text.empty() && (Service::AllBlanks(line) || VeldaneDeckInfo::BeginsWithCommentMarker(Service::Trimmed(line)));
+    return !text.empty() &&
+           (Service::AllBlanks(line) || VeldaneDeckInfo::BeginsWithCommentMarker(Service::Trimmed(line)));
 }
 
 } // namespace
@@ -98,9 +99,8 @@ std::optional<DeckMerger::CopyText> DeckMerger::TextToCopy(const KeywordIterator
         else if (keyword.GetSyntax()->GetMetaData() != nullptr)
             copy.comment.clear();
     }
-    const std::unique_ptr<Keyword> trial =
-        KeywordFactory::Create(*keyword.GetSyntax(), keyword.VariablesAllowed(), keyword.GetName(), true, nullptr,
-                               nullptr, -1, -1);
+    const std::unique_ptr<Keyword> trial = KeywordFactory::Create(*keyword.GetSyntax(), keyword.VariablesAllowed(),
+                                                                  keyword.GetName(), true, nullptr, nullptr, -1, -1);
     if (!trial || !trial->SetDataText(copy.data, false)) {
         refuse("holds text that cannot be the data of one keyword.");
         return std::nullopt;

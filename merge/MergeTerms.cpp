@@ -12,6 +12,7 @@
 #include <deckmanager/IDeckKeywords.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -46,11 +47,22 @@ bool IsAnchorHead(const IKeyword& keyword)
 bool IsRepeatable(std::string_view name)
 {
     static constexpr std::array<std::string_view, 28> names = {
-        "ECHO",     "NOECHO",  "SKIP",     "SKIP100",  "SKIP300",  "ENDSKIP",  "WARN",
-        "NOWARN",   "DATES",   "ADD",      "COPY",     "COPYBOX",  "EQUALS",   "MAXVALUE",
-        "MINVALUE", "MULTIPLY", "OPERATE", "ADDREG",   "COPYREG",  "EQUALREG", "MULTIREG",
+        "ECHO",     "NOECHO",   "SKIP",     "SKIP100",  "SKIP300", "ENDSKIP",  "WARN",
+        "NOWARN",   "DATES",    "ADD",      "COPY",     "COPYBOX", "EQUALS",   "MAXVALUE",
+        "MINVALUE", "MULTIPLY", "OPERATE",  "ADDREG",   "COPYREG", "EQUALREG", "MULTIREG",
         "MULTREGD", "MULTREGH", "MULTREGP", "OPERATER", "EDITNNC", "EDITNNCR", "MULTFLT"};
     return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+bool HoldsLines(const std::string& text, const std::string& lines)
+{
+    std::string wanted(Service::TrimmedRight(lines));
+    wanted.erase(0, wanted.find_first_not_of("\r\n"));
+    if (wanted.empty()) return true;
+    std::string existing = "\n" + text + "\n";
+    Service::StringReplace(wanted, "\r\n", "\n");
+    Service::StringReplace(existing, "\r\n", "\n");
+    return existing.find("\n" + wanted + "\n") != std::string::npos;
 }
 
 KeywordFile* FileOf(const KeywordIterator& position)

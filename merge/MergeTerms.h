@@ -26,6 +26,9 @@ bool IsAnchorHead(const IKeyword& keyword);
 /// The effects of keywords of that name add up: one is no twin of another.
 bool IsRepeatable(std::string_view name);
 
+/// Whether whole lines of the one, white space around them aside, are lines of the other, whatever their line ends.
+bool HoldsLines(const std::string& text, const std::string& lines);
+
 /// The file that a position stands in; null for none.
 KeywordFile* FileOf(const KeywordIterator& position);
 /// The name of a file without its folder.

@@ -87,8 +87,7 @@ PositionSearch::Identity PositionSearch::IdentityOf(const KeywordIterator& keywo
     Identity identity;
     const std::string& name = keyword->GetName();
     const SectionType section = m_source.GetDeckKeywords()->SectionOf(keyword);
-    const Keywords::IKeywordSyntax* syntax =
-        Environment::Instance().GetSyntaxTable()->FindSyntax(name, section, true);
+    const Keywords::IKeywordSyntax* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(name, section, true);
     if (syntax == nullptr) {
         const Service::Log::Place place(keyword->GetFile()->GetFileName().GetFullName(), keyword->GetLine());
         Service::Log::SendLogMessage("Keyword " + name + " is not valid in the " + SectionName(section) + " section.",
@@ -331,7 +330,7 @@ KeywordIterator PositionSearch::EndOfCounterpart(KeywordIterator position) const
 /// Behind a target position, and behind the user's keywords that follow it. `anchor`: the source keyword that the
 /// position is the counterpart of; null when it was come to by another way.
 KeywordFileIterator PositionSearch::PlaceBehindUsers(const KeywordIterator& position, const KeywordIterator& keyword,
-                                                const KeywordIterator* anchor) const
+                                                     const KeywordIterator* anchor) const
 {
     KeywordFileIterator place = IteratorAccess::CurrentFileIter(position);
     if (*position == nullptr) return place;

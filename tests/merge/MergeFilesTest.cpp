@@ -111,8 +111,9 @@ TEST_F(MergeFilesTest, IncludesAreMatchedByNameAndMap)
     const Texts oldFiles = {{"T.DATA", "GRID\nINCLUDE~\n'A_1.INC' /\n" + includeB + "MULTZ\n1 /\n"},
                             {"A_1.INC", "MULTX\n1 /\nPERMX~\n1 /\n"},
                             {"B.INC", "PERMY~\n1 /\n"}};
-    const Texts newFiles = {
-        {"T.DATA", "GRID\n" + includeB + "INCLUDE~\n'A_2.INC' /\n"}, {"A_2.INC", "PERMX~\n1 /\n"}, {"B.INC", "PERMY~\n1 /\n"}};
+    const Texts newFiles = {{"T.DATA", "GRID\n" + includeB + "INCLUDE~\n'A_2.INC' /\n"},
+                            {"A_2.INC", "PERMX~\n1 /\n"},
+                            {"B.INC", "PERMY~\n1 /\n"}};
     const std::string top = "GRID\n" + includeB + "MULTZ\n1 /\nINCLUDE~\n'A_2.INC' /\n";
     const Texts expected = {{"T.DATA", top}, {"A_2.INC", "MULTX\n1 /\nPERMX~\n1 /\n"}};
     Check({{"through the map", oldFiles, newFiles, expected, {{"A_1.INC", "A_2.INC"}}},
@@ -120,7 +121,8 @@ TEST_F(MergeFilesTest, IncludesAreMatchedByNameAndMap)
            {"not in the map: its file is another",
             oldFiles,
             newFiles,
-            {{"T.DATA", "GRID\nMULTX\n1 /\n" + includeB + "MULTZ\n1 /\nINCLUDE~\n'A_2.INC' /\n"}, {"A_2.INC", "PERMX~\n1 /\n"}},
+            {{"T.DATA", "GRID\nMULTX\n1 /\n" + includeB + "MULTZ\n1 /\nINCLUDE~\n'A_2.INC' /\n"},
+             {"A_2.INC", "PERMX~\n1 /\n"}},
             {}}});
 }
 
@@ -146,12 +148,13 @@ TEST_F(MergeFilesTest, AUsersIncludeBringsItsFileAlong)
 TEST_F(MergeFilesTest, AUsersIncludeMayEndItsFile)
 {
     const std::string include = "INCLUDE\n'MINE.INC' /\n";
-    Check({{"",
-            {{"T.DATA", "RUNSPEC\n" + includeA + "OIL~\n" + user + "GAS~\n"},
-             {"A.INC", "TABDIMS~\n1 /\n" + include},
-             {"MINE.INC", "WATER\n"}},
-            {{"T.DATA", "RUNSPEC\n" + includeA + "OIL~\nGAS~\n"}, {"A.INC", "TABDIMS~\n1 /\n"}, {"MINE.INC", "WATER\n"}},
-            {{"T.DATA", "RUNSPEC\n" + includeA + "OIL~\n" + user + "GAS~\n"}, {"A.INC", "TABDIMS~\n1 /\n" + include}}}});
+    Check(
+        {{"",
+          {{"T.DATA", "RUNSPEC\n" + includeA + "OIL~\n" + user + "GAS~\n"},
+           {"A.INC", "TABDIMS~\n1 /\n" + include},
+           {"MINE.INC", "WATER\n"}},
+          {{"T.DATA", "RUNSPEC\n" + includeA + "OIL~\nGAS~\n"}, {"A.INC", "TABDIMS~\n1 /\n"}, {"MINE.INC", "WATER\n"}},
+          {{"T.DATA", "RUNSPEC\n" + includeA + "OIL~\n" + user + "GAS~\n"}, {"A.INC", "TABDIMS~\n1 /\n" + include}}}});
 }
 
 TEST_F(MergeFilesTest, ExcludedFilesArePassedOver)
@@ -229,7 +232,9 @@ TEST_F(MergeFilesTest, DeepScopesNeedNoDeepRecursion)
         heads += "SKIP~\n";
         ends += "ENDSKIP~\n";
     }
-    Check({{"", {{"T.DATA", "RUNSPEC\n" + heads + user + ends}}, {{"T.DATA", "RUNSPEC\n" + heads + ends}},
+    Check({{"",
+            {{"T.DATA", "RUNSPEC\n" + heads + user + ends}},
+            {{"T.DATA", "RUNSPEC\n" + heads + ends}},
             {{"T.DATA", "RUNSPEC\n" + heads + user + ends}}}});
 }
 
