@@ -68,8 +68,8 @@ namespace {
 bool IsSameText(const FileStatus& now, const FileStatus& then)
 {
     if (now.Exists() != then.Exists()) return false;
-    return !now.Exists() || (now.IsSameFileAs(then) && now.size == then.size &&
-                             now.modifiedNanoseconds == then.modifiedNanoseconds);
+    return !now.Exists() ||
+           (now.IsSameFileAs(then) && now.size == then.size && now.modifiedNanoseconds == then.modifiedNanoseconds);
 }
 
 bool CanAppend(const FileName& file)
@@ -185,9 +185,8 @@ bool KeywordFile::CanContinue() const
 {
     if (Rest() == nullptr || m_tagState.IsChanged() || !m_headerBlock.empty() || m_textInHead) return false;
     const auto end = m_blocksAhead.find(nullptr);
-    const bool hasOtherEnd =
-        end != m_blocksAhead.end() &&
-        (end->second.size() != 1 || end->second.front().below || end->second.front().text);
+    const bool hasOtherEnd = end != m_blocksAhead.end() &&
+                             (end->second.size() != 1 || end->second.front().below || end->second.front().text);
     if (hasOtherEnd) return false;
     const List& keywords = m_contents->Keywords();
     auto present = keywords.begin();
@@ -287,7 +286,8 @@ void KeywordFile::WriteToTemporary(bool partial)
     DropWritten();
     // Nobody has asked for a file that is missing.
     if (!isModified) return;
-    if (!reason.empty()) Tell(m_fileName, "The file " + m_fileName.GetFullName() + " cannot be written: " + reason + ".");
+    if (!reason.empty())
+        Tell(m_fileName, "The file " + m_fileName.GetFullName() + " cannot be written: " + reason + ".");
     throw DeckManagerException("Fails to commit editing because temporary file for " + m_fileName.GetFullName() + "\n" +
                                "cannot be created.");
 }
@@ -324,8 +324,7 @@ void KeywordFile::TakeOver()
     }
     const std::shared_ptr<KeywordFileReader> old = m_fileReader;
     if (!continues) {
-        m_fileReader =
-            std::make_shared<KeywordFileReader>(commit.pending.Path(), m_fileName.GetFullName());
+        m_fileReader = std::make_shared<KeywordFileReader>(commit.pending.Path(), m_fileName.GetFullName());
     }
     if (!written.partial)
         commit.rest.reset();

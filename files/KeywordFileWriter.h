@@ -26,9 +26,10 @@ public:
     static FileWriteResult WriteFile(KeywordFile& file, LineFileWriter* writer, bool withHead, const Context& context,
                                      const WriteKeyword& writeKeyword);
 
-    /// The text as it is now, and where its keywords come to stand. With `partial` it breaks off behind the last keyword's
-    /// own text: the file's end then waits for a later commit, as it came in the result of the first that broke off.
-    /// `continuing`: only what follows on the keywords that the file's text holds; `writer` stands at its end.
+    /// The text as it is now, and where its keywords come to stand. With `partial` it breaks off behind the last
+    /// keyword's own text: the file's end then waits for a later commit, as it came in the result of the first that
+    /// broke off. `continuing`: only what follows on the keywords that the file's text holds; `writer` stands at its
+    /// end.
     static FileWriteResult WriteForCommit(KeywordFile& file, LineFileWriter& writer, const Context& context,
                                           bool partial, bool continuing);
 

@@ -20,6 +20,7 @@ namespace {
 
 /// A deck has a name besides its file, and looks for a file of that name first; this is no file's name.
 constexpr const char* deckName = "deckman's deck";
+constexpr const char* otherDeckName = "deckman's other deck";
 
 Service::FileName ToFileName(const std::string& path)
 {
@@ -28,6 +29,21 @@ Service::FileName ToFileName(const std::string& path)
     } catch (const std::exception&) {
         throw Failure(FileFailure, "This is no name that a file can have.", path);
     }
+}
+
+/// Throws `Failure` for what is no top file of a deck.
+void CheckTopFile(const std::string& path)
+{
+    const Service::FileName file = ToFileName(path);
+    if (Service::Directory(path).IsDirectory())
+        throw Failure(FileFailure, "This is a directory, and not the top file of a deck.", path);
+    if (!file.IsSet() || !file.FileExists()) {
+        const bool closed = ::access(path.c_str(), F_OK) != 0 && errno == EACCES;
+        throw Failure(FileFailure,
+                      closed ? "No permission to enter the folder of the file." : "The file does not exist.", path);
+    }
+    if (!file.IsFile()) throw Failure(FileFailure, "This is not a regular file.", path);
+    if (!file.FileAccessibleAndExists()) throw Failure(FileFailure, "No permission to read the file.", path);
 }
 
 } // namespace
@@ -79,24 +95,26 @@ DeckSession::~DeckSession() = default;
 void DeckSession::Open(const std::string& path, const std::string& projectDir)
 {
     const std::string project = projectDir.empty() ? std::string() : ToProjectDirectory(projectDir).Name();
-    m_topFile = ToFileName(path);
-    if (Service::Directory(path).IsDirectory())
-        throw Failure(FileFailure, "This is a directory, and not the top file of a deck.", path);
-    if (!m_topFile.IsSet() || !m_topFile.FileExists()) {
-        const bool closed = ::access(path.c_str(), F_OK) != 0 && errno == EACCES;
-        throw Failure(FileFailure,
-                      closed ? "No permission to enter the folder of the file." : "The file does not exist.", path);
-    }
-    if (!m_topFile.IsFile()) throw Failure(FileFailure, "This is not a regular file.", path);
-    if (!m_topFile.FileAccessibleAndExists()) throw Failure(FileFailure, "No permission to read the file.", path);
-
+    CheckTopFile(path);
     m_manager = DeckManager::DeckManagerFactory::Create(project);
-    m_deck = m_manager->ImportDeck(deckName, path, false, true, false);
-    if (m_deck == nullptr) throw Failure(FileFailure, "The file cannot be opened.", path);
+    m_deck = &Import(path, deckName);
     m_keywords = m_deck->GetDeckKeywords();
     m_topFile = m_keywords->GetDataFile()->GetFileName();
     m_topFolder = m_topFile.Name();
     if (!m_topFolder.ends_with('/')) m_topFolder += '/';
+}
+
+DeckManager::IDeck& DeckSession::OpenBeside(const std::string& path)
+{
+    CheckTopFile(path);
+    return Import(path, otherDeckName);
+}
+
+DeckManager::IDeck& DeckSession::Import(const std::string& path, const char* name)
+{
+    DeckManager::IDeck* deck = m_manager->ImportDeck(name, path, false, true, false);
+    if (deck == nullptr) throw Failure(FileFailure, "The file cannot be opened.", path);
+    return *deck;
 }
 
 void DeckSession::SaveCache()

@@ -84,6 +84,11 @@ public:
     /// File and line of a keyword, in the way of messages.
     std::string PlaceOf(const DeckManager::IKeyword& keyword) const;
 
+    /// A further deck in the care of the same manager. Throws `Failure` when it can't be read.
+    DeckManager::IDeck& OpenBeside(const std::string& path);
+    DeckManager::IDeckManager& Manager() const { return *m_manager; }
+    DeckManager::IDeck& EditedDeck() const { return *m_deck; }
+
     /// Stores what is known of the deck's files in the cache of the project. A session that ends does so by itself.
     void SaveCache();
 
@@ -92,6 +97,7 @@ public:
 
 private:
     void Open(const std::string& path, const std::string& projectDir);
+    DeckManager::IDeck& Import(const std::string& path, const char* name);
 
     Messages& m_messages;
     Deckman::Progress m_progress;

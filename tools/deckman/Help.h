@@ -17,6 +17,7 @@ inline constexpr std::string_view helpText =
   deckman get DECK WHERE    the data of a keyword, or one item of them
   deckman find DECK REGEX   the keywords whose data match
   deckman diff OLD NEW      what differs, by keyword and item
+  deckman merge OLD NEW     carry a user's work into a deck that was made anew
   deckman check DECK        what is wrong with the deck
   deckman template NAME     the text to start a keyword from
   deckman flatten DECK -o FILE    the deck in one file

@@ -136,6 +136,29 @@ void AddExport(CLI::App& verb, unsigned takes, Options& options)
         verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
 }
 
+void AddMerge(CLI::App& verb, Options& options)
+{
+    const auto toPair = [&options](const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) {
+            const std::size_t sign = text.find('=');
+            if (sign == 0 || sign == std::string::npos || sign + 1 == text.size())
+                throw CLI::ValidationError("--map", "A=B is expected, the names of a file in OLD and in NEW.");
+            options.fileMap.emplace_back(text.substr(0, sign), text.substr(sign + 1));
+        }
+    };
+    verb.add_option("-o,--output", options.directory, "write the result there, and leave NEW as it is")
+        ->type_name("DIR");
+    verb.add_flag("--comments", options.comments, "carry the comments of generated keywords too");
+    verb.add_option_function<std::vector<std::string>>("--map", toPair, "the file that OLD includes as A is B in NEW")
+        ->type_name("A=B")
+        ->expected(1);
+    verb.add_option("--exclude", options.excluded, "carry nothing from that file of OLD")
+        ->type_name("FILE")
+        ->expected(1);
+    verb.add_flag("--into-edited", options.intoEdited, "NEW may hold keywords of a user already");
+    verb.add_flag("--allow-truncated", options.allowTruncated, "write a result that lacks something, too");
+}
+
 void AddProject(CLI::App& verb, unsigned takes, Options& options)
 {
     if ((takes & TakesProjectDir) != 0)
@@ -188,9 +211,7 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     if (takes(TakesDeck)) AddDeck(*verb, options);
     if (takes(TakesDecks)) {
         verb->add_option("OLD", options.deck, "the top file of a deck")->required()->type_name("");
-        verb->add_option("NEW", options.newDeck, "the top file of the deck to compare it with")
-            ->required()
-            ->type_name("");
+        verb->add_option("NEW", options.newDeck, "the top file of the other deck")->required()->type_name("");
     }
     if (takes(TakesWhere)) verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
@@ -211,6 +232,7 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     }
     AddProject(*verb, entry.takes, options);
     AddExport(*verb, entry.takes, options);
+    if (takes(TakesMerge)) AddMerge(*verb, options);
     if (takes(TakesWriting)) AddWriting(*verb, options);
     if (takes(TakesDefaults)) verb->add_flag("--defaults", options.defaults, "fill in the defaults that are known");
 }

@@ -2,7 +2,9 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <variant>
+#include <vector>
 
 #include <tarn/keywords/SectionType.h>
 #include <tarn/keywords/SimulatorType.h>
@@ -28,7 +30,7 @@ struct Options
     const VerbEntry* verb = nullptr; ///< set by `ParseOptions`
     std::string deck;                ///< the top file, as the user gave it
     std::string where;               ///< show
-    std::string newDeck;             ///< diff; `deck` is the old one
+    std::string newDeck;             ///< diff, merge; `deck` is the old one
     std::string regex;               ///< find
     std::string at;                  ///< a date; empty for any
 
@@ -36,19 +38,24 @@ struct Options
     bool all = false;      ///< the keywords behind the end too
     bool defaults = false; ///< get
 
-    bool comments = false; ///< the comment above a keyword too
+    bool comments = false; ///< the comment above a keyword too; merge: comments are carried
     std::string file;      ///< read; "-" for standard input
     std::string name;      ///< syntax, template: in capitals; empty for all
     bool stats = false;
 
     std::string output;    ///< flatten
-    std::string directory; ///< copy
+    std::string directory; ///< copy, merge
     std::string suffix;    ///< clone
     std::string from;      ///< a range of keywords, both ends included; empty: from the first
     std::string to;        ///< empty: to the last
     bool rewrite = false;  ///< keywords are written from their data
     bool dryRun = false;   ///< say what would be done, and do nothing
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
+
+    std::vector<std::pair<std::string, std::string>> fileMap; ///< merge: names of included files in OLD and in NEW
+    std::vector<std::string> excluded;                        ///< merge: files of OLD
+    bool intoEdited = false;                                  ///< merge: NEW may hold keywords of a user already
+    bool allowTruncated = false;                              ///< merge: a result that lacks something is written too
 
     std::string projectDir; ///< of the project verbs: the project's directory
     std::string deckName;   ///< project add

@@ -111,6 +111,19 @@ constexpr VerbEntry verbs[] = {
      "With --json a line each: {\"kind\",\"where\",\"old\",\"new\"}; kind is added, removed, changed or moved.\n\n"
      "Example: what the new schedule changes\n"
      "  deckman diff OLD/FIELD.DATA NEW/FIELD.DATA\n"},
+    {"merge", RunMerge, TakesDecks | TakesMerge | TakesWriting,
+     "Carries what a user wrote in OLD into NEW, which its generator has made anew.",
+     "The user's are the keywords without a generated tag. Each goes next to the generated keyword that it followed, "
+     "with its comments; one that stands for a generated keyword (the same well, table, ...) takes its place. What "
+     "is suppressed in OLD is suppressed in NEW. NEW is written in its place, or with -o with all its files into "
+     "another directory; nothing is written before the whole merge has succeeded. A NEW that holds keywords of a "
+     "user already is refused: each would be put in once more.\n"
+     "A line for each keyword, with its file and line in OLD and where that is in NEW as it stood; with --json "
+     "{\"action\",\"name\",\"file\",\"line\",\"newFile\",\"newLine\",\"text\"}, action is carried, replaced, "
+     "suppressed, cut, refused, lost, commented or missing; newLine is null at the end of a file.\n\n"
+     "Example: look first, then merge\n"
+     "  deckman merge last/FIELD.DATA FIELD.DATA --comments --dry-run\n"
+     "  deckman merge last/FIELD.DATA FIELD.DATA --comments\n"},
     {"read", RunRead, TakesFile, "Reads a piece of deck text, as the SCHEDULE section knows it, without a deck.",
      "FILE - is standard input. Sizes that only a deck can tell are errors; the keyword's text is given all "
      "the same.\n"

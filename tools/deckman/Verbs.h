@@ -29,6 +29,7 @@ ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunClone(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunTemplate(Messages& messages, const Options& options, Output& out);
 ExitStatus RunDiff(Messages& messages, const Options& options, Output& out);
+ExitStatus RunMerge(Messages& messages, const Options& options, Output& out);
 ExitStatus RunRead(Messages& messages, const Options& options, Output& out);
 ExitStatus RunSyntax(Messages& messages, const Options& options, Output& out);
 ExitStatus RunProjectInit(Messages& messages, const Options& options, Output& out);
@@ -59,6 +60,7 @@ enum Takes : unsigned
     TakesWriting = 1U << 22,    ///< --dry-run, --eol: the verb changes something on disk
     TakesProjectDir = 1U << 23, ///< DIR
     TakesNewDeck = 1U << 24,    ///< NAME, DECK
+    TakesMerge = 1U << 25,      ///< -o DIR, --comments, --map, --exclude, --into-edited, --allow-truncated
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.
