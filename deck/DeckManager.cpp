@@ -186,6 +186,31 @@ IDeckKeywordsEditor* DeckManager::GetEditor(IDeck* deck)
     return &editor;
 }
 
+namespace {
+
+/// Only the editor's deck has uncommitted changes.
+class Committer : public KeywordFileManager::ICommitter
+{
+public:
+    explicit Committer(IDeckManager& manager) : m_manager(&manager) {}
+    void Commit() const override { m_manager->GetEditor()->Commit(); }
+
+private:
+    IDeckManager* m_manager;
+};
+
+} // namespace
+
+void DeckManager::MoveProjectDir(const std::string& path, bool deleteOld)
+{
+    m_fileManager.MoveProjectDir(path, deleteOld, Committer(*this));
+}
+
+ProjectMovePlan DeckManager::PlanProjectDirMove(const std::string& path)
+{
+    return m_fileManager.PlanProjectDirMove(path);
+}
+
 void DeckManager::UpdateKeywordFilePath(const std::string& oldName, const std::string& newName)
 {
     const std::shared_ptr<KeywordFile> file = m_fileManager.FindKeywordFile(Service::FileName(oldName));

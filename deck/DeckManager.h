@@ -37,12 +37,14 @@ public:
     bool RenameDeck(IDeck* deck, const std::string& name) override;
     IDeckKeywordsEditor* GetEditor(IDeck* deck) override;
     IDeckKeywordsEditor* GetEditor() override;
+    void MoveProjectDir(const std::string& path, bool deleteOld) override;
     void UpdateKeywordFilePath(const std::string& oldName, const std::string& newName) override;
     void NotifyDirectoryDeleted(const std::string& directory) override;
     void ReservedOperation() override {}
     void FlushCache() override;
     void SetTempProjectDir(const std::string& directory) override;
     std::list<IKeywordFile*> GetKeywordFiles() const override;
+    ProjectMovePlan PlanProjectDirMove(const std::string& path) override;
 
 private:
     bool IsDeckNameAvailable(const std::string& name) const;

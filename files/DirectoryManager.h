@@ -20,9 +20,10 @@ public:
     const std::string& TempProjectDirName() const override { return m_tempProjectDirName; }
     const Service::Directory& TempProjectDir() const override { return m_tempProjectDir; }
 
-private:
+    /// A project may lie there. Otherwise false, or with `mustThrow` the exception of `SetProjectDir`.
     static bool Validate(const Service::Directory& directory, bool mustThrow);
 
+private:
     Service::Directory m_projectDir;
     std::string m_projectDirName;
     mutable bool m_cacheDirKnown = false;

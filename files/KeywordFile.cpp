@@ -320,6 +320,21 @@ bool KeywordFile::MoveKeywordFile(const Service::FileName& target)
     return true;
 }
 
+Service::FileStatus KeywordFile::FollowMove(const Service::FileName& name)
+{
+    const Service::FileStatus former = m_status;
+    const bool isSameText = !HasChangedOnDisk();
+    SetFileName(name);
+    if (isSameText && m_contents) m_status = Service::FileStatus::Of(name);
+    return former;
+}
+
+void KeywordFile::GoBack(const Service::FileName& name, const Service::FileStatus& status)
+{
+    SetFileName(name);
+    m_status = status;
+}
+
 void KeywordFile::SetFileName(const Service::FileName& name)
 {
     m_fileName = name;

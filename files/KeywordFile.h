@@ -149,6 +149,11 @@ public:
     bool MoveKeywordFile(const Service::FileName& target);
     /// The file lies under another name now.
     void SetFileName(const Service::FileName& name);
+    /// The same where it is a copy that lies there. What was read is known to be its text, unless the file had changed
+    /// since. Returns what was known of the text on the disk, for `GoBack`.
+    Service::FileStatus FollowMove(const Service::FileName& name);
+    /// Takes that back.
+    void GoBack(const Service::FileName& name, const Service::FileStatus& status);
 
     /// The section in force at a position: a section keyword's own, else that of the nearest one ahead of it, looked
     /// for in included files too and, with `askParent`, in the including file; `None` when there is none.

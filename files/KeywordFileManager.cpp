@@ -158,7 +158,7 @@ void KeywordFileManager::MoveKeywordFile(KeywordFile& file, const Service::FileN
     CacheEntry entry;
     const bool isCached = m_cacheManager->GetCacheEntry(file, entry);
     if (!file.MoveKeywordFile(target)) return;
-    m_index->Rebuild(m_files);
+    FilesRenamed();
     if (isCached) m_cacheManager->MoveCacheEntry(oldName, target);
 }
 
@@ -167,8 +167,13 @@ void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::File
     if (!newName.FileExists()) throw DeckManagerException("KeywordFileManager::KeywordFileMoved: new file not exist");
     const Service::FileName oldName = file.GetFileName();
     file.SetFileName(newName);
-    m_index->Rebuild(m_files);
+    FilesRenamed();
     m_cacheManager->MoveCacheEntry(oldName, newName);
+}
+
+void KeywordFileManager::FilesRenamed()
+{
+    m_index->Rebuild(m_files);
 }
 
 void KeywordFileManager::DirectoryDeleted(const Service::Directory& directory)

@@ -3,6 +3,8 @@
 #include <list>
 #include <string>
 
+#include <deckmanager/ProjectMovePlan.h>
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 class IDeck;
@@ -65,6 +67,18 @@ public:
     /// The editor, made on first use.
     virtual IDeckKeywordsEditor* GetEditor() = 0;
 
+    /// CLEARS ITS NEW PLACE: what stands at `path` is replaced. Moves the project to that directory, or with
+    /// `deleteOld` false copies it there and goes on with the copy. Open decks stay open, and their uncommitted changes
+    /// are written to the new place. In all text files below the folders of the project the paths of INCLUDE keywords
+    /// are corrected, so that each leads to the file that it led to before; a path that leads nowhere, or holds a
+    /// variable or an alias, stays as it is.
+    ///
+    /// Nothing happens without a project, and for the place where it lies. Throws `DeckManagerException` for a path
+    /// that is incomplete or a file's, for one inside the project or around it, and when the project can't be moved:
+    /// the text says in which of the two directories it is whole then. What could not be deleted in the end is told
+    /// at severity 3.
+    virtual void MoveProjectDir(const std::string& path, bool deleteOld) = 0;
+
     /// Tells the manager that someone else has renamed a file. Throws `DeckManagerException` for a file that the
     /// manager does not hold, and when nothing stands under the new name.
     virtual void UpdateKeywordFilePath(const std::string& oldName, const std::string& newName) = 0;
@@ -83,6 +97,10 @@ public:
 
     /// All keyword files, in order of creation. The list owns nothing.
     virtual std::list<IKeywordFile*> GetKeywordFiles() const = 0;
+
+    /// The changes in the files of the project that `MoveProjectDir` would make; nothing is done. Throws as it does
+    /// before it has begun.
+    virtual ProjectMovePlan PlanProjectDirMove(const std::string& path) = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <deckmanager/IKeywordFileManager.h>
+#include <deckmanager/ProjectMovePlan.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -46,8 +47,25 @@ public:
     void Clear();
     void FlushCache() const;
 
+    /// Writes the uncommitted changes of open decks while a project moves.
+    class ICommitter
+    {
+    public:
+        virtual ~ICommitter() = default;
+        virtual void Commit() const = 0;
+    };
+
+    /// As `IDeckManager::MoveProjectDir`.
+    void MoveProjectDir(const std::string& path, bool deleteOld, const ICommitter& committer);
+    /// As `IDeckManager::PlanProjectDirMove`.
+    ProjectMovePlan PlanProjectDirMove(const std::string& path);
+
 private:
     class FileIndex;
+    class Move;
+
+    bool CanMoveTo(const Service::Directory& directory) const;
+    void FilesRenamed();
 
     std::unique_ptr<IDirectoryManager> m_directoryManager;
     std::unique_ptr<ICacheManager> m_cacheManager;

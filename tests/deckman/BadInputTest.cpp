@@ -305,6 +305,8 @@ TEST(Usage, HelpFitsATerminal)
     for (const char* verb : {"ls", "tree", "sections", "scopes", "dates", "show", "get", "find", "diff", "check",
                              "template", "flatten", "copy", "clone", "read", "syntax"})
         helps.push_back({verb, "--help"});
+    for (const char* verb : {"init", "add", "ls", "move", "flush"})
+        helps.push_back({"project", verb, "--help"});
     for (const auto& arguments : helps) {
         const Outcome help = Deckman(arguments);
         EXPECT_EQ(help.status, 0);

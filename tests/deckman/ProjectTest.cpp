@@ -196,6 +196,85 @@ TEST(Project, AnUnchangedDeckIsTakenFromTheCache)
     EXPECT_NE(runLs(), first);
 }
 
+TEST(Project, MovesWithItsIncludes)
+{
+    const Place place;
+    place.folder.Write("out/o.inc", "OIL\n");
+    place.folder.Write("p/d/d.DATA", "RUNSPEC\nINCLUDE\n '../../out/o.inc' / out\nGRID\n");
+    place.folder.Write("full/file", "x");
+    EXPECT_EQ(place.Run({"project", "init", "p"}).status, 0);
+
+    const std::string listing = place.folder.Listing();
+    const Outcome planned = place.Run({"project", "move", "p", "deep/er/q", "--dry-run"});
+    EXPECT_EQ(planned.status, 0) << planned.err;
+    EXPECT_THAT(planned.out, HasSubstr("--- p/d/d.DATA\n+++ p/d/d.DATA\n@@ -2,2 +2,2 @@\n INCLUDE\n"
+                                       "- '../../out/o.inc' / out\n+ '../../../../out/o.inc' / out\n"));
+    const auto rows = JsonLines(place.Run({"project", "move", "p", "deep/er/q", "--dry-run", "--json"}).out);
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0].dump(), R"({"name":"d","file":"d/d.DATA","keywords":null})");
+    EXPECT_EQ(rows[1].dump(), R"({"action":"changed","file":"d/d.DATA","line":2,"name":"INCLUDE",)"
+                              R"("old":"INCLUDE\n '../../out/o.inc' / out\n",)"
+                              R"("new":"INCLUDE\n '../../../../out/o.inc' / out\n"})");
+    EXPECT_EQ(place.folder.Listing(), listing);
+
+    struct Case
+    {
+        std::vector<std::string> arguments;
+        int status;
+        std::string message;
+    };
+    const Case cases[] = {
+        {{"project", "move", "p", "full"},
+         3,
+         "full: error: The directory is not empty; --replace deletes what is there."},
+        {{"project", "move", "p", "p/d/x"}, 3, "p: error: The project directory cannot be moved into itself."},
+        {{"project", "move", "p", "full/file"}, 3, "p: error: DeckManager project dir must be a complete path"},
+        {{"project", "move", "p", "./p/"}, 2, "The project lies there already."},
+        {{"project", "move", "none", "q"}, 3, "none: error: The directory does not exist"},
+    };
+    for (const Case& test : cases) {
+        const Outcome outcome = place.Run(test.arguments);
+        EXPECT_EQ(outcome.status, test.status) << test.message;
+        EXPECT_THAT(outcome.err, HasSubstr(test.message));
+        EXPECT_EQ(place.folder.Listing(), listing) << test.message;
+    }
+
+    const Outcome moved = place.Run({"project", "move", "p", "deep/er/q", "--json"});
+    EXPECT_EQ(moved.status, 0) << moved.err;
+    EXPECT_EQ(moved.out, "{\"name\":\"d\",\"file\":\"d/d.DATA\",\"keywords\":4}\n");
+    EXPECT_EQ(place.folder.Read("deep/er/q/d/d.DATA"), "RUNSPEC\nINCLUDE\n '../../../../out/o.inc' / out\nGRID\n");
+    EXPECT_FALSE(place.folder.Exists("p"));
+    EXPECT_EQ(place.Run({"project", "move", "deep/er/q", "full", "--replace"}).status, 0);
+    EXPECT_EQ(place.folder.Read("full/d/d.DATA"), "RUNSPEC\nINCLUDE\n '../../out/o.inc' / out\nGRID\n");
+    EXPECT_FALSE(place.folder.Exists("full/file"));
+}
+
+TEST(Project, AMoveThatCannotBeDoneSaysWhereTheProjectIs)
+{
+    const Place place;
+    place.folder.Write("p/d/d.DATA", "RUNSPEC\n");
+    place.folder.Write("closed/x", "");
+    for (const char* directory : {"p", "p/d"})
+        std::filesystem::permissions(place.folder.Path(directory), std::filesystem::perms::all);
+    std::filesystem::permissions(place.folder.Path("closed"), static_cast<std::filesystem::perms>(0555));
+    Launch run = place.run;
+    run.unprivileged = true;
+    const Outcome refused = Deckman({"project", "move", "p", "closed/q"}, run);
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_EQ(refused.err, "p: error: The project cannot be moved to " + place.folder.Path("closed/q") + ".\n    " +
+                               place.folder.Path("closed/q.moving") + ": Permission denied.\n    It is whole in " +
+                               place.folder.Path("p") + ".\n");
+    // What can't be deleted in the end is told, and the new place is whole.
+    std::filesystem::permissions(place.folder.Path("p/d"), static_cast<std::filesystem::perms>(0555));
+    const Outcome moved = Deckman({"project", "move", "p", "q"}, run);
+    EXPECT_EQ(moved.status, 3);
+    EXPECT_EQ(moved.err, "deckman: error: The project has moved to " + place.folder.Path("q") +
+                             ", where it is whole. What cannot be deleted is left in " + place.folder.Path("p") +
+                             ".\n");
+    EXPECT_EQ(place.folder.Read("q/d/d.DATA"), "RUNSPEC\n");
+    std::filesystem::permissions(place.folder.Path("p/d"), std::filesystem::perms::all);
+}
+
 /// The session in the documentation is what a user sees who types it in examples/decks.
 TEST(Project, TheSessionInTheDocumentationIsTrue)
 {
@@ -217,7 +296,7 @@ TEST(Project, TheSessionInTheDocumentationIsTrue)
             const Outcome outcome = Shell(line.substr(prompt.size()) + " 2>&1", run);
             std::istringstream lines(outcome.out);
             for (std::string shown; std::getline(lines, shown);)
-                played += indent + shown + "\n";
+                played += shown.empty() ? "" : indent + shown + "\n";
         } else if (line.starts_with(indent) && commands > 0) {
             written += line + "\n";
         } else if (commands > 0 && line.starts_with("## ")) {

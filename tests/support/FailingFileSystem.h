@@ -65,6 +65,7 @@ public:
     std::int64_t Seek(int handle, std::int64_t offset, bool fromEnd, ErrorCode& error) override;
     bool Truncate(int handle, std::int64_t size, ErrorCode& error) override;
     bool Sync(int handle, ErrorCode& error) override;
+    bool SyncVolume(const std::string& path, ErrorCode& error) override;
     bool SyncDirectory(const std::string& path, ErrorCode& error) override;
     Tarn::Fjel::Core::Service::FileStatus Status(const std::string& path, bool followLinks, ErrorCode& error) override;
     Tarn::Fjel::Core::Service::FileStatus StatusOf(int handle, ErrorCode& error) override;

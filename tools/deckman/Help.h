@@ -25,7 +25,7 @@ inline constexpr std::string_view helpText =
   deckman clone DECK --suffix S   the deck beside itself
   deckman read FILE         a piece of deck text as keywords and data
   deckman syntax [NAME]     what the catalogue knows of keywords
-  deckman project init|add|ls|flush DIR   a directory of decks, with a cache
+  deckman project init|add|ls|move|flush DIR   a directory of decks
 
 DECK is the deck's top file. WHERE is a place in the deck:
   WELSPECS              the first keyword of that name

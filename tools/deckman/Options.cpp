@@ -167,6 +167,10 @@ void AddProject(CLI::App& verb, unsigned takes, Options& options)
         verb.add_option("NAME", options.deckName, "the deck's name in the project")->required()->type_name("");
         AddDeck(verb, options);
     }
+    if ((takes & TakesNewProjectDir) != 0) {
+        verb.add_option("NEWDIR", options.newProjectDir, "the directory where it is to be")->required()->type_name("");
+        verb.add_flag("--replace", options.replace, "delete what stands at NEWDIR");
+    }
 }
 
 /// Verbs of two words share the first, which is none by itself.

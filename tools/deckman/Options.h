@@ -57,8 +57,10 @@ struct Options
     bool intoEdited = false;                                  ///< merge: NEW may hold keywords of a user already
     bool allowTruncated = false;                              ///< merge: a result that lacks something is written too
 
-    std::string projectDir; ///< of the project verbs: the project's directory
-    std::string deckName;   ///< project add
+    std::string projectDir;    ///< of the project verbs: the project's directory
+    std::string deckName;      ///< project add
+    std::string newProjectDir; ///< project move
+    bool replace = false;      ///< project move: what stands at the new place goes
 
     std::string project; ///< the directory of the project whose cache is used; empty: none
     bool json = false;

@@ -19,6 +19,7 @@
 #include "ExportRun.h"
 #include "Json.h"
 #include "Table.h"
+#include "UnifiedDiff.h"
 #include "Verbs.h"
 
 namespace Deckman {
@@ -169,6 +170,27 @@ bool IsEmptyDirectory(const Directory& directory)
     return directory.IsDirectory() && directory.Find({}, false, false, true, true, false).empty();
 }
 
+/// The keywords that a move changes, as an export tells them.
+void PrintChanges(const Directory& project, const DeckManager::ProjectMovePlan& plan, const Messages& messages,
+                  bool json, Output& out)
+{
+    UnifiedDiff diff(out);
+    for (const DeckManager::ProjectMovePlan::Change& change : plan.changes) {
+        if (!json) {
+            diff.Add(messages.Shown(change.file), change.line, change.before, change.after);
+            continue;
+        }
+        const std::string folder = project.Name() + "/";
+        out.Append("{\"action\":\"changed\",\"file\":");
+        AppendJsonString(out, change.file.starts_with(folder) ? change.file.substr(folder.size()) : change.file);
+        out.Append(fmt::format(",\"line\":{},\"name\":\"INCLUDE\",\"old\":", change.line));
+        AppendJsonString(out, change.before);
+        out.Append(",\"new\":");
+        AppendJsonString(out, change.after);
+        out.Append("}\n");
+    }
+}
+
 /// Names that differ in case alone are one deck to the library.
 void CheckIsFree(const Directory& project, const std::string& name, const Messages& messages)
 {
@@ -224,6 +246,39 @@ ExitStatus RunProjectAdd(Messages& messages, const Options& options, Output& out
         }
     }
     return ListDecks(project, {deck}, messages, options.json, out);
+}
+
+ExitStatus RunProjectMove(Messages& messages, const Options& options, Output& out)
+{
+    const Directory project = ToProjectDirectory(options.projectDir);
+    Directory target = ToDirectory(options.newProjectDir);
+    if (target == project) throw Failure(WrongUsage, "The project lies there already.", options.newProjectDir);
+    if (target.IsDirectory()) {
+        if (!options.replace && !IsEmptyDirectory(target)) {
+            throw Failure(FileFailure, "The directory is not empty; --replace deletes what is there.",
+                          options.newProjectDir);
+        }
+        // What a link leads to is replaced, and the link stays.
+        target = Directory(target.CanonicalName());
+    }
+    const auto manager = DeckManager::DeckManagerFactory::Create(project.Name());
+    try {
+        if (options.dryRun) {
+            const DeckManager::ProjectMovePlan plan = manager->PlanProjectDirMove(target.Name());
+            DeckRows rows(project, out, options.json);
+            for (const ProjectDeck& deck : DecksIn(project))
+                rows.Add(deck, std::nullopt);
+            rows.Finish();
+            if (!options.json && !plan.changes.empty()) out.Append('\n');
+            PrintChanges(project, plan, messages, options.json, out);
+            return Done;
+        }
+        manager->MoveProjectDir(target.Name(), true);
+    } catch (const Service::Exception& exception) {
+        throw Failure(FileFailure, exception.what(), options.projectDir);
+    }
+    const ExitStatus status = ListDecks(target, DecksIn(target), messages, options.json, out);
+    return messages.Errors() > 0 ? FileFailure : status;
 }
 
 ExitStatus RunProjectFlush(Messages& messages, const Options& options, Output& out)

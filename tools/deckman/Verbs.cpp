@@ -138,14 +138,14 @@ constexpr VerbEntry verbs[] = {
      "Example: the items of WELSPECS\n"
      "  deckman syntax WELSPECS\n"},
     {"project init", RunProjectInit, TakesProjectDir,
-     "Makes a directory a project: one that keeps the positions of its decks' keywords.",
+     "Makes a directory a project of decks, with a cache of where keywords stand.",
      "Makes DIR where it doesn't exist, and in it the empty file deck_cache_xml.lock, which has the cache kept in "
      "its fast form. Decks that are there already, each as NAME/NAME.DATA, belong to the project.\n"
      "With --json a line for each deck: {\"name\",\"file\",\"keywords\"}, file relative to DIR.\n\n"
      "Example:\n"
      "  deckman project init studies\n"},
     {"project add", RunProjectAdd, TakesProjectDir | TakesNewDeck | TakesWriting,
-     "Copies a deck with all files that it refers to into a project, as DIR/NAME/NAME.DATA.",
+     "Copies a deck with all its files into a project, as DIR/NAME/NAME.DATA.",
      "All files lie side by side there, as after deckman copy.\n"
      "With --json a line: {\"name\",\"file\",\"keywords\"}, file relative to DIR; with --dry-run keywords is "
      "null, and lines {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"} follow.\n\n"
@@ -156,6 +156,16 @@ constexpr VerbEntry verbs[] = {
      "deck that can't be read.\n\n"
      "Example:\n"
      "  deckman project ls studies\n"},
+    {"project move", RunProjectMove, TakesProjectDir | TakesNewProjectDir | TakesWriting,
+     "Moves a project, and corrects the paths of its INCLUDE keywords.",
+     "Each INCLUDE names the file that it named before, in the project or outside; paths with a variable or an alias "
+     "stay as they are. Until the new place is whole the old one is left alone. NEWDIR must not exist, or be an "
+     "empty directory, or --replace deletes what is there.\n"
+     "With --json a line for each deck: {\"name\",\"file\",\"keywords\"}, file relative to NEWDIR; with "
+     "--dry-run keywords is null, and lines {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\","
+     "\"new\"} follow.\n\n"
+     "Example:\n"
+     "  deckman project move studies /archive/studies\n"},
     {"project flush", RunProjectFlush, TakesProjectDir,
      "Empties the cache of a project: the next time its decks are scanned.",
      "With --json a line for each deck: {\"name\",\"file\",\"keywords\"}, file relative to DIR, keywords null.\n\n"

@@ -35,32 +35,34 @@ ExitStatus RunSyntax(Messages& messages, const Options& options, Output& out);
 ExitStatus RunProjectInit(Messages& messages, const Options& options, Output& out);
 ExitStatus RunProjectAdd(Messages& messages, const Options& options, Output& out);
 ExitStatus RunProjectLs(Messages& messages, const Options& options, Output& out);
+ExitStatus RunProjectMove(Messages& messages, const Options& options, Output& out);
 ExitStatus RunProjectFlush(Messages& messages, const Options& options, Output& out);
 
 /// What a verb takes besides the options that every verb takes.
 enum Takes : unsigned
 {
-    TakesDeck = 1U << 0,        ///< DECK
-    TakesWhere = 1U << 1,       ///< WHERE
-    TakesRegex = 1U << 2,       ///< REGEX
-    TakesFilter = 1U << 3,      ///< --section, --name, --user, --generated
-    TakesAll = 1U << 4,         ///< --all
-    TakesComments = 1U << 5,    ///< --comments
-    TakesSyntax = 1U << 6,      ///< NAME, --section, --stats
-    TakesFile = 1U << 7,        ///< FILE
-    TakesDefaults = 1U << 8,    ///< --defaults
-    TakesAt = 1U << 9,          ///< --at
-    TakesDecks = 1U << 10,      ///< OLD, NEW
-    TakesName = 1U << 16,       ///< NAME
-    TakesOutput = 1U << 17,     ///< -o
-    TakesDirectory = 1U << 18,  ///< DIR
-    TakesSuffix = 1U << 19,     ///< --suffix
-    TakesRange = 1U << 20,      ///< --from, --to
-    TakesRewrite = 1U << 21,    ///< --rewrite
-    TakesWriting = 1U << 22,    ///< --dry-run, --eol: the verb changes something on disk
-    TakesProjectDir = 1U << 23, ///< DIR
-    TakesNewDeck = 1U << 24,    ///< NAME, DECK
-    TakesMerge = 1U << 25,      ///< -o DIR, --comments, --map, --exclude, --into-edited, --allow-truncated
+    TakesDeck = 1U << 0,           ///< DECK
+    TakesWhere = 1U << 1,          ///< WHERE
+    TakesRegex = 1U << 2,          ///< REGEX
+    TakesFilter = 1U << 3,         ///< --section, --name, --user, --generated
+    TakesAll = 1U << 4,            ///< --all
+    TakesComments = 1U << 5,       ///< --comments
+    TakesSyntax = 1U << 6,         ///< NAME, --section, --stats
+    TakesFile = 1U << 7,           ///< FILE
+    TakesDefaults = 1U << 8,       ///< --defaults
+    TakesAt = 1U << 9,             ///< --at
+    TakesDecks = 1U << 10,         ///< OLD, NEW
+    TakesName = 1U << 16,          ///< NAME
+    TakesOutput = 1U << 17,        ///< -o
+    TakesDirectory = 1U << 18,     ///< DIR
+    TakesSuffix = 1U << 19,        ///< --suffix
+    TakesRange = 1U << 20,         ///< --from, --to
+    TakesRewrite = 1U << 21,       ///< --rewrite
+    TakesWriting = 1U << 22,       ///< --dry-run, --eol: the verb changes something on disk
+    TakesProjectDir = 1U << 23,    ///< DIR
+    TakesNewDeck = 1U << 24,       ///< NAME, DECK
+    TakesNewProjectDir = 1U << 26, ///< NEWDIR, --replace
+    TakesMerge = 1U << 25,         ///< -o DIR, --comments, --map, --exclude, --into-edited, --allow-truncated
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.

@@ -69,7 +69,8 @@ public:
     /// Removes what is in the directory: entries whose leaf matches pattern (`*`, `?`; an empty one matches all), with
     /// filesOnly only those that are no directories. Links are removed, not followed. False if something was left.
     bool DeleteContent(std::string_view pattern = {}, bool filesOnly = false) const;
-    /// Copies all in this directory into target, which is made; times and modes are kept, links copied as links. What
+    /// Copies all in this directory into target, which is made; times, modes and, where the process may, owners are
+    /// kept, links copied as links. What
     /// exists in target under the same name is replaced. Throws boost::filesystem::filesystem_error when anything
     /// can't be copied, or when target lies in this directory.
     void CopyTo(const Directory& target) const;

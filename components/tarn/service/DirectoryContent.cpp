@@ -86,7 +86,7 @@ void CopyEntry(const std::string& from, const std::string& to)
         const bool copied = fileSystem.CopyBytes(from, handle, error);
         ErrorCode closeError;
         if (!fileSystem.Close(handle, closeError) && copied) error = closeError;
-        if (error || !fileSystem.SetMode(to, status.mode, error)) ThrowCopyFailed(from, to, error);
+        if (error || !fileSystem.CopyModeAndOwner(status, to, error)) ThrowCopyFailed(from, to, error);
         break;
     }
     case FileStatus::Kind::Missing:
@@ -112,7 +112,7 @@ void CopyTree(const std::string& from, const std::string& to)
     if (error) ThrowCopyFailed(from, to, error);
     for (const std::string& leaf : leaves)
         CopyEntry(Join(from, leaf), Join(to, leaf));
-    if (!fileSystem.SetMode(to, status.mode, error)) ThrowCopyFailed(from, to, error);
+    if (!fileSystem.CopyModeAndOwner(status, to, error)) ThrowCopyFailed(from, to, error);
     if (!fileSystem.SetTimeLastModified(to, status.modifiedNanoseconds, error)) ThrowCopyFailed(from, to, error);
 }
 

@@ -84,6 +84,21 @@ public:
         return Call(error, [&] { return ::fsync(handle); }) == 0;
     }
 
+    bool SyncVolume(const std::string& path, ErrorCode& error) override
+    {
+#if defined(__linux__)
+        const std::int64_t handle =
+            Call(error, [&] { return ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); });
+        if (handle < 0) return false;
+        const bool done = Check(::syncfs(static_cast<int>(handle)) == 0, error);
+        ::close(static_cast<int>(handle));
+        return done;
+#else
+        ::sync();
+        return FileStatus::Of(path).Exists() || Check(false, error);
+#endif
+    }
+
     bool SyncDirectory(const std::string& path, ErrorCode& error) override
     {
         const std::int64_t handle =

@@ -49,6 +49,8 @@ public:
     virtual bool Truncate(int handle, std::int64_t size, ErrorCode& error) = 0;
     /// Waits until the data are on the disk.
     virtual bool Sync(int handle, ErrorCode& error) = 0;
+    /// The same for all that was written to the file system that holds a file or directory.
+    virtual bool SyncVolume(const std::string& path, ErrorCode& error) = 0;
     /// The same for the entries of a directory. Where a file system knows no such thing, it counts as done.
     virtual bool SyncDirectory(const std::string& path, ErrorCode& error) = 0;
 

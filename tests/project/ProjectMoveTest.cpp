@@ -1,0 +1,489 @@
+#include <algorithm>
+#include <filesystem>
+
+#include "files/KeywordFile.h"
+#include "tests/project/ProjectTree.h"
+#include "tests/support/FailingFileSystem.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include "tests/text/TextGenerator.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/DeckManagerFactory.h>
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IKeyword.h>
+#include <deckmanager/KeywordFileManager.h>
+
+// A project moves: its files, what they include, its open decks and its cache.
+
+namespace ProjectTests {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace Tarn::Fjel::Core;
+using namespace Tarn::Fjel::Core::DeckManager;
+using TestText::TextGenerator;
+
+/// Tells which files had to be scanned.
+class WatchedManager : public KeywordFileManager
+{
+public:
+    using KeywordFileManager::KeywordFileManager;
+    bool SetCacheEntry(const IKeywordFile& file, const CacheEntry& entry) override
+    {
+        scanned += file.GetFileName().GetFullName() + " ";
+        return KeywordFileManager::SetCacheEntry(file, entry);
+    }
+    std::string scanned;
+};
+
+class ProjectMoveTest : public testing::Test
+{
+protected:
+    ProjectMoveTest()
+    {
+        Environment::Instance().SetPATHSSupport(true);
+        LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    }
+
+    std::string Path(const std::string& name) const { return m_tree.Dir().Path(name); }
+    std::string Read(const std::string& name) const { return m_tree.Dir().Read(name); }
+    void Write(const std::string& name, const std::string& text) const { m_tree.Write(name, text); }
+
+    /// Moves the project with no deck open.
+    void Move(const std::string& newDir, bool deleteOld = true) const
+    {
+        DeckManagerFactory::Create(m_tree.OldDir())->MoveProjectDir(newDir, deleteOld);
+    }
+
+    /// The files that a walk over all decks of the project has to scan.
+    std::string Scanned(const std::string& projectDir) const
+    {
+        WatchedManager manager(projectDir);
+        for (const std::string& top : m_tree.Tops()) {
+            const std::shared_ptr<KeywordFile> file =
+                manager.GetKeywordFile(Service::FileName(projectDir + "/" + top), true);
+            LoadBelow(*file, 0);
+        }
+        return manager.scanned;
+    }
+
+    static void LoadBelow(const KeywordFile& file, int depth)
+    {
+        for (const KeywordFileIterator& include : file.GetINCLUDEKeywords()) {
+            const KeywordFile* included = KeywordFile::IncludedFileOf(*include);
+            if (included != nullptr && depth < 30) LoadBelow(*included, depth + 1);
+        }
+    }
+
+    TestSupport::CleanEnvironment m_environment;
+    TestSupport::LogRecorder m_log;
+    ProjectTree m_tree;
+};
+
+std::string Include(const std::string& path)
+{
+    return "INCLUDE\n '" + path + "' /\n";
+}
+
+} // namespace
+
+TEST_F(ProjectMoveTest, EachKindOfPathIsCorrectedInItsOwnWay)
+{
+    Write("out/o.inc", "OIL\n");
+    Write("work/proj/common/c.inc", "GAS\n");
+    Write("work/proj/d/inc/a.inc", "WATER\n");
+    Write("work/proj/d/b.inc", "WATER\n");
+    struct Case
+    {
+        const char* what;
+        std::string path;
+        std::string moved;
+    };
+    // From `work/proj/d` to `other/place/deep/p/d`.
+    const std::string newDir = Path("other/place/deep/p");
+    const Case cases[] = {
+        {"a bare leaf", "b.inc", "b.inc"},
+        {"inside, relative", "inc/a.inc", "inc/a.inc"},
+        {"inside, relative, upwards", "../common/c.inc", "../common/c.inc"},
+        {"inside, relative, a detour", "../d/inc/a.inc", "inc/a.inc"},
+        {"inside, relative, by the name of the project", "../../proj/common/c.inc", "../common/c.inc"},
+        {"inside, complete", Path("work/proj/common/c.inc"), newDir + "/common/c.inc"},
+        {"outside, relative", "../../../out/o.inc", "../../../../../out/o.inc"},
+        {"outside, complete", Path("out/o.inc"), Path("out/o.inc")},
+        {"nothing, relative", "../../../out/none.inc", "../../../out/none.inc"},
+        {"nothing, complete", Path("work/proj/none.inc"), Path("work/proj/none.inc")},
+        {"a variable", "../../../$DIR/o.inc", "../../../$DIR/o.inc"},
+        {"a form of its own, unchanged", ".//inc/./a.inc", ".//inc/./a.inc"},
+        {"separators of another system", "..\\common\\c.inc", "..\\common\\c.inc"},
+    };
+    std::string before = "RUNSPEC\n";
+    std::string after = before;
+    for (const Case& test : cases) {
+        before += "-- " + std::string(test.what) + "\n" + Include(test.path);
+        after += "-- " + std::string(test.what) + "\n" + Include(test.moved);
+    }
+    m_tree.WriteTop("d/d.DATA", before);
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    Move(newDir);
+    EXPECT_EQ(Read("other/place/deep/p/d/d.DATA"), after);
+    EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
+    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_TRUE(m_log.Empty());
+}
+
+TEST_F(ProjectMoveTest, ARelativePathCountsFromTheTopFileOfTheDeck)
+{
+    Write("out/o.inc", "OIL\n");
+    // In the folder of the file itself the path leads to another file.
+    Write("work/proj/out/o.inc", "GAS\n");
+    m_tree.WriteTop("d/d.DATA", Include("inc/deep/a.inc"));
+    Write("work/proj/d/inc/deep/a.inc", Include("../../../out/o.inc"));
+    // Nobody includes this one, so its own folder counts.
+    Write("work/proj/d/inc/deep/alone.inc", Include("../../../out/o.inc"));
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    EXPECT_THAT(includes, testing::HasSubstr("out/o.inc"));
+    Move(Path("work/deep/p"));
+    EXPECT_EQ(Read("work/deep/p/d/inc/deep/a.inc"), Include("../../../../out/o.inc"));
+    EXPECT_EQ(Read("work/deep/p/d/inc/deep/alone.inc"), Include("../../../out/o.inc"));
+    EXPECT_EQ(m_tree.IncludesOf(Path("work/deep/p")), includes);
+}
+
+TEST_F(ProjectMoveTest, AFileOfDecksInDifferentPlacesGetsANameThatServesAll)
+{
+    // From both top files the same text leads to the same file; after the move no relative one does.
+    Write("out/o.inc", "OIL\n");
+    fs::create_directory_symlink(Path("out"), Path("work/out"));
+    Write("work/proj/common/c.inc", Include("../../out/o.inc") + Include("../../../out/o.inc"));
+    m_tree.WriteTop("d/d.DATA", Include("../common/c.inc"));
+    m_tree.WriteTop("below/e/e.DATA", Include("../../common/c.inc"));
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    Move(Path("q"));
+    EXPECT_EQ(m_tree.IncludesOf(Path("q")), includes);
+}
+
+TEST_F(ProjectMoveTest, OnlyTextBelowTheFoldersOfTheProjectIsLookedAt)
+{
+    Write("out/o.inc", "OIL\n");
+    const std::string text = Include("../../../out/o.inc");
+    const std::string binary = text + std::string(1, '\0');
+    const std::string makefile = "include ../../../out/rules.mk\nall: ../../../out/o.inc\n\ttouch all\n";
+    Write("out/rules.mk", "");
+    const std::map<std::string, std::string> kept = {
+        {"top.inc", text},        {"Cache__/c.inc", text},         {"d/run.PRT", text},
+        {"d/run.Xml", text},      {"d/case.FEGRID", text},         {"d/binary.inc", binary},
+        {"d/Makefile", makefile}, {"d/sub/GNUmakefile", makefile}, {"d/notes.txt", "INCLUDE me\n../../../out/none\n"},
+    };
+    for (const auto& [name, content] : kept)
+        Write("work/proj/" + name, content);
+    for (const char* name : {"d/d.DATA", ".dot/x.inc", "d/README", "d/.y.inc", "d/late.GRDECL"})
+        Write("work/proj/" + std::string(name), text);
+    // The first 2500 bytes decide.
+    Write("work/proj/d/late.inc", text + std::string(2500, ' ') + std::string(1, '\0') + "\n");
+    Move(Path("work/deep/p"));
+    for (const auto& [name, content] : kept)
+        EXPECT_EQ(Read("work/deep/p/" + name), content) << name;
+    const std::string corrected = Include("../../../../out/o.inc");
+    EXPECT_EQ(Read("work/deep/p/d/d.DATA"), corrected);
+    EXPECT_EQ(Read("work/deep/p/d/README"), corrected);
+    EXPECT_EQ(Read("work/deep/p/d/.y.inc"), corrected);
+    EXPECT_EQ(Read("work/deep/p/d/late.GRDECL"), corrected);
+    EXPECT_EQ(Read("work/deep/p/.dot/x.inc"), corrected);
+    EXPECT_EQ(Read("work/deep/p/d/late.inc").substr(0, corrected.size()), corrected);
+}
+
+TEST_F(ProjectMoveTest, NothingButTheNameChangesInACorrectedFile)
+{
+    Write("out/o.inc", "OIL\n");
+    const std::string before =
+        "\xEF\xBB\xBF-- Generated\r\n-- head\r\n\r\nRUNSPEC\r\n--@@@INCLUDE   -- c \xD8\r\n"
+        "--@@@\t'../../../out/o.inc'/ behind\r\n\r\n-- above\r\nINCLUDE -- Generated\n-- inside\n"
+        "  '../../../out/o.inc' -- no end\r\n\r\nSKIPREST\r\nGRID\r\nPORO\r\n 1\t2 /   \r\n-- the end";
+    std::string after = before;
+    for (std::size_t at = 0; (at = after.find("../../../out", at)) != std::string::npos; at += 20)
+        after.insert(at, "../");
+    Write("work/proj/d/d.DATA", before);
+    fs::permissions(Path("work/proj/d/d.DATA"), fs::perms::owner_read | fs::perms::group_read);
+    const fs::perms perms = fs::status(Path("work/proj/d/d.DATA")).permissions();
+    Move(Path("work/deep/p"));
+    EXPECT_EQ(Read("work/deep/p/d/d.DATA"), after);
+    EXPECT_EQ(fs::status(Path("work/deep/p/d/d.DATA")).permissions(), perms);
+}
+
+TEST_F(ProjectMoveTest, LinksLeadWhereTheyLed)
+{
+    Write("out/o.inc", "OIL\n");
+    Write("work/proj/common/c.inc", Include("../../out/o.inc"));
+    fs::create_symlink("../../../out/o.inc", Path("work/proj/common/relative.inc"));
+    fs::create_symlink(Path("out/o.inc"), Path("work/proj/common/complete.inc"));
+    fs::create_symlink("c.inc", Path("work/proj/common/beside.inc"));
+    fs::create_symlink(Path("work/proj/common/c.inc"), Path("work/proj/common/inside.inc"));
+    fs::create_symlink("../../../gone", Path("work/proj/common/gone"));
+    fs::create_directory_symlink("../../out", Path("work/proj/folder"));
+    m_tree.WriteTop("d/d.DATA", Include("../common/relative.inc") + Include("../folder/o.inc") +
+                                    Include(Path("work/proj/folder/o.inc")) + Include("../common/inside.inc") +
+                                    Include("../common/beside.inc"));
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    const std::string newDir = Path("work/deep/er/p");
+    Move(newDir);
+    EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
+    EXPECT_EQ(fs::read_symlink(newDir + "/common/relative.inc"), "../../../../../out/o.inc");
+    EXPECT_EQ(fs::read_symlink(newDir + "/common/complete.inc"), Path("out/o.inc"));
+    EXPECT_EQ(fs::read_symlink(newDir + "/common/beside.inc"), "c.inc");
+    EXPECT_EQ(fs::read_symlink(newDir + "/common/inside.inc"), newDir + "/common/c.inc");
+    EXPECT_EQ(fs::read_symlink(newDir + "/common/gone"), "../../../../../gone");
+    EXPECT_EQ(fs::read_symlink(newDir + "/folder"), "../../../../out");
+    // The files that they name outside are nobody's to correct.
+    EXPECT_EQ(Read("out/o.inc"), "OIL\n");
+}
+
+TEST_F(ProjectMoveTest, AProjectBehindALinkIsKnownByBothItsNames)
+{
+    Write("out/o.inc", "OIL\n");
+    fs::create_directories(Path("home/far"));
+    fs::create_directory_symlink(Path("work"), Path("home/far/link"));
+    Write("work/proj/d/a.inc", "GAS\n");
+    m_tree.WriteTop("d/d.DATA", Include(Path("work/proj/d/a.inc")) + Include(Path("home/far/link/proj/d/a.inc")) +
+                                    Include("../../../out/o.inc"));
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    EXPECT_THAT(includes, testing::Not(testing::HasSubstr("nothing")));
+    DeckManagerFactory::Create(Path("home/far/link/proj"))->MoveProjectDir(Path("home/far/link/deep/er/p"), true);
+    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_EQ(m_tree.IncludesOf(Path("work/deep/er/p")), includes);
+}
+
+TEST_F(ProjectMoveTest, AFileOutsideThatNeedsToChangeStopsTheMove)
+{
+    Write("work/proj/d/a.inc", "GAS\n");
+    Write("out/o.inc", "OIL\n" + Include(Path("work/proj/d/a.inc")));
+    m_tree.WriteTop("d/d.DATA", Include("../../../out/o.inc"));
+    const auto before = ProjectTree::ContentOf(Path("work"));
+    // Included from the project: it may be wrong then, and the user hears of it.
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    manager->PlanProjectDirMove(Path("work/q"));
+    ASSERT_EQ(m_log.Count(), 1);
+    EXPECT_EQ(m_log.Messages()[0].text, "The INCLUDE path \"" + Path("work/proj/d/a.inc") +
+                                            "\" is not corrected, since the file lies in no folder of the project. "
+                                            "After the move it would be \"" +
+                                            Path("work/q/d/a.inc") + "\".");
+    EXPECT_EQ(m_log.Messages()[0].file, Path("out/o.inc"));
+    EXPECT_EQ(m_log.Messages()[0].line, 2);
+
+    // In the project by a link: to correct it would be to write to a file outside.
+    fs::create_symlink("../../../out/o.inc", Path("work/proj/d/o.inc"));
+    m_log.Clear();
+    try {
+        manager->MoveProjectDir(Path("work/q"), true);
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const DeckManagerException& failure) {
+        EXPECT_STREQ(failure.what(), "DeckManager::KeywordFileManager::FixUnmanagedFileInclude: cannot update "
+                                     "unmanaged file referencing a managed file");
+    }
+    EXPECT_TRUE(m_log.Contains("leads into the project, and the file lies outside of it."));
+    fs::remove(Path("work/proj/d/o.inc"));
+    EXPECT_EQ(ProjectTree::ContentOf(Path("work")), before);
+}
+
+TEST_F(ProjectMoveTest, PlacesWhereNoProjectCanGo)
+{
+    Write("work/file", "x");
+    m_tree.WriteTop("d/d.DATA", "OIL\n");
+    fs::create_directory_symlink(m_tree.OldDir(), Path("link"));
+    const auto before = ProjectTree::ContentOf(m_tree.Dir().Path());
+    const std::string invalid = "DeckManager project dir must be a complete path and can not be a file.";
+    const std::string nested = "The project directory cannot be moved into itself.";
+    const std::pair<std::string, std::string> cases[] = {
+        {"relative/path", invalid},
+        {Path("work/file"), invalid},
+        {Path("work/proj/d/below"), nested},
+        {Path("work"), nested},
+        {"/", nested},
+        {Path("link/d/below"), nested},
+        {Path("work/proj/."), ""},
+        {m_tree.OldDir(), ""},
+        {Path("link"), ""},
+    };
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    for (const auto& [place, message] : cases) {
+        std::string thrown;
+        try {
+            manager->MoveProjectDir(place, true);
+        } catch (const DeckManagerException& failure) {
+            thrown = failure.what();
+        }
+        EXPECT_EQ(thrown, message) << place;
+    }
+    // Without a project there is nothing to move.
+    DeckManagerFactory::Create()->MoveProjectDir(Path("q"), true);
+    EXPECT_EQ(ProjectTree::ContentOf(m_tree.Dir().Path()), before);
+}
+
+TEST_F(ProjectMoveTest, WhatStandsAtTheNewPlaceGoesAndTheOldOneMayStay)
+{
+    m_tree.WriteTop("d/d.DATA", "OIL\n");
+    Write("q/old/file", "x");
+    Move(Path("q"), false);
+    EXPECT_EQ(ProjectTree::ContentOf(Path("q")), ProjectTree::ContentOf(m_tree.OldDir()));
+    EXPECT_FALSE(m_tree.Dir().Exists("q/old"));
+
+    // A link is replaced, not what it leads to.
+    Write("kept/file", "x");
+    fs::create_directory_symlink(Path("kept"), Path("link"));
+    Move(Path("link"), false);
+    EXPECT_TRUE(fs::is_directory(fs::symlink_status(Path("link"))));
+    EXPECT_TRUE(m_tree.Dir().Exists("kept/file"));
+
+    // A project that has gone is a new one at the new place.
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(Path("work/other"));
+    fs::remove_all(Path("work/other"));
+    manager->MoveProjectDir(Path("work/another"), true);
+    EXPECT_TRUE(m_tree.Dir().Exists("work/another"));
+    EXPECT_EQ(manager->GenerateDeckName(), "Deck_1");
+}
+
+TEST_F(ProjectMoveTest, OpenDecksGoAlongAndTheirEditsAreWrittenToTheNewPlace)
+{
+    Write("out/o.inc", "OIL\n");
+    Write("work/proj/d/a.inc", "-- a\n" + Include("../../../out/o.inc") + "WELLDIMS\n 1 /\n");
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include("a.inc") + Include("../../../out/o.inc") + "TABDIMS\n 1 /\n");
+    m_tree.WriteTop("e/e.DATA", "RUNSPEC\n" + Include("../../../out/o.inc") + "TABDIMS\n 2 /\n");
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    const std::string newDir = Path("work/deep/p");
+
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    IDeck* deck = manager->OpenExistingDeck("d", true);
+    IDeck* other = manager->OpenExistingDeck("e", true);
+    IDeckKeywordsEditor* editor = manager->GetEditor(deck);
+    const KeywordIterator tabdims = KeywordsNamed(*deck, "TABDIMS").front();
+    ASSERT_TRUE(editor->SetDataText(tabdims, " 7 8 /"));
+    const KeywordIterator include = KeywordsNamed(*deck, "INCLUDE").back();
+    ASSERT_TRUE(editor->SetComment(include, " no wells"));
+    const IKeyword* kept = *KeywordsNamed(*other, "TABDIMS").front();
+
+    manager->MoveProjectDir(newDir, true);
+    EXPECT_EQ(Read("work/deep/p/d/d.DATA"),
+              "RUNSPEC\n" + Include("a.inc") + "INCLUDE\n-- no wells\n '../../../../out/o.inc' /\nTABDIMS\n 7 8 /\n");
+    EXPECT_EQ(Read("work/deep/p/d/a.inc"), "-- a\n" + Include("../../../../out/o.inc") + "WELLDIMS\n 1 /\n");
+    EXPECT_EQ(Read("work/deep/p/e/e.DATA"), "RUNSPEC\n" + Include("../../../../out/o.inc") + "TABDIMS\n 2 /\n");
+    EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
+    // The keywords are those that the host holds, and read the new text.
+    EXPECT_EQ(*kept->GetText(), "TABDIMS\n 2 /\n");
+    EXPECT_EQ(kept->GetFile()->GetFileName().GetFullName(), newDir + "/e/e.DATA");
+    EXPECT_EQ(other->GetDirectory().Name(), newDir + "/e");
+    // And the next edit is committed there.
+    ASSERT_TRUE(editor->SetDataText(tabdims, " 9 /"));
+    editor->Commit();
+    EXPECT_THAT(Read("work/deep/p/d/d.DATA"), testing::EndsWith("TABDIMS\n 9 /\n"));
+    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_EQ(Scanned(newDir), "");
+    EXPECT_TRUE(m_log.Empty());
+}
+
+TEST_F(ProjectMoveTest, EditsOfAnIncludeAndOfAPartialCommitGoAlong)
+{
+    Write("out/o.inc", "OIL\n");
+    Write("work/proj/d/b.inc", "GAS\n");
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include("b.inc") + "-- end\n");
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    IDeck* deck = manager->OpenExistingDeck("d", true);
+    IDeckKeywordsEditor* editor = manager->GetEditor(deck);
+    const KeywordIterator include = KeywordsNamed(*deck, "INCLUDE").front();
+    ASSERT_TRUE(editor->SetDataText(include, " '../../../out/o.inc' / new"));
+    editor->CommitFile(deck->GetDeckKeywords()->GetDataFile());
+    ASSERT_TRUE(m_tree.Dir().Exists("work/proj/d/d_DATA__.tmp"));
+    EXPECT_EQ(Read("work/proj/d/d.DATA"), "RUNSPEC\n" + Include("b.inc") + "-- end\n");
+    manager->MoveProjectDir(Path("work/deep/p"), true);
+    EXPECT_EQ(Read("work/deep/p/d/d.DATA"), "RUNSPEC\nINCLUDE\n '../../../../out/o.inc' / new\n-- end\n");
+    EXPECT_EQ(ProjectTree::ContentOf(Path("work/deep/p/d")).size(), 2u);
+}
+
+TEST_F(ProjectMoveTest, AFileThatHasChangedSinceItWasReadKeepsItsText)
+{
+    Write("out/o.inc", "OIL\n");
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include("../../../out/o.inc"));
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    IDeck* deck = manager->OpenExistingDeck("d", true);
+    IDeckKeywordsEditor* editor = manager->GetEditor(deck);
+    deck->GetDeckKeywords()->GetFiles();
+    const std::string changed = "-- by someone else\nRUNSPEC\n" + Include("../../../out/o.inc") + "GAS\n";
+    Write("work/proj/d/d.DATA", changed);
+    manager->MoveProjectDir(Path("work/deep/p"), true);
+    EXPECT_EQ(Read("work/deep/p/d/d.DATA"),
+              "-- by someone else\nRUNSPEC\n" + Include("../../../../out/o.inc") + "GAS\n");
+    manager->RefreshDeck("d");
+    EXPECT_EQ(KeywordsNamed(*deck, "GAS").size(), 1u);
+
+    // With edits of the old text the move is refused, as a commit is.
+    const KeywordIterator include = KeywordsNamed(*deck, "INCLUDE").front();
+    ASSERT_TRUE(editor->SetComment(include, "mine"));
+    Write("work/deep/p/d/d.DATA", changed);
+    const auto before = ProjectTree::ContentOf(m_tree.Dir().Path());
+    try {
+        manager->MoveProjectDir(Path("q"), true);
+        ADD_FAILURE() << "nothing thrown";
+    } catch (const DeckManagerException& failure) {
+        EXPECT_THAT(failure.what(), testing::HasSubstr("d.DATA has been changed on disk since it was read."));
+        EXPECT_THAT(failure.what(), testing::HasSubstr("\nIt is whole in " + Path("work/deep/p") + "."));
+    }
+    EXPECT_EQ(ProjectTree::ContentOf(m_tree.Dir().Path()), before);
+}
+
+TEST_F(ProjectMoveTest, ANameThatNoTextCanHoldStopsTheMove)
+{
+    Write("work/proj/d/a.inc", "GAS\n");
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include(Path("work/proj/d/a.inc")));
+    const auto before = ProjectTree::ContentOf(m_tree.Dir().Path());
+    for (const std::string& newDir : {Path("it's"), Path(std::string(140, 'x'))}) {
+        try {
+            Move(newDir);
+            ADD_FAILURE() << newDir;
+        } catch (const DeckManagerException& failure) {
+            EXPECT_EQ(std::string(failure.what()),
+                      Path("work/proj/d/d.DATA") + ", line 2: No INCLUDE can hold the name " + newDir + "/d/a.inc.");
+        }
+    }
+    EXPECT_EQ(ProjectTree::ContentOf(m_tree.Dir().Path()), before);
+}
+
+TEST_F(ProjectMoveTest, ALongNameIsKeptAheadOfTheEndOfTheLine)
+{
+    Write("work/proj/d/a.inc", "GAS\n");
+    const std::string path = Path("work/proj/d/a.inc");
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\nINCLUDE\n\t '" + path + "' / behind\nINCLUDE\n'" + path +
+                                    "'\n/\nINCLUDE -- c\n '" + path + "' -- no end\nOIL\n");
+    // A name of 132 columns with its quotes.
+    const std::string newDir = Path(std::string(130 - Path("").size() - 8, 'x'));
+    const std::string name = "'" + newDir + "/d/a.inc'";
+    ASSERT_EQ(name.size(), 132u);
+    Move(newDir);
+    EXPECT_EQ(ProjectTree::ContentOf(newDir).at("d/d.DATA"), "RUNSPEC\nINCLUDE\n" + name + "\n / behind\nINCLUDE\n" +
+                                                                 name + "\n/\nINCLUDE -- c\n" + name +
+                                                                 "\n -- no end\nOIL\n");
+    EXPECT_THAT(m_tree.IncludesOf(newDir), testing::HasSubstr(":2 -> P/d/a.inc\n"));
+}
+
+TEST_F(ProjectMoveTest, AProjectOf200FilesKeepsItsIncludesAndItsCache)
+{
+    const TestSupport::FailingFileSystem disk; // fails nowhere, and has nobody wait for the disk
+    TextGenerator random(3);
+    m_tree.Generate(random, 20, 200);
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    ASSERT_THAT(includes, testing::HasSubstr("D19"));
+    Scanned(m_tree.OldDir());
+    EXPECT_EQ(Scanned(m_tree.OldDir()), "");
+    const std::string newDir = Path("some/other/place/p");
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    m_log.Clear();
+    manager->MoveProjectDir(newDir, true);
+    EXPECT_TRUE(std::all_of(m_log.Messages().begin(), m_log.Messages().end(),
+                            [](const auto& message) { return message.probe; }));
+    EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
+    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_EQ(Scanned(newDir), "");
+    // Back again, the way that was taken.
+    manager->MoveProjectDir(m_tree.OldDir(), true);
+    EXPECT_EQ(m_tree.IncludesOf(m_tree.OldDir()), includes);
+    EXPECT_EQ(Scanned(m_tree.OldDir()), "");
+}
+
+} // namespace ProjectTests
