@@ -242,6 +242,9 @@ private:
         }
         m_manager.m_directoryManager->SetProjectDir(m_paths.NewDir());
         m_manager.FilesRenamed();
+        m_oldTempDir = m_manager.TempProjectDir();
+        if (m_oldTempDir.IsSet() && m_paths.IsInManagedArea(m_oldTempDir, {}))
+            m_manager.SetTempProjectDir(m_paths.Moved(m_oldTempDir));
     }
 
     void GoBack()
@@ -249,6 +252,7 @@ private:
         for (const OpenFile& open : m_gone)
             open.file->GoBack(open.oldName, open.oldStatus);
         m_manager.m_directoryManager->SetProjectDir(m_paths.OldDir());
+        m_manager.SetTempProjectDir(m_oldTempDir);
         m_manager.FilesRenamed();
         // Their keywords stand in a text that goes.
         for (const std::shared_ptr<KeywordFile>& file : m_rewritten)
@@ -343,7 +347,8 @@ private:
     ProjectIncludes m_includes;
     std::vector<FileCorrections> m_corrections;
     std::vector<std::pair<std::shared_ptr<KeywordFile>, CacheEntry>> m_cached; ///< what is known of corrected files
-    std::vector<OpenFile> m_gone;                                              ///< over to the new place
+    Directory m_oldTempDir;
+    std::vector<OpenFile> m_gone;                          ///< over to the new place
     std::vector<std::shared_ptr<KeywordFile>> m_rewritten; ///< open files that bear nothing but corrections
     bool m_isCommitted = false;                            ///< an edit is on the disk in the new place
 };

@@ -33,20 +33,29 @@ using Service::Log;
 
 namespace {
 
-/// The name as the text has it: neither a variable nor an alias is replaced. No value for a name with one of these.
+std::optional<FileName> ToFileName(const std::optional<std::string>& text)
+{
+    if (!text || Service::AllBlanks(*text)) return std::nullopt;
+    try {
+        return FileName(*text);
+    } catch (const boost::filesystem::filesystem_error&) {
+        return std::nullopt;
+    }
+}
+
+/// The name as the text has it: neither a variable nor an alias is replaced.
 std::optional<FileName> NameInText(KeywordINCLUDE& keyword)
 {
     // What is to be said of a deck's data is said to who works on it.
     const Log::Probe probe;
     KeywordVariables variables;
     const std::unique_ptr<Keywords::IKeywordData> data = keyword.ReadData(Context(), &variables);
-    const std::optional<std::string> text = Keywords::DataAccessUtils::GetINCLUDEFileName(data.get());
-    if (!text || Service::AllBlanks(*text) || text->find('$') != std::string::npos) return std::nullopt;
-    try {
-        return FileName(*text);
-    } catch (const boost::filesystem::filesystem_error&) {
-        return std::nullopt;
-    }
+    return ToFileName(Keywords::DataAccessUtils::GetINCLUDEFileName(data.get()));
+}
+
+bool IsLeftToTheDeck(const FileName& name)
+{
+    return name.GetFullName().find('$') != std::string::npos;
 }
 
 /// A file stands there, or may: the system doesn't tell.
@@ -253,6 +262,10 @@ std::vector<IncludeCorrection> ProjectIncludes::FixInclude(KeywordFile& file, co
         const std::optional<FileName> include = NameInText(keyword);
         // A bare leaf lies beside the top file, wherever that is.
         if (!include || !include->GetDirectory().IsSet()) continue;
+        if (IsLeftToTheDeck(*include)) {
+            TellOfAlias(keyword, *include, file.RootContext(), bases);
+            continue;
+        }
         const std::optional<FileName> corrected = FixManagedFileInclude(*include, bases);
         if (!corrected || corrected->GetFullName() == include->GetFullName()) continue;
         if (!managed) FixUnmanagedFileInclude(keyword, *include);
@@ -262,6 +275,26 @@ std::vector<IncludeCorrection> ProjectIncludes::FixInclude(KeywordFile& file, co
         corrections.push_back({&keyword, *dataText});
     }
     return corrections;
+}
+
+/// What a variable or an alias stands for is the deck's to say. A user may have to.
+void ProjectIncludes::TellOfAlias(KeywordINCLUDE& keyword, const FileName& include, const Context& context,
+                                  const std::vector<Directory>& bases) const
+{
+    std::optional<FileName> resolved;
+    {
+        const Log::Probe probe;
+        resolved = ToFileName(Keywords::DataAccessUtils::GetINCLUDEFileName(keyword.GetData(context)));
+    }
+    if (!resolved || IsLeftToTheDeck(*resolved)) return;
+    const std::optional<FileName> needed = FixManagedFileInclude(*resolved, bases);
+    if (!needed || needed->GetFullName() == resolved->GetFullName()) return;
+    const Log::Place place(keyword.GetFile()->GetFileName().GetFullName(), keyword.GetLine());
+    Log::SendLogMessage("The INCLUDE path \"" + include.GetFullName() +
+                            "\" is not corrected, since it holds an alias. After the move it would have to stand for "
+                            "\"" +
+                            needed->GetFullName() + "\".",
+                        Log::Warning);
 }
 
 /// The name that leads from the new place of the deck to what the old name leads to; no value for a name that leads
@@ -315,7 +348,7 @@ void ProjectIncludes::TellOfOutsideFiles(const std::unordered_set<std::string>& 
             for (const KeywordFileIterator& place : file->GetINCLUDEKeywords()) {
                 KeywordINCLUDE& keyword = *KeywordINCLUDE::From(const_cast<IKeyword*>(*place));
                 const std::optional<FileName> include = NameInText(keyword);
-                if (!include || !include->GetDirectory().IsSet()) continue;
+                if (!include || !include->GetDirectory().IsSet() || IsLeftToTheDeck(*include)) continue;
                 const std::optional<FileName> needed = FixManagedFileInclude(*include, bases);
                 if (!needed || needed->GetFullName() == include->GetFullName()) continue;
                 const Log::Place logPlace(file->GetFileName().GetFullName(), keyword.GetLine());

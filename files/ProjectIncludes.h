@@ -11,6 +11,7 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
+class Context;
 class IDirectoryManager;
 class KeywordINCLUDE;
 class MovedPaths;
@@ -78,6 +79,8 @@ private:
                                             const KeywordFile* closed) const;
     std::vector<IncludeCorrection> FixInclude(KeywordFile& file, const std::vector<Service::Directory>& bases,
                                               bool managed) const;
+    void TellOfAlias(KeywordINCLUDE& keyword, const Service::FileName& include, const Context& context,
+                     const std::vector<Service::Directory>& bases) const;
     std::optional<Service::FileName> FixManagedFileInclude(const Service::FileName& include,
                                                            const std::vector<Service::Directory>& bases) const;
     [[noreturn]] static void FixUnmanagedFileInclude(const KeywordINCLUDE& keyword, const Service::FileName& include);

@@ -259,6 +259,44 @@ TEST_F(DeckManagerTest, FilesThatMoveUnderTheManager)
     EXPECT_EQ(deck->GetDeckKeywords()->GetDataFile()->GetFileName().GetFileName(), "B.DATA");
 }
 
+TEST_F(DeckManagerTest, TheCacheFollowsWhatAHostTells)
+{
+    m_directory.Write("p/deck_cache_xml.lock", "");
+    m_directory.Write("p/D/D.DATA", "RUNSPEC\nOIL\n");
+    m_directory.Write("temp/E/E.DATA", "RUNSPEC\nGAS\n");
+    m_directory.Write("p/E/x", "");
+    const auto manager = DeckManagerFactory::Create(m_directory.Path("p"));
+    manager->SetTempProjectDir(m_directory.Path("temp"));
+    const auto open = [&](const std::string& name, const std::string& path) {
+        IDeck* deck = manager->ImportDeck(name, m_directory.Path(path), false, true, false);
+        deck->GetDeckKeywords()->Begin();
+        manager->RemoveDeck(deck);
+        manager->NotifyDirectoryDeleted(""); // nothing was deleted; what is known is saved
+    };
+    open("D", "p/D/D.DATA");
+    open("E", "temp/E/E.DATA");
+    EXPECT_TRUE(m_directory.Exists("p/D/DeckCache.ptd"));
+    // A temporary project has no cache of its own.
+    EXPECT_TRUE(m_directory.Exists("p/E/DeckCache.ptd"));
+    EXPECT_FALSE(m_directory.Exists("temp/E/DeckCache.ptd"));
+
+    const std::string full = m_directory.Read("p/D/DeckCache.ptd");
+    manager->FlushCache();
+    manager->NotifyDirectoryDeleted("");
+    EXPECT_LT(m_directory.Read("p/D/DeckCache.ptd").size(), full.size());
+
+    // What was known of a folder that has gone is not written to one of its name.
+    open("D", "p/D/D.DATA");
+    std::filesystem::remove_all(m_directory.Path("p/D"));
+    m_directory.Write("p/D/new", "");
+    manager->NotifyDirectoryDeleted(m_directory.Path("p/D"));
+    EXPECT_FALSE(m_directory.Exists("p/D/DeckCache.ptd"));
+    // A path that can be no project's leaves the temporary one as it is.
+    manager->SetTempProjectDir("relative");
+    open("E", "temp/E/E.DATA");
+    EXPECT_FALSE(m_directory.Exists("temp/E/DeckCache.ptd"));
+}
+
 TEST_F(DeckManagerTest, ReadingADeckDeletesNone)
 {
     m_directory.Write("Deck_1.DATA", "RUNSPEC\nOIL\n");

@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "files/KeywordFile.h"
+#include "files/MovedPaths.h"
 #include "tests/project/ProjectTree.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
@@ -282,6 +283,67 @@ TEST_F(ProjectMoveTest, AFileOutsideThatNeedsToChangeStopsTheMove)
     EXPECT_TRUE(m_log.Contains("leads into the project, and the file lies outside of it."));
     fs::remove(Path("work/proj/d/o.inc"));
     EXPECT_EQ(ProjectTree::ContentOf(Path("work")), before);
+}
+
+TEST_F(ProjectMoveTest, APathThatAnAliasLeadsAstrayIsTold)
+{
+    Write("out/o.inc", "OIL\n");
+    Write("work/proj/d/inc/a.inc", "GAS\n");
+    const std::string text = "RUNSPEC\nPATHS\n'OUT' '../../../out' /\n'IN' 'inc' /\n'ALL' '" + m_tree.OldDir() +
+                             "' /\n/\nINCLUDE\n'$OUT/o.inc' /\nINCLUDE\n'$IN/a.inc' /\nINCLUDE\n'$ALL/d/inc/a.inc' /\n";
+    m_tree.WriteTop("d/d.DATA", text);
+    DeckManagerFactory::Create(m_tree.OldDir())->PlanProjectDirMove(Path("work/deep/p"));
+    const std::string head = "is not corrected, since it holds an alias. After the move it would have to stand for ";
+    ASSERT_EQ(m_log.Texts(2),
+              (std::vector<std::string>{"The INCLUDE path \"$OUT/o.inc\" " + head + "\"../../../../out/o.inc\".",
+                                        "The INCLUDE path \"$ALL/d/inc/a.inc\" " + head + "\"" +
+                                            Path("work/deep/p/d/inc/a.inc") + "\"."}));
+    EXPECT_EQ(m_log.Messages().back().file, Path("work/proj/d/d.DATA"));
+    EXPECT_EQ(m_log.Messages().back().line, 11);
+}
+
+TEST_F(ProjectMoveTest, TheManagerKnowsOfItsNewPlaces)
+{
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\nOIL\n");
+    KeywordFileManager files(m_tree.OldDir());
+    struct NoCommit : KeywordFileManager::ICommitter
+    {
+        void Commit() const override {}
+    };
+    files.SetTempProjectDir(Service::Directory(Path("work/proj/temp")));
+    const std::shared_ptr<KeywordFile> file = files.GetKeywordFile(m_tree.Dir().File("work/proj/d/d.DATA"), true);
+    const std::shared_ptr<KeywordFile> outside = files.GetKeywordFile(m_tree.Dir().File("work/projx.inc"), true);
+    files.MoveProjectDir(Path("q"), true, NoCommit());
+    EXPECT_EQ(files.ProjectDir().Name(), Path("q"));
+    EXPECT_EQ(files.TempProjectDir().Name(), Path("q/temp"));
+    EXPECT_EQ(files.FindKeywordFile(m_tree.Dir().File("q/d/d.DATA")), file);
+    EXPECT_EQ(files.FindKeywordFile(m_tree.Dir().File("work/proj/d/d.DATA")), nullptr);
+    EXPECT_EQ(outside->GetFileName().GetFullName(), Path("work/projx.inc"));
+    // What it learns from now on is kept there.
+    file->Begin();
+    files.SaveCacheTable();
+    EXPECT_TRUE(m_tree.Dir().Exists("q/d/DeckCache.ptd"));
+    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+}
+
+TEST(MovedPathsTest, VolumesDecideWhatARelativePathBecomes)
+{
+    // Names of drives are complete on every platform, and nothing stands there.
+    const Service::Directory base("C:/work/p/d");
+    const auto way = [&](const MovedPaths& paths, const char* target) {
+        return paths.Way(Service::Directory(target), base).Name();
+    };
+    const MovedPaths elsewhere{Service::Directory("C:/work/p"), Service::Directory("D:/q")};
+    EXPECT_EQ(way(elsewhere, "C:/work/out"), "C:/work/out");
+    EXPECT_EQ(way(elsewhere, "C:/work/p/common"), "../common");
+    EXPECT_EQ(elsewhere.Moved(Service::Directory("C:/work/p/common")).Name(), "D:/q/common");
+    EXPECT_EQ(elsewhere.Moved(Service::Directory("C:/work/px")).Name(), "C:/work/px");
+    const MovedPaths here{Service::Directory("C:/work/p"), Service::Directory("C:/q")};
+    EXPECT_EQ(way(here, "C:/work/out"), "../../work/out");
+    EXPECT_TRUE(here.IsInManagedArea(Service::Directory("../common"), base));
+    EXPECT_TRUE(here.IsInManagedArea(Service::Directory(".."), base));
+    EXPECT_FALSE(here.IsInManagedArea(Service::Directory("../.."), base));
+    EXPECT_FALSE(here.IsInManagedArea(Service::Directory("D:/work/p"), base));
 }
 
 TEST_F(ProjectMoveTest, PlacesWhereNoProjectCanGo)
