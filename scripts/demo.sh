@@ -44,4 +44,8 @@ step "What the catalogue knows of a keyword" syntax WELSPECS
 step "The whole deck in one file" flatten "$FIELD" -o "$OUT/FLAT.DATA"
 step "What has changed by that: nothing that a simulator reads" diff "$FIELD" "$OUT/FLAT.DATA"
 step "The deck with all its files in another directory" copy "$FIELD" "$OUT/copy"
+step "A directory of decks, which keeps where their keywords stand" project init "$OUT/studies"
+step "A copy of a deck in it" project add "$OUT/studies" base "$FIELD"
+step "A verb that uses what is kept" get "$OUT/studies/base/base.DATA" 'WCONPROD[HR-P2].ORAT' --project "$OUT/studies"
+step "The project in another place" project move "$OUT/studies" "$OUT/archive/2026"
 step "A search for machines" find "$FIELD" 'HR-P[56]' --json
