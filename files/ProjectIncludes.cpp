@@ -234,7 +234,8 @@ std::vector<const KeywordFile*> ProjectIncludes::TopsOf(const KeywordFile& file)
     return tops;
 }
 
-/// The folders in which a relative path of the file may be found: those of the top files of its decks, then its own.
+/// The folders from which a relative path of the file counts: those of the top files of its decks. A file that no other
+/// includes is its own.
 std::vector<Directory> ProjectIncludes::BasesOf(const FileName& name, const KeywordFile* open,
                                                 const KeywordFile* closed) const
 {
@@ -248,7 +249,7 @@ std::vector<Directory> ProjectIncludes::BasesOf(const FileName& name, const Keyw
         for (const KeywordFile* top : TopsOf(*file))
             add(top->GetFileName().GetDirectory());
     }
-    add(name.GetDirectory());
+    if (bases.empty()) add(name.GetDirectory());
     return bases;
 }
 

@@ -181,6 +181,41 @@ TEST_F(MoveFailureTest, EveryOperationThatFailsLeavesOneWholeProjectThatIsNamed)
     }
 }
 
+TEST_F(MoveFailureTest, ADiskThatFailsFromThenOnLosesNothing)
+{
+    for (int n = 1;; n += 1 + n / 16) {
+        SCOPED_TRACE("operation " + std::to_string(n));
+        SmallProject project;
+        std::string thrown;
+        bool hasFailed = false;
+        {
+            FailingFileSystem disk;
+            disk.FailAt(n, FailingFileSystem::Changes(), EIO, true);
+            try {
+                project.manager->MoveProjectDir(project.NewDir(), true);
+            } catch (const DeckManagerException& failure) {
+                thrown = failure.what();
+            }
+            hasFailed = disk.HasFailed();
+        }
+        if (thrown.empty()) {
+            project.ExpectMoved();
+        } else {
+            EXPECT_EQ(ProjectTree::ContentOf(project.tree.OldDir()), project.oldContent);
+            // What stood at the new place is there, or the message says where.
+            const std::string aside = project.NewDir() + ".replaced";
+            const bool isAside = thrown.find("is kept as " + aside + ".") != std::string::npos;
+            if (isAside || thrown.find(" all the same.") == std::string::npos) {
+                EXPECT_EQ(ProjectTree::ContentOf(isAside ? aside : project.NewDir()), project.newContent);
+            }
+        }
+        if (testing::Test::HasFailure() || !hasFailed) {
+            EXPECT_FALSE(testing::Test::HasFailure()) << thrown;
+            break;
+        }
+    }
+}
+
 TEST_F(MoveFailureTest, AProcessThatEndsLeavesOneWholeProject)
 {
     for (int n = 1;; ++n) {

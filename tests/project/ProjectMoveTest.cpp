@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <filesystem>
 
 #include "files/KeywordFile.h"
@@ -140,6 +139,8 @@ TEST_F(ProjectMoveTest, ARelativePathCountsFromTheTopFileOfTheDeck)
     Write("work/proj/out/o.inc", "GAS\n");
     m_tree.WriteTop("d/d.DATA", Include("inc/deep/a.inc"));
     Write("work/proj/d/inc/deep/a.inc", Include("../../../out/o.inc"));
+    Write("work/proj/d/inc/deep/b.inc", Include("../gone.inc"));
+    Write("work/proj/d/inc/gone.inc", "GAS\n");
     // Nobody includes this one, so its own folder counts.
     Write("work/proj/d/inc/deep/alone.inc", Include("../../../out/o.inc"));
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
@@ -148,6 +149,23 @@ TEST_F(ProjectMoveTest, ARelativePathCountsFromTheTopFileOfTheDeck)
     EXPECT_EQ(Read("work/deep/p/d/inc/deep/a.inc"), Include("../../../../out/o.inc"));
     EXPECT_EQ(Read("work/deep/p/d/inc/deep/alone.inc"), Include("../../../out/o.inc"));
     EXPECT_EQ(m_tree.IncludesOf(Path("work/deep/p")), includes);
+}
+
+TEST_F(ProjectMoveTest, AnOpenDeckOutsideMayIncludeFilesOfTheProject)
+{
+    Write("work/proj/d/a.inc", Include("../work/proj/d/b.inc"));
+    Write("work/proj/d/b.inc", "GAS\n");
+    Write("out/top.DATA", "RUNSPEC\n" + Include("../work/proj/d/a.inc"));
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    IDeck* deck = manager->ImportDeck("top", Path("out/top.DATA"), false, true, false);
+    deck->GetDeckKeywords()->GetFiles();
+    manager->MoveProjectDir(Path("deep/er/q"), true);
+    EXPECT_EQ(Read("deep/er/q/d/a.inc"), Include("../deep/er/q/d/b.inc"));
+    EXPECT_EQ(Read("out/top.DATA"), "RUNSPEC\n" + Include("../work/proj/d/a.inc"));
+    // The user hears what its own path would have to be, and in memory the deck is whole.
+    ASSERT_EQ(m_log.Count(2), 1);
+    EXPECT_THAT(m_log.Texts(2)[0], testing::HasSubstr("After the move it would be \"../deep/er/q/d/a.inc\"."));
+    EXPECT_EQ(KeywordsNamed(*deck, "GAS").size(), 1u);
 }
 
 TEST_F(ProjectMoveTest, AFileOfDecksInDifferentPlacesGetsANameThatServesAll)
@@ -529,16 +547,40 @@ TEST_F(ProjectMoveTest, AProjectOf200FilesKeepsItsIncludesAndItsCache)
     const TestSupport::FailingFileSystem disk; // fails nowhere, and has nobody wait for the disk
     TextGenerator random(3);
     m_tree.Generate(random, 20, 200);
+    const std::map<std::string, std::string> others = {
+        {"D0/image", std::string("\x89PNG\0", 5) + Include("../../../out/o1.inc")},
+        {"D0/Makefile", "include ../../../out/o1.inc\n../../out/o1.inc: all\n"},
+        {"Cache__/x.inc", Include("../../../out/o1.inc")},
+        {"top.inc", Include("../../out/o1.inc")},
+    };
+    for (const auto& [name, text] : others)
+        Write("work/proj/" + name, text);
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
     ASSERT_THAT(includes, testing::HasSubstr("D19"));
     Scanned(m_tree.OldDir());
     EXPECT_EQ(Scanned(m_tree.OldDir()), "");
     const std::string newDir = Path("some/other/place/p");
+    Environment::Instance().SetPreventEmptyFileCreation(true);
     const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    IDeck* edited = nullptr;
+    for (int i = 0; i < 5; ++i) {
+        edited =
+            manager->ImportDeck(m_tree.Tops()[static_cast<std::size_t>(i)],
+                                m_tree.OldDir() + "/" + m_tree.Tops()[static_cast<std::size_t>(i)], false, true, false);
+        edited->GetDeckKeywords()->GetFiles();
+    }
+    const auto water = KeywordsNamed(*edited, "WATER");
+    for (const KeywordIterator& place : water)
+        manager->GetEditor(edited)->Suppress(place);
     m_log.Clear();
     manager->MoveProjectDir(newDir, true);
-    EXPECT_TRUE(std::all_of(m_log.Messages().begin(), m_log.Messages().end(),
-                            [](const auto& message) { return message.probe; }));
+    for (const auto& [name, text] : others)
+        EXPECT_EQ(Read("some/other/place/p/" + name), text) << name;
+    EXPECT_GT(water.size(), 3u);
+    for (const KeywordIterator& place : water)
+        EXPECT_THAT(*place->GetText(), testing::StartsWith("--@@@WATER"));
+    for (const auto& message : m_log.Messages())
+        EXPECT_TRUE(message.probe || message.text.find("72 characters") != std::string::npos) << message.text;
     EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
     EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
     EXPECT_EQ(Scanned(newDir), "");
