@@ -94,6 +94,10 @@ std::vector<Growth> WriteCorrected(const FileCorrections& corrections, const Fil
     };
     const bool isWritten = KeywordFileWriter::WriteFile(file, &writer, true, file.RootContext(), writeKeyword).ok;
     if (!writer.Close() || !isWritten) fail(writer);
+    if (file.HasChangedOnDisk()) {
+        throw DeckManagerException("The file " + file.GetFileName().GetFullName() +
+                                   " has been changed on disk since it was read.");
+    }
     FileSystem::ErrorCode error;
     const Service::FileStatus status = Service::FileStatus::Of(copy);
     if (!FileSystem::Instance().CopyModeAndOwner(status, beside, error) ||
@@ -174,10 +178,7 @@ public:
         }
         if (!copy.Settle())
             Tell("What stood in " + m_paths.NewDir().Name() + " cannot be deleted; it is " + copy.Aside().Name() + ".");
-        if (deleteOld && m_paths.OldDir().Exists() && !m_paths.OldDir().Delete()) {
-            Tell("The project has moved to " + m_paths.NewDir().Name() +
-                 ", where it is whole. What cannot be deleted is left in " + m_paths.OldDir().Name() + ".");
-        }
+        if (deleteOld && m_paths.OldDir().Exists()) DeleteOld(copy);
         CorrectCache();
     }
 
@@ -190,6 +191,23 @@ private:
     };
 
     static void Tell(const std::string& text) { Log::SendLogMessage(text, Log::Error); }
+
+    void DeleteOld(const ProjectCopy& copy) const
+    {
+        const std::string moved = "The project has moved to " + m_paths.NewDir().Name() + ", where it is whole. ";
+        const Directory& old = m_paths.OldDir();
+        // Others may work there: what has come since is nobody's to delete.
+        const std::string changed = copy.ChangedMeanwhile();
+        if (!changed.empty()) {
+            Tell(moved + old.Name() + " is kept, since the file " + changed + " has come or changed meanwhile.");
+            return;
+        }
+        // A link to the project goes with it.
+        const Directory place(old.CanonicalName());
+        bool isGone = place.Delete();
+        if (place.Name() != old.Name()) isGone = old.Delete() && isGone;
+        if (!isGone) Tell(moved + "What cannot be deleted is left in " + old.Name() + ".");
+    }
 
     [[noreturn]] void ThrowNotMoved(const std::exception& failure, ProjectCopy& copy) const
     {

@@ -78,12 +78,42 @@ void ProjectCopy::Make()
     }
     m_staged = FreeNameBeside(m_paths.NewDir(), ".moving");
     if (m_paths.OldDir().Exists()) {
+        m_copied = OldFiles();
         m_paths.OldDir().CopyTo(m_staged);
         CorrectLinks();
     } else {
         ErrorCode error;
         if (!FileSystem::Instance().MakeDirectory(m_staged.Name(), error)) Throw(m_staged.Name(), error);
     }
+}
+
+ProjectCopy::Files ProjectCopy::OldFiles() const
+{
+    Files files;
+    ErrorCode error;
+    boost::filesystem::recursive_directory_iterator entry(m_paths.OldDir().Name(), error);
+    for (; !error && entry != boost::filesystem::recursive_directory_iterator(); entry.increment(error)) {
+        ErrorCode statusError;
+        const std::string path = entry->path().string();
+        FileStatus status = FileSystem::Instance().Status(path, false, statusError);
+        status.isUnknown = statusError.failed();
+        if (!status.IsDirectory()) files.emplace(path, status);
+    }
+    if (error) Throw(m_paths.OldDir().Name(), error);
+    return files;
+}
+
+std::string ProjectCopy::ChangedMeanwhile() const
+{
+    for (const auto& [path, status] : OldFiles()) {
+        const auto copied = m_copied.find(path);
+        if (copied == m_copied.end() || status.isUnknown || !status.IsSameFileAs(copied->second) ||
+            status.size != copied->second.size || status.modifiedNanoseconds != copied->second.modifiedNanoseconds)
+        {
+            return path;
+        }
+    }
+    return {};
 }
 
 FileName ProjectCopy::CopyOf(const FileName& file) const

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <tarn/service/FileName.h>
+#include <tarn/service/FileStatus.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -37,8 +39,14 @@ public:
     /// The copy stays: what stood in its place goes for good. False when some of it is left, at `Aside`.
     bool Settle();
     const Service::Directory& Aside() const { return m_aside; }
+    /// A file in the old directory that the copy lacks, since it is new or has changed after the copy was begun; empty
+    /// when there is none.
+    std::string ChangedMeanwhile() const;
 
 private:
+    using Files = std::unordered_map<std::string, Service::FileStatus>;
+
+    Files OldFiles() const;
     void CorrectLinks() const;
     void CorrectLink(const std::string& copy, const Service::Directory& folder) const;
 
@@ -47,6 +55,7 @@ private:
     Service::Directory m_aside;
     bool m_inPlace = false;
     bool m_settled = false;
+    Files m_copied;                             ///< the old files by full name, as they were
     std::vector<std::string> m_madeDirectories; ///< outermost first
 };
 

@@ -1,4 +1,5 @@
 #include <filesystem>
+#include <functional>
 
 #include "files/KeywordFile.h"
 #include "files/MovedPaths.h"
@@ -301,6 +302,44 @@ TEST_F(ProjectMoveTest, AFileOutsideThatNeedsToChangeStopsTheMove)
     EXPECT_TRUE(m_log.Contains("leads into the project, and the file lies outside of it."));
     fs::remove(Path("work/proj/d/o.inc"));
     EXPECT_EQ(ProjectTree::ContentOf(Path("work")), before);
+}
+
+TEST_F(ProjectMoveTest, WhatComesWhileItMovesIsNotDeleted)
+{
+    m_tree.WriteTop("d/d.DATA", "OIL\n");
+    Write("work/proj/d/run.log", "-- 1\n");
+    /// Another program works in the project.
+    struct Elsewhere : KeywordFileManager::ICommitter
+    {
+        void Commit() const override { change(); }
+        std::function<void()> change;
+    };
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"run.log", [&] { Write("work/proj/d/run.log", "-- 1\n-- 2\n"); }},
+        {"run.log", [&] { Write("work/proj/d/run.log", "-- 3\n"); }},
+        {"result", [&] { Write("work/proj/d/result", ""); }},
+        {"new", [&] { fs::create_symlink("x", Path("work/proj/d/new")); }},
+    };
+    for (const auto& [name, change] : cases) {
+        m_log.Clear();
+        Elsewhere elsewhere;
+        elsewhere.change = change;
+        KeywordFileManager(m_tree.OldDir()).MoveProjectDir(Path("q"), true, elsewhere);
+        ASSERT_EQ(m_log.Count(3), 1) << name;
+        EXPECT_EQ(m_log.Messages().back().text, "The project has moved to " + Path("q") + ", where it is whole. " +
+                                                    m_tree.OldDir() + " is kept, since the file " + m_tree.OldDir() +
+                                                    "/d/" + name + " has come or changed meanwhile.");
+        EXPECT_TRUE(m_tree.Dir().Exists("work/proj/d/run.log"));
+        fs::remove(Path("work/proj/d/result"));
+    }
+    // What has gone is no reason, and a link to the project goes with it.
+    fs::create_directory_symlink(m_tree.OldDir(), Path("link"));
+    Elsewhere elsewhere;
+    elsewhere.change = [&] { fs::remove(Path("work/proj/d/run.log")); };
+    m_log.Clear();
+    KeywordFileManager(Path("link")).MoveProjectDir(Path("q"), true, elsewhere);
+    EXPECT_TRUE(m_log.Empty());
+    EXPECT_FALSE(m_tree.Dir().Exists("work/proj") || m_tree.Dir().Exists("link"));
 }
 
 TEST_F(ProjectMoveTest, APathThatAnAliasLeadsAstrayIsTold)
