@@ -386,21 +386,21 @@ TEST_F(ProjectMoveTest, TheManagerKnowsOfItsNewPlaces)
 TEST(MovedPathsTest, VolumesDecideWhatARelativePathBecomes)
 {
     // Names of drives are complete on every platform, and nothing stands there.
-    const Service::Directory base("C:/work/p/d");
+    const Service::Directory base("C:/decks/p/d");
     const auto way = [&](const MovedPaths& paths, const char* target) {
         return paths.Way(Service::Directory(target), base).Name();
     };
-    const MovedPaths elsewhere{Service::Directory("C:/work/p"), Service::Directory("D:/q")};
-    EXPECT_EQ(way(elsewhere, "C:/work/out"), "C:/work/out");
-    EXPECT_EQ(way(elsewhere, "C:/work/p/common"), "../common");
-    EXPECT_EQ(elsewhere.Moved(Service::Directory("C:/work/p/common")).Name(), "D:/q/common");
-    EXPECT_EQ(elsewhere.Moved(Service::Directory("C:/work/px")).Name(), "C:/work/px");
-    const MovedPaths here{Service::Directory("C:/work/p"), Service::Directory("C:/q")};
-    EXPECT_EQ(way(here, "C:/work/out"), "../../work/out");
+    const MovedPaths elsewhere{Service::Directory("C:/decks/p"), Service::Directory("D:/q")};
+    EXPECT_EQ(way(elsewhere, "C:/decks/out"), "C:/decks/out");
+    EXPECT_EQ(way(elsewhere, "C:/decks/p/common"), "../common");
+    EXPECT_EQ(elsewhere.Moved(Service::Directory("C:/decks/p/common")).Name(), "D:/q/common");
+    EXPECT_EQ(elsewhere.Moved(Service::Directory("C:/decks/px")).Name(), "C:/decks/px");
+    const MovedPaths here{Service::Directory("C:/decks/p"), Service::Directory("C:/q")};
+    EXPECT_EQ(way(here, "C:/decks/out"), "../../decks/out");
     EXPECT_TRUE(here.IsInManagedArea(Service::Directory("../common"), base));
     EXPECT_TRUE(here.IsInManagedArea(Service::Directory(".."), base));
     EXPECT_FALSE(here.IsInManagedArea(Service::Directory("../.."), base));
-    EXPECT_FALSE(here.IsInManagedArea(Service::Directory("D:/work/p"), base));
+    EXPECT_FALSE(here.IsInManagedArea(Service::Directory("D:/decks/p"), base));
 }
 
 TEST_F(ProjectMoveTest, PlacesWhereNoProjectCanGo)
