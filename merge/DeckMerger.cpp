@@ -41,8 +41,7 @@ void DeckMerger::Prepare(const std::set<IKeywordFile*>& excluded)
     m_exportedKeywords.clear();
     m_lastCopied.reset();
     m_copied.clear();
-    m_applied.clear();
-    m_leadingBefore.clear();
+    m_comments.clear();
     m_broughtByUser.clear();
     m_isWhole = true;
 
@@ -57,7 +56,6 @@ void DeckMerger::Prepare(const std::set<IKeywordFile*>& excluded)
     }
     for (IKeywordFile* file : targetFiles)
         file->AsKeywordFile()->LoadAllTags();
-    m_search->OnRebuilt();
 }
 
 bool DeckMerger::IsExcluded(const IKeywordFile& file) const
@@ -221,10 +219,8 @@ KeywordIterator DeckMerger::FindTwin(const KeywordIterator& position, const Keyw
     const KeywordIterator found = m_search->FindCounterpart(position, &head, range);
     if (found == range.end || !IsAnchor(**found)) return range.end;
     // What stands behind the end of a deck is no twin of what stands ahead of it.
-    const auto isBehindEnd = [](const KeywordIterator& place, const IDeck& deck) {
-        return IsAhead(deck.GetDeckKeywords()->End(), place);
-    };
-    if (isBehindEnd(position, m_source) != isBehindEnd(found, m_target)) return range.end;
+    const bool isBehindEnd = IsAhead(m_source.GetDeckKeywords()->End(), position);
+    if (isBehindEnd != m_search->IsAheadInTarget(m_target.GetDeckKeywords()->End(), found)) return range.end;
     if (position->GetSyntax()->GetSection() == SectionType::SCHEDULE) {
         const Service::Time ours = m_search->SourceTimeAhead(position);
         const Service::Time theirs = m_search->TargetTimeAhead(found);

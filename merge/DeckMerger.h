@@ -78,6 +78,18 @@ private:
         std::string comment;          ///< the one above it
     };
 
+    /// What stands above a keyword of the target, and what this run puts there.
+    struct CommentsAbove
+    {
+        std::string before; ///< what the keyword was to bear
+        std::string added;
+        std::string all;
+        std::unordered_set<std::string> lines; ///< of all
+
+        void Add(const std::string& text);
+        bool Holds(const std::string& text) const;
+    };
+
     struct CommentScope;
 
     // --- DeckMerger.cpp
@@ -131,6 +143,7 @@ private:
     void ResolveCommentScope(CommentScope& scope, const ScopeStack& stack);
     KeywordIterator DestinationOfComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack);
     void ApplyComment(KeywordIterator position, const std::string& comment, const KeywordIterator& source);
+    void WriteComments();
     void ApplyKeywordComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack);
 
     IDeckKeywordsEditor& m_editor;
@@ -148,9 +161,7 @@ private:
     std::unordered_map<const IKeyword*, ExportedScope*> m_exportedKeywords; ///< heads and closing keywords
     std::optional<LastCopied> m_lastCopied;
     bool m_isWhole = true;
-    /// The comments that this run has put to keywords of the target.
-    std::unordered_map<const IKeyword*, std::string> m_applied;
-    std::unordered_map<const IKeyword*, std::string> m_leadingBefore;
+    std::unordered_map<const IKeyword*, CommentsAbove> m_comments; ///< of keywords of the target
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -1,5 +1,8 @@
 // The part of `DeckMerger` that carries the comments of generated keywords.
 
+#include <algorithm>
+#include <string_view>
+
 #include "deck/Anchors.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
@@ -13,6 +16,7 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -26,6 +30,9 @@ struct DeckMerger::CommentScope
     bool hasDestination = false;
     bool isResolved = false;
     MergeRange range;
+    /// How far the last search for a counterpart went, and what it found: one that begins on the way ends there too.
+    std::optional<KeywordIterator> searchedTo;
+    KeywordIterator found;
 };
 
 void DeckMerger::MergeComments(const std::set<IKeywordFile*>& excluded)
@@ -39,6 +46,7 @@ void DeckMerger::MergeComments(const std::set<IKeywordFile*>& excluded)
         FindSection(section->GetName(), type);
         MergeCommentScope(section, FindSectionKeyword(m_target, type));
     }
+    WriteComments();
 }
 
 void DeckMerger::OpenCommentScope(std::vector<CommentScope>& open, const KeywordIterator& head,
@@ -118,16 +126,19 @@ KeywordIterator DeckMerger::DestinationOfComment(const KeywordIterator& position
 {
     ResolveCommentScope(scope, stack);
     if (scope.hasDestination) return scope.destination;
-    KeywordIterator found = scope.range.end;
-    for (KeywordIterator walk = position; *walk != nullptr && IsAhead(walk, scope.end);) {
-        found = m_search->FindCounterpart(walk, &stack.back(), scope.range);
-        if (found != scope.range.end) break;
+    if (scope.searchedTo && !IsAhead(*scope.searchedTo, position)) return scope.found;
+    scope.found = scope.range.end;
+    KeywordIterator walk = position;
+    while (*walk != nullptr && IsAhead(walk, scope.end)) {
+        scope.found = m_search->FindCounterpart(walk, &stack.back(), scope.range);
+        if (scope.found != scope.range.end) break;
         if (IsAnchorHead(**walk))
             walk = m_search->SourceScopeEnd(walk);
         else
             ++walk;
     }
-    return found;
+    scope.searchedTo = std::move(walk);
+    return scope.found;
 }
 
 /// Comments that this run puts on one keyword stand in the order of the source, ahead of what the keyword was to bear
@@ -140,16 +151,48 @@ void DeckMerger::ApplyComment(KeywordIterator position, const std::string& comme
         --position;
         if (*position == nullptr) return;
     }
-    auto& keyword = static_cast<Keyword&>(*const_cast<IKeyword*>(*position));
-    const auto [before, isNew] = m_leadingBefore.try_emplace(&keyword, keyword.GetLeadingComment());
-    std::string& applied = m_applied[&keyword];
-    const std::string existing = m_target.GetDeckKeywords()->GetComment(position, true) + applied + before->second;
-    if (HoldsLines(existing, comment)) return;
-    if (!applied.empty() && applied.back() != '\n') applied += '\n';
-    applied += comment;
-    keyword.SetLeadingComment(before->second, true);
-    keyword.AddLeadingComment(applied, true, false);
+    const auto [entry, isNew] = m_comments.try_emplace(*position);
+    CommentsAbove& above = entry->second;
+    if (isNew) {
+        above.before = static_cast<const Keyword&>(**position).GetLeadingComment();
+        above.Add(m_target.GetDeckKeywords()->GetComment(position, true) + "\n" + above.before);
+    }
+    if (above.Holds(comment)) return;
+    if (!above.added.empty() && above.added.back() != '\n') above.added += '\n';
+    above.added += comment;
+    above.Add(comment);
     Note(MergeReport::Action::Commented, source, IteratorAccess::CurrentFileIter(position));
+}
+
+void DeckMerger::CommentsAbove::Add(const std::string& text)
+{
+    all += text + "\n";
+    for (std::size_t begin = 0; begin < text.size();) {
+        const std::size_t end = std::min(text.find('\n', begin), text.size());
+        lines.emplace(Service::TrimmedRight(std::string_view(text).substr(begin, end - begin)));
+        begin = end + 1;
+    }
+}
+
+/// One keyword may come to bear the comments of very many that are gone: most are told apart by their first line.
+bool DeckMerger::CommentsAbove::Holds(const std::string& text) const
+{
+    const std::size_t begin = text.find_first_not_of("\r\n");
+    if (begin == std::string::npos) return true;
+    const std::string_view line = std::string_view(text).substr(begin, text.find('\n', begin) - begin);
+    return lines.count(std::string(Service::TrimmedRight(line))) > 0 && HoldsLines(all, text);
+}
+
+/// Puts the comments that were gathered to their keywords.
+void DeckMerger::WriteComments()
+{
+    for (const auto& [keyword, above] : m_comments) {
+        if (above.added.empty()) continue;
+        auto& target = static_cast<Keyword&>(*const_cast<IKeyword*>(keyword));
+        target.SetLeadingComment(above.before, true);
+        target.AddLeadingComment(above.added, true, false);
+    }
+    m_comments.clear();
 }
 
 /// Below a keyword without data, a comment belongs to the keyword and not to the next one.

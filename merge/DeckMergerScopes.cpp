@@ -148,7 +148,7 @@ void DeckMerger::SettleExportedScopes()
         const KeywordIterator head = m_search->TargetPositionOf(headPlace);
         const KeywordIterator end = m_search->TargetScopeEnd(head);
         bool isUsed = false;
-        for (KeywordIterator walk = head; !isUsed && *walk != nullptr && IsAhead(walk, end); ++walk) {
+        for (KeywordIterator walk = head; !isUsed && *walk != nullptr && walk != end; ++walk) {
             // The look stays within the head's file and what that includes.
             if (!IsWithin(walk, *file)) break;
             isUsed = IsUserKeyword(**walk);

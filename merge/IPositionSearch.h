@@ -70,6 +70,8 @@ public:
     /// Where time stands ahead of a keyword of the source, and of the target.
     virtual Service::Time SourceTimeAhead(const KeywordIterator& position) = 0;
     virtual Service::Time TargetTimeAhead(const KeywordIterator& position) = 0;
+    /// `IsAhead` in the target.
+    virtual bool IsAheadInTarget(const KeywordIterator& position, const KeywordIterator& other) = 0;
 
     // The merge tells what it changes in the target.
 

@@ -28,6 +28,8 @@ public:
     void Enter(const IKeyword* keyword, const Service::Time& time) { m_times[keyword] = time; }
     void Drop(const IKeyword* keyword) { m_times.erase(keyword); }
 
+    /// Where it begins.
+    const Service::Time& Start() const { return m_start; }
     /// Where time stands ahead of a position.
     Service::Time Ahead(KeywordIterator position) const;
 

@@ -74,10 +74,18 @@ void TwoDecks::MergeComments()
 
 std::string TwoDecks::Text(const std::string& name) const
 {
+    return TextsOf({{name, ""}}).front();
+}
+
+std::vector<std::string> TwoDecks::TextsOf(const Texts& files) const
+{
     const std::string directory = m_directory.Path("copy");
     if (!m_new->GetDeckKeywords()->ExportToDirectory(directory, Keywords::SimulatorType::Any, false))
         throw std::runtime_error("The merged deck can't be written");
-    return WithoutTags(m_directory.Read("copy/" + name));
+    std::vector<std::string> texts;
+    for (const auto& file : files)
+        texts.push_back(WithoutTags(m_directory.Read("copy/" + file.first)));
+    return texts;
 }
 
 std::string TwoDecks::Replaced() const

@@ -40,6 +40,8 @@ public:
 
     /// The text of a file of the target, as it is now, tags as "~".
     std::string Text(const std::string& name) const;
+    /// Those of several files, written once.
+    std::vector<std::string> TextsOf(const Texts& files) const;
     /// The names of the user's keywords that took the place of generated ones.
     std::string Replaced() const;
 

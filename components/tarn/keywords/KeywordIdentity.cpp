@@ -91,4 +91,23 @@ bool KeywordIdentity::Compare(const IKeywordData* data) const
     return same && at == m_values.size();
 }
 
+std::string KeywordIdentity::ToKey() const
+{
+    std::string key;
+    for (const Value& value : m_values) {
+        if (const int* integer = std::get_if<int>(&value)) {
+            key.append("i").append(std::to_string(*integer));
+        } else if (const double* real = std::get_if<double>(&value)) {
+            // The two zeros are equal.
+            const double number = *real == 0 ? 0 : *real;
+            key.append("r").append(reinterpret_cast<const char*>(&number), sizeof number);
+        } else if (const std::string* text = std::get_if<std::string>(&value)) {
+            key.append("s").append(std::to_string(text->size())).append(":").append(*text);
+        } else {
+            key += 'u';
+        }
+    }
+    return key;
+}
+
 } // namespace Tarn::Fjel::Core::Keywords

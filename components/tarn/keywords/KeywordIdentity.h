@@ -21,6 +21,9 @@ public:
     bool Compare(const IKeywordData* data) const;
     bool Compare(const IKeywordData& data) const { return Compare(&data); }
 
+    /// A text that is equal for equal identities, for tables.
+    std::string ToKey() const;
+
 private:
     using Value = std::variant<std::monostate, int, double, std::string>; // monostate: unset
 

@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "files/IteratorAccess.h"
+#include "merge/DeckMerger.h"
+#include "merge/MergeTerms.h"
+#include "merge/PositionSearch.h"
+#include "tests/merge/DeckPairs.h"
+#include "tests/merge/LiteralPositionSearch.h"
+#include <deckmanager/IDeckKeywords.h>
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IDeckManager.h>
+#include <deckmanager/IKeywordFile.h>
+#include <tarn/service/Strings.h>
+
+// Merges of decks by chance: the search through indexes gives the answers of the search by walking, and nothing of the
+// user's is lost.
+
+namespace {
+
+using namespace MergeTests;
+
+/// Notes each question of a merge with its answer.
+class RecordingSearch : public IPositionSearch
+{
+public:
+    RecordingSearch(std::unique_ptr<IPositionSearch> search, const MergeWork& work, std::vector<std::string>& notes)
+        : m_search(std::move(search)), m_work(work), m_notes(notes)
+    {
+    }
+
+    KeywordIterator FindCounterpart(const KeywordIterator& keyword, const KeywordIterator* head,
+                                    const MergeRange& range) override
+    {
+        KeywordIterator found = m_search->FindCounterpart(keyword, head, range);
+        Note("counterpart", keyword, *found == *range.end ? "none" : NameOf(found));
+        return found;
+    }
+    KeywordFileIterator FindDatesPosition(const KeywordIterator& keyword, const KeywordIterator& scope) override
+    {
+        KeywordFileIterator place = m_search->FindDatesPosition(keyword, scope);
+        Note("dates", keyword, NameOf(place));
+        return place;
+    }
+    KeywordFileIterator FindUserKeywordPosition(const KeywordIterator& scope, const KeywordIterator& keyword,
+                                                const KeywordIterator& head) override
+    {
+        KeywordFileIterator place = m_search->FindUserKeywordPosition(scope, keyword, head);
+        Note("place", keyword, NameOf(place));
+        return place;
+    }
+    KeywordIterator TargetScopeEnd(const KeywordIterator& position) override
+    {
+        KeywordIterator end = m_search->TargetScopeEnd(position);
+        Note("end", position, NameOf(end));
+        return end;
+    }
+    KeywordIterator SourceScopeEnd(const KeywordIterator& position) override
+    {
+        KeywordIterator end = m_search->SourceScopeEnd(position);
+        Note("end", position, NameOf(end));
+        return end;
+    }
+    KeywordIterator TargetPositionOf(const KeywordFileIterator& place) override
+    {
+        return m_search->TargetPositionOf(place);
+    }
+    Service::Time SourceTimeAhead(const KeywordIterator& position) override
+    {
+        const Service::Time time = m_search->SourceTimeAhead(position);
+        Note("time", position, time.ToString());
+        return time;
+    }
+    Service::Time TargetTimeAhead(const KeywordIterator& position) override
+    {
+        const Service::Time time = m_search->TargetTimeAhead(position);
+        Note("time", position, time.ToString());
+        return time;
+    }
+    bool IsAheadInTarget(const KeywordIterator& position, const KeywordIterator& other) override
+    {
+        const bool isAhead = m_search->IsAheadInTarget(position, other);
+        Note("ahead", position, isAhead ? "yes" : "no");
+        return isAhead;
+    }
+    void OnInserted(const KeywordFileIterator& place) override { m_search->OnInserted(place); }
+    void OnRemoving(const KeywordFileIterator& place) override { m_search->OnRemoving(place); }
+    void OnTagChanged(const KeywordFileIterator& place) override { m_search->OnTagChanged(place); }
+    void OnRebuilt() override { m_search->OnRebuilt(); }
+
+private:
+    static std::string NameOf(KeywordFileIterator place)
+    {
+        const KeywordFile* file = IteratorAccess::File(place);
+        std::size_t ordinal = 0;
+        const KeywordFileIterator begin = file->Begin();
+        const std::string name = place != file->End() ? place->GetName() : "end";
+        for (; place != begin; --place)
+            ++ordinal;
+        return name + "@" + LeafName(*file) + ":" + std::to_string(ordinal);
+    }
+    static std::string NameOf(const KeywordIterator& position)
+    {
+        return NameOf(IteratorAccess::CurrentFileIter(position));
+    }
+    void Note(const char* question, const KeywordIterator& keyword, const std::string& answer)
+    {
+        m_notes.push_back(std::string(question) + " " + NameOf(keyword) + " -> " + answer);
+    }
+
+    std::unique_ptr<IPositionSearch> m_search;
+    const MergeWork& m_work;
+    std::vector<std::string>& m_notes;
+};
+
+struct Result
+{
+    std::vector<std::string> notes;
+    std::vector<std::string> messages;
+    std::vector<std::string> files;
+    std::string replaced;
+    bool isWhole = false;
+    bool hasRepeatedFiles = false; ///< the target
+};
+
+bool HasRepeatedFiles(const IDeckKeywords& keywords)
+{
+    std::set<const IKeywordFile*> seen;
+    for (IKeywordFile* file : keywords.GetFiles()) {
+        for (const KeywordFileIterator& include : file->GetINCLUDEKeywords()) {
+            const IKeywordFile* included = keywords.GetIncludedFile(*include);
+            if (included != nullptr && !seen.insert(included).second) return true;
+        }
+    }
+    return false;
+}
+
+template <class Search>
+Result Merged(const DeckPairs& pairs)
+{
+    Result result;
+    TwoDecks decks(pairs.oldFiles, pairs.newFiles);
+    const TestSupport::LogRecorder log;
+    IDeckKeywordsEditor& editor = *decks.Manager().GetEditor(&decks.New());
+    const auto makeSearch = [&](MergeWork& work) {
+        return std::make_unique<RecordingSearch>(std::make_unique<Search>(work), work, result.notes);
+    };
+    {
+        DeckMerger merger(editor, decks.Old(), decks.includeNames, &decks.report, makeSearch);
+        result.isWhole = merger.MergeUserKeywords(decks.replaced, {});
+    }
+    DeckMerger merger(editor, decks.Old(), decks.includeNames, &decks.report, makeSearch);
+    merger.MergeComments({});
+    result.files = decks.TextsOf(pairs.newFiles);
+    for (std::string message : log.Texts()) {
+        Service::StringReplace(message, decks.Dir().Path(""), "");
+        result.messages.push_back(message);
+    }
+    result.replaced = decks.Replaced();
+    result.hasRepeatedFiles = HasRepeatedFiles(*decks.New().GetDeckKeywords());
+    return result;
+}
+
+std::string Show(const Texts& files)
+{
+    std::string text;
+    for (const auto& [name, content] : files)
+        text += "=== " + name + "\n" + content;
+    return text;
+}
+
+TEST(MergePropertyTest, TheIndexedSearchAnswersAsTheWalkingOne)
+{
+    const TestSupport::CleanEnvironment environment;
+    for (unsigned seed = 1; seed <= 400 && !testing::Test::HasFailure(); ++seed) {
+        const DeckPairs pairs(seed);
+        // Positions in a file that is there twice are equal whichever way they were come to, and confuse a walk.
+        const Result walking = Merged<LiteralPositionSearch>(pairs);
+        const Result indexed = Merged<PositionSearch>(pairs);
+        if (walking.hasRepeatedFiles) continue;
+        SCOPED_TRACE("seed " + std::to_string(seed) + "\n--- OLD\n" + Show(pairs.oldFiles) + "--- NEW\n" +
+                     Show(pairs.newFiles));
+        const auto [ours, theirs] = std::mismatch(indexed.notes.begin(), indexed.notes.end(), walking.notes.begin(),
+                                                  walking.notes.end());
+        ASSERT_TRUE(ours == indexed.notes.end() && theirs == walking.notes.end())
+            << (ours != indexed.notes.end() ? *ours : "nothing") << " and by walking "
+            << (theirs != walking.notes.end() ? *theirs : "nothing");
+        EXPECT_EQ(indexed.messages, walking.messages);
+        EXPECT_EQ(indexed.files, walking.files);
+        EXPECT_EQ(indexed.replaced, walking.replaced);
+        EXPECT_EQ(indexed.isWhole, walking.isWhole);
+    }
+}
+
+std::size_t CountOf(const std::string& part, const std::string& text)
+{
+    std::size_t count = 0;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += part.size())
+        ++count;
+    return count;
+}
+
+TEST(MergePropertyTest, EachUserKeywordIsThereOnce)
+{
+    const TestSupport::CleanEnvironment environment;
+    for (unsigned seed = 3000; seed <= 3300 && !testing::Test::HasFailure(); ++seed) {
+        const DeckPairs pairs(seed);
+        const Result result = Merged<PositionSearch>(pairs);
+        std::string all;
+        for (const std::string& text : result.files)
+            all += text;
+        SCOPED_TRACE("seed " + std::to_string(seed) + "\n--- OLD\n" + Show(pairs.oldFiles) + "--- NEW\n" +
+                     Show(pairs.newFiles) + "--- MERGED\n" + all);
+        for (const int number : pairs.userNumbers) {
+            const std::string text = std::to_string(number);
+            const std::string date = std::to_string(number + 2000);
+            // Its comment may name it once more.
+            const std::size_t count =
+                CountOf(text, all) - CountOf("-- of " + text, all) - CountOf("-- " + text + " is", all);
+            EXPECT_TRUE(count == 1 || (count == 0 && CountOf("JAN " + date, all) == 1)) << number;
+        }
+    }
+}
+
+TEST(MergePropertyTest, ADeckWithoutAUsersWorkChangesNothing)
+{
+    const TestSupport::CleanEnvironment environment;
+    for (unsigned seed = 2000; seed <= 2040 && !testing::Test::HasFailure(); ++seed) {
+        const DeckPairs pairs(seed);
+        TwoDecks decks(pairs.newFiles, pairs.newFiles);
+        EXPECT_TRUE(decks.MergeUserKeywords());
+        decks.MergeComments();
+        const std::vector<std::string> merged = decks.TextsOf(pairs.newFiles);
+        for (std::size_t i = 0; i < merged.size(); ++i)
+            EXPECT_EQ(merged[i], pairs.newFiles[i].second) << "seed " << seed;
+        EXPECT_TRUE(decks.report.entries.empty());
+    }
+}
+
+} // namespace
