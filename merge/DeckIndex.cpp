@@ -290,8 +290,7 @@ bool DeckIndex::FindScopeOf(Node* node, Open& open)
             if (isWithin && innermostClosed == nullptr) innermostClosed = head;
             const std::string& name = node->keyword->GetName();
             const bool concernsOuter =
-                node->keyword->GetSyntax()->IsScopeStart() ||
-                (head->keyword->GetName() == "BOX" && name == "ENDFIN") ||
+                node->keyword->GetSyntax()->IsScopeStart() || (head->keyword->GetName() == "BOX" && name == "ENDFIN") ||
                 (head->keyword->GetName() == "DATES" && node->keyword->GetSyntax()->GetKind() == KeywordKind::EndSkip);
             if (!concernsOuter) break;
         }
@@ -323,8 +322,8 @@ Node* DeckIndex::ScopeEnd(Node* node) const
 {
     if (node == nullptr) return nullptr;
     if (node->isHead) {
-        const bool isWithin =
-            node->close != nullptr && HasOwnCloser(*node->keyword) && !node->close->keyword->GetSyntax()->IsScopeStart();
+        const bool isWithin = node->close != nullptr && HasOwnCloser(*node->keyword) &&
+                              !node->close->keyword->GetSyntax()->IsScopeStart();
         return isWithin ? node->close->next : node->close;
     }
     if (IsTimeKeyword(*node->keyword) && !node->keyword->GetSyntax()->IsScopeStart()) return NextIn(m_timeEnds, node);

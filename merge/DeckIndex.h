@@ -25,8 +25,9 @@ class IKeyword;
 class KeywordFile;
 class TimeLine;
 
-/// The keywords of a deck in the order of the walk, with the scopes that generated heads open, in a form that answers the
-/// questions of a merge without walking. A source is indexed once; the index of a target follows the merge's own edits.
+/// The keywords of a deck in the order of the walk, with the scopes that generated heads open, in a form that answers
+/// the questions of a merge without walking. A source is indexed once; the index of a target follows the merge's own
+/// edits.
 ///
 /// Positions at the end of the walk are null. Nodes live as long as their keyword stands in the deck, or until the next
 /// `Build`.

@@ -144,6 +144,7 @@ private:
     KeywordIterator DestinationOfComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack);
     void ApplyComment(KeywordIterator position, const std::string& comment, const KeywordIterator& source);
     void WriteComments();
+    void AddKeywordComment(const KeywordIterator& position, const KeywordIterator& destination, bool isCounterpart);
     void ApplyKeywordComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack);
 
     IDeckKeywordsEditor& m_editor;

@@ -69,6 +69,8 @@ void DeckMerger::MergeCommentScope(const KeywordIterator& section, const Keyword
     if (!IsExcluded(section)) {
         const std::string comment = keywords.GetComment(section, true);
         if (!comment.empty()) ApplyComment(destination, comment, section);
+        const bool isThere = *destination != nullptr && destination->GetName() == section->GetName();
+        AddKeywordComment(section, destination, isThere);
     }
     KeywordIterator walk = Behind(section);
     while (!stack.empty()) {
@@ -198,23 +200,34 @@ void DeckMerger::WriteComments()
 /// Below a keyword without data, a comment belongs to the keyword and not to the next one.
 void DeckMerger::ApplyKeywordComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack)
 {
-    if (position->GetSyntax()->GetMetaData() != nullptr) return;
-    const std::string comment = position->GetComment();
-    if (comment.empty()) return;
+    if (position->GetSyntax()->GetMetaData() != nullptr || position->GetComment().empty()) return;
     ResolveCommentScope(scope, stack);
     if (!scope.hasDestination) {
         const KeywordIterator found = m_search->FindCounterpart(position, &stack.back(), scope.range);
         if (found != scope.range.end) {
-            const std::string existing = found->GetComment();
-            if (HoldsLines(existing, comment)) return;
-            if (m_editor.SetComment(found, existing.empty() ? comment : existing + "\n" + comment))
-                Note(MergeReport::Action::Commented, position, IteratorAccess::CurrentFileIter(found));
+            AddKeywordComment(position, found, true);
             return;
         }
     }
-    std::string lines = comment;
-    LineReaderUtil::CommentLines(lines);
-    ApplyComment(DestinationOfComment(position, scope, stack), lines + "\n", position);
+    AddKeywordComment(position, DestinationOfComment(position, scope, stack), false);
+}
+
+/// Puts the comment below a keyword's line below that of its counterpart, or else above another keyword.
+void DeckMerger::AddKeywordComment(const KeywordIterator& position, const KeywordIterator& destination,
+                                   bool isCounterpart)
+{
+    const std::string comment = position->GetComment();
+    if (comment.empty()) return;
+    if (!isCounterpart) {
+        std::string lines = comment;
+        LineReaderUtil::CommentLines(lines);
+        ApplyComment(destination, lines + "\n", position);
+        return;
+    }
+    const std::string existing = destination->GetComment();
+    if (HoldsLines(existing, comment)) return;
+    if (m_editor.SetComment(destination, existing.empty() ? comment : existing + "\n" + comment))
+        Note(MergeReport::Action::Commented, position, IteratorAccess::CurrentFileIter(destination));
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -400,18 +400,25 @@ KeywordFileIterator PositionSearch::PlaceOfFile(Node* scope, Node* first, Node* 
     if (stored == m_work.includeScopes.end())
         return HeldAheadOf(PlaceBehindUsers(scope, keyword, nullptr), keyword, upper);
     const ScopeStack scopes = stored->second;
+    const KeywordIterator scopePosition = m_target.PositionOf(scope);
     const KeywordIterator upperPosition = m_target.PositionOf(upper);
     const auto [outer, wasThere] = m_work.resolveScope(scopes);
     m_target.Refresh();
     Node* const outerNode = m_target.At(outer);
     Node* const include = m_source.At(DeckPositionOf(ahead, m_work.source));
+    std::optional<KeywordFileIterator> place;
     if (wasThere) {
         Node* const end = m_target.ScopeEnd(outerNode);
         Node* const counterpart = FindByIdentity(include, outerNode != nullptr ? outerNode->next : nullptr, end);
         if (counterpart != end)
-            return HeldAheadOf(PlaceBehindUsers(counterpart, keyword, nullptr), keyword, m_target.At(upperPosition));
+            place = HeldAheadOf(PlaceBehindUsers(counterpart, keyword, nullptr), keyword, m_target.At(upperPosition));
     }
-    return Place(outerNode, include, m_source.At(scopes.back()));
+    if (!place) place = Place(outerNode, include, m_source.At(scopes.back()));
+    // Where the INCLUDE stands ahead of the keyword's scope, so would the keyword.
+    m_target.Refresh();
+    Node* const inner = m_target.At(scopePosition);
+    if (DeckIndex::IsAhead(inner, m_target.At(*place))) return *place;
+    return HeldAheadOf(PlaceBehindUsers(inner, keyword, nullptr), keyword, m_target.At(upperPosition));
 }
 
 /// The counterpart of an anchor, or the last keyword of the scope that it opens.
@@ -480,9 +487,12 @@ KeywordFileIterator PositionSearch::HeldAheadOf(const KeywordFileIterator& place
         position = bound;
     }
     const Node* const end = m_target.At(m_work.target.GetDeckKeywords()->End());
-    if (!DeckIndex::IsAhead(end, position)) return *held;
-    const Node* const sourceEnd = m_source.At(m_work.source.GetDeckKeywords()->End());
-    return DeckIndex::IsAhead(keyword, sourceEnd) ? end->place : *held;
+    return DeckIndex::IsAhead(end, position) && IsAheadOfEnd(keyword) ? end->place : *held;
+}
+
+bool PositionSearch::IsAheadOfEnd(const Node* keyword) const
+{
+    return DeckIndex::IsAhead(keyword, m_source.At(m_work.source.GetDeckKeywords()->End()));
 }
 
 KeywordFileIterator PositionSearch::FindDatesPosition(const KeywordIterator& keyword, const KeywordIterator& scope)
@@ -491,7 +501,11 @@ KeywordFileIterator PositionSearch::FindDatesPosition(const KeywordIterator& key
     const std::optional<Service::Time> time = FirstDate(m_work.source, *keyword);
     if (!time) throw DeckManagerException("A DATES keyword without a date has no place in time.");
     Node* const begin = m_target.At(scope);
-    Node* const end = m_target.ScopeClose(begin);
+    Node* end = m_target.ScopeClose(begin);
+    // The scope of what stands ahead of the deck's END goes as far as that.
+    Node* const deckEnd = m_target.At(m_work.target.GetDeckKeywords()->End());
+    if (DeckIndex::IsAhead(begin, deckEnd) && DeckIndex::IsAhead(deckEnd, end) && IsAheadOfEnd(m_source.At(keyword)))
+        end = deckEnd;
     const DeckIndex::Ordered& dates = m_target.Dates();
     for (auto entry = begin != nullptr ? dates.lower_bound(begin) : dates.end(); entry != dates.end(); ++entry) {
         if (*entry != begin && !DeckIndex::IsAhead(*entry, end)) break;

@@ -105,6 +105,7 @@ private:
     Node* OutOfForeignFiles(Node* node, const Node* from) const;
     KeywordFileIterator PlaceBehindUsers(Node* behind, const Node* keyword, const Node* anchor);
     KeywordFileIterator HeldAheadOf(const KeywordFileIterator& place, const Node* keyword, const Node* bound) const;
+    bool IsAheadOfEnd(const Node* keyword) const;
     KeywordFileIterator Place(Node* scope, Node* keyword, Node* head);
     KeywordFileIterator PlaceOfFile(Node* scope, Node* first, Node* keyword, Node* upper);
 

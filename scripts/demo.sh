@@ -48,4 +48,7 @@ step "A directory of decks, which keeps where their keywords stand" project init
 step "A copy of a deck in it" project add "$OUT/studies" base "$FIELD"
 step "A verb that uses what is kept" get "$OUT/studies/base/base.DATA" 'WCONPROD[HR-P2].ORAT' --project "$OUT/studies"
 step "The project in another place" project move "$OUT/studies" "$OUT/archive/2026"
+step "What a user wrote into last month's deck, carried into the one made anew" \
+    merge regenerated/last/BRYNJE.DATA regenerated/now/BRYNJE.DATA --comments --map grid.inc=grid_r2.inc -o "$OUT/merged"
+step "What that has changed" diff regenerated/now/BRYNJE.DATA "$OUT/merged/BRYNJE.DATA" || true
 step "A search for machines" find "$FIELD" 'HR-P[56]' --json

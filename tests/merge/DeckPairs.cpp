@@ -62,7 +62,8 @@ DeckPairs::Item DeckPairs::MakeKeyword(const std::string& section, int depth)
         }
         static const std::vector<std::string> names = {"PERMX", "MULTZ", "COORD", "SPECGRID", "ADD", "PORO"};
         const std::string name = names[Below(6)];
-        return {name, name == "ADD" ? " PORO " + Number(Below(3)) + " /\n/\n" : " " + Number(Below(5)) + " /\n", {}, ""};
+        return {
+            name, name == "ADD" ? " PORO " + Number(Below(3)) + " /\n/\n" : " " + Number(Below(5)) + " /\n", {}, ""};
     }
     if (section == "PROPS") {
         static const std::vector<std::string> names = {"DENSITY", "ROCK", "SWOF"};
@@ -85,8 +86,10 @@ DeckPairs::Item DeckPairs::MakeKeyword(const std::string& section, int depth)
 std::string DeckPairs::UserKeyword(const std::string& section)
 {
     const int number = m_nextUser++;
+    std::string comment = Chance(30) ? "-- of " + std::to_string(number) : "";
     if (m_countsUsers) userNumbers.push_back(number);
-    const std::string comment = Chance(30) ? "-- of " + std::to_string(number) + "\n" : "";
+    if (m_countsUsers && !comment.empty()) comments.push_back(comment);
+    if (!comment.empty()) comment += '\n';
     const std::string text = std::to_string(number);
     if (section == "SCHEDULE") {
         switch (Below(6)) {
@@ -125,7 +128,11 @@ std::string DeckPairs::OldText(const Items& items, const std::string& section, i
         if (Chance(12)) continue;
         const std::string tag = item.isFile && Chance(10) ? "" : "~";
         const bool isSuppressed = !item.isFile && item.closer.empty() && Chance(5);
-        if (Chance(15)) text += "-- above " + item.name + "\n";
+        if (Chance(15)) {
+            const std::string comment = "-- above " + item.name + " c" + std::to_string(m_nextUser++);
+            if (m_countsUsers) comments.push_back(comment);
+            text += comment + "\n";
+        }
         if (isSuppressed) {
             text += "--@@@" + item.name + "~\n--@@@" + item.data.substr(0, item.data.find('\n')) + "\n";
             if (item.data.ends_with("/\n/\n")) text += "--@@@/\n";

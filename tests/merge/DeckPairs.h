@@ -9,8 +9,8 @@
 
 namespace MergeTests {
 
-/// Pairs of decks by chance: what a generator has made, a user has edited, and the generator has made anew. Each keyword
-/// of the user has a number of its own in its data.
+/// Pairs of decks by chance: what a generator has made, a user has edited, and the generator has made anew. Each
+/// keyword of the user has a number of its own in its data.
 class DeckPairs
 {
 public:
@@ -20,6 +20,8 @@ public:
     Texts newFiles;
     /// The numbers of the user's keywords that stand in files of the generator's.
     std::vector<int> userNumbers;
+    /// The comments in those files, each there once.
+    std::vector<std::string> comments;
 
 private:
     struct Item

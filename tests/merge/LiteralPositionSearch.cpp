@@ -79,12 +79,15 @@ bool BelongsToSchedule(const IKeyword& keyword)
 
 } // namespace
 
-LiteralPositionSearch::LiteralPositionSearch(MergeWork& work) : m_work(work), m_source(work.source), m_target(work.target) {}
+LiteralPositionSearch::LiteralPositionSearch(MergeWork& work)
+    : m_work(work), m_source(work.source), m_target(work.target)
+{
+}
 
 // --- counterparts --------------------------------------------------------------------------------
 
 KeywordIterator LiteralPositionSearch::FindCounterpart(const KeywordIterator& keyword, const KeywordIterator* head,
-                                                const MergeRange& range)
+                                                       const MergeRange& range)
 {
     return IsTimeKeyword(**keyword) ? FindByTime(keyword, range) : FindByOccurrence(keyword, head, range);
 }
@@ -129,7 +132,7 @@ LiteralPositionSearch::Identity LiteralPositionSearch::IdentityOf(const KeywordI
 }
 
 KeywordIterator LiteralPositionSearch::FindByOccurrence(const KeywordIterator& keyword, const KeywordIterator* head,
-                                                 const MergeRange& range) const
+                                                        const MergeRange& range) const
 {
     const Identity identity = IdentityOf(keyword);
     if (!identity.isKnown) return range.end;
@@ -188,7 +191,8 @@ KeywordIterator LiteralPositionSearch::FindByIdentity(const KeywordIterator& key
 
 // --- places --------------------------------------------------------------------------------------
 
-KeywordFileIterator LiteralPositionSearch::FindDatesPosition(const KeywordIterator& keyword, const KeywordIterator& scope)
+KeywordFileIterator LiteralPositionSearch::FindDatesPosition(const KeywordIterator& keyword,
+                                                             const KeywordIterator& scope)
 {
     const auto firstDate = [](const IDeck& deck, const IKeyword* dates) {
         const std::vector<Service::Time> times = DataAccessUtils::GetTimesFromDATES(DataOf(deck, dates));
@@ -197,7 +201,10 @@ KeywordFileIterator LiteralPositionSearch::FindDatesPosition(const KeywordIterat
     const std::optional<Service::Time> time = firstDate(m_source, *keyword);
     if (!time) throw DeckManagerException("A DATES keyword without a date has no place in time.");
 
-    const KeywordIterator end = MergeScopeClose(scope, m_target);
+    KeywordIterator end = MergeScopeClose(scope, m_target);
+    const KeywordIterator deckEnd = m_target.GetDeckKeywords()->End();
+    if (*deckEnd != nullptr && IsAhead(scope, deckEnd) && IsAhead(deckEnd, end) && BelongsAheadOfEnd(keyword))
+        end = deckEnd;
     KeywordIterator walk = scope;
     for (; *walk != nullptr && (walk == scope || IsAhead(walk, end)); ++walk) {
         if (walk->GetName() != "DATES") continue;
@@ -210,7 +217,7 @@ KeywordFileIterator LiteralPositionSearch::FindDatesPosition(const KeywordIterat
 
 /// The anchors ahead of a keyword at the top level of its scope.
 LiteralPositionSearch::Anchors LiteralPositionSearch::CollectAnchors(const KeywordIterator& keyword,
-                                                       const KeywordIterator& head) const
+                                                                     const KeywordIterator& head) const
 {
     Anchors anchors;
     anchors.headInFile = !IsLastOfFile(head);
@@ -251,7 +258,7 @@ LiteralPositionSearch::Anchors LiteralPositionSearch::CollectAnchors(const Keywo
 }
 
 KeywordIterator LiteralPositionSearch::LowerBound(const KeywordIterator& keyword, const KeywordIterator& begin,
-                                           const KeywordIterator& end) const
+                                                  const KeywordIterator& end) const
 {
     if (BelongsToSchedule(**keyword) || !keyword->GetSyntax()->HasOrderingRules()) return begin;
     OrderTest order(m_source.GetDeckKeywords()->SectionOf(keyword));
@@ -262,7 +269,7 @@ KeywordIterator LiteralPositionSearch::LowerBound(const KeywordIterator& keyword
 }
 
 KeywordIterator LiteralPositionSearch::UpperBound(const KeywordIterator& keyword, const KeywordIterator& begin,
-                                           const KeywordIterator& end) const
+                                                  const KeywordIterator& end) const
 {
     if (BelongsToSchedule(**keyword)) return end;
     OrderTest order(m_source.GetDeckKeywords()->SectionOf(keyword));
@@ -273,7 +280,8 @@ KeywordIterator LiteralPositionSearch::UpperBound(const KeywordIterator& keyword
 }
 
 KeywordFileIterator LiteralPositionSearch::FindUserKeywordPosition(const KeywordIterator& scope,
-                                                            const KeywordIterator& keyword, const KeywordIterator& head)
+                                                                   const KeywordIterator& keyword,
+                                                                   const KeywordIterator& head)
 {
     Anchors anchors = CollectAnchors(keyword, head);
     const KeywordIterator first = anchors.found.empty() ? keyword : anchors.found.front().position;
@@ -305,12 +313,16 @@ KeywordFileIterator LiteralPositionSearch::FindUserKeywordPosition(const Keyword
     const ScopeStack scopes = stored->second;
     const auto [outer, wasThere] = m_work.resolveScope(scopes);
     const KeywordIterator include = DeckPositionOf(ahead, m_source);
+    const auto behindScope = [&](const KeywordFileIterator& at) {
+        const KeywordIterator position = DeckPositionOf(at, m_target);
+        return *position == nullptr || IsAhead(scope, position) ? at : place(scope, nullptr);
+    };
     if (wasThere) {
         const MergeRange range{Behind(outer), MergeScopeEnd(outer, m_target)};
         const KeywordIterator counterpart = FindByIdentity(include, range);
-        if (counterpart != range.end) return place(counterpart, nullptr);
+        if (counterpart != range.end) return behindScope(place(counterpart, nullptr));
     }
-    return FindUserKeywordPosition(outer, include, scopes.back());
+    return behindScope(FindUserKeywordPosition(outer, include, scopes.back()));
 }
 
 /// The counterpart of an anchor, or the last keyword of the scope that it opens.
@@ -327,8 +339,9 @@ KeywordIterator LiteralPositionSearch::EndOfCounterpart(KeywordIterator position
 
 /// Behind a target position, and behind the user's keywords that follow it. `anchor`: the source keyword that the
 /// position is the counterpart of; null when it was come to by another way.
-KeywordFileIterator LiteralPositionSearch::PlaceBehindUsers(const KeywordIterator& position, const KeywordIterator& keyword,
-                                                     const KeywordIterator* anchor) const
+KeywordFileIterator LiteralPositionSearch::PlaceBehindUsers(const KeywordIterator& position,
+                                                            const KeywordIterator& keyword,
+                                                            const KeywordIterator* anchor) const
 {
     KeywordFileIterator place = IteratorAccess::CurrentFileIter(position);
     if (*position == nullptr) return place;
@@ -352,7 +365,7 @@ KeywordFileIterator LiteralPositionSearch::PlaceBehindUsers(const KeywordIterato
 /// A place that has come out behind the bound goes ahead of it, and what stands ahead of its deck's END in the source
 /// does so in the target.
 KeywordFileIterator LiteralPositionSearch::HeldAheadOf(KeywordFileIterator place, const KeywordIterator& keyword,
-                                                const KeywordIterator& bound) const
+                                                       const KeywordIterator& bound) const
 {
     KeywordIterator position = DeckPositionOf(place, m_target);
     if (*bound != nullptr && IsAhead(bound, position)) {
@@ -361,9 +374,13 @@ KeywordFileIterator LiteralPositionSearch::HeldAheadOf(KeywordFileIterator place
     }
     const KeywordIterator end = m_target.GetDeckKeywords()->End();
     if (*end == nullptr || !IsAhead(end, position)) return place;
-    const KeywordIterator sourceEnd = m_source.GetDeckKeywords()->End();
-    const bool belongsAhead = *sourceEnd == nullptr || IsAhead(keyword, sourceEnd);
-    return belongsAhead ? IteratorAccess::CurrentFileIter(end) : place;
+    return BelongsAheadOfEnd(keyword) ? IteratorAccess::CurrentFileIter(end) : place;
+}
+
+bool LiteralPositionSearch::BelongsAheadOfEnd(const KeywordIterator& keyword) const
+{
+    const KeywordIterator end = m_source.GetDeckKeywords()->End();
+    return *end == nullptr || IsAhead(keyword, end);
 }
 
 // --- what the merge asks besides -----------------------------------------------------------------

@@ -74,6 +74,7 @@ private:
     KeywordIterator EndOfCounterpart(KeywordIterator position) const;
     KeywordFileIterator PlaceBehindUsers(const KeywordIterator& position, const KeywordIterator& keyword,
                                          const KeywordIterator* anchor) const;
+    bool BelongsAheadOfEnd(const KeywordIterator& keyword) const;
     KeywordFileIterator HeldAheadOf(KeywordFileIterator place, const KeywordIterator& keyword,
                                     const KeywordIterator& bound) const;
 

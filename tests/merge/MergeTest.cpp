@@ -228,6 +228,17 @@ TEST_F(MergeTest, OrderingRulesBoundThePlace)
     });
 }
 
+/// A merge expects a deck that was just made. Into another it loses nothing.
+TEST_F(MergeTest, ASecondMergePutsEachKeywordOnceMore)
+{
+    TwoDecks decks({{"T.DATA", "RUNSPEC\nDIMENS~\n1 2 3 /\nEQLDIMS\n 5 /\nTABDIMS\n 2 /\nGRID\n"}},
+                   {{"T.DATA", "RUNSPEC\nDIMENS~\n1 2 3 /\nTABDIMS~\n 1 /\nGRID\n"}});
+    EXPECT_TRUE(decks.MergeUserKeywords());
+    EXPECT_TRUE(decks.MergeUserKeywords());
+    EXPECT_EQ(decks.Text("T.DATA"),
+              "RUNSPEC\nDIMENS~\n1 2 3 /\nEQLDIMS\n 5 /\nTABDIMS\n 2 /\nEQLDIMS\n 5 /\nTABDIMS\n 2 /\nGRID\n");
+}
+
 TEST_F(MergeTest, NothingOfTheUsersIsNothing)
 {
     const std::string text = "RUNSPEC\nDIMENS~\n1 2 3 /\nSCHEDULE\nDATES~\n1 JAN 2020 /\n/\nEND\n";

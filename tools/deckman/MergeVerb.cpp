@@ -1,9 +1,10 @@
 #include <map>
 #include <set>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include <deckmanager/Environment.h>
+#include <deckmanager/ExportReport.h>
 #include <deckmanager/Exporter.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
@@ -13,6 +14,7 @@
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/Log.h>
 
 #include "DeckSession.h"
 #include "ExportRun.h"
@@ -182,6 +184,16 @@ private:
         const std::set<DeckManager::IKeywordFile*> excluded = Excluded();
         std::map<std::string, std::string> names(m_options.fileMap.begin(), m_options.fileMap.end());
         std::set<DeckManager::KeywordIterator> replaced;
+        // The file of a user's INCLUDE comes along.
+        const Messages::Diversion diversion(Log(), [this](const Messages::Message& message) {
+            if (message.text.find(" in the source, finds no file ") != std::string_view::npos) return;
+            const std::string place = message.line > 0 ? fmt::format("{}:{}", Log().Shown(message.file), message.line)
+                                                       : Log().Shown(message.file);
+            if (message.severity >= Service::Log::Error)
+                Log().Error(place, message.text);
+            else
+                Log().Warning(place, message.text);
+        });
         const bool isWhole = editor.MergeUserKeywords(m_old, replaced, excluded, names, &m_report);
         if (m_options.comments) editor.MergeComments(m_old, excluded, names, &m_report);
         return isWhole;
@@ -189,7 +201,11 @@ private:
 
     std::string OldName(const Entry& entry) const
     {
-        const std::string& name = entry.source->GetFile()->GetFileName().GetFullName();
+        return InOld(entry.source->GetFile()->GetFileName().GetFullName());
+    }
+
+    std::string InOld(const std::string& name) const
+    {
         return name.starts_with(m_oldFolder) ? name.substr(m_oldFolder.size()) : name;
     }
 
@@ -218,7 +234,7 @@ private:
             if (entry.text.empty())
                 out.Append("null");
             else
-                AppendJsonString(out, entry.text);
+                AppendJsonString(out, entry.action == Action::Missing ? InOld(entry.text) : entry.text);
             out.Append("}\n");
         }
     }
@@ -254,14 +270,32 @@ private:
             }
             directory = m_session.TopFile().GetDirectory();
         } else {
-            const auto write = [&](DeckManager::ExportReport& report) {
-                return DeckManager::Exporter::CopyToDirectory(m_session.Keywords(), directory.Name(), {},
-                                                              ToExportOptions(m_options), &report);
-            };
-            if (!RunExport(m_session, m_options, m_options.directory, write))
-                throw Failure(FileFailure, "The merged deck could not be written.", m_options.directory);
+            Export(directory);
         }
         includes.CopyTo(directory, !m_options.directory.empty(), Log());
+    }
+
+    void Export(const Service::Directory& directory)
+    {
+        DeckManager::ExportReport report;
+        bool isDone = false;
+        try {
+            isDone = DeckManager::Exporter::CopyToDirectory(m_session.Keywords(), directory.Name(), {},
+                                                            ToExportOptions(m_options), &report);
+        } catch (const Service::Exception& exception) {
+            report.failure = exception.what();
+        }
+        if (!isDone) {
+            throw Failure(FileFailure,
+                          report.failure.empty() ? "The merged deck could not be written." : report.failure,
+                          m_options.directory);
+        }
+        for (const auto& file : report.files) {
+            // What was carried stands in no file yet, and its file comes along.
+            if (file.action != DeckManager::ExportReport::Action::Missing || file.keyword->GetLine() < 0) continue;
+            Log().Warning(m_session.PlaceOf(*file.keyword),
+                          fmt::format("The file {} does not exist.", Log().Shown(file.from)));
+        }
     }
 
     const Options& m_options;
