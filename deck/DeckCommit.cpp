@@ -16,6 +16,16 @@ namespace {
 
 using Files = std::vector<std::shared_ptr<KeywordFile>>;
 
+/// Held, since an INCLUDE that is commented out lets its file go. Those that a removed INCLUDE named count too.
+Files FilesOf(KeywordFile& root)
+{
+    Files files;
+    for (KeywordFile* file : FilePaths::ReadFromBelow(root))
+        files.push_back(file->shared_from_this());
+    std::reverse(files.begin(), files.end());
+    return files;
+}
+
 /// Looks at each file before any is touched.
 void RequireWritable(const Files& files)
 {
@@ -35,14 +45,21 @@ void RequireWritable(const Files& files)
 
 } // namespace
 
+void DeckKeywords::RequireCommittable() const
+{
+    RequireWritable(FilesOf(*m_rootFile));
+}
+
+bool DeckKeywords::IsPending() const
+{
+    const std::vector<KeywordFile*> files = FilePaths::ReadFromBelow(*m_rootFile);
+    return std::any_of(files.begin(), files.end(),
+                       [](const KeywordFile* file) { return file->IsPending() && file->Rest() == nullptr; });
+}
+
 void DeckKeywords::Commit()
 {
-    // Held, since an INCLUDE that is commented out lets its file go. Those that a removed INCLUDE named count too.
-    Files files;
-    for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))
-        files.push_back(file->shared_from_this());
-    std::reverse(files.begin(), files.end());
-
+    const Files files = FilesOf(*m_rootFile);
     RequireWritable(files);
     try {
         for (const std::shared_ptr<KeywordFile>& file : files)

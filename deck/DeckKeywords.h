@@ -89,6 +89,10 @@ public:
     /// has changed, and everything is as uncommitted as it was. Also when a new text, which is kept, can't take the
     /// place of its file; the other files are committed then.
     void Commit();
+    /// What `Commit` looks at first. Throws as it does.
+    void RequireCommittable() const;
+    /// A file has a whole new text that could not take its place.
+    bool IsPending() const;
     /// Writes the text of a file beside it, for the next `Commit` to go on with; keywords in it give their data up. A
     /// file that exchanges keywords with others waits for that commit. Throws as `Commit` does.
     void CommitFile(KeywordFile& file);

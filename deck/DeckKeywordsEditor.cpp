@@ -4,6 +4,7 @@
 
 #include "deck/Deck.h"
 #include "deck/DeckKeywords.h"
+#include "deck/FileRenames.h"
 #include "files/KeywordFile.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IKeywordFileManager.h>
@@ -85,6 +86,49 @@ void DeckKeywordsEditor::OverwriteFile(IKeywordFile* file, std::istream& stream,
         Discard();
     if (!IsOfDeck(keywordFile)) return;
     keywordFile->OverwriteFile(stream, replace, keepTag);
+    m_fileManager.ClearUnreferencedFiles();
+}
+
+bool DeckKeywordsEditor::ApplyFileRenames(const std::map<Service::FileName, Service::FileName>& names,
+                                          bool generatedOnly)
+{
+    if (m_deck == nullptr) return false;
+    FileRenames::Leaves leaves;
+    for (const auto& [from, to] : names)
+        leaves[from.GetFileName()] = to.GetFileName();
+    bool isAny = false;
+    std::exception_ptr failure;
+    try {
+        FileRenames renames(m_deck->Keywords(), m_fileManager, leaves, generatedOnly);
+        isAny = renames.IsAny();
+        if (isAny) {
+            renames.Check();
+            m_deck->Keywords().RequireCommittable();
+            renames.Apply();
+            CommitRenamed(renames);
+        }
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    m_fileManager.SaveCacheTable();
+    if (failure) std::rethrow_exception(failure);
+    return isAny;
+}
+
+void DeckKeywordsEditor::CommitRenamed(FileRenames& renames)
+{
+    try {
+        m_deck->Keywords().Commit();
+    } catch (...) {
+        // Once a new text has taken its place, the files must be called what it says.
+        if (!m_deck->Keywords().IsPending()) {
+            renames.TakeBack();
+            throw;
+        }
+        renames.Settle();
+        throw;
+    }
+    renames.Settle();
     m_fileManager.ClearUnreferencedFiles();
 }
 

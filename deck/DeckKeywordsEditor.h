@@ -7,6 +7,7 @@
 namespace Tarn::Fjel::Core::DeckManager {
 
 class Deck;
+class FileRenames;
 class IKeywordFileManager;
 class Keyword;
 class KeywordFile;
@@ -57,6 +58,7 @@ public:
     bool SetHeaderComment(IKeywordFile* file, const std::string& text) override;
     void OverwriteFileFromPath(IKeywordFile* file, const std::string& path, bool commitFirst, bool keepTag) override;
     void OverwriteFile(IKeywordFile* file, std::istream& stream, bool replace, bool commitFirst, bool keepTag) override;
+    bool ApplyFileRenames(const std::map<Service::FileName, Service::FileName>& names, bool generatedOnly) override;
     void TagAllKeywords() override;
     void UntagAllKeywords() override;
     void TagKeyword(const IKeyword* keyword) override;
@@ -81,6 +83,7 @@ protected:
 
 private:
     void CleanUp();
+    void CommitRenamed(FileRenames& renames);
     void Release();
     bool IsOpenToEdits(const KeywordFile* file) const;
     KeywordFile* FileToEdit(const KeywordFileIterator& position) const;

@@ -22,6 +22,7 @@
 #include "text/LineStreamReader.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
+#include <deckmanager/IKeywordFileManager.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/Directory.h>
@@ -411,8 +412,10 @@ void KeywordFile::FinishCommit()
     m_commit.reset();
     m_fileReader->SetPath(m_fileName.GetFullName());
     m_status = FileStatus::Of(m_fileName);
+    m_manager.KeywordFileReplaced(*this);
+    const bool scanWillDiffer = m_scanWillDiffer;
     DropSnapshot();
-    if (std::exchange(m_scanWillDiffer, false))
+    if (scanWillDiffer)
         Reload();
     else
         SaveToCache(m_status);
@@ -465,6 +468,7 @@ void KeywordFile::OverwriteFile(std::istream& stream, bool replace, bool keepTag
             refuse();
         }
     }
+    m_manager.KeywordFileReplaced(*this);
     Reload();
 }
 

@@ -45,6 +45,13 @@ public:
         }
     }
 
+    /// The file has another inode.
+    void Replaced(const std::shared_ptr<KeywordFile>& file)
+    {
+        const Service::FileStatus status = Service::FileStatus::Of(file->GetFileName().GetFullName());
+        if (status.Exists()) m_byInode.emplace(status.inode, file);
+    }
+
     /// Starts anew for these files.
     void Rebuild(const std::list<std::shared_ptr<KeywordFile>>& files)
     {
@@ -174,6 +181,11 @@ void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::File
 void KeywordFileManager::FilesRenamed()
 {
     m_index->Rebuild(m_files);
+}
+
+void KeywordFileManager::KeywordFileReplaced(KeywordFile& file)
+{
+    m_index->Replaced(file.shared_from_this());
 }
 
 void KeywordFileManager::DirectoryDeleted(const Service::Directory& directory)

@@ -13,6 +13,10 @@ class IKeywordData;
 class IKeywordSyntax;
 } // namespace Tarn::Fjel::Core::Keywords
 
+namespace Tarn::Fjel::Core::Service {
+class FileName;
+}
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 class IDeck;
@@ -138,6 +142,14 @@ public:
     virtual void OverwriteFileFromPath(IKeywordFile* file, const std::string& path, bool commitFirst, bool keepTag) = 0;
     virtual void OverwriteFile(IKeywordFile* file, std::istream& stream, bool replace, bool commitFirst,
                                bool keepTag) = 0;
+
+    /// Gives files of the deck new leaf names, each in its own directory: those that INCLUDE, ORDGRID and GDFILE
+    /// keywords name (with `generatedOnly`, generated ones alone), the grid files of a GDFILE without an extension, and
+    /// the deck's top file. Only the leaves of `names` count. The files are renamed, the keywords name them so, and the
+    /// deck is committed with all its uncommitted changes. A file that stands under a new name and is not the deck's is
+    /// replaced. True when one of the names was found. Throws `DeckManagerException`, with everything as it was, when
+    /// that can't be done, and as `Commit` does.
+    virtual bool ApplyFileRenames(const std::map<Service::FileName, Service::FileName>& names, bool generatedOnly) = 0;
 
     /// Sets, or clears, the generated tag of each keyword that is new or whose data have changed.
     virtual void TagAllKeywords() = 0;

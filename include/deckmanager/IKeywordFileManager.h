@@ -41,6 +41,9 @@ public:
     /// name.
     virtual void KeywordFileMoved(KeywordFile& file, const Service::FileName& newName) = 0;
 
+    /// Reports that another file stands under the name of a file now: its new text.
+    virtual void KeywordFileReplaced(KeywordFile& file) = 0;
+
     /// Reports that someone else deleted a directory of the project.
     virtual void DirectoryDeleted(const Service::Directory& directory) = 0;
 

@@ -31,6 +31,7 @@ public:
     bool HasProjectDir() const override;
     void MoveKeywordFile(KeywordFile& file, const Service::FileName& target) override;
     void KeywordFileMoved(KeywordFile& file, const Service::FileName& newName) override;
+    void KeywordFileReplaced(KeywordFile& file) override;
     void DirectoryDeleted(const Service::Directory& directory) override;
     void ClearUnreferencedFiles() override;
     void SaveCacheTable() override;

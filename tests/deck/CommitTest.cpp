@@ -1,0 +1,396 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "files/KeywordFile.h"
+#include "keywords/Keyword.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TestDeck.h"
+#include "tests/support/UnprivilegedUser.h"
+#include <deckmanager/DeckManagerException.h>
+#include <deckmanager/DeckManagerFactory.h>
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IKeyword.h>
+#include <deckmanager/LineEnds.h>
+#include <deckmanager/SetCommentAbove.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/service/FileStatus.h>
+#include <tarn/service/FileSystem.h>
+
+// Edits on the disk: what a commit makes of the files, what it refuses, and what it leaves alone.
+
+namespace {
+
+using namespace Tarn::Fjel::Core;
+using namespace Tarn::Fjel::Core::DeckManager;
+using Service::FileName;
+using TestSupport::TestDeck;
+
+const std::string topText = "-- header\nRUNSPEC\n\n-- above TABDIMS\nTABDIMS\n 1 2 / two\n\n-- above DIMENS\nDIMENS -- "
+                            "the grid\n-- inner\n1 2 3 /\n-- above INCLUDE\nINCLUDE\n'A.INC' /\n-- end\n";
+
+class CommitTest : public testing::Test
+{
+protected:
+    using Edit = std::function<void(IDeckKeywordsEditor&, const TestDeck&)>;
+
+    CommitTest() { LineEnds::SetPolicy(LineEnds::Policy::Keep); }
+
+    static IDeckKeywordsEditor& EditorOf(const TestDeck& deck) { return *deck.Manager().GetEditor(&deck.Deck()); }
+
+    static IKeyword* Insert(IDeckKeywordsEditor& editor, const KeywordIterator& place, const std::string& text)
+    {
+        const std::string name = text.substr(0, text.find('\n'));
+        return editor.InsertKeywordText(*Environment::Instance().GetSyntaxTable()->FindSyntax(name, true), place, text);
+    }
+
+    static std::string FailureOf(const std::function<void()>& action)
+    {
+        try {
+            action();
+        } catch (const DeckManagerException& failure) {
+            return failure.what();
+        }
+        return {};
+    }
+
+    /// The names of the keywords as whoever opens the deck now finds them.
+    static std::string WalkOfDisk(const TestDeck& deck)
+    {
+        const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create();
+        const IDeck* fresh =
+            manager->ImportDeck("Fresh", deck.TopFile().GetFileName().GetFullName(), false, true, false);
+        std::string names;
+        IDeckKeywords& keywords = *fresh->GetDeckKeywords();
+        for (KeywordIterator place = keywords.Begin(); place != keywords.PhysicalEnd(); ++place)
+            names += (names.empty() ? "" : " ") + place->GetName();
+        return names;
+    }
+
+    TestSupport::CleanEnvironment m_environment;
+    TestSupport::LogRecorder m_log;
+};
+
+TEST_F(CommitTest, ChangesOnlyWhatWasEdited)
+{
+    struct Case
+    {
+        const char* what;
+        Edit edit;
+        std::string old;
+        std::string changed;
+    };
+    const std::vector<Case> cases = {
+        {"data", [](auto& editor, auto& deck) { editor.SetDataText(deck.At("DIMENS"), "4 5 6 /"); },
+         "-- inner\n1 2 3 /\n", "-- inner\n4 5 6 /\n"},
+        {"a comment", [](auto& editor, auto& deck) { editor.SetComment(deck.At("DIMENS"), "other"); }, "-- inner\n",
+         "--other\n"},
+        {"a keyword is commented out", [](auto& editor, auto& deck) { editor.CommentOut(deck.At("TABDIMS")); },
+         "TABDIMS\n 1 2 / two\n", "--TABDIMS\n-- 1 2 / two\n"},
+        {"a suppression", [](auto& editor, auto& deck) { editor.Suppress(deck.At("TABDIMS")); },
+         "TABDIMS\n 1 2 / two\n", "--@@@TABDIMS\n--@@@ 1 2 / two\n"},
+        {"a tag", [](auto& editor, auto& deck) { editor.TagKeyword(*deck.At("TABDIMS")); }, "\nTABDIMS\n",
+         "\nTABDIMS" + std::string(30, ' ') + "-- Generated\n"},
+        {"a comment above", [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("DIMENS"), "new\n-- two"); },
+         "-- above DIMENS\n", "--new\n-- two\n"},
+        {"no comment above", [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("DIMENS"), ""); },
+         "-- above DIMENS\n", ""},
+        {"the comment above the first", [](auto& editor, auto& deck) {
+             SetCommentAbove(editor, deck.At("RUNSPEC"), "-- other");
+         },
+         "-- header\n", "-- other\n"},
+        {"a comment above one without", [](auto& editor, auto& deck) {
+             editor.RemoveKeyword(deck.At("TABDIMS"));
+             SetCommentAbove(editor, deck.At("DIMENS"), "-- both");
+         },
+         "-- above TABDIMS\nTABDIMS\n 1 2 / two\n\n-- above DIMENS\n", "-- both\n"},
+        {"a header", [](auto& editor, auto& deck) { editor.SetHeaderComment(&deck.TopFile(), "mine\n"); },
+         "-- header\n", "-- Generated [\n--mine\n-- Generated ]\n\n-- header\n"},
+        {"a new keyword", [](auto& editor, auto& deck) { Insert(editor, deck.At("DIMENS"), "EQLDIMS\n3 /\n"); },
+         "\n-- above DIMENS", "EQLDIMS\n3 /\n\n-- above DIMENS"},
+        {"nothing", [](auto&, auto&) {}, "", ""},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "OIL\n"}});
+        deck.Walk(true);
+        IDeckKeywordsEditor& editor = EditorOf(deck);
+        test.edit(editor, deck);
+        const std::string before = deck.Walk(true);
+        const std::string inner = deck.Dir().Read("TOP.DATA");
+        EXPECT_EQ(inner, topText);
+        editor.Commit();
+        std::string expected = topText;
+        expected.replace(expected.find(test.old), test.old.size(), test.changed);
+        EXPECT_EQ(deck.Dir().Read("TOP.DATA"), expected);
+        EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+        EXPECT_EQ(deck.Dir().Listing(), "A.INC TOP.DATA");
+        EXPECT_FALSE(deck.TopFile().IsModified());
+        // The header has gone into the text: a second one takes its place.
+        if (std::string(test.what) == "a header") {
+            editor.SetHeaderComment(&deck.TopFile(), "yours");
+            editor.Commit();
+            expected.replace(expected.find("mine"), 4, "yours");
+            EXPECT_EQ(deck.Dir().Read("TOP.DATA"), expected);
+        }
+        editor.SetDataText(deck.At("DIMENS"), "7 /");
+        editor.Commit();
+        EXPECT_NE(deck.Dir().Read("TOP.DATA").find("\n7 /\n"), std::string::npos);
+    }
+}
+
+TEST_F(CommitTest, CommentsThatAreSetShowAndGoWithADiscard)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "OIL\n"}});
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    const auto commentAt = [&](const std::string& name) { return deck.Keywords().GetComment(deck.At(name), true); };
+    EXPECT_TRUE(SetCommentAbove(editor, deck.At("DIMENS"), "-- new"));
+    EXPECT_TRUE(SetCommentAbove(editor, deck.At("RUNSPEC"), "-- top"));
+    EXPECT_EQ(commentAt("DIMENS") + commentAt("RUNSPEC"), "-- new\n-- top\n");
+    editor.Discard();
+    EXPECT_EQ(commentAt("DIMENS") + commentAt("RUNSPEC"), "-- above DIMENS\n-- header\n");
+    EXPECT_FALSE(deck.TopFile().IsModified());
+    // A header is no edit of the keywords: it waits for the next commit.
+    EXPECT_TRUE(editor.SetHeaderComment(&deck.TopFile(), "mine"));
+    editor.Discard();
+    EXPECT_TRUE(deck.TopFile().IsModified());
+    editor.Commit();
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "-- Generated [\n--mine\n-- Generated ]\n\n" + topText);
+    EXPECT_EQ(commentAt("RUNSPEC"), "-- header\n");
+}
+
+TEST_F(CommitTest, TextOfNoKeywordAheadOfACommentStays)
+{
+    // The words of a keyword that nobody knows belong to nobody.
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nOIL\n NOSUCH 1 2\n\n-- old\n-- two\n\nWATER\n"}});
+    EXPECT_TRUE(SetCommentAbove(EditorOf(deck), deck.At("WATER"), "-- new"));
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\nOIL\n NOSUCH 1 2\n\n-- new\n\nWATER\n");
+}
+
+TEST_F(CommitTest, RefusesBeforeAnythingIsTouched)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "OIL\nTABDIMS\n3 /\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    editor.SetDataText(deck.At("TABDIMS", 1), " 7 /");
+    editor.SetDataText(deck.At("TABDIMS", 2), " 8 /");
+
+    // Somebody else has written the one file meanwhile, with another size, or with a new file of the same size.
+    for (const char* other : {"OIL\n", "OIL\nTABDIMS\n4 /\n"}) {
+        deck.Dir().Write("A.INC", other);
+        EXPECT_EQ(FailureOf([&] { editor.Commit(); }),
+                  "The file " + deck.Dir().Path("A.INC") + " has been changed on disk since it was read.");
+        EXPECT_EQ(FailureOf([&] { editor.CommitFile(&deck.File("A.INC")); }),
+                  "The file " + deck.Dir().Path("A.INC") + " has been changed on disk since it was read.");
+    }
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), topText);
+    EXPECT_EQ(deck.Dir().Listing(), "A.INC TOP.DATA");
+    editor.Discard();
+    deck.Keywords().GetDataFile()->Reload();
+    deck.File("A.INC").Reload();
+    editor.SetDataText(deck.At("TABDIMS", 2), " 9 /");
+    editor.Commit();
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\nTABDIMS\n 9 /\n");
+}
+
+TEST_F(CommitTest, NamesWhatCannotBeWritten)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"sub/A.INC", "OIL\n"}});
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    editor.SetDataText(deck.At("TABDIMS"), " 7 /");
+    editor.SetDataText(deck.At("INCLUDE"), "'sub/A.INC' /");
+    editor.Commit();
+    Insert(editor, deck.At("OIL"), "WATER\n");
+    editor.SetDataText(deck.At("TABDIMS"), " 8 /");
+    const std::string before = deck.Dir().Read("TOP.DATA");
+    const TestSupport::UnprivilegedUser user(deck.Dir());
+    Service::FileSystem::ErrorCode error;
+    ASSERT_TRUE(Service::FileSystem::Instance().SetMode(deck.Dir().Path("sub"), 0555, error));
+    EXPECT_EQ(FailureOf([&] { editor.Commit(); }),
+              "Fails to commit changes due to insufficient privileges to create/modify:\n" +
+                  deck.Dir().Path("sub/A.INC") + "\n");
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), before);
+    EXPECT_TRUE(deck.TopFile().IsModified());
+    Service::FileSystem::Instance().SetMode(deck.Dir().Path("sub"), 0755, error);
+}
+
+TEST_F(CommitTest, KeepsWhatTheFileSystemKnows)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\nlink.inc /\nINCLUDE\nB.INC /\n"},
+                         {"real/a.inc", "OIL\n"},
+                         {"B.INC", "GAS\n"},
+                         {"real/a_inc__.tmp", "not ours"}});
+    Service::FileSystem& files = Service::FileSystem::Instance();
+    Service::FileSystem::ErrorCode error;
+    ASSERT_TRUE(files.MakeLink("real/a.inc", deck.Dir().Path("link.inc"), error));
+    ASSERT_TRUE(files.SetMode(deck.Dir().Path("real/a.inc"), 0640, error));
+    deck.Walk(true);
+    const Service::FileStatus untouched = Service::FileStatus::Of(deck.Dir().Path("B.INC"));
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    Insert(editor, deck.At("OIL"), "WATER\n");
+    editor.Commit();
+    EXPECT_EQ(deck.Dir().Read("real/a.inc"), "WATER\n\nOIL\n");
+    EXPECT_EQ(files.Status(deck.Dir().Path("link.inc"), false, error).kind, Service::FileStatus::Kind::Link);
+    EXPECT_EQ(Service::FileStatus::Of(deck.Dir().Path("real/a.inc")).mode, 0640U);
+    EXPECT_EQ(Service::FileStatus::Of(deck.Dir().Path("B.INC")).inode, untouched.inode);
+    // A foreign file of the temporary's name is moved aside.
+    EXPECT_EQ(deck.Dir().Listing(), "B.INC TOP.DATA link.inc real/ real/a.inc real/a_inc___1.tmp");
+    EXPECT_EQ(deck.Dir().Read("real/a_inc___1.tmp"), "not ours");
+    // The file is still one object, whatever it is called by.
+    Insert(editor, deck.At("OIL"), "GAS\n");
+    const auto again = deck.Manager().GetEditor(&deck.Deck());
+    EXPECT_EQ(again, &editor);
+    editor.SetDataText(deck.At("INCLUDE"), "'real/a.inc' /");
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE WATER GAS OIL INCLUDE GAS");
+}
+
+TEST_F(CommitTest, FilesThatAreMissingAreMadeUnlessThatIsOff)
+{
+    for (const bool prevents : {false, true}) {
+        Environment::Instance().SetPreventEmptyFileCreation(prevents);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/NEW.INC' /\nINCLUDE\nFULL.INC /\n"}});
+        IDeckKeywordsEditor& editor = EditorOf(deck);
+        deck.Walk(true);
+        IKeyword* oil = editor.InsertKeywordText(*Environment::Instance().GetSyntaxTable()->FindSyntax("OIL", true),
+                                                 deck.File("FULL.INC").End(), "");
+        ASSERT_NE(oil, nullptr);
+        editor.Commit();
+        EXPECT_EQ(deck.Dir().Listing(), prevents ? "FULL.INC TOP.DATA" : "FULL.INC TOP.DATA sub/ sub/NEW.INC");
+        EXPECT_EQ(deck.Dir().Read("FULL.INC"), "OIL\n\n");
+        EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE INCLUDE OIL");
+    }
+}
+
+TEST_F(CommitTest, ReadsAnewWhereOtherKeywordsCameToLight)
+{
+    Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::S100);
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nOIL\nWATER\nGAS\nGRID\nPROPS\nGRID\nSOLUTION\n"}});
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC OIL WATER GAS GRID PROPS SOLUTION");
+    Insert(editor, deck.At("WATER"), "SKIP\n");
+    Insert(editor, deck.At("GAS"), "ENDSKIP\n");
+    editor.Commit();
+    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+    editor.RemoveKeyword(deck.At("GRID"));
+    editor.Commit();
+    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+}
+
+TEST_F(CommitTest, OneFileGoesAhead)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "-- head\nWELLDIMS\n5 /\n-- end\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    KeywordFile& file = deck.File("A.INC");
+    const auto append = [&](const std::string& text) {
+        const auto* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(text.substr(0, text.find('\n')), true);
+        ASSERT_NE(editor.InsertKeywordText(*syntax, file.End(), text), nullptr);
+    };
+    append("TABDIMS\n 1 /\n");
+    editor.CommitFile(&file);
+    // It stands beside, without the end of the file; nothing holds the data any more.
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "-- head\nWELLDIMS\n5 /\n-- end\n");
+    EXPECT_EQ(deck.Dir().Read("A_INC__.tmp"), "-- head\nWELLDIMS\n5 /\nTABDIMS\n 1 /\n");
+    EXPECT_TRUE(file.IsModified());
+    EXPECT_EQ(*deck.Keywords().GetDataText(*deck.At("TABDIMS", 2)), " 1 /");
+    append("EQLDIMS\n 2 /\n");
+    editor.CommitFile(&file);
+    EXPECT_EQ(deck.Dir().Read("A_INC__.tmp"), "-- head\nWELLDIMS\n5 /\nTABDIMS\n 1 /\nEQLDIMS\n 2 /\n");
+    // What is exported meanwhile has it all.
+    EXPECT_TRUE(deck.Keywords().ExportToDirectory(deck.Dir().Path("copy"), Keywords::SimulatorType::Any, false));
+    EXPECT_EQ(deck.Dir().Read("copy/A.INC"), "-- head\nWELLDIMS\n5 /\nTABDIMS\n 1 /\nEQLDIMS\n 2 /\n-- end\n");
+    EXPECT_EQ(m_log.Count(), 0);
+
+    // What was written is changed: it is written once more, and said so.
+    editor.SetDataText(deck.At("TABDIMS", 2), " 9 /");
+    editor.Commit();
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "-- head\nWELLDIMS\n5 /\nTABDIMS\n 9 /\nEQLDIMS\n 2 /\n-- end\n");
+    EXPECT_EQ(m_log.Texts(2), std::vector<std::string>{"File that was written in partial commit has been changed: A.INC. "
+                                                       "This will cause the file to be re-written."});
+    EXPECT_FALSE(deck.Dir().Exists("A_INC__.tmp"));
+
+    // A cancel goes back to the file.
+    append("DIMENS\n 3 /\n");
+    editor.CommitFile(&file);
+    append("WATER\n");
+    editor.Discard();
+    EXPECT_FALSE(deck.Dir().Exists("A_INC__.tmp"));
+    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+    EXPECT_FALSE(deck.File("A.INC").IsModified());
+}
+
+TEST_F(CommitTest, AFileIsOverwritten)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "-- Generated\nOIL\n"}, {"B.INC", "-- Generated\nGAS\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    KeywordFile& file = deck.File("A.INC");
+    editor.SetDataText(deck.At("TABDIMS"), " 7 /");
+    editor.OverwriteFileFromPath(&file, deck.Dir().Path("none"), true, false);
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), topText);
+    editor.OverwriteFileFromPath(&file, deck.Dir().Path("B.INC"), true, false);
+    EXPECT_NE(deck.Dir().Read("TOP.DATA"), topText);
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "-- Generated\nGAS\n");
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC TABDIMS DIMENS INCLUDE GAS");
+
+    editor.SetDataText(deck.At("TABDIMS"), " 8 /");
+    std::istringstream text("-- Generated\r\n\r\nWATER\r\n");
+    editor.OverwriteFile(&file, text, true, false, true);
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "-- Generated\r\n\r\nWATER\r\n");
+    EXPECT_EQ(*deck.Keywords().GetDataText(*deck.At("TABDIMS")), " 7 /\n\n-- above DIMENS");
+    std::istringstream other("-- Generated\nOIL\n");
+    deck.File("A.INC").SetReadOnly();
+    editor.OverwriteFile(&deck.TopFile(), other, false, false, false);
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC TABDIMS DIMENS INCLUDE WATER");
+    EXPECT_EQ(deck.Dir().Listing(), "A.INC B.INC TOP.DATA");
+}
+
+TEST_F(CommitTest, FilesAreRenamed)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/A.INC' / one\nINCLUDE\n'sub/B.INC' /\nGRID\nGDFILE\n"
+                                      "'grids/CASE' /\nINCLUDE\n'sub/A.INC' /\n"},
+                         {"sub/A.INC", "OIL\n"},
+                         {"sub/B.INC", "WATER\n"},
+                         {"grids/CASE.EGRID", "e"},
+                         {"grids/CASE.GRID", "g"},
+                         {"sub/C.INC", "in the way"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    using Names = std::map<FileName, FileName>;
+    const auto name = [](const char* leaf) { return FileName(leaf); };
+    EXPECT_FALSE(editor.ApplyFileRenames({{name("NONE"), name("X")}}, false));
+    // What can't be done leaves all as it is.
+    EXPECT_EQ(FailureOf([&] {
+                  editor.ApplyFileRenames(Names{{name("A.INC"), name("C.INC")}, {name("B.INC"), name("C.INC")}}, false);
+              }),
+              "The file " + deck.Dir().Path("sub/B.INC") + " cannot be renamed to " + deck.Dir().Path("sub/C.INC") +
+                  ": another file takes that name.");
+    EXPECT_EQ(FailureOf([&] { editor.ApplyFileRenames(Names{{name("A.INC"), name("B.INC")}}, false); }),
+              "The file " + deck.Dir().Path("sub/A.INC") + " cannot be renamed to " + deck.Dir().Path("sub/B.INC") +
+                  ": it is a file of the deck.");
+    EXPECT_EQ(deck.Dir().Listing(),
+              "TOP.DATA grids/ grids/CASE.EGRID grids/CASE.GRID sub/ sub/A.INC sub/B.INC sub/C.INC");
+
+    // Two exchange their names, one replaces a stranger, and grid files go by their keyword.
+    EXPECT_TRUE(editor.ApplyFileRenames(Names{{name("A.INC"), name("B.INC")}, {name("B.INC"), name("A.INC")}}, false));
+    EXPECT_EQ(deck.Dir().Read("sub/A.INC") + deck.Dir().Read("sub/B.INC"), "WATER\nOIL\n");
+    EXPECT_TRUE(editor.ApplyFileRenames(Names{{name("A.INC"), name("C.INC")},
+                                              {name("CASE.EGRID"), name("NEW.EGRID")},
+                                              {name("CASE.GRID"), name("NEW.GRID")},
+                                              {name("TOP.DATA"), name("MAIN.DATA")}},
+                                        false));
+    EXPECT_EQ(deck.Dir().Listing(),
+              "MAIN.DATA grids/ grids/NEW.EGRID grids/NEW.GRID sub/ sub/B.INC sub/C.INC");
+    EXPECT_EQ(deck.Dir().Read("MAIN.DATA"), "RUNSPEC\nINCLUDE\n'sub/B.INC' / one\nINCLUDE\n'sub/C.INC' /\nGRID\nGDFILE\n"
+                                            "'grids/NEW' /\nINCLUDE\n'sub/B.INC' /\n");
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE OIL INCLUDE WATER GRID GDFILE INCLUDE OIL");
+    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+}
+
+} // namespace
