@@ -31,6 +31,11 @@ DiskOrder::DiskOrder(const std::vector<KeywordFile*>& files)
     }
 }
 
+bool DiskOrder::Knows(const Keyword& keyword) const
+{
+    return m_keywords.count(keyword.Reader().get()) > 0;
+}
+
 const Keyword* DiskOrder::Ahead(const Keyword& keyword) const
 {
     const auto found = m_keywords.find(keyword.Reader().get());

@@ -16,6 +16,8 @@ class DiskOrder
 public:
     explicit DiskOrder(const std::vector<KeywordFile*>& files);
 
+    /// The file in which the keyword's text stands was among them, and read.
+    bool Knows(const Keyword& keyword) const;
     /// The keyword whose text begins nearest ahead of that of `keyword` in the same file on the disk; null for the
     /// first. REQUIRES: a valid extent.
     const Keyword* Ahead(const Keyword& keyword) const;

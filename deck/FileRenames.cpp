@@ -177,7 +177,8 @@ void FileRenames::Check() const
         if (Service::Directory(move.to.GetFullName()).IsDirectory()) refuse("it is a directory");
     }
     for (const Change& change : m_changes) {
-        const KeywordFile* file = change.keyword->Owner() != nullptr ? change.keyword->Owner()->AsKeywordFile() : nullptr;
+        const KeywordFile* file =
+            change.keyword->Owner() != nullptr ? change.keyword->Owner()->AsKeywordFile() : nullptr;
         if (file == nullptr || file->IsReadOnly()) {
             throw DeckManagerException("The keyword " + change.keyword->GetName() +
                                        " cannot be changed: its file is read-only.");
@@ -237,9 +238,8 @@ void FileRenames::TakeBack()
     };
     for (Move& move : m_moves) {
         if (move.now.GetFullName() == move.from.GetFullName()) continue;
-        quietly([&] {
-            Go(move, FileUtils::ConstructUniqueName(Beside(move.from, move.from.GetFileName() + ".renamed")));
-        });
+        quietly(
+            [&] { Go(move, FileUtils::ConstructUniqueName(Beside(move.from, move.from.GetFileName() + ".renamed"))); });
     }
     for (Move& move : m_moves) {
         quietly([&] { Go(move, move.from); });

@@ -261,6 +261,7 @@ private:
     bool IsEdited() const;
     bool HasMovedBlocks() const;
     bool DecidesOfOthers(const Keyword& keyword) const;
+    bool HasRecurringSections() const;
     bool CanContinue() const;
     bool SharesKeywords() const;
     void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);

@@ -8,6 +8,7 @@
 #include <istream>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "files/HeaderBlock.h"
@@ -20,6 +21,7 @@
 #include "text/KeywordFileReader.h"
 #include "text/LineFileWriter.h"
 #include "text/LineStreamReader.h"
+#include "text/SectionNames.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
 #include <deckmanager/IKeywordFileManager.h>
@@ -34,6 +36,7 @@
 namespace Tarn::Fjel::Core::DeckManager {
 
 using Keywords::KeywordKind;
+using Keywords::SectionType;
 using Service::FileName;
 using Service::FileStatus;
 using Service::FileSystem;
@@ -334,6 +337,11 @@ void KeywordFile::TakeOver()
     for (const std::shared_ptr<IKeyword>& keyword : m_snapshot) {
         if (keyword->GetSyntax()->GetKind() == KeywordKind::Include) commit.formerIncludes.push_back(keyword);
     }
+    const List& keywords = m_contents->Keywords();
+    const bool listChanges =
+        (m_snapshotTaken && keywords != m_snapshot) ||
+        std::any_of(keywords.begin(), keywords.end(), [](const auto& keyword) { return keyword->IsCommentedOut(); });
+    if (listChanges && HasRecurringSections()) m_scanWillDiffer = true;
     TakeExtents(written.result, m_fileReader, written.partial);
     const bool scanWillDiffer = m_scanWillDiffer;
     DropSnapshot();
@@ -351,6 +359,22 @@ void KeywordFile::TakeOver()
     PlaceHeadAndTail();
     // Others may keep where keywords stand.
     LinkCounter::Changed();
+}
+
+/// A section keyword that recurs is listed where it is the last of its file, and else not.
+bool KeywordFile::HasRecurringSections() const
+{
+    if (m_hasDroppedSections) return true;
+    const KeywordFile& top = DataFile();
+    std::set<SectionType> sections;
+    for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
+        SectionType section = SectionType::None;
+        if (keyword->GetSyntax()->GetKind() != KeywordKind::Section || !FindSection(keyword->GetName(), section))
+            continue;
+        const std::shared_ptr<const KeywordFile> bringer = top.m_sectionsSeen[static_cast<std::size_t>(section)].lock();
+        if ((bringer && bringer.get() != this) || !sections.insert(section).second) return true;
+    }
+    return false;
 }
 
 void KeywordFile::TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader,

@@ -230,8 +230,11 @@ bool KeywordFile::MoveKeyword(const KeywordFileIterator& source, KeywordFile& ta
 
     TakeSnapshot();
     target.TakeSnapshot();
-    // The comment above it moves along.
-    if (&target != this) target.m_blocksAhead[&keyword] = TakeBlocks(*node);
+    // The comment above it moves along, and a section keyword that is none with it.
+    if (&target != this) {
+        target.m_blocksAhead[&keyword] = TakeBlocks(*node);
+        target.m_hasDroppedSections |= m_hasDroppedSections;
+    }
     target.m_contents->Splice(place, *m_contents, node);
     if (&target != this) keyword.SetOwner(&target);
     DropAfterEdit(keyword);
@@ -293,6 +296,8 @@ bool KeywordFile::SetCommentAbove(const KeywordFileIterator& position, const std
         m_blocksAhead[&keyword] = {{nullptr, std::make_shared<const std::string>(std::move(ahead))}};
     }
     m_commentsSet = true;
+    // The text may hold one of these, and where that stands in it isn't known.
+    if (m_hasDroppedSections) m_scanWillDiffer = true;
     return true;
 }
 

@@ -100,11 +100,11 @@ TEST_F(CommitTest, ChangesOnlyWhatWasEdited)
          "-- above DIMENS\n", "--new\n-- two\n"},
         {"no comment above", [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("DIMENS"), ""); },
          "-- above DIMENS\n", ""},
-        {"the comment above the first", [](auto& editor, auto& deck) {
-             SetCommentAbove(editor, deck.At("RUNSPEC"), "-- other");
-         },
-         "-- header\n", "-- other\n"},
-        {"a comment above one without", [](auto& editor, auto& deck) {
+        {"the comment above the first",
+         [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("RUNSPEC"), "-- other"); }, "-- header\n",
+         "-- other\n"},
+        {"a comment above one without",
+         [](auto& editor, auto& deck) {
              editor.RemoveKeyword(deck.At("TABDIMS"));
              SetCommentAbove(editor, deck.At("DIMENS"), "-- both");
          },
@@ -223,9 +223,9 @@ TEST_F(CommitTest, NamesWhatCannotBeWritten)
 TEST_F(CommitTest, KeepsWhatTheFileSystemKnows)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\nlink.inc /\nINCLUDE\nB.INC /\n"},
-                         {"real/a.inc", "OIL\n"},
-                         {"B.INC", "GAS\n"},
-                         {"real/a_inc__.tmp", "not ours"}});
+                                        {"real/a.inc", "OIL\n"},
+                                        {"B.INC", "GAS\n"},
+                                        {"real/a_inc__.tmp", "not ours"}});
     Service::FileSystem& files = Service::FileSystem::Instance();
     Service::FileSystem::ErrorCode error;
     ASSERT_TRUE(files.MakeLink("real/a.inc", deck.Dir().Path("link.inc"), error));
@@ -289,7 +289,8 @@ TEST_F(CommitTest, OneFileGoesAhead)
     IDeckKeywordsEditor& editor = EditorOf(deck);
     KeywordFile& file = deck.File("A.INC");
     const auto append = [&](const std::string& text) {
-        const auto* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(text.substr(0, text.find('\n')), true);
+        const auto* syntax =
+            Environment::Instance().GetSyntaxTable()->FindSyntax(text.substr(0, text.find('\n')), true);
         ASSERT_NE(editor.InsertKeywordText(*syntax, file.End(), text), nullptr);
     };
     append("TABDIMS\n 1 /\n");
@@ -311,8 +312,9 @@ TEST_F(CommitTest, OneFileGoesAhead)
     editor.SetDataText(deck.At("TABDIMS", 2), " 9 /");
     editor.Commit();
     EXPECT_EQ(deck.Dir().Read("A.INC"), "-- head\nWELLDIMS\n5 /\nTABDIMS\n 9 /\nEQLDIMS\n 2 /\n-- end\n");
-    EXPECT_EQ(m_log.Texts(2), std::vector<std::string>{"File that was written in partial commit has been changed: A.INC. "
-                                                       "This will cause the file to be re-written."});
+    EXPECT_EQ(m_log.Texts(2),
+              std::vector<std::string>{"File that was written in partial commit has been changed: A.INC. "
+                                       "This will cause the file to be re-written."});
     EXPECT_FALSE(deck.Dir().Exists("A_INC__.tmp"));
 
     // A cancel goes back to the file.
@@ -327,7 +329,8 @@ TEST_F(CommitTest, OneFileGoesAhead)
 
 TEST_F(CommitTest, AFileIsOverwritten)
 {
-    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "-- Generated\nOIL\n"}, {"B.INC", "-- Generated\nGAS\n"}});
+    const TestDeck deck(
+        TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "-- Generated\nOIL\n"}, {"B.INC", "-- Generated\nGAS\n"}});
     deck.Walk(true);
     IDeckKeywordsEditor& editor = EditorOf(deck);
     KeywordFile& file = deck.File("A.INC");
@@ -353,13 +356,14 @@ TEST_F(CommitTest, AFileIsOverwritten)
 
 TEST_F(CommitTest, FilesAreRenamed)
 {
-    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/A.INC' / one\nINCLUDE\n'sub/B.INC' /\nGRID\nGDFILE\n"
-                                      "'grids/CASE' /\nINCLUDE\n'sub/A.INC' /\n"},
-                         {"sub/A.INC", "OIL\n"},
-                         {"sub/B.INC", "WATER\n"},
-                         {"grids/CASE.EGRID", "e"},
-                         {"grids/CASE.GRID", "g"},
-                         {"sub/C.INC", "in the way"}});
+    const TestDeck deck(
+        TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/A.INC' / one\nINCLUDE\n'sub/B.INC' /\nGRID\nGDFILE\n"
+                                     "'grids/CASE' /\nINCLUDE\n'sub/A.INC' /\n"},
+                        {"sub/A.INC", "OIL\n"},
+                        {"sub/B.INC", "WATER\n"},
+                        {"grids/CASE.EGRID", "e"},
+                        {"grids/CASE.GRID", "g"},
+                        {"sub/C.INC", "in the way"}});
     deck.Walk(true);
     IDeckKeywordsEditor& editor = EditorOf(deck);
     using Names = std::map<FileName, FileName>;
@@ -371,7 +375,9 @@ TEST_F(CommitTest, FilesAreRenamed)
               }),
               "The file " + deck.Dir().Path("sub/B.INC") + " cannot be renamed to " + deck.Dir().Path("sub/C.INC") +
                   ": another file takes that name.");
-    EXPECT_EQ(FailureOf([&] { editor.ApplyFileRenames(Names{{name("A.INC"), name("B.INC")}}, false); }),
+    EXPECT_EQ(FailureOf([&] {
+                  editor.ApplyFileRenames(Names{{name("A.INC"), name("B.INC")}}, false);
+              }),
               "The file " + deck.Dir().Path("sub/A.INC") + " cannot be renamed to " + deck.Dir().Path("sub/B.INC") +
                   ": it is a file of the deck.");
     EXPECT_EQ(deck.Dir().Listing(),
@@ -385,10 +391,10 @@ TEST_F(CommitTest, FilesAreRenamed)
                                               {name("CASE.GRID"), name("NEW.GRID")},
                                               {name("TOP.DATA"), name("MAIN.DATA")}},
                                         false));
-    EXPECT_EQ(deck.Dir().Listing(),
-              "MAIN.DATA grids/ grids/NEW.EGRID grids/NEW.GRID sub/ sub/B.INC sub/C.INC");
-    EXPECT_EQ(deck.Dir().Read("MAIN.DATA"), "RUNSPEC\nINCLUDE\n'sub/B.INC' / one\nINCLUDE\n'sub/C.INC' /\nGRID\nGDFILE\n"
-                                            "'grids/NEW' /\nINCLUDE\n'sub/B.INC' /\n");
+    EXPECT_EQ(deck.Dir().Listing(), "MAIN.DATA grids/ grids/NEW.EGRID grids/NEW.GRID sub/ sub/B.INC sub/C.INC");
+    EXPECT_EQ(deck.Dir().Read("MAIN.DATA"),
+              "RUNSPEC\nINCLUDE\n'sub/B.INC' / one\nINCLUDE\n'sub/C.INC' /\nGRID\nGDFILE\n"
+              "'grids/NEW' /\nINCLUDE\n'sub/B.INC' /\n");
     EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE OIL INCLUDE WATER GRID GDFILE INCLUDE OIL");
     EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
 }
