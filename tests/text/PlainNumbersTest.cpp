@@ -192,6 +192,6 @@ TEST(PlainNumbers, BlocksAndBytesAgree)
         const PlainNumbers::Passed byBytes = PlainNumbers::PassByteByByte(text, rules, most);
         RC_ASSERT(passed.bytes == byBytes.bytes);
         RC_ASSERT(passed.values == byBytes.values);
-        RC_ASSERT(passed.bytes == 0 || text[passed.bytes - 1] == '\n');
+        RC_ASSERT((passed.bytes == 0 || text[passed.bytes - 1] == '\n'));
     }));
 }
