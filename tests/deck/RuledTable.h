@@ -144,8 +144,8 @@ inline const Tarn::Fjel::Core::Keywords::KeywordSyntaxTable& SortTable()
 {"name": "TITLE", "sections": "all", "data": {"type": "record", "termination": "none",
  "items": [{"name": "TEXT", "type": "restOfLine"}]}})";
         for (const char name : std::string("ABCDEFGH")) {
-            text += std::string(",\n{\"name\": \"") + name +
-                    R"(", "sections": "all", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]}})";
+            text.append(",\n{\"name\": \"").append(1, name);
+            text += R"(", "sections": "all", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]}})";
         }
         return text + "]";
     }());
