@@ -572,7 +572,8 @@ void PositionSearch::OnRemoving(const KeywordFileIterator& place)
 {
     // Without what it opened or closed, a scope may hold more.
     const Node* const node = m_target.At(place);
-    if (node == nullptr || node->isHead || node->previous == nullptr || node->previous->scopeAfter != node->scopeAfter)
+    if (node == nullptr || node->isHead || IsInclude(**place) || node->previous == nullptr ||
+        node->previous->scopeAfter != node->scopeAfter)
         ++m_appearances;
     m_target.Removing(place);
     m_firstDates.erase(*place);

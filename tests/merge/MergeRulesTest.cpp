@@ -35,9 +35,9 @@ protected:
 TEST_F(MergeRulesTest, ARingOfRulesLosesNothing)
 {
     // A and B each want to be ahead of the other.
-    EXPECT_EQ(Merged({{"A", {"B"}}, {"B", {"A"}}}, "GRID\nC~\n1 /\nB\n7 /\nD~\n1 /\n",
-                     "GRID\nC~\n1 /\nA~\n1 /\nD~\n1 /\n"),
-              "GRID\nC~\n1 /\nA~\n1 /\nD~\n1 /\nB\n7 /\n");
+    EXPECT_EQ(
+        Merged({{"A", {"B"}}, {"B", {"A"}}}, "GRID\nC~\n1 /\nB\n7 /\nD~\n1 /\n", "GRID\nC~\n1 /\nA~\n1 /\nD~\n1 /\n"),
+        "GRID\nC~\n1 /\nA~\n1 /\nD~\n1 /\nB\n7 /\n");
     EXPECT_TRUE(m_log.Empty());
 }
 
@@ -49,8 +49,7 @@ TEST_F(MergeRulesTest, TheTestsOfAKeywordHaveALimit)
         many += "C~\n1 /\n";
     const std::string text = Merged({{"B", {"A"}}}, "GRID\nD~\n1 /\nB\n7 /\n", "GRID\nD~\n1 /\n" + many);
     EXPECT_TRUE(text.starts_with("GRID\nB\n7 /\nD~\n")) << text.substr(0, 40);
-    EXPECT_EQ(
-        m_log.CountOf("A problem was encountered when finding the position to insert the user keyword B."), 1);
+    EXPECT_EQ(m_log.CountOf("A problem was encountered when finding the position to insert the user keyword B."), 1);
 }
 
 } // namespace
