@@ -1,10 +1,13 @@
 // Prints how fast the system is: each piece of work beside its yardstick, measured in the same run, and whether the
 // work keeps to its budget. Whole commands are timed from outside; the memory of keywords is measured in this process.
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
@@ -164,6 +167,30 @@ bool CompareExport(const std::string& work, const std::string& deckman, const st
     return met;
 }
 
+/// A merge against one of half the work, whose time is a budget's yardstick: the time must not grow with the square.
+bool CompareMerges(const std::string& deckman, const std::filesystem::path& decks, std::int64_t share)
+{
+    std::vector<std::pair<std::int64_t, std::filesystem::path>> found;
+    for (const auto& entry : std::filesystem::directory_iterator(decks)) {
+        std::int64_t keywords = 0;
+        std::int64_t users = 0;
+        if (std::sscanf(entry.path().filename().c_str(), "merge_%ld_%ld", &keywords, &users) == 2 &&
+            keywords / users == share)
+            found.emplace_back(keywords, entry.path());
+    }
+    std::sort(found.begin(), found.end());
+    if (found.size() != 2) throw std::runtime_error("The decks to be merged are missing");
+    const auto merging = [&](const std::filesystem::path& folder) {
+        return Command{
+            {deckman, "merge", (folder / "last.DATA").string(), (folder / "made.DATA").string(), "--dry-run"}, {}};
+    };
+    const auto nameOf = [&](std::int64_t keywords) {
+        return fmt::format("merge {} into {}", keywords / share, keywords);
+    };
+    return CompareTimes(nameOf(found[1].first), merging(found[1].second), nameOf(found[0].first),
+                        merging(found[0].second), 2.3);
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -220,6 +247,8 @@ int main(int argc, char** argv)
         missed +=
             !CompareExport("deckman flatten, 500 MB of arrays", deckman, "flatten", decks / "ARRAYS.DATA", "-o ", 1.3);
         missed += !CompareExport("deckman copy, 500 MB of arrays", deckman, "copy", decks / "ARRAYS.DATA", "", 1.3);
+        missed += !CompareMerges(deckman, decks, 100);
+        missed += !CompareMerges(deckman, decks, 10);
         missed += !CompareWriting("write 10 million reals, all digits", Benchmarks::Reals::AllDigits, 1.5);
         missed += !CompareWriting("write 10 million reals, few digits", Benchmarks::Reals::FewDigits, 1.5);
 

@@ -1,6 +1,6 @@
 // Writes the large decks that the benchmarks read: grid arrays, a long schedule, a schedule cut into thousands of
-// included files beside one file of the same text, and one keyword of many reals or records. The same program gives the
-// same bytes each time.
+// included files beside one file of the same text, one keyword of many reals or records, and decks to be merged. The
+// same program gives the same bytes each time.
 
 #include <algorithm>
 #include <cerrno>
@@ -314,9 +314,53 @@ void WriteIncludeDecks(const std::filesystem::path& folder, double scale)
     whole.Close();
 }
 
+/// A generated schedule with a user's work in it, and the same made anew. Every second keyword of the user's replaces
+/// one.
+void WriteMergeDecks(const std::filesystem::path& folder, std::int64_t keywords, std::int64_t users)
+{
+    const std::string name = fmt::format("merge_{}_{}", keywords, users);
+    std::filesystem::create_directories(folder / name);
+    Output last(folder / name / "last.DATA");
+    Output made(folder / name / "made.DATA");
+    const std::string tag = fmt::format("{:29}-- Generated\n", "");
+    const auto writeBoth = [&](const std::string& text) {
+        last.Write(text);
+        made.Write(text);
+    };
+    writeBoth("RUNSPEC\nSTART   " + tag + "   1 'JAN' 1990 /\n\nSCHEDULE\n\n");
+    const std::int64_t step = std::max<std::int64_t>(1, keywords / std::max<std::int64_t>(1, users));
+    for (std::int64_t i = 0; i < keywords; ++i) {
+        if (i % 10 == 0) {
+            const std::int64_t day = i / 10;
+            writeBoth(fmt::format("DATES   {}   {} '{}' {} /\n/\n\n", tag, day % 28 + 1, monthNames[day / 28 % 12],
+                                  1990 + day / 336));
+            continue;
+        }
+        const std::string data = fmt::format("   'PROD{:03}' 'OPEN' 'ORAT' {}", i % 50, i);
+        const std::string generated = "WCONHIST" + tag + data + " 1 1 /\n/\n\n";
+        const bool isEdited = i % step == 1 || step == 1;
+        made.Write(generated);
+        last.Write(isEdited && i / step % 2 == 0 ? "WCONHIST\n" + data + " 2 2 /\n/\n\n" : generated);
+        if (isEdited && i / step % 2 != 0) last.Print("WELOPEN\n   'USER{}' 'SHUT' /\n/\n\n", i);
+    }
+    writeBoth("END\n");
+    last.Close();
+    made.Close();
+}
+
+/// In twos, of which the second is twice the work of the first.
+void WriteMergeDecks(const std::filesystem::path& folder, double scale)
+{
+    const auto keywords = static_cast<std::int64_t>(100000 * scale);
+    for (const std::int64_t share : {100, 10}) {
+        WriteMergeDecks(folder, keywords, keywords / share);
+        WriteMergeDecks(folder, 2 * keywords, 2 * keywords / share);
+    }
+}
+
 int Usage()
 {
-    fmt::print(stderr, "usage: generate_decks DIR [--scale FACTOR] [arrays] [schedule] [includes] [data]\n"
+    fmt::print(stderr, "usage: generate_decks DIR [--scale FACTOR] [arrays] [schedule] [includes] [data] [merge]\n"
                        "Writes the benchmark decks into DIR; without names, all of them. FACTOR 1 is full size.\n");
     return 2;
 }
@@ -334,13 +378,13 @@ int main(int argc, char** argv)
             const std::string word = argv[i];
             if (word == "--scale" && i + 1 < argc)
                 scale = std::strtod(argv[++i], nullptr);
-            else if (word == "arrays" || word == "schedule" || word == "includes" || word == "data")
+            else if (word == "arrays" || word == "schedule" || word == "includes" || word == "data" || word == "merge")
                 names.push_back(word);
             else
                 return Usage();
         }
         if (!(scale > 0.0)) return Usage();
-        if (names.empty()) names = {"arrays", "schedule", "includes", "data"};
+        if (names.empty()) names = {"arrays", "schedule", "includes", "data", "merge"};
 
         std::filesystem::create_directories(folder);
         for (const std::string& name : names) {
@@ -350,6 +394,8 @@ int main(int argc, char** argv)
                 WriteScheduleDeck(folder, scale);
             else if (name == "data")
                 WriteDataDecks(folder, scale);
+            else if (name == "merge")
+                WriteMergeDecks(folder, scale);
             else
                 WriteIncludeDecks(folder, scale);
         }
