@@ -141,19 +141,4 @@ KeywordIterator MergeScopeClose(const KeywordIterator& position, const IDeck& de
     return NextAnchor(position, IsSectionKeyword);
 }
 
-KeywordIterator OutOfForeignFiles(const KeywordIterator& position, const KeywordIterator& from)
-{
-    IteratorPath::Places path = IteratorPath::Of(position);
-    const IteratorPath::Places known = IteratorPath::Of(from);
-    std::size_t level = 0;
-    while (level + 1 < known.size() && level + 1 < path.size() && path[level] == known[level])
-        ++level;
-    for (; level + 1 < path.size(); ++level) {
-        if (!IsUserKeyword(**path[level]) && !IteratorAccess::File(path[level + 1])->IsFileTagged()) continue;
-        path.resize(level + 1);
-        return IteratorPath::ToPosition(path, true);
-    }
-    return position;
-}
-
 } // namespace Tarn::Fjel::Core::DeckManager

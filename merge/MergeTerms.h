@@ -51,8 +51,4 @@ KeywordIterator MergeScopeEnd(const KeywordIterator& position, const IDeck& deck
 /// Where that scope is closed; with its closing keyword, if it has one of its own.
 KeywordIterator MergeScopeClose(const KeywordIterator& position, const IDeck& deck);
 
-/// A position that has come into a file which `from` doesn't stand in: where that file is generated as a whole, or was
-/// brought in by a user, the INCLUDE keyword that leads there; else the position itself.
-KeywordIterator OutOfForeignFiles(const KeywordIterator& position, const KeywordIterator& from);
-
 } // namespace Tarn::Fjel::Core::DeckManager

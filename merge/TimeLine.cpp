@@ -82,16 +82,6 @@ Time TimeLine::Of(const IKeyword* keyword) const
     return found != m_times.end() ? found->second : Time();
 }
 
-Time TimeLine::Ahead(KeywordIterator position) const
-{
-    for (--position; *position != nullptr; --position) {
-        if (IsSectionKeyword(**position)) break;
-        const auto found = m_times.find(*position);
-        if (found != m_times.end()) return found->second;
-    }
-    return m_start;
-}
-
 bool IsSameMoment(const Time& left, const Time& right)
 {
     const Service::TimeSpan apart = left - right;

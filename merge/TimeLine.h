@@ -30,8 +30,6 @@ public:
 
     /// Where it begins.
     const Service::Time& Start() const { return m_start; }
-    /// Where time stands ahead of a position.
-    Service::Time Ahead(KeywordIterator position) const;
 
 private:
     Service::Time m_start;

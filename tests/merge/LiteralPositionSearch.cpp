@@ -6,11 +6,12 @@
 #include "deck/Anchors.h"
 #include "deck/OrderTest.h"
 #include "files/IteratorAccess.h"
+#include "files/IteratorPath.h"
 #include "files/KeywordFile.h"
 #include "merge/IncludeMap.h"
 #include "merge/MergeTerms.h"
 
-#include "merge/TopLevelIterator.h"
+#include "tests/merge/TopLevelIterator.h"
 #include "text/SectionNames.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/DeckPositions.h>
@@ -57,6 +58,32 @@ bool Matches(const KeywordIdEqual& isLike, const IKeyword* keyword)
     } catch (const DeckManagerException&) {
         return false;
     }
+}
+
+/// A position that has come into a file which `from` doesn't stand in: where that file is generated as a whole, or was
+/// brought in by a user, the INCLUDE keyword that leads there; else the position itself.
+KeywordIterator OutOfForeignFiles(const KeywordIterator& position, const KeywordIterator& from)
+{
+    IteratorPath::Places path = IteratorPath::Of(position);
+    const IteratorPath::Places known = IteratorPath::Of(from);
+    std::size_t level = 0;
+    while (level + 1 < known.size() && level + 1 < path.size() && path[level] == known[level])
+        ++level;
+    for (; level + 1 < path.size(); ++level) {
+        if (!IsUserKeyword(**path[level]) && !IteratorAccess::File(path[level + 1])->IsFileTagged()) continue;
+        path.resize(level + 1);
+        return IteratorPath::ToPosition(path, true);
+    }
+    return position;
+}
+
+/// Where time stands ahead of a position.
+Service::Time TimeAhead(const TimeLine& times, KeywordIterator position)
+{
+    for (--position; *position != nullptr && !IsSectionKeyword(**position); --position) {
+        if (times.Holds(*position)) return times.Of(*position);
+    }
+    return times.Start();
 }
 
 bool IsFirstOfFile(const KeywordIterator& position)
@@ -407,12 +434,12 @@ bool LiteralPositionSearch::IsAheadInTarget(const KeywordIterator& position, con
 
 Service::Time LiteralPositionSearch::SourceTimeAhead(const KeywordIterator& position)
 {
-    return m_work.sourceTimes.Ahead(position);
+    return TimeAhead(m_work.sourceTimes, position);
 }
 
 Service::Time LiteralPositionSearch::TargetTimeAhead(const KeywordIterator& position)
 {
-    return m_work.targetTimes.Ahead(position);
+    return TimeAhead(m_work.targetTimes, position);
 }
 
 } // namespace MergeTests

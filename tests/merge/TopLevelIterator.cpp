@@ -1,8 +1,8 @@
-#include "merge/TopLevelIterator.h"
+#include "tests/merge/TopLevelIterator.h"
 
 #include "merge/MergeTerms.h"
 
-namespace Tarn::Fjel::Core::DeckManager {
+namespace MergeTests {
 
 TopLevelIterator& TopLevelIterator::operator++()
 {
@@ -19,4 +19,4 @@ bool TopLevelIterator::IsAheadOf(const KeywordIterator& end) const
     return *m_position != nullptr && IsAhead(m_position, end);
 }
 
-} // namespace Tarn::Fjel::Core::DeckManager
+} // namespace MergeTests

@@ -5,9 +5,13 @@
 #include <deckmanager/KeywordIterator.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
-
 class IDeck;
 class IKeyword;
+} // namespace Tarn::Fjel::Core::DeckManager
+
+namespace MergeTests {
+
+using namespace Tarn::Fjel::Core::DeckManager;
 
 /// A walk over the top level of a scope: the scopes that generated heads open inside it are stepped over.
 class TopLevelIterator
@@ -33,4 +37,4 @@ private:
     const IDeck* m_deck;
 };
 
-} // namespace Tarn::Fjel::Core::DeckManager
+} // namespace MergeTests
