@@ -7,6 +7,7 @@
 #include "keywords/KeywordState.h"
 #include "keywords/ListElementReader.h"
 #include "text/LineStreamReader.h"
+#include "text/Tokenizer.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/ReadKeywordElement.h>
 #include <deckmanager/VeldaneDeckInfo.h>
@@ -88,6 +89,7 @@ std::optional<KeywordElement> Keyword::FindElement(int index, const Context& con
     // Alone, the token means what it means in its place.
     const bool isDefault = *found->token == VeldaneDeckInfo::DEFAULT_TOKEN;
     const std::string text = isDefault ? *found->token + " /" : fmt::format("'{}' /", *found->token);
+    if (text.size() > static_cast<std::size_t>(Tokenizer::MaxLineLength)) return std::nullopt;
     LineStreamReader lines;
     lines.AttachText(text);
     KeywordDataDeserializer::Deserialize(*this, *element.list, lines, 0, static_cast<long long>(text.size()), context,

@@ -227,6 +227,18 @@ TEST(ListElementReader, PassesOverWhatNeedsNoMessage)
     EXPECT_FALSE(Find(syntax, text + "1 /\n" + std::string(140, '1'), 0));
 }
 
+TEST(ListElementReader, ATokenAsWideAsItsLineStandsAloneWithoutAMessage)
+{
+    for (const char* shape : {shapes[0], shapes[4]}) {
+        const TableInForce table(TableOf(shape));
+        for (std::size_t width = 126; width <= 133; ++width) {
+            TextKeyword keyword(*table.Syntax("ELEMENT"), "7\n" + std::string(width, '8') + "\n9 /", false);
+            for (int index = 0; index < 3; ++index)
+                EXPECT_EQ(keyword.Element(index), keyword.ElementOfAll(index)) << width;
+        }
+    }
+}
+
 TEST(ListElementReader, SuitsListsOfNumbersAndStrings)
 {
     const std::pair<const char*, bool> cases[] = {
