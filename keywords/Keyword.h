@@ -209,6 +209,7 @@ private:
     // How the keyword is written; see KeywordWriting.cpp.
     bool IsTagChanged() const;
     bool IsCommentChanged() const;
+    bool KeepsLine(const DataSource& source, const KeywordStretches& stretches) const;
     bool IsBodyChanged() const;
     /// What is copied from the file loses its suppress markers.
     bool IsActivated() const { return m_committedSuppressed && !m_suppressed; }

@@ -340,11 +340,21 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, const C
         CopyStretch(writer, *lines, restBegin, stretches->end, false);
 }
 
+/// Other data are no reason to write the keyword's line afresh, unless its tag stands on lines of its own, or would not
+/// be written any more.
+bool Keyword::KeepsLine(const DataSource& source, const KeywordStretches& stretches) const
+{
+    if (IsTagChanged()) return false;
+    if (!source.fresh) return true;
+    if (ForceRewrite::IsOn() || stretches.head != stretches.behindLine) return false;
+    return Environment::Instance().WriteGeneratedTags() || !ReadTag();
+}
+
 /// The keyword's own text. Without `stretches` it has none in a file.
 void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches,
                         ILineReader* lines, long long ownEnd, const Context& context, SimulatorType simulator) const
 {
-    if (stretches && !source.fresh && !IsTagChanged())
+    if (stretches && KeepsLine(source, *stretches))
         CopyStretch(writer, *lines, stretches->begin, stretches->head, IsActivated());
     else
         writer.WriteText(m_suppressed ? MarkLines(KeywordLine(stretches), LineMark::Suppress) : KeywordLine(stretches));

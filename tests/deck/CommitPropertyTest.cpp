@@ -23,8 +23,8 @@
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 
-// Decks and edits by chance. After a commit whoever reads the files finds the deck that is in memory, no comment is lost
-// that no edit was about, and a keyword that nobody edited has its bytes; after a discard all is as it was.
+// Decks and edits by chance. After a commit whoever reads the files finds the deck that is in memory, no comment is
+// lost that no edit was about, and a keyword that nobody edited has its bytes; after a discard all is as it was.
 
 namespace {
 
@@ -42,8 +42,9 @@ std::string Describe(IDeck& deck)
         const std::shared_ptr<std::string> data = keywords.GetDataText(&keyword);
         text << keyword.GetName() << " line " << keyword.GetLine() << " at " << keyword.Position() << "+"
              << keyword.Size() << " in " << keyword.GetFile()->GetFileName().GetFileName() << " tagged "
-             << keyword.IsGenerated() << " suppressed " << keyword.IsSuppressed() << " comment [" << keyword.GetComment()
-             << "] above [" << keywords.GetComment(place, false) << "] data [" << (data ? *data : "none") << "]\n"
+             << keyword.IsGenerated() << " suppressed " << keyword.IsSuppressed() << " comment ["
+             << keyword.GetComment() << "] above [" << keywords.GetComment(place, false) << "] data ["
+             << (data ? *data : "none") << "]\n"
              << *keywords.GetRawText(&keyword);
     }
     std::map<std::string, std::string> files;
@@ -181,7 +182,8 @@ public:
         for (const char* name : {"TOP.DATA", "F1.INC", "F2.INC"})
             all += m_deck->Dir().Read(name);
         for (const std::string& comment : m_comments) {
-            if (!m_mayLoseComments && all.find(comment) == std::string::npos) FAIL() << comment << " is lost\n" << m_files << "\nnow\n" << Files();
+            if (!m_mayLoseComments && all.find(comment) == std::string::npos)
+                FAIL() << comment << " is lost\n" << m_files << "\nnow\n" << Files();
         }
         // Where all lines get the same end, no keyword keeps its bytes.
         if (LineEnds::GetPolicy() != LineEnds::Policy::Keep) m_untouched.clear();
@@ -270,9 +272,8 @@ private:
             const auto& keyword = static_cast<const Keyword&>(**place);
             if (!keyword.HasValidExtent()) continue;
             const std::string file = m_deck->Dir().Read(keyword.GetFile()->GetFileName().GetFileName());
-            m_own[&keyword] =
-                file.substr(static_cast<std::size_t>(keyword.Position()),
-                            static_cast<std::size_t>(keyword.OwnSize(Context())));
+            m_own[&keyword] = file.substr(static_cast<std::size_t>(keyword.Position()),
+                                          static_cast<std::size_t>(keyword.OwnSize(Context())));
         }
         m_untouched = m_own;
     }
@@ -303,8 +304,8 @@ private:
             text = "EQUIL" + remark + m_lineEnd + "1000 " + number + " /" + m_lineEnd + "\t2000 7 / two" + m_lineEnd;
             break;
         case 3:
-            text = "PORO" + tag + m_lineEnd + Comments() + " 3*0." + number + m_lineEnd + "-- c in " + number + m_lineEnd +
-                   "2*7 /" + remark + m_lineEnd;
+            text = "PORO" + tag + m_lineEnd + Comments() + " 3*0." + number + m_lineEnd + "-- c in " + number +
+                   m_lineEnd + "2*7 /" + remark + m_lineEnd;
             break;
         case 4: {
             const std::string mark = "--@@@";
@@ -315,8 +316,8 @@ private:
             text = "WELLDIMS" + m_lineEnd + number + " / " + m_lineEnd + " NOSUCH " + number + m_lineEnd;
             break;
         default:
-            text = (Below(2) == 0 ? "DIMENS" : "TABDIMS") + remark + tag + m_lineEnd + Comments() + "\t" + number + " /" +
-                   m_lineEnd;
+            text = (Below(2) == 0 ? "DIMENS" : "TABDIMS") + remark + tag + m_lineEnd + Comments() + "\t" + number +
+                   " /" + m_lineEnd;
             break;
         }
         return text;
@@ -333,8 +334,8 @@ private:
             // A section keyword that recurs is none.
             if (Below(12) == 0) text += "RUNSPEC" + m_lineEnd + Comments();
             if (Below(12) == 0)
-                text += "SKIP" + m_lineEnd + "-- c" + std::to_string(m_next++) + m_lineEnd + "WATER" + m_lineEnd + "ENDSKIP" +
-                        m_lineEnd;
+                text += "SKIP" + m_lineEnd + "-- c" + std::to_string(m_next++) + m_lineEnd + "WATER" + m_lineEnd +
+                        "ENDSKIP" + m_lineEnd;
         }
         if (file == 0) {
             text += "INCLUDE" + m_lineEnd + "'F1.INC' /" + m_lineEnd + Comments() + "INCLUDE" + m_lineEnd + "F2.INC /" +

@@ -119,6 +119,7 @@ public:
                                                                 : fmt::format(".{}", step.text);
     }
     ItemPath::Item Place() const { return m_item; }
+    const std::vector<int>& Numbers() const { return m_numbers; }
 
     Failure OutOfRange(const ItemPath::Step& step, std::string_view noun, int count) const
     {
@@ -150,6 +151,7 @@ private:
             throw Missing(fmt::format("{} has no item {}.{}", m_passed, step.text,
                                       NearestOrAllHint(step.text, names, "Its items")));
         }
+        m_numbers.push_back(index);
         if (Keywords::KeywordUtils::IsItemMDType(md.GetItemMD(index)))
             m_item.index = index;
         else
@@ -162,6 +164,7 @@ private:
         const bool isOfItems = Keywords::KeywordUtils::IsItemMDType(element);
         if (const std::optional<int> number = NumberOf(step)) {
             if (*number >= list.GetElementCount()) throw OutOfRange(step, NounFor(element), list.GetElementCount());
+            m_numbers.push_back(*number);
             if (isOfItems)
                 m_item.index = *number;
             else
@@ -178,6 +181,7 @@ private:
             const IKeywordData& record = list.GetContainer(i);
             const auto name = NameOfRecord(record);
             if (name && Service::NoCaseStringEqual(*name, step.text)) {
+                m_numbers.push_back(i);
                 Enter(record);
                 return;
             }
@@ -213,10 +217,12 @@ private:
             throw Missing(fmt::format("{} has no entry {}.{}", m_passed, step.text,
                                       NearestOrAllHint(step.text, names, "Its entries")));
         }
+        m_numbers.push_back(index);
         m_item.index = index;
     }
 
     ItemPath::Item m_item;
+    std::vector<int> m_numbers;
     std::string m_passed;
 };
 
@@ -261,6 +267,14 @@ ItemPath::Item ItemPath::Find(const IKeywordData& data, std::string_view keyword
     for (const Step& step : m_steps)
         walk.Take(step);
     return walk.Place();
+}
+
+std::vector<int> ItemPath::Numbers(const IKeywordData& data, std::string_view keyword) const
+{
+    PathWalk walk(data, keyword);
+    for (const Step& step : m_steps)
+        walk.Take(step);
+    return walk.Numbers();
 }
 
 std::optional<std::string_view> NameOfRecord(const IKeywordData& data)

@@ -59,6 +59,9 @@ public:
     /// or the bounds, when there is none.
     Item Find(const Keywords::IKeywordData& data, std::string_view keyword) const;
 
+    /// The same way in numbers, from 0, whatever its steps are called. Throws as `Find` does.
+    std::vector<int> Numbers(const Keywords::IKeywordData& data, std::string_view keyword) const;
+
 private:
     std::vector<Step> m_steps;
 };

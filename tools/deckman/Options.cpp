@@ -218,6 +218,14 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
         verb->add_option("NEW", options.newDeck, "the top file of the other deck")->required()->type_name("");
     }
     if (takes(TakesWhere)) verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
+    if (takes(TakesValue)) verb->add_option("VALUE", options.value, "the new value")->required()->type_name("");
+    if (takes(TakesTarget))
+        verb->add_option("WHERE2", options.target, "the keyword ahead of which it goes")->required()->type_name("");
+    if (takes(TakesText))
+        verb->add_option("TEXT", options.text, "the text, - for standard input")->required()->type_name("");
+    if (takes(TakesAfter)) verb->add_flag("--after", options.after, "behind that keyword, and not ahead of it");
+    if (takes(TakesWithComment)) verb->add_flag("--with-comment", options.withComment, "with the comment above it");
+    if (takes(TakesBackup)) verb->add_flag("--backup", options.backup, "keep each old file beside the new, as FILE~");
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
     if (takes(TakesFilter)) AddFilter(*verb, options);
     if (takes(TakesAll)) AddAll(*verb, options);

@@ -30,6 +30,12 @@ struct Options
     const VerbEntry* verb = nullptr; ///< set by `ParseOptions`
     std::string deck;                ///< the top file, as the user gave it
     std::string where;               ///< show
+    std::string value;               ///< set
+    std::string text;                ///< insert, note, above; "-" for standard input
+    std::string target;              ///< mv: where it goes
+    bool after = false;              ///< insert, mv: behind the keyword, and not ahead of it
+    bool withComment = false;        ///< rm
+    bool backup = false;             ///< old files stay beside the new ones
     std::string newDeck;             ///< diff, merge; `deck` is the old one
     std::string regex;               ///< find
     std::string at;                  ///< a date; empty for any

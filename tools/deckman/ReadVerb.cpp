@@ -1,7 +1,4 @@
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <exception>
 #include <memory>
 #include <string>
@@ -21,6 +18,7 @@
 #include "DataJson.h"
 #include "DataText.h"
 #include "DeckSession.h"
+#include "InputText.h"
 #include "Json.h"
 #include "Verbs.h"
 
@@ -29,22 +27,6 @@ namespace Deckman {
 namespace {
 
 using Service::Log;
-
-std::string ReadAll(const std::string& path)
-{
-    const bool isInput = path == "-";
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> opened(isInput ? nullptr : std::fopen(path.c_str(), "rb"),
-                                                                 &std::fclose);
-    std::FILE* const file = isInput ? stdin : opened.get();
-    if (file == nullptr) throw Failure(FileFailure, fmt::format("{}.", std::strerror(errno)), path);
-    std::string text;
-    char piece[1 << 16];
-    while (const std::size_t count = std::fread(piece, 1, sizeof piece, file))
-        text.append(piece, count);
-    if (std::ferror(file) != 0) throw Failure(FileFailure, fmt::format("{}.", std::strerror(errno)), path);
-    Service::StringReplace(text, "\r\n", "\n");
-    return text;
-}
 
 /// Finds in a text the lines of its keywords, in the order in which they stand there.
 class KeywordLines
@@ -105,7 +87,7 @@ class Reading
 {
 public:
     Reading(Messages& messages, const Options& options, Output& out)
-        : m_messages(messages), m_out(out), m_json(options.json), m_text(ReadAll(options.file)),
+        : m_messages(messages), m_out(out), m_json(options.json), m_text(ReadInputText(options.file)),
           m_file(options.file == "-" ? "standard input" : options.file)
     {
         m_reading.simulator = options.simulator.value_or(Keywords::SimulatorType::Any);

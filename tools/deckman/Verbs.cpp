@@ -71,6 +71,98 @@ constexpr VerbEntry verbs[] = {
      "warning or note.\n\n"
      "Example: is the deck fit for a run\n"
      "  deckman check FIELD.DATA --simulator 300 --strict\n"},
+    {"set", RunSet, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting | TakesValue,
+     "Sets one item of a keyword, and leaves every other byte as it is.",
+     "WHERE is a keyword as for show, and behind it a path to an item as for get. VALUE is what a deck would have "
+     "there; "
+     "1* is the default, and a string may stand in quotes.\n"
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example: more tables\n"
+     "  deckman set FIELD.DATA TABDIMS.3 5\n"},
+    {"insert", RunInsert,
+     TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting | TakesText | TakesAfter,
+     "Inserts a keyword ahead of another, or behind it.",
+     "TEXT is that of a whole keyword, its name in the first line. It goes ahead of the comment above the keyword at "
+     "WHERE.\n"
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman template EQLDIMS | deckman insert FIELD.DATA TABDIMS --after -\n"},
+    {"rm", RunRm, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting | TakesWithComment,
+     "Removes a keyword, and leaves the comment above it.",
+     "Of an INCLUDE only the keyword goes, not the file.\n"
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman rm FIELD.DATA SCHEDULE/WCONPROD#2 --with-comment\n"},
+    {"mv", RunMv, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting | TakesTarget | TakesAfter,
+     "Moves a keyword, with the comment above it, in its file or to another.",
+     "WHERE2 is the keyword ahead of which it goes, with --after behind which.\n"
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman mv FIELD.DATA PERMX PORO --after\n"},
+    {"comment-out", RunCommentOut, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting,
+     "Makes a keyword a comment, which is a keyword no more.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman comment-out FIELD.DATA SCHEDULE/TUNING\n"},
+    {"suppress", RunSuppress, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting,
+     "Suppresses a keyword: its lines stay, and a simulator passes them over.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman suppress FIELD.DATA RPTSCHED\n"},
+    {"unsuppress", RunUnsuppress, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting,
+     "Brings a suppressed keyword back.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman unsuppress FIELD.DATA RPTSCHED\n"},
+    {"tag", RunTag, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting,
+     "Gives a keyword the generated tag, as if a program had written it.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman tag FIELD.DATA EQLDIMS\n"},
+    {"untag", RunUntag, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting,
+     "Takes the generated tag of a keyword away, which makes it the user's.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman untag FIELD.DATA EQLDIMS\n"},
+    {"note", RunNote, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting | TakesText,
+     "Sets the comment between a keyword's line and its data; empty takes it away.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman note FIELD.DATA EQUIL 'from the 2024 study'\n"},
+    {"above", RunAbove, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesBackup | TakesWriting | TakesText,
+     "Replaces the comment above a keyword; empty takes it away.",
+     ""
+     "With --json a line for each change: {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, old "
+     "null "
+     "for a keyword that is new, new null for one that goes.\n\n"
+     "Example:\n"
+     "  deckman above FIELD.DATA EQUIL 'two regions'\n"},
     {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.",
      "NAME in any case. With --json one object: {\"name\",\"text\"}.\n\n"
      "Example: a new table of relative permeabilities\n"

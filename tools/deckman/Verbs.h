@@ -24,6 +24,17 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunSet(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunInsert(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunRm(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunMv(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunCommentOut(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunSuppress(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunUnsuppress(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunTag(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunUntag(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunNote(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunAbove(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunClone(DeckSession& session, const Options& options, Output& out);
@@ -52,6 +63,12 @@ enum Takes : unsigned
     TakesDefaults = 1U << 8,       ///< --defaults
     TakesAt = 1U << 9,             ///< --at
     TakesDecks = 1U << 10,         ///< OLD, NEW
+    TakesValue = 1U << 11,         ///< VALUE
+    TakesText = 1U << 12,          ///< TEXT
+    TakesTarget = 1U << 13,        ///< WHERE2
+    TakesAfter = 1U << 14,         ///< --after
+    TakesWithComment = 1U << 15,   ///< --with-comment
+    TakesBackup = 1U << 27,        ///< --backup
     TakesName = 1U << 16,          ///< NAME
     TakesOutput = 1U << 17,        ///< -o
     TakesDirectory = 1U << 18,     ///< DIR
