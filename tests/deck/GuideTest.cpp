@@ -63,9 +63,9 @@ TEST(GuideTest, TheEditSessionDoesWhatItSays)
     const TestSupport::CleanEnvironment environment;
     LineEnds::SetPolicy(LineEnds::Policy::Keep);
     const TestSupport::TestDeck deck(
-        TestSupport::TestDeck::Texts{{"TOP.DATA", "RUNSPEC\n-- old\nTABDIMS\n 1  2 / x\nOIL\n"}});
+        TestSupport::TestDeck::Texts{{"TOP.DATA", "RUNSPEC\n\n-- old\nTABDIMS\n 1  2 / x\nOIL\n"}});
     MoreTables(deck.Dir().Path("TOP.DATA"));
-    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\n-- three regions\nTABDIMS\n 3  2 / x\nOIL\n");
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\n\n-- three regions\nTABDIMS\n 3  2 / x\nOIL\n");
 }
 
 } // namespace
