@@ -253,7 +253,7 @@ void KeywordFile::WriteToTemporary(bool partial)
         m_blocksAhead.try_emplace(nullptr, Blocks{{nullptr, nullptr}});
     }
     if (!m_commit) m_commit = std::make_unique<CommitState>();
-    CommitState::Written& written = m_commit->written.emplace();
+    CommitState::Written& written = m_commit->written.emplace(CommitState::Written{});
     written.partial = partial;
     if (IsPending()) written.sizeBefore = FileStatus::Of(m_commit->pending.Path()).size;
 
