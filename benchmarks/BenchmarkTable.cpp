@@ -16,6 +16,7 @@
 #include "benchmarks/DataReading.h"
 #include "benchmarks/DataWriting.h"
 #include "benchmarks/KeywordMemory.h"
+#include "benchmarks/KeywordSorting.h"
 #include "benchmarks/ProjectReopening.h"
 
 namespace {
@@ -122,6 +123,22 @@ bool CompareReopening(const std::string& work, const std::filesystem::path& deck
     PrintRow("an entry of its cache, without the name", fmt::format("{:.1f} B", result.bytesPerKeyword),
              fmt::format("{} keywords", result.keywords), "", "", "24 B", sizeMet, "");
     return met && sizeMet;
+}
+
+/// A sort against that of half as many keywords, and against the scan of the deck.
+int CompareSorting(const std::filesystem::path& folder, int keywords)
+{
+    const Benchmarks::SortingResult result = Benchmarks::MeasureSorting(folder, keywords, repeats);
+    int missed = 0;
+    const auto compare = [&](const std::string& work, const std::string& yardstick, double seconds, double budget) {
+        const double ratio = result.seconds / seconds;
+        missed += ratio > budget;
+        PrintRow(work, Time(result.seconds), yardstick, Time(seconds), fmt::format("{:.2f}", ratio),
+                 fmt::format("{:.1f} x", budget), ratio <= budget, "");
+    };
+    compare(fmt::format("sort {} keywords", keywords), fmt::format("sort {}", keywords / 2), result.halfSeconds, 2.3);
+    compare("the same", "the scan in-process", result.scanSeconds, 2.0);
+    return missed;
 }
 
 /// A write of ten million reals against its yardstick.
@@ -249,6 +266,7 @@ int main(int argc, char** argv)
         missed += !CompareExport("deckman copy, 500 MB of arrays", deckman, "copy", decks / "ARRAYS.DATA", "", 1.3);
         missed += !CompareMerges(deckman, decks, 100);
         missed += !CompareMerges(deckman, decks, 10);
+        missed += CompareSorting(decks, 100000);
         missed += !CompareWriting("write 10 million reals, all digits", Benchmarks::Reals::AllDigits, 1.5);
         missed += !CompareWriting("write 10 million reals, few digits", Benchmarks::Reals::FewDigits, 1.5);
 
