@@ -32,8 +32,9 @@ protected:
     TestSupport::CleanEnvironment m_environment;
     TestSupport::LogRecorder m_log;
     TestDeck m_deck{TestDeck::Texts{
-        {"TOP.DATA", "-- head\r\nRUNSPEC\r\n-- size\r\nDIMENS\r\n1 2 3 /\r\n\r\n-- phases\r\nOIL\r\nWATER\r\nINCLUDE\r\n"
-                     "'A.INC' /\r\nPROPS\r\nDENSITY\r\n1 2 3 /\r\nEND"},
+        {"TOP.DATA",
+         "-- head\r\nRUNSPEC\r\n-- size\r\nDIMENS\r\n1 2 3 /\r\n\r\n-- phases\r\nOIL\r\nWATER\r\nINCLUDE\r\n"
+         "'A.INC' /\r\nPROPS\r\nDENSITY\r\n1 2 3 /\r\nEND"},
         {"A.INC", "GAS\n-- tables\nTABDIMS\n1 2 /\nEQLDIMS\n3 /\n-- end\n"}}};
 };
 

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <exception>
+#include <unordered_set>
 
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/Environment.h>
@@ -117,10 +118,35 @@ DeckManager::IDeck& DeckSession::Import(const std::string& path, const char* nam
     return *deck;
 }
 
+DeckManager::IDeckKeywordsEditor& DeckSession::Editor()
+{
+    return *m_manager->GetEditor(m_deck);
+}
+
+std::vector<DeckManager::IKeywordFile*> DeckSession::FilesInDeckOrder() const
+{
+    // By the INCLUDE keywords, a file ahead of what it includes: no walk over all keywords is needed.
+    std::vector<DeckManager::IKeywordFile*> files;
+    std::unordered_set<const DeckManager::IKeywordFile*> seen;
+    std::vector<DeckManager::IKeywordFile*> waiting{m_keywords->GetDataFile()};
+    while (!waiting.empty()) {
+        DeckManager::IKeywordFile* file = waiting.back();
+        waiting.pop_back();
+        if (!seen.insert(file).second) continue;
+        files.push_back(file);
+        const std::vector<DeckManager::KeywordFileIterator>& includes = file->GetINCLUDEKeywords();
+        for (auto include = includes.rbegin(); include != includes.rend(); ++include) {
+            if (DeckManager::IKeywordFile* included = m_keywords->GetIncludedFile(**include))
+                waiting.push_back(included);
+        }
+    }
+    return files;
+}
+
 void DeckSession::SaveCache()
 {
     // The editor stores it when it lets go of a deck.
-    m_manager->GetEditor(m_deck)->Close();
+    Editor().Close();
 }
 
 int DeckSession::FileNumber(DeckManager::IKeywordFile* file)

@@ -21,6 +21,7 @@
 #include "Progress.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
+class IDeckKeywordsEditor;
 class IKeyword;
 class IKeywordFile;
 } // namespace Tarn::Fjel::Core::DeckManager
@@ -88,6 +89,10 @@ public:
     DeckManager::IDeck& OpenBeside(const std::string& path);
     DeckManager::IDeckManager& Manager() const { return *m_manager; }
     DeckManager::IDeck& EditedDeck() const { return *m_deck; }
+    /// The editor, working on the deck.
+    DeckManager::IDeckKeywordsEditor& Editor();
+    /// All files of the deck, each once, in deck order; what stands behind the ends of files counts too.
+    std::vector<DeckManager::IKeywordFile*> FilesInDeckOrder() const;
 
     /// Stores what is known of the deck's files in the cache of the project. A session that ends does so by itself.
     void SaveCache();

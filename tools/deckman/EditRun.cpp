@@ -1,115 +1,91 @@
 #include "EditRun.h"
 
+#include <iterator>
+
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
-#include <fmt/format.h>
+#include <deckmanager/TextToCommit.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/FileUtils.h>
 
 #include "DeckSession.h"
-#include "DeckWalk.h"
-#include "Json.h"
-#include "Schedule.h"
 #include "UnifiedDiff.h"
 
 namespace Deckman {
 
-EditRun::EditRun(DeckSession& session, const Options& options)
-    : m_session(session), m_options(options), m_editor(*session.Manager().GetEditor(&session.EditedDeck()))
+namespace {
+
+std::string WithLineFeeds(std::string text)
 {
+    std::erase(text, '\r');
+    return text;
 }
 
-Where::Place EditRun::Find(const std::string& where) const
+std::string TextOnDisk(const DeckManager::IKeywordFile& file)
 {
-    Where::Place place = Where::Parse(where).Find(m_session, LimitsOf(m_session, m_options));
-    RequireOne(where, place);
-    return place;
+    Service::FileInputStream stream(file.GetFileName().GetFullName());
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-Where::Place EditRun::FindKeyword(const std::string& where, std::string_view verb) const
-{
-    Where::Place place = Where::Parse(where).FindKeyword(m_session, LimitsOf(m_session, m_options), verb);
-    RequireOne(where, place);
-    return place;
-}
+} // namespace
 
-/// A look at the first of several does no harm, but a change of it may be another one than was meant.
-void EditRun::RequireOne(const std::string& where, const Where::Place& place) const
+EditRun::EditRun(DeckSession& session, const Options& options) : m_session(session), m_options(options)
 {
-    constexpr std::size_t mostShown = 5;
-    const std::string_view keyword = std::string_view(where).substr(0, where.find_first_of("[.'\""));
-    if (keyword.find_first_of("#@:") != std::string_view::npos) return;
-    const bool namesSection = keyword.find('/') != std::string_view::npos;
-    const WhereLimits limits = LimitsOf(m_session, m_options);
-    const auto section = m_session.Keywords().SectionOf(place.position);
-    std::string places;
-    std::size_t count = 0;
-    for (DeckWalk walk(m_session, limits.all); walk.Next();) {
-        if (!limits.Hold(walk.Index()) || walk.Keyword().GetName() != place.keyword->GetName()) continue;
-        if (namesSection && walk.Section() != section) continue;
-        if (++count <= mostShown)
-            places += fmt::format("\n{} is at {}, also @{}", count, m_session.PlaceOf(walk.Keyword()), walk.Index());
+    for (DeckManager::IKeywordFile* file : session.FilesInDeckOrder()) {
+        if (file->IsModified()) m_changed.push_back(file);
     }
-    if (count < 2) return;
-    if (count > mostShown) places += "\n...";
-    throw Failure(NotThere,
-                  fmt::format("{} stands in the deck {} times; {}#1 is the first, {}#2 the second.{}",
-                              place.keyword->GetName(), count, keyword, keyword, places),
-                  where);
 }
 
-void EditRun::Finish(Output& out)
+void EditRun::Finish()
 {
-    if (m_options.dryRun) {
-        Print(out);
-        return;
-    }
-    if (m_options.backup) KeepOldFiles();
     try {
-        m_editor.Commit();
+        if (m_options.dryRun)
+            MakeTexts();
+        else
+            Commit();
     } catch (const Service::Exception& exception) {
         throw Failure(FileFailure, exception.what(), m_options.deck);
     }
-    if (m_options.json) Print(out);
 }
 
-void EditRun::KeepOldFiles() const
+void EditRun::MakeTexts()
 {
-    for (DeckManager::IKeywordFile* file : m_session.Keywords().GetFiles()) {
-        const Service::FileName& name = file->GetFileName();
-        if (!file->IsModified() || !name.FileExists()) continue;
-        Service::FileName old = name;
-        old.SetFileName(name.GetFileName() + "~");
-        if (!Service::FileUtils::Copy(name, old, true))
-            throw Failure(FileFailure, "The old file cannot be kept as " + old.GetFullName() + ".",
-                          m_session.PlaceOf(*file));
+    for (const DeckManager::IKeywordFile* file : m_changed) {
+        DeckManager::TextToCommit made = DeckManager::TextToCommit::Of(*file);
+        auto line = made.lines.begin();
+        for (DeckManager::KeywordFileIterator place = file->Begin(); place != file->End(); ++place)
+            m_lines.emplace(*place, *line++);
+        m_texts.push_back({file, std::move(made.text)});
     }
 }
 
-void EditRun::Print(Output& out) const
+void EditRun::Commit()
+{
+    if (m_options.backup) {
+        for (const DeckManager::IKeywordFile* file : m_changed) {
+            const Service::FileName& name = file->GetFileName();
+            if (!name.FileExists()) continue;
+            const Service::FileName backup(name.GetFullName() + "~");
+            if (Service::FileUtils::Copy(name, backup, true)) continue;
+            throw Failure(FileFailure, "The file could not be copied for --backup; nothing is changed.",
+                          m_session.PlaceOf(*file));
+        }
+    }
+    m_session.Editor().Commit();
+}
+
+int EditRun::NewLine(const DeckManager::IKeyword& keyword) const
+{
+    const auto found = m_lines.find(&keyword);
+    return found != m_lines.end() ? found->second : keyword.GetLine();
+}
+
+void EditRun::PrintDiff(Output& out) const
 {
     UnifiedDiff diff(out);
-    const auto appendText = [&out](const std::string& text) {
-        if (text.empty())
-            out.Append("null");
-        else
-            AppendJsonString(out, text);
-    };
-    for (const Change& change : m_changes) {
-        if (!m_options.json) {
-            diff.Add(m_session.PlaceOf(*change.file), change.line, change.before, change.after);
-            continue;
-        }
-        out.Append("{\"action\":\"changed\",\"file\":");
-        AppendJsonString(out, m_session.Shown(change.file->GetFileName()));
-        out.Append(fmt::format(",\"line\":{},\"name\":", change.line));
-        AppendJsonString(out, change.name);
-        out.Append(",\"old\":");
-        appendText(change.before);
-        out.Append(",\"new\":");
-        appendText(change.after);
-        out.Append("}\n");
-    }
+    for (const NewText& made : m_texts)
+        diff.AddFile(m_session.PlaceOf(*made.file), WithLineFeeds(TextOnDisk(*made.file)), WithLineFeeds(made.text));
 }
 
 } // namespace Deckman

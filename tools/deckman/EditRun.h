@@ -1,59 +1,53 @@
 #pragma once
 
 #include <string>
-#include <string_view>
+#include <unordered_map>
 #include <vector>
 
-#include "Where.h"
+#include "Output.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
-class IDeckKeywordsEditor;
+class IKeyword;
 class IKeywordFile;
 } // namespace Tarn::Fjel::Core::DeckManager
 
 namespace Deckman {
 
 class DeckSession;
-class Output;
 struct Options;
 
-/// The edits of one command: made in memory, and then shown or brought to the disk.
+/// The last step of a verb that has edited its deck in memory: the changed files are written, all or none, or with
+/// --dry-run none is.
 class EditRun
 {
 public:
     EditRun(DeckSession& session, const Options& options);
 
-    Tarn::Fjel::Core::DeckManager::IDeckKeywordsEditor& Editor() const { return m_editor; }
+    /// Commits; with --backup each changed file is copied to `FILE~` before. With --dry-run makes the new texts
+    /// instead. Throws `Failure` when that can't be done: the files are then as they were.
+    void Finish();
 
-    /// The one keyword at a place, with the path behind it. Throws `Failure` when there is none, and when a name alone
-    /// doesn't say which of several is meant.
-    Where::Place Find(const std::string& where) const;
-    /// The same, without a path.
-    Where::Place FindKeyword(const std::string& where, std::string_view verb) const;
+    /// The line of a keyword in its file's new text, once finished; -1 for one that is none any more.
+    int NewLine(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword) const;
 
-    /// A keyword's text was, and is. Empty: there was no such keyword, or there is none any more.
-    struct Change
-    {
-        const Tarn::Fjel::Core::DeckManager::IKeywordFile* file;
-        int line; ///< as the file stands on the disk
-        std::string name;
-        std::string before;
-        std::string after;
-    };
-    void Add(Change change) { m_changes.push_back(std::move(change)); }
-
-    /// Tells what has changed, and commits unless nothing is to be done. Throws `Failure` when that fails.
-    void Finish(Output& out);
+    /// After a --dry-run: what would change, as a unified diff, file by file in deck order.
+    void PrintDiff(Output& out) const;
 
 private:
-    void RequireOne(const std::string& where, const Where::Place& place) const;
-    void Print(Output& out) const;
-    void KeepOldFiles() const;
+    struct NewText
+    {
+        const Tarn::Fjel::Core::DeckManager::IKeywordFile* file;
+        std::string text;
+    };
+
+    void MakeTexts();
+    void Commit();
 
     DeckSession& m_session;
     const Options& m_options;
-    Tarn::Fjel::Core::DeckManager::IDeckKeywordsEditor& m_editor;
-    std::vector<Change> m_changes;
+    std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*> m_changed;
+    std::vector<NewText> m_texts; ///< of a --dry-run
+    std::unordered_map<const Tarn::Fjel::Core::DeckManager::IKeyword*, int> m_lines;
 };
 
 } // namespace Deckman

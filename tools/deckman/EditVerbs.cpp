@@ -21,8 +21,8 @@
 #include <tarn/service/Strings.h>
 
 #include "DeckSession.h"
-#include "EditRun.h"
 #include "InputText.h"
+#include "KeywordEdits.h"
 #include "Sections.h"
 #include "Verbs.h"
 
@@ -43,9 +43,9 @@ using Outcome = DataTextEditor::Outcome;
 
 /// Makes one change of one keyword.
 ExitStatus ChangeKeyword(DeckSession& session, const Options& options, Output& out, std::string_view verb,
-                         const std::function<bool(EditRun&, const Where::Place&)>& change)
+                         const std::function<bool(KeywordEdits&, const Where::Place&)>& change)
 {
-    EditRun run(session, options);
+    KeywordEdits run(session, options);
     const Where::Place place = run.FindKeyword(options.where, verb);
     const DeckManager::IKeyword& keyword = *place.keyword;
     const std::string before = DeckManager::KeywordText(keyword).All();
@@ -144,7 +144,7 @@ const Keywords::IKeywordSyntax& SyntaxFor(const std::string& name, SectionType s
 
 ExitStatus RunSet(DeckSession& session, const Options& options, Output& out)
 {
-    EditRun run(session, options);
+    KeywordEdits run(session, options);
     const Where::Place place = run.Find(options.where);
     const DeckManager::IKeyword& keyword = *place.keyword;
     if (place.items.IsEmpty()) throw Failure(WrongUsage, "WHERE names no item; TABDIMS.3 does.", options.where);
@@ -167,7 +167,7 @@ ExitStatus RunSet(DeckSession& session, const Options& options, Output& out)
 
 ExitStatus RunInsert(DeckSession& session, const Options& options, Output& out)
 {
-    EditRun run(session, options);
+    KeywordEdits run(session, options);
     const Where::Place place = run.FindKeyword(options.where, "insert");
     const std::string text = GivenText(options);
     const std::string name = Service::Uppercased(std::string(KeywordName(text)));
@@ -190,7 +190,7 @@ ExitStatus RunInsert(DeckSession& session, const Options& options, Output& out)
 
 ExitStatus RunRm(DeckSession& session, const Options& options, Output& out)
 {
-    EditRun run(session, options);
+    KeywordEdits run(session, options);
     const Where::Place place = run.FindKeyword(options.where, "rm");
     const DeckManager::IKeyword& keyword = *place.keyword;
     DeckManager::IKeywordFile& file = *keyword.GetFile();
@@ -210,7 +210,7 @@ ExitStatus RunRm(DeckSession& session, const Options& options, Output& out)
 
 ExitStatus RunMv(DeckSession& session, const Options& options, Output& out)
 {
-    EditRun run(session, options);
+    KeywordEdits run(session, options);
     const Where::Place from = run.FindKeyword(options.where, "mv");
     const Where::Place to = run.FindKeyword(options.target, "mv");
     const DeckManager::IKeyword& keyword = *from.keyword;
@@ -222,8 +222,8 @@ ExitStatus RunMv(DeckSession& session, const Options& options, Output& out)
     const int line = LineOf(file, position, *to.keyword);
     if (!run.Editor().MoveKeyword(session.Keywords().GetFileIterator(from.position), position))
         Refuse(session, keyword, fmt::format("{} stands there already, or cannot go there.", keyword.GetName()));
-    EditRun::Change leaves{&oldFile, oldLine, keyword.GetName(), text, {}};
-    EditRun::Change arrives{&file, line, keyword.GetName(), {}, text};
+    KeywordEdits::Change leaves{&oldFile, oldLine, keyword.GetName(), text, {}};
+    KeywordEdits::Change arrives{&file, line, keyword.GetName(), {}, text};
     // A diff tells changes in the order of the lines.
     if (&file == &oldFile && line < oldLine) std::swap(leaves, arrives);
     run.Add(std::move(leaves));
@@ -234,27 +234,28 @@ ExitStatus RunMv(DeckSession& session, const Options& options, Output& out)
 
 ExitStatus RunCommentOut(DeckSession& session, const Options& options, Output& out)
 {
-    return ChangeKeyword(session, options, out, "comment-out", [](EditRun& run, const Where::Place& place) {
+    return ChangeKeyword(session, options, out, "comment-out", [](KeywordEdits& run, const Where::Place& place) {
         return run.Editor().CommentOut(place.position);
     });
 }
 
 ExitStatus RunSuppress(DeckSession& session, const Options& options, Output& out)
 {
-    return ChangeKeyword(session, options, out, "suppress",
-                         [](EditRun& run, const Where::Place& place) { return run.Editor().Suppress(place.position); });
+    return ChangeKeyword(session, options, out, "suppress", [](KeywordEdits& run, const Where::Place& place) {
+        return run.Editor().Suppress(place.position);
+    });
 }
 
 ExitStatus RunUnsuppress(DeckSession& session, const Options& options, Output& out)
 {
-    return ChangeKeyword(session, options, out, "unsuppress", [](EditRun& run, const Where::Place& place) {
+    return ChangeKeyword(session, options, out, "unsuppress", [](KeywordEdits& run, const Where::Place& place) {
         return run.Editor().Unsuppress(place.position);
     });
 }
 
 ExitStatus RunTag(DeckSession& session, const Options& options, Output& out)
 {
-    return ChangeKeyword(session, options, out, "tag", [](EditRun& run, const Where::Place& place) {
+    return ChangeKeyword(session, options, out, "tag", [](KeywordEdits& run, const Where::Place& place) {
         run.Editor().TagKeyword(place.keyword);
         return place.keyword->IsGenerated();
     });
@@ -262,7 +263,7 @@ ExitStatus RunTag(DeckSession& session, const Options& options, Output& out)
 
 ExitStatus RunUntag(DeckSession& session, const Options& options, Output& out)
 {
-    return ChangeKeyword(session, options, out, "untag", [&](EditRun& run, const Where::Place& place) {
+    return ChangeKeyword(session, options, out, "untag", [&](KeywordEdits& run, const Where::Place& place) {
         run.Editor().UntagKeyword(place.keyword);
         if (place.keyword->IsInGeneratedFile())
             Refuse(session, *place.keyword, "The file is generated as a whole, and each of its keywords with it.");
@@ -273,14 +274,14 @@ ExitStatus RunUntag(DeckSession& session, const Options& options, Output& out)
 ExitStatus RunNote(DeckSession& session, const Options& options, Output& out)
 {
     const std::string text = WithLead(GivenText(options), " ", {});
-    return ChangeKeyword(session, options, out, "note", [&](EditRun& run, const Where::Place& place) {
+    return ChangeKeyword(session, options, out, "note", [&](KeywordEdits& run, const Where::Place& place) {
         return run.Editor().SetComment(place.position, text) && (text.empty() || place.keyword->GetComment() == text);
     });
 }
 
 ExitStatus RunAbove(DeckSession& session, const Options& options, Output& out)
 {
-    EditRun run(session, options);
+    KeywordEdits run(session, options);
     const Where::Place place = run.FindKeyword(options.where, "above");
     const DeckManager::IKeyword& keyword = *place.keyword;
     const std::string before = session.Keywords().GetComment(place.position, true);

@@ -6,7 +6,7 @@ namespace Deckman {
 
 /// What `deckman --help` prints: all verbs, the forms of a place and the common options on one screen, 80 columns wide.
 inline constexpr std::string_view helpText =
-    R"(deckman lists, shows and searches the input deck of a reservoir simulation.
+    R"(deckman lists, shows, searches and edits the deck of a reservoir simulation.
 
   deckman ls DECK           the keywords in deck order
   deckman tree DECK         the files and what includes what, grid files too
@@ -20,6 +20,7 @@ inline constexpr std::string_view helpText =
   deckman merge OLD NEW     carry a user's work into a deck that was made anew
   deckman check DECK        what is wrong with the deck
   deckman template NAME     the text to start a keyword from
+  deckman sort DECK         put keywords ahead of those that need them
   deckman flatten DECK -o FILE    the deck in one file
   deckman copy DECK DIR           the deck with all its files in another folder
   deckman clone DECK --suffix S   the deck beside itself

@@ -106,13 +106,14 @@ void AddSyntax(CLI::App& verb, Options& options)
 }
 
 /// What the verbs that write take.
-void AddWriting(CLI::App& verb, Options& options)
+void AddWriting(CLI::App& verb, bool isEdit, Options& options)
 {
     const auto toLineEnds = [&options](const std::string& kind) {
         if (kind != "crlf" && kind != "keep") throw CLI::ValidationError("--eol", "crlf or keep is expected.");
         options.crLf = kind == "crlf";
     };
     verb.add_flag("--dry-run", options.dryRun, "say what would be done, and do nothing");
+    if (isEdit) verb.add_flag("--backup", options.backup, "leave each old file beside the new one, as FILE~");
     verb.add_option_function<std::string>("--eol", toLineEnds, "line ends: crlf, or keep, those of the files")
         ->type_name("KIND");
 }
@@ -225,7 +226,6 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
         verb->add_option("TEXT", options.text, "the text, - for standard input")->required()->type_name("");
     if (takes(TakesAfter)) verb->add_flag("--after", options.after, "behind that keyword, and not ahead of it");
     if (takes(TakesWithComment)) verb->add_flag("--with-comment", options.withComment, "with the comment above it");
-    if (takes(TakesBackup)) verb->add_flag("--backup", options.backup, "keep each old file beside the new, as FILE~");
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
     if (takes(TakesFilter)) AddFilter(*verb, options);
     if (takes(TakesAll)) AddAll(*verb, options);
@@ -245,7 +245,7 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     AddProject(*verb, entry.takes, options);
     AddExport(*verb, entry.takes, options);
     if (takes(TakesMerge)) AddMerge(*verb, options);
-    if (takes(TakesWriting)) AddWriting(*verb, options);
+    if (takes(TakesWriting)) AddWriting(*verb, takes(TakesBackup), options);
     if (takes(TakesDefaults)) verb->add_flag("--defaults", options.defaults, "fill in the defaults that are known");
 }
 

@@ -35,7 +35,6 @@ struct Options
     std::string target;              ///< mv: where it goes
     bool after = false;              ///< insert, mv: behind the keyword, and not ahead of it
     bool withComment = false;        ///< rm
-    bool backup = false;             ///< old files stay beside the new ones
     std::string newDeck;             ///< diff, merge; `deck` is the old one
     std::string regex;               ///< find
     std::string at;                  ///< a date; empty for any
@@ -55,6 +54,7 @@ struct Options
     std::string from;      ///< a range of keywords, both ends included; empty: from the first
     std::string to;        ///< empty: to the last
     bool rewrite = false;  ///< keywords are written from their data
+    bool backup = false;   ///< the old files stay beside the new ones
     bool dryRun = false;   ///< say what would be done, and do nothing
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
 

@@ -1,9 +1,14 @@
 #include "UnifiedDiff.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include <fmt/format.h>
+
+#include "SequenceAlignment.h"
 
 namespace Deckman {
 
@@ -20,6 +25,13 @@ std::vector<std::string_view> LinesOf(std::string_view text)
         text.remove_prefix(std::min(line.size() + 1, text.size()));
     }
     return lines;
+}
+
+std::vector<std::uint64_t> HashesOf(const std::vector<std::string_view>& lines)
+{
+    std::vector<std::uint64_t> hashes(lines.size());
+    std::transform(lines.begin(), lines.end(), hashes.begin(), std::hash<std::string_view>());
+    return hashes;
 }
 
 /// "12,3"; a stretch without lines counts from the line ahead of it.
@@ -44,10 +56,7 @@ void UnifiedDiff::Add(const std::string& file, int line, std::string_view before
         ++tail;
     if (head == old.size() && head == changed.size()) return;
 
-    if (file != m_file) {
-        m_out.Append(fmt::format("--- {0}\n+++ {0}\n", file), Style::Strong);
-        m_file = file;
-    }
+    PrintHeading(file);
     const std::size_t begin = head - std::min(head, contextLines);
     const std::size_t behind = std::min(tail, contextLines);
     const std::size_t oldEnd = old.size() - tail;
@@ -57,20 +66,65 @@ void UnifiedDiff::Add(const std::string& file, int line, std::string_view before
     m_out.Append(fmt::format("@@ -{} +{} @@\n", Stretch(first, oldEnd + behind - begin),
                              Stretch(first + shift, changedEnd + behind - begin)),
                  Style::Faint);
-    const auto print = [this](char mark, std::string_view text) {
-        m_out.Append(mark);
-        m_out.Append(text);
-        m_out.Append('\n');
-    };
     for (std::size_t i = begin; i < head; ++i)
-        print(' ', old[i]);
+        PrintLine(' ', old[i]);
     for (std::size_t i = head; i < oldEnd; ++i)
-        print('-', old[i]);
+        PrintLine('-', old[i]);
     for (std::size_t i = head; i < changedEnd; ++i)
-        print('+', changed[i]);
+        PrintLine('+', changed[i]);
     for (std::size_t i = oldEnd; i < oldEnd + behind; ++i)
-        print(' ', old[i]);
+        PrintLine(' ', old[i]);
     shift += static_cast<long long>(changed.size()) - static_cast<long long>(old.size());
+}
+
+void UnifiedDiff::AddFile(const std::string& file, std::string_view before, std::string_view after)
+{
+    const std::vector<std::string_view> old = LinesOf(before);
+    const std::vector<std::string_view> changed = LinesOf(after);
+    const std::vector<std::pair<int, int>> pairs = Align(HashesOf(old), HashesOf(changed));
+    const std::vector<Gap> gaps = GapsAround(pairs, static_cast<int>(old.size()), static_cast<int>(changed.size()));
+    const auto context = static_cast<int>(contextLines);
+    for (std::size_t first = 0; first < gaps.size();) {
+        std::size_t behind = first + 1;
+        while (behind < gaps.size() && gaps[behind].beginA - gaps[behind - 1].endA <= 2 * context)
+            ++behind;
+        const Gap& last = gaps[behind - 1];
+        const int lead = std::min(gaps[first].beginA, context);
+        const int trail = std::min(static_cast<int>(old.size()) - last.endA, context);
+        PrintHeading(file);
+        const auto stretch = [](int begin, int end) {
+            return Stretch(begin + 1, static_cast<std::size_t>(end - begin));
+        };
+        m_out.Append(fmt::format("@@ -{} +{} @@\n", stretch(gaps[first].beginA - lead, last.endA + trail),
+                                 stretch(gaps[first].beginB - lead, last.endB + trail)),
+                     Style::Faint);
+        int shown = gaps[first].beginA - lead;
+        const auto printOld = [&](char mark, int end) {
+            for (; shown < end; ++shown)
+                PrintLine(mark, old[static_cast<std::size_t>(shown)]);
+        };
+        for (; first < behind; ++first) {
+            printOld(' ', gaps[first].beginA);
+            printOld('-', gaps[first].endA);
+            for (int i = gaps[first].beginB; i < gaps[first].endB; ++i)
+                PrintLine('+', changed[static_cast<std::size_t>(i)]);
+        }
+        printOld(' ', last.endA + trail);
+    }
+}
+
+void UnifiedDiff::PrintHeading(const std::string& file)
+{
+    if (file == m_file) return;
+    m_out.Append(fmt::format("--- {0}\n+++ {0}\n", file), Style::Strong);
+    m_file = file;
+}
+
+void UnifiedDiff::PrintLine(char mark, std::string_view text)
+{
+    m_out.Append(mark);
+    m_out.Append(text);
+    m_out.Append('\n');
 }
 
 } // namespace Deckman

@@ -18,7 +18,13 @@ public:
     /// From line `line` of `file` on (from 1), `before` becomes `after`. Both with "\n" between lines, and whole lines.
     void Add(const std::string& file, int line, std::string_view before, std::string_view after);
 
+    /// The whole of `file`: as many hunks as there are changes that don't lie close to each other.
+    void AddFile(const std::string& file, std::string_view before, std::string_view after);
+
 private:
+    void PrintHeading(const std::string& file);
+    void PrintLine(char mark, std::string_view text);
+
     Output& m_out;
     std::string m_file;
     std::map<std::string, long long> m_shifts; ///< by how many lines what follows has moved, for each file

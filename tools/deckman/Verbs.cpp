@@ -167,6 +167,16 @@ constexpr VerbEntry verbs[] = {
      "NAME in any case. With --json one object: {\"name\",\"text\"}.\n\n"
      "Example: a new table of relative permeabilities\n"
      "  deckman template SWOF\n"},
+    {"sort", RunSort, TakesDeck | TakesWriting | TakesBackup,
+     "Moves keywords that must stand ahead of others there, each file by itself.",
+     "deckman syntax NAME tells what a keyword stands after. TITLE goes straight behind RUNSPEC, and SKIPREST to the "
+     "head of SCHEDULE. A keyword takes the comment above it along; a refinement or a box is sorted by itself. What "
+     "stands in order stays. All files are written, or none.\n"
+     "With --json a line for each keyword that moves: "
+     "{\"action\":\"moved\",\"name\",\"file\",\"line\",\"newFile\",\"newLine\"}.\n\n"
+     "Example: what would move, and the same with the old files kept\n"
+     "  deckman sort FIELD.DATA --dry-run\n"
+     "  deckman sort FIELD.DATA --backup\n"},
     {"flatten", RunFlatten, TakesDeck | TakesOutput | TakesRange | TakesAll | TakesRewrite | TakesWriting,
      "Writes a deck into one file, with what each INCLUDE includes in its place.",
      "What stands behind the deck's end is written too, and so are all comments. An INCLUDE that brings "

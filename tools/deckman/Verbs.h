@@ -38,6 +38,7 @@ ExitStatus RunAbove(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunClone(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunSort(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunTemplate(Messages& messages, const Options& options, Output& out);
 ExitStatus RunDiff(Messages& messages, const Options& options, Output& out);
 ExitStatus RunMerge(Messages& messages, const Options& options, Output& out);
@@ -68,7 +69,6 @@ enum Takes : unsigned
     TakesTarget = 1U << 13,        ///< WHERE2
     TakesAfter = 1U << 14,         ///< --after
     TakesWithComment = 1U << 15,   ///< --with-comment
-    TakesBackup = 1U << 27,        ///< --backup
     TakesName = 1U << 16,          ///< NAME
     TakesOutput = 1U << 17,        ///< -o
     TakesDirectory = 1U << 18,     ///< DIR
@@ -80,6 +80,7 @@ enum Takes : unsigned
     TakesNewDeck = 1U << 24,       ///< NAME, DECK
     TakesNewProjectDir = 1U << 26, ///< NEWDIR, --replace
     TakesMerge = 1U << 25,         ///< -o DIR, --comments, --map, --exclude, --into-edited, --allow-truncated
+    TakesBackup = 1U << 27,        ///< --backup: the verb changes the files of the deck
 };
 
 /// A verb that works on the one deck that it names, or one that opens what it needs by itself.
