@@ -170,6 +170,11 @@ TEST_F(Edit, SaysWhenAFileCannotBeWritten)
     EXPECT_THAT(outcome.err, HasSubstr("Fails to commit changes due to insufficient privileges to create/modify:"));
     EXPECT_THAT(outcome.err, HasSubstr("a.inc"));
     EXPECT_TRUE(IsAsBefore());
+    // What an earlier run has kept is still there, and nothing besides.
+    m_folder.Write("a.inc~", "older");
+    EXPECT_EQ(Deckman({"set", "x.DATA", "EQLDIMS.0", "3", "--backup"}, run).status, 3);
+    EXPECT_EQ(m_folder.Read("a.inc~"), "older");
+    EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA");
 }
 
 } // namespace DeckmanTests

@@ -7,6 +7,7 @@
 #include <deckmanager/IKeywordFile.h>
 #include <deckmanager/TextToCommit.h>
 #include <tarn/service/FileStream.h>
+#include <tarn/service/FileSystem.h>
 #include <tarn/service/FileUtils.h>
 
 #include "DeckSession.h"
@@ -60,19 +61,48 @@ void EditRun::MakeTexts()
     }
 }
 
+/// An older backup goes only when its file has changed: an edit that is refused must not cost it.
 void EditRun::Commit()
 {
-    if (m_options.backup) {
-        for (const DeckManager::IKeywordFile* file : m_changed) {
-            const Service::FileName& name = file->GetFileName();
-            if (!name.FileExists()) continue;
-            const Service::FileName backup(name.GetFullName() + "~");
-            if (Service::FileUtils::Copy(name, backup, true)) continue;
+    std::vector<Backup> backups;
+    try {
+        if (m_options.backup) MakeBackups(backups);
+        m_session.Editor().Commit();
+    } catch (...) {
+        Settle(backups);
+        throw;
+    }
+    Settle(backups);
+}
+
+void EditRun::Settle(const std::vector<Backup>& backups) const
+{
+    Service::FileSystem& files = Service::FileSystem::Instance();
+    Service::FileSystem::ErrorCode error;
+    for (const Backup& backup : backups) {
+        const std::string& copy = backup.copy.GetFullName();
+        if (backup.file->IsModified())
+            files.Unlink(copy, error);
+        else if (!files.Rename(copy, backup.name.GetFullName(), error))
+            m_session.Log().Warning(m_session.PlaceOf(*backup.file), "The old file is kept as " + copy + ".");
+    }
+}
+
+void EditRun::MakeBackups(std::vector<Backup>& backups) const
+{
+    for (const DeckManager::IKeywordFile* file : m_changed) {
+        const Service::FileName& name = file->GetFileName();
+        if (!name.FileExists()) continue;
+        const Service::FileName backup(name.GetFullName() + "~");
+        const Service::FileName copy =
+            Service::FileUtils::ConstructUniqueName(Service::FileName(backup.GetFullName() + ".tmp"));
+        const bool isBlocked = backup.FileExists() && !backup.IsFile();
+        if (isBlocked || !Service::FileUtils::Copy(name, copy, false)) {
             throw Failure(FileFailure, "The file could not be copied for --backup; nothing is changed.",
                           m_session.PlaceOf(*file));
         }
+        backups.push_back({file, copy, backup});
     }
-    m_session.Editor().Commit();
 }
 
 int EditRun::NewLine(const DeckManager::IKeyword& keyword) const

@@ -4,6 +4,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include <tarn/service/FileName.h>
+
 #include "Output.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -40,8 +42,17 @@ private:
         std::string text;
     };
 
+    struct Backup
+    {
+        const Tarn::Fjel::Core::DeckManager::IKeywordFile* file;
+        Tarn::Fjel::Core::Service::FileName copy; ///< of the old text, until the new one is in its place
+        Tarn::Fjel::Core::Service::FileName name;
+    };
+
     void MakeTexts();
     void Commit();
+    void MakeBackups(std::vector<Backup>& backups) const;
+    void Settle(const std::vector<Backup>& backups) const;
 
     DeckSession& m_session;
     const Options& m_options;
