@@ -335,15 +335,6 @@ void KeywordFile::GoBack(const Service::FileName& name, const Service::FileStatu
     m_status = status;
 }
 
-void KeywordFile::SetFileName(const Service::FileName& name)
-{
-    m_fileName = name;
-    if (IsPending())
-        m_fileReader->SetFile(name.GetFullName());
-    else
-        m_fileReader->SetPath(name.GetFullName());
-}
-
 // --- the text ------------------------------------------------------------------------------------
 
 std::string KeywordFile::HeaderText() const

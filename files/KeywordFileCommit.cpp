@@ -155,6 +155,18 @@ void KeywordFile::ResetContents()
     LinkCounter::Changed();
 }
 
+void KeywordFile::SetFileName(const FileName& name)
+{
+    m_fileName = name;
+    if (!IsPending()) {
+        m_fileReader->SetPath(name.GetFullName());
+        return;
+    }
+    m_fileReader->SetFile(name.GetFullName());
+    // The end of the file is still to be read there.
+    if (m_commit->rest) m_commit->rest->reader->SetPath(name.GetFullName());
+}
+
 bool KeywordFile::SetHeaderComment(const std::string& text)
 {
     Contents();

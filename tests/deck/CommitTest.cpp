@@ -327,6 +327,21 @@ TEST_F(CommitTest, OneFileGoesAhead)
     EXPECT_FALSE(deck.File("A.INC").IsModified());
 }
 
+TEST_F(CommitTest, AFileThatHasGoneAheadIsRenamed)
+{
+    const TestDeck deck(
+        TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\n"}, {"A.INC", "EQLDIMS\n2 /\n-- end\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    KeywordFile& file = deck.File("A.INC");
+    editor.SetDataText(deck.At("EQLDIMS"), " 3 /");
+    editor.CommitFile(&file);
+    EXPECT_TRUE(editor.ApplyFileRenames({{FileName("A.INC"), FileName("B.INC")}}, false));
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\nINCLUDE\n'B.INC' /\n");
+    EXPECT_EQ(deck.Dir().Read("B.INC"), "EQLDIMS\n 3 /\n-- end\n");
+    EXPECT_EQ(deck.Dir().Listing(), "B.INC TOP.DATA");
+}
+
 TEST_F(CommitTest, AFileIsOverwritten)
 {
     const TestDeck deck(
