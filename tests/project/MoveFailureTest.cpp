@@ -46,8 +46,8 @@ struct SmallProject
         tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include("../../../out/o.inc") + "TABDIMS\n 1 /\n");
         tree.WriteTop("e/e.DATA", "RUNSPEC\n" + Include("../../../out/o.inc"));
         tree.WriteTop("f/f.DATA", "RUNSPEC\n" + Include("../../../out/o.inc") + Include(tree.OldDir() + "/f/g.inc"));
-        tree.Write("work/proj/f/g.inc", "GAS\n");
-        fs::create_symlink("../../../out/o.inc", tree.Dir().Path("work/proj/f/link.inc"));
+        tree.Write("zone/proj/f/g.inc", "GAS\n");
+        fs::create_symlink("../../../out/o.inc", tree.Dir().Path("zone/proj/f/link.inc"));
         tree.Write("new/deep/p/was/here", "x");
         includes = tree.IncludesOf(tree.OldDir());
         oldContent = ProjectTree::ContentOf(tree.OldDir());
@@ -80,12 +80,12 @@ struct SmallProject
         EXPECT_EQ(ProjectTree::ContentOf(tree.OldDir()), oldContent);
         EXPECT_EQ(ProjectTree::ContentOf(NewDir()), newContent);
         EXPECT_EQ(Names("new/deep"), "p");
-        EXPECT_EQ(Names("work"), "proj");
+        EXPECT_EQ(Names("zone"), "proj");
         if (!withOpenDecks) return;
         // The edits are still there to be committed.
         EXPECT_EQ(deck->GetDirectory().Name(), tree.OldDir() + "/d");
         editor->Commit();
-        EXPECT_EQ(tree.Dir().Read("work/proj/d/d.DATA"),
+        EXPECT_EQ(tree.Dir().Read("zone/proj/d/d.DATA"),
                   "RUNSPEC\nINCLUDE\n-- mine\n '../../../out/o.inc' /\nTABDIMS\n 7 /\n");
     }
 
@@ -158,7 +158,7 @@ TEST_F(MoveFailureTest, EveryOperationThatFailsLeavesOneWholeProjectThatIsNamed)
             if (thrown.empty()) {
                 ++moved;
                 project.ExpectMoved();
-                const bool isLeft = project.tree.Dir().Exists("work/proj");
+                const bool isLeft = project.tree.Dir().Exists("zone/proj");
                 EXPECT_EQ(isLeft, m_log.Contains("What cannot be deleted is left in " + project.tree.OldDir()) ||
                                       m_log.Contains(project.tree.OldDir() + " is kept, since the file "));
             } else if (thrown.find("all the same. As it was before, it is kept in ") != std::string::npos) {
@@ -260,9 +260,9 @@ TEST_F(MoveFailureTest, AFullDiskAndMissingPermissionsAreToldWithTheFile)
     fs::permissions(project.tree.Dir().Path("new/deep"), static_cast<fs::perms>(0555));
     EXPECT_THAT(reasonFor(project.NewDir()), testing::HasSubstr("new/deep/p.moving: Permission denied.\n"));
     fs::permissions(project.tree.Dir().Path("new/deep"), fs::perms::owner_all);
-    fs::permissions(project.tree.Dir().Path("work/proj/f/g.inc"), fs::perms::none);
-    EXPECT_THAT(reasonFor(project.NewDir()), testing::HasSubstr("work/proj/f/g.inc cannot be read."));
-    fs::permissions(project.tree.Dir().Path("work/proj/f/g.inc"), fs::perms::owner_read | fs::perms::owner_write);
+    fs::permissions(project.tree.Dir().Path("zone/proj/f/g.inc"), fs::perms::none);
+    EXPECT_THAT(reasonFor(project.NewDir()), testing::HasSubstr("zone/proj/f/g.inc cannot be read."));
+    fs::permissions(project.tree.Dir().Path("zone/proj/f/g.inc"), fs::perms::owner_read | fs::perms::owner_write);
     project.ExpectUntouched(true);
 }
 
@@ -270,7 +270,7 @@ TEST_F(MoveFailureTest, ProjectsByChanceMoveWholeWhereverTheyGo)
 {
     Environment::Instance().SetPATHSSupport(true);
     Environment::Instance().SetPreventEmptyFileCreation(true);
-    const std::vector<std::string> places = {"work/proj2", "work/pro", "q", "a/b/c/d/e", "out/p", "work/more/proj"};
+    const std::vector<std::string> places = {"zone/proj2", "zone/pro", "q", "a/b/c/d/e", "out/p", "zone/more/proj"};
     TextGenerator random(11);
     for (int round = 0; round < 40; ++round) {
         SCOPED_TRACE("round " + std::to_string(round));

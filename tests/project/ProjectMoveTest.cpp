@@ -92,16 +92,16 @@ std::string Include(const std::string& path)
 TEST_F(ProjectMoveTest, EachKindOfPathIsCorrectedInItsOwnWay)
 {
     Write("out/o.inc", "OIL\n");
-    Write("work/proj/common/c.inc", "GAS\n");
-    Write("work/proj/d/inc/a.inc", "WATER\n");
-    Write("work/proj/d/b.inc", "WATER\n");
+    Write("zone/proj/common/c.inc", "GAS\n");
+    Write("zone/proj/d/inc/a.inc", "WATER\n");
+    Write("zone/proj/d/b.inc", "WATER\n");
     struct Case
     {
         const char* what;
         std::string path;
         std::string moved;
     };
-    // From `work/proj/d` to `other/place/deep/p/d`.
+    // From `zone/proj/d` to `other/place/deep/p/d`.
     const std::string newDir = Path("other/place/deep/p");
     const Case cases[] = {
         {"a bare leaf", "b.inc", "b.inc"},
@@ -109,11 +109,11 @@ TEST_F(ProjectMoveTest, EachKindOfPathIsCorrectedInItsOwnWay)
         {"inside, relative, upwards", "../common/c.inc", "../common/c.inc"},
         {"inside, relative, a detour", "../d/inc/a.inc", "inc/a.inc"},
         {"inside, relative, by the name of the project", "../../proj/common/c.inc", "../common/c.inc"},
-        {"inside, complete", Path("work/proj/common/c.inc"), newDir + "/common/c.inc"},
+        {"inside, complete", Path("zone/proj/common/c.inc"), newDir + "/common/c.inc"},
         {"outside, relative", "../../../out/o.inc", "../../../../../out/o.inc"},
         {"outside, complete", Path("out/o.inc"), Path("out/o.inc")},
         {"nothing, relative", "../../../out/none.inc", "../../../out/none.inc"},
-        {"nothing, complete", Path("work/proj/none.inc"), Path("work/proj/none.inc")},
+        {"nothing, complete", Path("zone/proj/none.inc"), Path("zone/proj/none.inc")},
         {"a variable", "../../../$DIR/o.inc", "../../../$DIR/o.inc"},
         {"a form of its own, unchanged", ".//inc/./a.inc", ".//inc/./a.inc"},
         {"separators of another system", "..\\common\\c.inc", "..\\common\\c.inc"},
@@ -129,7 +129,7 @@ TEST_F(ProjectMoveTest, EachKindOfPathIsCorrectedInItsOwnWay)
     Move(newDir);
     EXPECT_EQ(Read("other/place/deep/p/d/d.DATA"), after);
     EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
-    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
     EXPECT_TRUE(m_log.Empty());
 }
 
@@ -137,32 +137,32 @@ TEST_F(ProjectMoveTest, ARelativePathCountsFromTheTopFileOfTheDeck)
 {
     Write("out/o.inc", "OIL\n");
     // In the folder of the file itself the path leads to another file.
-    Write("work/proj/out/o.inc", "GAS\n");
+    Write("zone/proj/out/o.inc", "GAS\n");
     m_tree.WriteTop("d/d.DATA", Include("inc/deep/a.inc"));
-    Write("work/proj/d/inc/deep/a.inc", Include("../../../out/o.inc"));
-    Write("work/proj/d/inc/deep/b.inc", Include("../gone.inc"));
-    Write("work/proj/d/inc/gone.inc", "GAS\n");
+    Write("zone/proj/d/inc/deep/a.inc", Include("../../../out/o.inc"));
+    Write("zone/proj/d/inc/deep/b.inc", Include("../gone.inc"));
+    Write("zone/proj/d/inc/gone.inc", "GAS\n");
     // Nobody includes this one, so its own folder counts.
-    Write("work/proj/d/inc/deep/alone.inc", Include("../../../out/o.inc"));
+    Write("zone/proj/d/inc/deep/alone.inc", Include("../../../out/o.inc"));
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
     EXPECT_THAT(includes, testing::HasSubstr("out/o.inc"));
-    Move(Path("work/deep/p"));
-    EXPECT_EQ(Read("work/deep/p/d/inc/deep/a.inc"), Include("../../../../out/o.inc"));
-    EXPECT_EQ(Read("work/deep/p/d/inc/deep/alone.inc"), Include("../../../out/o.inc"));
-    EXPECT_EQ(m_tree.IncludesOf(Path("work/deep/p")), includes);
+    Move(Path("zone/deep/p"));
+    EXPECT_EQ(Read("zone/deep/p/d/inc/deep/a.inc"), Include("../../../../out/o.inc"));
+    EXPECT_EQ(Read("zone/deep/p/d/inc/deep/alone.inc"), Include("../../../out/o.inc"));
+    EXPECT_EQ(m_tree.IncludesOf(Path("zone/deep/p")), includes);
 }
 
 TEST_F(ProjectMoveTest, AnOpenDeckOutsideMayIncludeFilesOfTheProject)
 {
-    Write("work/proj/d/a.inc", Include("../work/proj/d/b.inc"));
-    Write("work/proj/d/b.inc", "GAS\n");
-    Write("out/top.DATA", "RUNSPEC\n" + Include("../work/proj/d/a.inc"));
+    Write("zone/proj/d/a.inc", Include("../zone/proj/d/b.inc"));
+    Write("zone/proj/d/b.inc", "GAS\n");
+    Write("out/top.DATA", "RUNSPEC\n" + Include("../zone/proj/d/a.inc"));
     const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
     IDeck* deck = manager->ImportDeck("top", Path("out/top.DATA"), false, true, false);
     deck->GetDeckKeywords()->GetFiles();
     manager->MoveProjectDir(Path("deep/er/q"), true);
     EXPECT_EQ(Read("deep/er/q/d/a.inc"), Include("../deep/er/q/d/b.inc"));
-    EXPECT_EQ(Read("out/top.DATA"), "RUNSPEC\n" + Include("../work/proj/d/a.inc"));
+    EXPECT_EQ(Read("out/top.DATA"), "RUNSPEC\n" + Include("../zone/proj/d/a.inc"));
     // The user hears what its own path would have to be, and in memory the deck is whole.
     ASSERT_EQ(m_log.Count(2), 1);
     EXPECT_THAT(m_log.Texts(2)[0], testing::HasSubstr("After the move it would be \"../deep/er/q/d/a.inc\"."));
@@ -173,8 +173,8 @@ TEST_F(ProjectMoveTest, AFileOfDecksInDifferentPlacesGetsANameThatServesAll)
 {
     // From both top files the same text leads to the same file; after the move no relative one does.
     Write("out/o.inc", "OIL\n");
-    fs::create_directory_symlink(Path("out"), Path("work/out"));
-    Write("work/proj/common/c.inc", Include("../../out/o.inc") + Include("../../../out/o.inc"));
+    fs::create_directory_symlink(Path("out"), Path("zone/out"));
+    Write("zone/proj/common/c.inc", Include("../../out/o.inc") + Include("../../../out/o.inc"));
     m_tree.WriteTop("d/d.DATA", Include("../common/c.inc"));
     m_tree.WriteTop("below/e/e.DATA", Include("../../common/c.inc"));
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
@@ -195,21 +195,21 @@ TEST_F(ProjectMoveTest, OnlyTextBelowTheFoldersOfTheProjectIsLookedAt)
         {"d/Makefile", makefile}, {"d/sub/GNUmakefile", makefile}, {"d/notes.txt", "INCLUDE me\n../../../out/none\n"},
     };
     for (const auto& [name, content] : kept)
-        Write("work/proj/" + name, content);
+        Write("zone/proj/" + name, content);
     for (const char* name : {"d/d.DATA", ".dot/x.inc", "d/README", "d/.y.inc", "d/late.GRDECL"})
-        Write("work/proj/" + std::string(name), text);
+        Write("zone/proj/" + std::string(name), text);
     // The first 2500 bytes decide.
-    Write("work/proj/d/late.inc", text + std::string(2500, ' ') + std::string(1, '\0') + "\n");
-    Move(Path("work/deep/p"));
+    Write("zone/proj/d/late.inc", text + std::string(2500, ' ') + std::string(1, '\0') + "\n");
+    Move(Path("zone/deep/p"));
     for (const auto& [name, content] : kept)
-        EXPECT_EQ(Read("work/deep/p/" + name), content) << name;
+        EXPECT_EQ(Read("zone/deep/p/" + name), content) << name;
     const std::string corrected = Include("../../../../out/o.inc");
-    EXPECT_EQ(Read("work/deep/p/d/d.DATA"), corrected);
-    EXPECT_EQ(Read("work/deep/p/d/README"), corrected);
-    EXPECT_EQ(Read("work/deep/p/d/.y.inc"), corrected);
-    EXPECT_EQ(Read("work/deep/p/d/late.GRDECL"), corrected);
-    EXPECT_EQ(Read("work/deep/p/.dot/x.inc"), corrected);
-    EXPECT_EQ(Read("work/deep/p/d/late.inc").substr(0, corrected.size()), corrected);
+    EXPECT_EQ(Read("zone/deep/p/d/d.DATA"), corrected);
+    EXPECT_EQ(Read("zone/deep/p/d/README"), corrected);
+    EXPECT_EQ(Read("zone/deep/p/d/.y.inc"), corrected);
+    EXPECT_EQ(Read("zone/deep/p/d/late.GRDECL"), corrected);
+    EXPECT_EQ(Read("zone/deep/p/.dot/x.inc"), corrected);
+    EXPECT_EQ(Read("zone/deep/p/d/late.inc").substr(0, corrected.size()), corrected);
 }
 
 TEST_F(ProjectMoveTest, NothingButTheNameChangesInACorrectedFile)
@@ -222,29 +222,29 @@ TEST_F(ProjectMoveTest, NothingButTheNameChangesInACorrectedFile)
     std::string after = before;
     for (std::size_t at = 0; (at = after.find("../../../out", at)) != std::string::npos; at += 20)
         after.insert(at, "../");
-    Write("work/proj/d/d.DATA", before);
-    fs::permissions(Path("work/proj/d/d.DATA"), fs::perms::owner_read | fs::perms::group_read);
-    const fs::perms perms = fs::status(Path("work/proj/d/d.DATA")).permissions();
-    Move(Path("work/deep/p"));
-    EXPECT_EQ(Read("work/deep/p/d/d.DATA"), after);
-    EXPECT_EQ(fs::status(Path("work/deep/p/d/d.DATA")).permissions(), perms);
+    Write("zone/proj/d/d.DATA", before);
+    fs::permissions(Path("zone/proj/d/d.DATA"), fs::perms::owner_read | fs::perms::group_read);
+    const fs::perms perms = fs::status(Path("zone/proj/d/d.DATA")).permissions();
+    Move(Path("zone/deep/p"));
+    EXPECT_EQ(Read("zone/deep/p/d/d.DATA"), after);
+    EXPECT_EQ(fs::status(Path("zone/deep/p/d/d.DATA")).permissions(), perms);
 }
 
 TEST_F(ProjectMoveTest, LinksLeadWhereTheyLed)
 {
     Write("out/o.inc", "OIL\n");
-    Write("work/proj/common/c.inc", Include("../../out/o.inc"));
-    fs::create_symlink("../../../out/o.inc", Path("work/proj/common/relative.inc"));
-    fs::create_symlink(Path("out/o.inc"), Path("work/proj/common/complete.inc"));
-    fs::create_symlink("c.inc", Path("work/proj/common/beside.inc"));
-    fs::create_symlink(Path("work/proj/common/c.inc"), Path("work/proj/common/inside.inc"));
-    fs::create_symlink("../../../gone", Path("work/proj/common/gone"));
-    fs::create_directory_symlink("../../out", Path("work/proj/folder"));
+    Write("zone/proj/common/c.inc", Include("../../out/o.inc"));
+    fs::create_symlink("../../../out/o.inc", Path("zone/proj/common/relative.inc"));
+    fs::create_symlink(Path("out/o.inc"), Path("zone/proj/common/complete.inc"));
+    fs::create_symlink("c.inc", Path("zone/proj/common/beside.inc"));
+    fs::create_symlink(Path("zone/proj/common/c.inc"), Path("zone/proj/common/inside.inc"));
+    fs::create_symlink("../../../gone", Path("zone/proj/common/gone"));
+    fs::create_directory_symlink("../../out", Path("zone/proj/folder"));
     m_tree.WriteTop("d/d.DATA", Include("../common/relative.inc") + Include("../folder/o.inc") +
-                                    Include(Path("work/proj/folder/o.inc")) + Include("../common/inside.inc") +
+                                    Include(Path("zone/proj/folder/o.inc")) + Include("../common/inside.inc") +
                                     Include("../common/beside.inc"));
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
-    const std::string newDir = Path("work/deep/er/p");
+    const std::string newDir = Path("zone/deep/er/p");
     Move(newDir);
     EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
     EXPECT_EQ(fs::read_symlink(newDir + "/common/relative.inc"), "../../../../../out/o.inc");
@@ -261,53 +261,53 @@ TEST_F(ProjectMoveTest, AProjectBehindALinkIsKnownByBothItsNames)
 {
     Write("out/o.inc", "OIL\n");
     fs::create_directories(Path("home/far"));
-    fs::create_directory_symlink(Path("work"), Path("home/far/link"));
-    Write("work/proj/d/a.inc", "GAS\n");
-    m_tree.WriteTop("d/d.DATA", Include(Path("work/proj/d/a.inc")) + Include(Path("home/far/link/proj/d/a.inc")) +
+    fs::create_directory_symlink(Path("zone"), Path("home/far/link"));
+    Write("zone/proj/d/a.inc", "GAS\n");
+    m_tree.WriteTop("d/d.DATA", Include(Path("zone/proj/d/a.inc")) + Include(Path("home/far/link/proj/d/a.inc")) +
                                     Include("../../../out/o.inc"));
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
     EXPECT_THAT(includes, testing::Not(testing::HasSubstr("nothing")));
     DeckManagerFactory::Create(Path("home/far/link/proj"))->MoveProjectDir(Path("home/far/link/deep/er/p"), true);
-    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
-    EXPECT_EQ(m_tree.IncludesOf(Path("work/deep/er/p")), includes);
+    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
+    EXPECT_EQ(m_tree.IncludesOf(Path("zone/deep/er/p")), includes);
 }
 
 TEST_F(ProjectMoveTest, AFileOutsideThatNeedsToChangeStopsTheMove)
 {
-    Write("work/proj/d/a.inc", "GAS\n");
-    Write("out/o.inc", "OIL\n" + Include(Path("work/proj/d/a.inc")));
+    Write("zone/proj/d/a.inc", "GAS\n");
+    Write("out/o.inc", "OIL\n" + Include(Path("zone/proj/d/a.inc")));
     m_tree.WriteTop("d/d.DATA", Include("../../../out/o.inc"));
-    const auto before = ProjectTree::ContentOf(Path("work"));
+    const auto before = ProjectTree::ContentOf(Path("zone"));
     // Included from the project: it may be wrong then, and the user hears of it.
     const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
-    manager->PlanProjectDirMove(Path("work/q"));
+    manager->PlanProjectDirMove(Path("zone/q"));
     ASSERT_EQ(m_log.Count(), 1);
-    EXPECT_EQ(m_log.Messages()[0].text, "The INCLUDE path \"" + Path("work/proj/d/a.inc") +
+    EXPECT_EQ(m_log.Messages()[0].text, "The INCLUDE path \"" + Path("zone/proj/d/a.inc") +
                                             "\" is not corrected, since the file lies in no folder of the project. "
                                             "After the move it would be \"" +
-                                            Path("work/q/d/a.inc") + "\".");
+                                            Path("zone/q/d/a.inc") + "\".");
     EXPECT_EQ(m_log.Messages()[0].file, Path("out/o.inc"));
     EXPECT_EQ(m_log.Messages()[0].line, 2);
 
     // In the project by a link: to correct it would be to write to a file outside.
-    fs::create_symlink("../../../out/o.inc", Path("work/proj/d/o.inc"));
+    fs::create_symlink("../../../out/o.inc", Path("zone/proj/d/o.inc"));
     m_log.Clear();
     try {
-        manager->MoveProjectDir(Path("work/q"), true);
+        manager->MoveProjectDir(Path("zone/q"), true);
         ADD_FAILURE() << "nothing thrown";
     } catch (const DeckManagerException& failure) {
         EXPECT_STREQ(failure.what(), "DeckManager::KeywordFileManager::FixUnmanagedFileInclude: cannot update "
                                      "unmanaged file referencing a managed file");
     }
     EXPECT_TRUE(m_log.Contains("leads into the project, and the file lies outside of it."));
-    fs::remove(Path("work/proj/d/o.inc"));
-    EXPECT_EQ(ProjectTree::ContentOf(Path("work")), before);
+    fs::remove(Path("zone/proj/d/o.inc"));
+    EXPECT_EQ(ProjectTree::ContentOf(Path("zone")), before);
 }
 
 TEST_F(ProjectMoveTest, WhatComesWhileItMovesIsNotDeleted)
 {
     m_tree.WriteTop("d/d.DATA", "OIL\n");
-    Write("work/proj/d/run.log", "-- 1\n");
+    Write("zone/proj/d/run.log", "-- 1\n");
     /// Another program works in the project.
     struct Elsewhere : KeywordFileManager::ICommitter
     {
@@ -315,10 +315,10 @@ TEST_F(ProjectMoveTest, WhatComesWhileItMovesIsNotDeleted)
         std::function<void()> change;
     };
     const std::pair<const char*, std::function<void()>> cases[] = {
-        {"run.log", [&] { Write("work/proj/d/run.log", "-- 1\n-- 2\n"); }},
-        {"run.log", [&] { Write("work/proj/d/run.log", "-- 3\n"); }},
-        {"result", [&] { Write("work/proj/d/result", ""); }},
-        {"new", [&] { fs::create_symlink("x", Path("work/proj/d/new")); }},
+        {"run.log", [&] { Write("zone/proj/d/run.log", "-- 1\n-- 2\n"); }},
+        {"run.log", [&] { Write("zone/proj/d/run.log", "-- 3\n"); }},
+        {"result", [&] { Write("zone/proj/d/result", ""); }},
+        {"new", [&] { fs::create_symlink("x", Path("zone/proj/d/new")); }},
     };
     for (const auto& [name, change] : cases) {
         m_log.Clear();
@@ -329,33 +329,33 @@ TEST_F(ProjectMoveTest, WhatComesWhileItMovesIsNotDeleted)
         EXPECT_EQ(m_log.Messages().back().text, "The project has moved to " + Path("q") + ", where it is whole. " +
                                                     m_tree.OldDir() + " is kept, since the file " + m_tree.OldDir() +
                                                     "/d/" + name + " has come or changed meanwhile.");
-        EXPECT_TRUE(m_tree.Dir().Exists("work/proj/d/run.log"));
-        fs::remove(Path("work/proj/d/result"));
+        EXPECT_TRUE(m_tree.Dir().Exists("zone/proj/d/run.log"));
+        fs::remove(Path("zone/proj/d/result"));
     }
     // What has gone is no reason, and a link to the project goes with it.
     fs::create_directory_symlink(m_tree.OldDir(), Path("link"));
     Elsewhere elsewhere;
-    elsewhere.change = [&] { fs::remove(Path("work/proj/d/run.log")); };
+    elsewhere.change = [&] { fs::remove(Path("zone/proj/d/run.log")); };
     m_log.Clear();
     KeywordFileManager(Path("link")).MoveProjectDir(Path("q"), true, elsewhere);
     EXPECT_TRUE(m_log.Empty());
-    EXPECT_FALSE(m_tree.Dir().Exists("work/proj") || m_tree.Dir().Exists("link"));
+    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj") || m_tree.Dir().Exists("link"));
 }
 
 TEST_F(ProjectMoveTest, APathThatAnAliasLeadsAstrayIsTold)
 {
     Write("out/o.inc", "OIL\n");
-    Write("work/proj/d/inc/a.inc", "GAS\n");
+    Write("zone/proj/d/inc/a.inc", "GAS\n");
     const std::string text = "RUNSPEC\nPATHS\n'OUT' '../../../out' /\n'IN' 'inc' /\n'ALL' '" + m_tree.OldDir() +
                              "' /\n/\nINCLUDE\n'$OUT/o.inc' /\nINCLUDE\n'$IN/a.inc' /\nINCLUDE\n'$ALL/d/inc/a.inc' /\n";
     m_tree.WriteTop("d/d.DATA", text);
-    DeckManagerFactory::Create(m_tree.OldDir())->PlanProjectDirMove(Path("work/deep/p"));
+    DeckManagerFactory::Create(m_tree.OldDir())->PlanProjectDirMove(Path("zone/deep/p"));
     const std::string head = "is not corrected, since it holds an alias. After the move it would have to stand for ";
     ASSERT_EQ(m_log.Texts(2),
               (std::vector<std::string>{"The INCLUDE path \"$OUT/o.inc\" " + head + "\"../../../../out/o.inc\".",
                                         "The INCLUDE path \"$ALL/d/inc/a.inc\" " + head + "\"" +
-                                            Path("work/deep/p/d/inc/a.inc") + "\"."}));
-    EXPECT_EQ(m_log.Messages().back().file, Path("work/proj/d/d.DATA"));
+                                            Path("zone/deep/p/d/inc/a.inc") + "\"."}));
+    EXPECT_EQ(m_log.Messages().back().file, Path("zone/proj/d/d.DATA"));
     EXPECT_EQ(m_log.Messages().back().line, 11);
 }
 
@@ -367,20 +367,20 @@ TEST_F(ProjectMoveTest, TheManagerKnowsOfItsNewPlaces)
     {
         void Commit() const override {}
     };
-    files.SetTempProjectDir(Service::Directory(Path("work/proj/temp")));
-    const std::shared_ptr<KeywordFile> file = files.GetKeywordFile(m_tree.Dir().File("work/proj/d/d.DATA"), true);
-    const std::shared_ptr<KeywordFile> outside = files.GetKeywordFile(m_tree.Dir().File("work/projx.inc"), true);
+    files.SetTempProjectDir(Service::Directory(Path("zone/proj/temp")));
+    const std::shared_ptr<KeywordFile> file = files.GetKeywordFile(m_tree.Dir().File("zone/proj/d/d.DATA"), true);
+    const std::shared_ptr<KeywordFile> outside = files.GetKeywordFile(m_tree.Dir().File("zone/projx.inc"), true);
     files.MoveProjectDir(Path("q"), true, NoCommit());
     EXPECT_EQ(files.ProjectDir().Name(), Path("q"));
     EXPECT_EQ(files.TempProjectDir().Name(), Path("q/temp"));
     EXPECT_EQ(files.FindKeywordFile(m_tree.Dir().File("q/d/d.DATA")), file);
-    EXPECT_EQ(files.FindKeywordFile(m_tree.Dir().File("work/proj/d/d.DATA")), nullptr);
-    EXPECT_EQ(outside->GetFileName().GetFullName(), Path("work/projx.inc"));
+    EXPECT_EQ(files.FindKeywordFile(m_tree.Dir().File("zone/proj/d/d.DATA")), nullptr);
+    EXPECT_EQ(outside->GetFileName().GetFullName(), Path("zone/projx.inc"));
     // What it learns from now on is kept there.
     file->Begin();
     files.SaveCacheTable();
     EXPECT_TRUE(m_tree.Dir().Exists("q/d/DeckCache.ptd"));
-    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
 }
 
 TEST(MovedPathsTest, VolumesDecideWhatARelativePathBecomes)
@@ -405,7 +405,7 @@ TEST(MovedPathsTest, VolumesDecideWhatARelativePathBecomes)
 
 TEST_F(ProjectMoveTest, PlacesWhereNoProjectCanGo)
 {
-    Write("work/file", "x");
+    Write("zone/file", "x");
     m_tree.WriteTop("d/d.DATA", "OIL\n");
     fs::create_directory_symlink(m_tree.OldDir(), Path("link"));
     const auto before = ProjectTree::ContentOf(m_tree.Dir().Path());
@@ -413,12 +413,12 @@ TEST_F(ProjectMoveTest, PlacesWhereNoProjectCanGo)
     const std::string nested = "The project directory cannot be moved into itself.";
     const std::pair<std::string, std::string> cases[] = {
         {"relative/path", invalid},
-        {Path("work/file"), invalid},
-        {Path("work/proj/d/below"), nested},
-        {Path("work"), nested},
+        {Path("zone/file"), invalid},
+        {Path("zone/proj/d/below"), nested},
+        {Path("zone"), nested},
         {"/", nested},
         {Path("link/d/below"), nested},
-        {Path("work/proj/."), ""},
+        {Path("zone/proj/."), ""},
         {m_tree.OldDir(), ""},
         {Path("link"), ""},
     };
@@ -453,21 +453,21 @@ TEST_F(ProjectMoveTest, WhatStandsAtTheNewPlaceGoesAndTheOldOneMayStay)
     EXPECT_TRUE(m_tree.Dir().Exists("kept/file"));
 
     // A project that has gone is a new one at the new place.
-    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(Path("work/other"));
-    fs::remove_all(Path("work/other"));
-    manager->MoveProjectDir(Path("work/another"), true);
-    EXPECT_TRUE(m_tree.Dir().Exists("work/another"));
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(Path("zone/other"));
+    fs::remove_all(Path("zone/other"));
+    manager->MoveProjectDir(Path("zone/another"), true);
+    EXPECT_TRUE(m_tree.Dir().Exists("zone/another"));
     EXPECT_EQ(manager->GenerateDeckName(), "Deck_1");
 }
 
 TEST_F(ProjectMoveTest, OpenDecksGoAlongAndTheirEditsAreWrittenToTheNewPlace)
 {
     Write("out/o.inc", "OIL\n");
-    Write("work/proj/d/a.inc", "-- a\n" + Include("../../../out/o.inc") + "WELLDIMS\n 1 /\n");
+    Write("zone/proj/d/a.inc", "-- a\n" + Include("../../../out/o.inc") + "WELLDIMS\n 1 /\n");
     m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include("a.inc") + Include("../../../out/o.inc") + "TABDIMS\n 1 /\n");
     m_tree.WriteTop("e/e.DATA", "RUNSPEC\n" + Include("../../../out/o.inc") + "TABDIMS\n 2 /\n");
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
-    const std::string newDir = Path("work/deep/p");
+    const std::string newDir = Path("zone/deep/p");
 
     const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
     IDeck* deck = manager->OpenExistingDeck("d", true);
@@ -480,10 +480,10 @@ TEST_F(ProjectMoveTest, OpenDecksGoAlongAndTheirEditsAreWrittenToTheNewPlace)
     const IKeyword* kept = *KeywordsNamed(*other, "TABDIMS").front();
 
     manager->MoveProjectDir(newDir, true);
-    EXPECT_EQ(Read("work/deep/p/d/d.DATA"),
+    EXPECT_EQ(Read("zone/deep/p/d/d.DATA"),
               "RUNSPEC\n" + Include("a.inc") + "INCLUDE\n-- no wells\n '../../../../out/o.inc' /\nTABDIMS\n 7 8 /\n");
-    EXPECT_EQ(Read("work/deep/p/d/a.inc"), "-- a\n" + Include("../../../../out/o.inc") + "WELLDIMS\n 1 /\n");
-    EXPECT_EQ(Read("work/deep/p/e/e.DATA"), "RUNSPEC\n" + Include("../../../../out/o.inc") + "TABDIMS\n 2 /\n");
+    EXPECT_EQ(Read("zone/deep/p/d/a.inc"), "-- a\n" + Include("../../../../out/o.inc") + "WELLDIMS\n 1 /\n");
+    EXPECT_EQ(Read("zone/deep/p/e/e.DATA"), "RUNSPEC\n" + Include("../../../../out/o.inc") + "TABDIMS\n 2 /\n");
     EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
     // The keywords are those that the host holds, and read the new text.
     EXPECT_EQ(*kept->GetText(), "TABDIMS\n 2 /\n");
@@ -492,8 +492,8 @@ TEST_F(ProjectMoveTest, OpenDecksGoAlongAndTheirEditsAreWrittenToTheNewPlace)
     // And the next edit is committed there.
     ASSERT_TRUE(editor->SetDataText(tabdims, " 9 /"));
     editor->Commit();
-    EXPECT_THAT(Read("work/deep/p/d/d.DATA"), testing::EndsWith("TABDIMS\n 9 /\n"));
-    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_THAT(Read("zone/deep/p/d/d.DATA"), testing::EndsWith("TABDIMS\n 9 /\n"));
+    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
     EXPECT_EQ(Scanned(newDir), "");
     EXPECT_TRUE(m_log.Empty());
 }
@@ -501,7 +501,7 @@ TEST_F(ProjectMoveTest, OpenDecksGoAlongAndTheirEditsAreWrittenToTheNewPlace)
 TEST_F(ProjectMoveTest, EditsOfAnIncludeAndOfAPartialCommitGoAlong)
 {
     Write("out/o.inc", "OIL\n");
-    Write("work/proj/d/b.inc", "GAS\n");
+    Write("zone/proj/d/b.inc", "GAS\n");
     m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include("b.inc") + "-- end\n");
     const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
     IDeck* deck = manager->OpenExistingDeck("d", true);
@@ -509,11 +509,11 @@ TEST_F(ProjectMoveTest, EditsOfAnIncludeAndOfAPartialCommitGoAlong)
     const KeywordIterator include = KeywordsNamed(*deck, "INCLUDE").front();
     ASSERT_TRUE(editor->SetDataText(include, " '../../../out/o.inc' / new"));
     editor->CommitFile(deck->GetDeckKeywords()->GetDataFile());
-    ASSERT_TRUE(m_tree.Dir().Exists("work/proj/d/d_DATA__.tmp"));
-    EXPECT_EQ(Read("work/proj/d/d.DATA"), "RUNSPEC\n" + Include("b.inc") + "-- end\n");
-    manager->MoveProjectDir(Path("work/deep/p"), true);
-    EXPECT_EQ(Read("work/deep/p/d/d.DATA"), "RUNSPEC\nINCLUDE\n '../../../../out/o.inc' / new\n-- end\n");
-    EXPECT_EQ(ProjectTree::ContentOf(Path("work/deep/p/d")).size(), 2u);
+    ASSERT_TRUE(m_tree.Dir().Exists("zone/proj/d/d_DATA__.tmp"));
+    EXPECT_EQ(Read("zone/proj/d/d.DATA"), "RUNSPEC\n" + Include("b.inc") + "-- end\n");
+    manager->MoveProjectDir(Path("zone/deep/p"), true);
+    EXPECT_EQ(Read("zone/deep/p/d/d.DATA"), "RUNSPEC\nINCLUDE\n '../../../../out/o.inc' / new\n-- end\n");
+    EXPECT_EQ(ProjectTree::ContentOf(Path("zone/deep/p/d")).size(), 2u);
 }
 
 TEST_F(ProjectMoveTest, AFileThatHasChangedSinceItWasReadKeepsItsText)
@@ -525,9 +525,9 @@ TEST_F(ProjectMoveTest, AFileThatHasChangedSinceItWasReadKeepsItsText)
     IDeckKeywordsEditor* editor = manager->GetEditor(deck);
     deck->GetDeckKeywords()->GetFiles();
     const std::string changed = "-- by someone else\nRUNSPEC\n" + Include("../../../out/o.inc") + "GAS\n";
-    Write("work/proj/d/d.DATA", changed);
-    manager->MoveProjectDir(Path("work/deep/p"), true);
-    EXPECT_EQ(Read("work/deep/p/d/d.DATA"),
+    Write("zone/proj/d/d.DATA", changed);
+    manager->MoveProjectDir(Path("zone/deep/p"), true);
+    EXPECT_EQ(Read("zone/deep/p/d/d.DATA"),
               "-- by someone else\nRUNSPEC\n" + Include("../../../../out/o.inc") + "GAS\n");
     manager->RefreshDeck("d");
     EXPECT_EQ(KeywordsNamed(*deck, "GAS").size(), 1u);
@@ -535,22 +535,22 @@ TEST_F(ProjectMoveTest, AFileThatHasChangedSinceItWasReadKeepsItsText)
     // With edits of the old text the move is refused, as a commit is.
     const KeywordIterator include = KeywordsNamed(*deck, "INCLUDE").front();
     ASSERT_TRUE(editor->SetComment(include, "mine"));
-    Write("work/deep/p/d/d.DATA", changed);
+    Write("zone/deep/p/d/d.DATA", changed);
     const auto before = ProjectTree::ContentOf(m_tree.Dir().Path());
     try {
         manager->MoveProjectDir(Path("q"), true);
         ADD_FAILURE() << "nothing thrown";
     } catch (const DeckManagerException& failure) {
         EXPECT_THAT(failure.what(), testing::HasSubstr("d.DATA has been changed on disk since it was read."));
-        EXPECT_THAT(failure.what(), testing::HasSubstr("\nIt is whole in " + Path("work/deep/p") + "."));
+        EXPECT_THAT(failure.what(), testing::HasSubstr("\nIt is whole in " + Path("zone/deep/p") + "."));
     }
     EXPECT_EQ(ProjectTree::ContentOf(m_tree.Dir().Path()), before);
 }
 
 TEST_F(ProjectMoveTest, ANameThatNoTextCanHoldStopsTheMove)
 {
-    Write("work/proj/d/a.inc", "GAS\n");
-    m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include(Path("work/proj/d/a.inc")));
+    Write("zone/proj/d/a.inc", "GAS\n");
+    m_tree.WriteTop("d/d.DATA", "RUNSPEC\n" + Include(Path("zone/proj/d/a.inc")));
     const auto before = ProjectTree::ContentOf(m_tree.Dir().Path());
     for (const std::string& newDir : {Path("it's"), Path(std::string(140, 'x'))}) {
         try {
@@ -558,7 +558,7 @@ TEST_F(ProjectMoveTest, ANameThatNoTextCanHoldStopsTheMove)
             ADD_FAILURE() << newDir;
         } catch (const DeckManagerException& failure) {
             EXPECT_EQ(std::string(failure.what()),
-                      Path("work/proj/d/d.DATA") + ", line 2: No INCLUDE can hold the name " + newDir + "/d/a.inc.");
+                      Path("zone/proj/d/d.DATA") + ", line 2: No INCLUDE can hold the name " + newDir + "/d/a.inc.");
         }
     }
     EXPECT_EQ(ProjectTree::ContentOf(m_tree.Dir().Path()), before);
@@ -566,8 +566,8 @@ TEST_F(ProjectMoveTest, ANameThatNoTextCanHoldStopsTheMove)
 
 TEST_F(ProjectMoveTest, ALongNameIsKeptAheadOfTheEndOfTheLine)
 {
-    Write("work/proj/d/a.inc", "GAS\n");
-    const std::string path = Path("work/proj/d/a.inc");
+    Write("zone/proj/d/a.inc", "GAS\n");
+    const std::string path = Path("zone/proj/d/a.inc");
     m_tree.WriteTop("d/d.DATA", "RUNSPEC\nINCLUDE\n\t '" + path + "' / behind\nINCLUDE\n'" + path +
                                     "'\n/\nINCLUDE -- c\n '" + path + "' -- no end\nOIL\n");
     // A name of 132 columns with its quotes.
@@ -593,7 +593,7 @@ TEST_F(ProjectMoveTest, AProjectOf200FilesKeepsItsIncludesAndItsCache)
         {"top.inc", Include("../../out/o1.inc")},
     };
     for (const auto& [name, text] : others)
-        Write("work/proj/" + name, text);
+        Write("zone/proj/" + name, text);
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
     ASSERT_THAT(includes, testing::HasSubstr("D19"));
     Scanned(m_tree.OldDir());
@@ -621,7 +621,7 @@ TEST_F(ProjectMoveTest, AProjectOf200FilesKeepsItsIncludesAndItsCache)
     for (const auto& message : m_log.Messages())
         EXPECT_TRUE(message.probe || message.text.find("72 characters") != std::string::npos) << message.text;
     EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
-    EXPECT_FALSE(m_tree.Dir().Exists("work/proj"));
+    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
     EXPECT_EQ(Scanned(newDir), "");
     // Back again, the way that was taken.
     manager->MoveProjectDir(m_tree.OldDir(), true);

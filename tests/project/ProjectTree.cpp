@@ -63,28 +63,28 @@ std::vector<KeywordIterator> KeywordsNamed(const IDeck& deck, const std::string&
 ProjectTree::ProjectTree()
 {
     fs::create_directories(OldDir());
-    Write("work/proj/deck_cache_xml.lock", "");
+    Write("zone/proj/deck_cache_xml.lock", "");
 }
 
 void ProjectTree::WriteTop(const std::string& name, const std::string& text)
 {
-    Write("work/proj/" + name, text);
+    Write("zone/proj/" + name, text);
     m_tops.push_back(name);
 }
 
 void ProjectTree::Generate(TextGenerator& random, int decks, int files)
 {
-    const std::vector<std::string> outside = {"out/o1.inc", "out/deep/o2.inc", "work/o3.inc", "o4.inc"};
+    const std::vector<std::string> outside = {"out/o1.inc", "out/deep/o2.inc", "zone/o3.inc", "o4.inc"};
     for (const std::string& name : outside)
         Write(name, "PORO\n 1 /\n");
     const std::vector<std::string> shared = {"common/c1.inc", "common/deep/c2.inc", ".hidden/h.inc"};
     for (const std::string& name : shared)
-        Write("work/proj/" + name, "PERMX\n 1 /\nINCLUDE\n '" + m_directory.Path(outside[0]) + "' /\n");
+        Write("zone/proj/" + name, "PERMX\n 1 /\nINCLUDE\n '" + m_directory.Path(outside[0]) + "' /\n");
     if (random.Below(2) == 0) {
-        fs::create_directory_symlink("../common", m_directory.Path("work/proj/common/around"));
-        fs::create_directory_symlink(m_directory.Path("work/proj/common"), m_directory.Path("work/proj/absolute"));
-        fs::create_directory_symlink("../../out", m_directory.Path("work/proj/outwards"));
-        fs::create_symlink("../../../work/o3.inc", m_directory.Path("work/proj/common/o.inc"));
+        fs::create_directory_symlink("../common", m_directory.Path("zone/proj/common/around"));
+        fs::create_directory_symlink(m_directory.Path("zone/proj/common"), m_directory.Path("zone/proj/absolute"));
+        fs::create_directory_symlink("../../out", m_directory.Path("zone/proj/outwards"));
+        fs::create_symlink("../../../zone/o3.inc", m_directory.Path("zone/proj/common/o.inc"));
     }
 
     for (int deck = 0; deck < decks; ++deck) {
@@ -107,37 +107,37 @@ void ProjectTree::Generate(TextGenerator& random, int decks, int files)
                 if (random.Below(3) == 0) text += end + "-- above" + end;
                 text += "WATER" + end;
             };
-            const std::string top = m_directory.Path("work/proj/" + folder);
+            const std::string top = m_directory.Path("zone/proj/" + folder);
             const auto named = [&](const std::string& file) {
                 if (random.Below(3) == 0) return Padded(random, file);
                 return Padded(random, fs::path(file).lexically_relative(top).string());
             };
             // Every file is included at least once, by the one ahead of it.
-            if (i + 1 < members.size()) include(named(m_directory.Path("work/proj/" + members[i + 1])));
+            if (i + 1 < members.size()) include(named(m_directory.Path("zone/proj/" + members[i + 1])));
             for (int more = random.Below(4); more > 0; --more) {
                 switch (random.Below(7)) {
                 case 0:
                     if (i + 2 < members.size())
                         include(named(
-                            m_directory.Path("work/proj/" + members[i + 2 +
+                            m_directory.Path("zone/proj/" + members[i + 2 +
                                                                     static_cast<std::size_t>(random.Below(
                                                                         static_cast<int>(members.size() - i - 2)))])));
                     break;
                 case 1:
-                    include(named(m_directory.Path("work/proj/" + random.OneOf(shared))));
+                    include(named(m_directory.Path("zone/proj/" + random.OneOf(shared))));
                     break;
                 case 2:
                 case 3:
                     include(named(m_directory.Path(random.OneOf(outside))));
                     break;
                 case 4:
-                    include(named(m_directory.Path(random.OneOf<std::string>({"none/n.inc", "work/proj/none.inc"}))));
+                    include(named(m_directory.Path(random.OneOf<std::string>({"none/n.inc", "zone/proj/none.inc"}))));
                     break;
                 case 5:
                     include("$IN/f1.inc");
                     break;
                 default:
-                    include(named(m_directory.Path("work/proj/" +
+                    include(named(m_directory.Path("zone/proj/" +
                                                    random.OneOf<std::string>({"common/around/c1.inc", "absolute/c1.inc",
                                                                               "outwards/o1.inc", "common/o.inc"}))));
                     break;
@@ -147,7 +147,7 @@ void ProjectTree::Generate(TextGenerator& random, int decks, int files)
             if (i == 0)
                 WriteTop(members[i], text);
             else
-                Write("work/proj/" + members[i], text);
+                Write("zone/proj/" + members[i], text);
         }
     }
 }

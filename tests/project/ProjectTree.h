@@ -18,14 +18,14 @@ namespace ProjectTests {
 std::vector<Tarn::Fjel::Core::DeckManager::KeywordIterator>
 KeywordsNamed(const Tarn::Fjel::Core::DeckManager::IDeck& deck, const std::string& name);
 
-/// A project `work/proj` with decks in it, and files beside it that they include.
+/// A project `zone/proj` with decks in it, and files beside it that they include.
 class ProjectTree
 {
 public:
     ProjectTree();
 
     const TestSupport::TempDir& Dir() const { return m_directory; }
-    std::string OldDir() const { return m_directory.Path("work/proj"); }
+    std::string OldDir() const { return m_directory.Path("zone/proj"); }
 
     /// The top file of a deck, below the project. `IncludesOf` walks from there.
     void WriteTop(const std::string& name, const std::string& text);
