@@ -1,4 +1,4 @@
-# The installed package: libraries, exported headers, CMake package, pkg-config file, the tool.
+# The installed package: libraries, exported headers, CMake package, pkg-config file, the tool, documents, examples.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS tarn_service tarn_keywords deckmanager EXPORT TarnDeckManagerTargets
@@ -22,3 +22,17 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/TarnDeckManagerConfig.cmake
 file(RELATIVE_PATH DECK_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/tarn-deckmanager.pc.in ${CMAKE_CURRENT_BINARY_DIR}/tarn-deckmanager.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/tarn-deckmanager.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# As in the sources, so that links between documents lead where they should.
+set(deckDocs ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarn-deckmanager)
+install(FILES README.md DESTINATION ${deckDocs})
+install(DIRECTORY docs examples DESTINATION ${deckDocs})
+
+# A stripped installation has no debug information in its static libraries either.
+foreach(library tarn_service tarn_keywords deckmanager)
+  install(CODE "
+    if(CMAKE_INSTALL_DO_STRIP)
+      execute_process(COMMAND \"${CMAKE_STRIP}\" --strip-debug
+        \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/$<TARGET_FILE_NAME:${library}>\")
+    endif()")
+endforeach()

@@ -4,7 +4,7 @@
 #   scripts/install-packages.sh fuzz     what the fuzz targets need besides
 set -euo pipefail
 
-packages=(g++ cmake ninja-build pkg-config
+packages=(g++ cmake ninja-build pkg-config dpkg-dev file
     libboost-filesystem-dev libfmt-dev libpugixml-dev nlohmann-json3-dev libvalijson-dev
     libcli11-dev libre2-dev libfast-float-dev
     librapidcheck-dev libgtest-dev libgmock-dev libbenchmark-dev)

@@ -100,6 +100,15 @@ TEST_F(InstalledPackage, TheToolRunsFromItsNewPlace)
     EXPECT_NE(tool.output.find("\"name\":\"WELSPECS\""), std::string::npos) << tool.output;
 }
 
+TEST_F(InstalledPackage, DocumentsAndExamplesLieAsInTheSources)
+{
+    const std::string docs = Prefix() + "/share/doc/tarn-deckmanager";
+    const std::string readme = DECK_SOURCE_DIR "/README.md";
+    ASSERT_COMMAND(fmt::format("cmp '{}' '{}/README.md' && diff -r '{}/docs' '{}/docs' && diff -r '{}/examples' "
+                               "'{}/examples'",
+                               readme, docs, DECK_SOURCE_DIR, docs, DECK_SOURCE_DIR, docs));
+}
+
 #if !DECK_IS_SANITIZED
 TEST_F(InstalledPackage, EveryHeaderCompilesAlone)
 {
@@ -118,6 +127,35 @@ TEST_F(InstalledPackage, EveryHeaderCompilesAlone)
     ASSERT_COMMAND(fmt::format("printf '%s\\n' '{}'/alone/*.cpp | xargs -n 1 -P 2 '{}' -std=c++20 -fsyntax-only -Wall "
                                "-Wextra -Wpedantic -Wshadow -Wconversion -Werror -I'{}'",
                                m_directory.Path(), DECK_CXX_COMPILER, include));
+}
+
+/// The Debian package, unpacked into a root of its own: what is in there is all that it has.
+TEST(DebianPackage, WorksFromACleanRoot)
+{
+    if (Execute("command -v dpkg-deb && command -v dpkg-shlibdeps && command -v file").status != 0)
+        GTEST_SKIP() << "dpkg-dev or file is not installed";
+    const TempDir directory;
+    ASSERT_COMMAND(fmt::format("cpack -G DEB --config '{}/CPackConfig.cmake' -B '{}'", DECK_BINARY_DIR,
+                               directory.Path("packages")));
+    const std::string root = directory.Path("root");
+    const std::string package = fmt::format("'{}'/tarn-deckmanager_*.deb", directory.Path("packages"));
+    ASSERT_COMMAND(fmt::format("dpkg-deb -x {} '{}'", package, root));
+
+    const CommandResult depends = Execute(fmt::format("dpkg-deb -f {} Depends", package));
+    for (const char* library : {"libc6", "libstdc++6", "libboost-filesystem", "libfmt", "libpugixml", "libre2"})
+        EXPECT_NE(depends.output.find(library), std::string::npos) << library << " of " << depends.output;
+    // All that the tool needs at run time is in the root or in a package that it depends on.
+    const CommandResult libraries = Execute(fmt::format("ldd '{}/usr/bin/deckman'", root));
+    EXPECT_EQ(libraries.output.find("not found"), std::string::npos) << libraries.output;
+    EXPECT_EQ(libraries.output.find(DECK_BINARY_DIR), std::string::npos) << libraries.output;
+
+    const std::string examples = root + "/usr/share/doc/tarn-deckmanager/examples";
+    ASSERT_COMMAND(fmt::format("cd '{}/decks' && '{}/usr/bin/deckman' check field/FIELD.DATA", examples, root));
+    const std::string build = directory.Path("host");
+    ASSERT_COMMAND(fmt::format("cmake -S '{}/hosts' -B '{}' -G Ninja -DCMAKE_PREFIX_PATH='{}/usr' "
+                               "-DCMAKE_CXX_COMPILER='{}' && cmake --build '{}'",
+                               examples, build, root, DECK_CXX_COMPILER, build));
+    ExpectWalk(build + "/walk_deck");
 }
 #endif
 
