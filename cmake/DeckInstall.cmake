@@ -28,6 +28,21 @@ set(deckDocs ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarn-deckmanager)
 install(FILES README.md DESTINATION ${deckDocs})
 install(DIRECTORY docs examples DESTINATION ${deckDocs})
 
+install(FILES ${CMAKE_BINARY_DIR}/tools/deckman/deckman.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+set(deckCompletion ${PROJECT_SOURCE_DIR}/tools/deckman/completion)
+install(FILES ${deckCompletion}/deckman.bash RENAME deckman
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions)
+install(FILES ${deckCompletion}/deckman.fish DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/fish/vendor_completions.d)
+# Where zsh looks by itself depends on who has installed: a package, or somebody in a place of their own.
+install(CODE "
+  if(CMAKE_INSTALL_PREFIX STREQUAL \"/usr\")
+    set(deckZsh vendor-completions)
+  else()
+    set(deckZsh site-functions)
+  endif()
+  file(INSTALL \"${deckCompletion}/_deckman\"
+       DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATAROOTDIR}/zsh/\${deckZsh}\")")
+
 # A stripped installation has no debug information in its static libraries either.
 foreach(library tarn_service tarn_keywords deckmanager)
   install(CODE "

@@ -149,6 +149,12 @@ TEST(DebianPackage, WorksFromACleanRoot)
     EXPECT_EQ(libraries.output.find("not found"), std::string::npos) << libraries.output;
     EXPECT_EQ(libraries.output.find(DECK_BINARY_DIR), std::string::npos) << libraries.output;
 
+    const std::string share = root + "/usr/share";
+    ASSERT_COMMAND(fmt::format("grep -q '^.SH SYNOPSIS' '{0}/man/man1/deckman.1' && "
+                               "grep -q complete '{0}/bash-completion/completions/deckman' "
+                               "'{0}/fish/vendor_completions.d/deckman.fish' && "
+                               "grep -q compdef '{0}/zsh/vendor-completions/_deckman'",
+                               share));
     const std::string examples = root + "/usr/share/doc/tarn-deckmanager/examples";
     ASSERT_COMMAND(fmt::format("cd '{}/decks' && '{}/usr/bin/deckman' check field/FIELD.DATA", examples, root));
     const std::string build = directory.Path("host");

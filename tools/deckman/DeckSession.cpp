@@ -58,7 +58,7 @@ void SetUpProcess(const Options& options)
     LineEnds::SetPolicy(options.crLf ? LineEnds::Policy::CrLf : LineEnds::Policy::Keep);
     if (options.simulator) environment.EnableSKIPENDSKIP(true, *options.simulator);
     // What is passed over without a word is what these two are asked for.
-    if (options.verb->name == "check" || options.verb->name == "read")
+    if (options.verb != nullptr && (options.verb->name == "check" || options.verb->name == "read"))
         environment.LogWarningForPossibleIndentedKeywords(true);
     if (options.keywordTag) environment.SetCustomKeywordGeneratedTag(*options.keywordTag);
     if (options.fileTag) environment.SetCustomFileGeneratedTag(*options.fileTag);

@@ -11,6 +11,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "Completion.h"
+#include "DeckSession.h"
 #include "Help.h"
 #include "Nearest.h"
 #include "Output.h"
@@ -31,23 +33,6 @@ std::vector<std::string_view> VerbNames(std::string_view begun)
         if (verb.name.starts_with(begun)) names.push_back(verb.name.substr(begun.size()));
     }
     return names;
-}
-
-/// `text` with its lines broken at blanks so that they fit a terminal. What can't be broken stays long.
-std::string Wrapped(std::string_view text)
-{
-    constexpr std::size_t columns = 80;
-    std::string wrapped;
-    while (!text.empty()) {
-        std::size_t end = std::min(text.find('\n'), text.size());
-        if (end > columns) {
-            const std::size_t blank = text.rfind(' ', columns);
-            if (blank != std::string_view::npos && text.find_first_not_of(' ') < blank) end = blank;
-        }
-        wrapped.append(text.substr(0, end)).append(1, '\n');
-        text.remove_prefix(std::min(end + 1, text.size()));
-    }
-    return wrapped;
 }
 
 /// Help without the library's remarks on what is required and what excludes what: the usage line says it.
@@ -197,20 +182,12 @@ const CLI::App* ChosenVerb(const CLI::App& app)
     return chosen;
 }
 
-std::string NameOf(const CLI::App& verb)
-{
-    const CLI::App* group = verb.get_parent();
-    const bool isSecondWord = group != nullptr && group->get_parent() != nullptr;
-    return isSecondWord ? group->get_name() + " " + verb.get_name() : verb.get_name();
-}
-
 void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
 {
     CLI::App* verb = AddCommand(app, entry);
     verb->fallthrough();
     verb->formatter(std::make_shared<HelpFormatter>());
-    verb->footer(Wrapped(entry.more) +
-                 "\ndeckman --help tells the options that every verb takes: --json, --strict, ...");
+    verb->footer(VerbRemarks(entry));
     verb->callback([&options, &entry] { options.verb = &entry; });
     const auto takes = [&entry](Takes what) { return (entry.takes & what) != 0; };
     if (takes(TakesDeck)) AddDeck(*verb, options);
@@ -255,12 +232,14 @@ void AddCommonOptions(CLI::App& app, Options& options)
         if (name != "100" && name != "300") throw CLI::ValidationError("--simulator", "100 or 300 is expected.");
         options.simulator = name == "100" ? SimulatorType::S100 : SimulatorType::S300;
     };
-    app.add_option("--project", options.project)->type_name("DIR");
-    app.add_flag("--json", options.json);
-    app.add_flag("--strict", options.strict);
-    app.add_option_function<std::string>("--simulator", toSimulator)->type_name("100|300");
-    app.add_option("--keyword-tag", options.keywordTag)->type_name("WORD");
-    app.add_option("--file-tag", options.fileTag)->type_name("WORD");
+    app.add_option("--project", options.project, "use the cache of that project")->type_name("DIR");
+    app.add_flag("--json", options.json, "for machines: one JSON object, or one a line");
+    app.add_flag("--strict", options.strict, "exit status 1 for warnings too");
+    app.add_option_function<std::string>("--simulator", toSimulator, "leave out what that simulator skips")
+        ->type_name("100|300");
+    app.add_option("--keyword-tag", options.keywordTag, "the word behind \"-- Generated\" of a keyword's tag")
+        ->type_name("WORD");
+    app.add_option("--file-tag", options.fileTag, "the same of a file's tag")->type_name("WORD");
 }
 
 void PrintError(std::string_view text)
@@ -345,9 +324,15 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
     for (const VerbEntry& verb : AllVerbs())
         AddVerb(app, verb, options);
 
-    // People ask for help in this way too.
+    // People ask for help in this way too, and what is installed beside the program is made by it.
     std::vector<const char*> arguments(argv, argv + argc);
     if (argc > 1 && std::string_view(argv[1]) == "help") {
+        const std::string_view what = argc > 2 ? argv[2] : "";
+        if (what == "--man") return PrintAnswer(ManualPage(app));
+        if (what == "--complete") {
+            SetUpProcess(options);
+            return PrintAnswer(Completions(app, std::vector<std::string>(argv + 3, argv + argc)));
+        }
         arguments.erase(arguments.begin() + 1);
         arguments.push_back("--help");
     }
@@ -358,12 +343,12 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         return options;
     } catch (const CLI::CallForHelp&) {
         const auto chosen = app.get_subcommands();
-        return PrintAnswer(chosen.empty() ? std::string(helpText) : chosen.front()->help("deckman"));
+        return PrintAnswer(chosen.empty() ? MainHelp(app) : chosen.front()->help("deckman"));
     } catch (const CLI::CallForVersion& version) {
         return PrintAnswer(fmt::format("{}\n", version.what()));
     } catch (const CLI::ParseError& error) {
         if (argc == 1) {
-            PrintError(helpText);
+            PrintError(MainHelp(app));
             return WrongUsage;
         }
         return TellWrongUsage(app, error);

@@ -91,9 +91,12 @@ struct VerbEntry
 {
     std::string_view name; ///< of one word, or of two
     std::variant<OnDeck, OnItsOwn> run;
-    unsigned takes; ///< of `Takes`
-    std::string_view does;
-    std::string_view more; ///< an example, and what the options don't say
+    unsigned takes;            ///< of `Takes`
+    std::string_view does;     ///< one sentence
+    std::string_view more;     ///< what the options don't say
+    std::string_view json;     ///< what --json prints
+    std::string_view shows;    ///< what the examples show; empty where they need no word
+    std::string_view examples; ///< command lines that work in the folder of the example decks, in this order
 };
 
 /// All verbs, in the order of the help.
