@@ -5,6 +5,7 @@
 #include <deckmanager/IKeywordFile.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileStatus.h>
+#include <tarn/service/FileSystem.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -65,7 +66,10 @@ void CacheManager::SaveCacheTable()
 void CacheManager::FlushCache()
 {
     const Service::Directory& cacheDir = m_directoryManager.CacheDir();
-    if (cacheDir.Exists()) cacheDir.DeleteContent({}, false);
+    // What a link leads to may be anyone's.
+    Service::FileSystem::ErrorCode error;
+    if (Service::FileSystem::Instance().Status(cacheDir.Name(), false, error).IsDirectory())
+        cacheDir.DeleteContent({}, false);
     if (m_table) m_table->Clear();
 }
 

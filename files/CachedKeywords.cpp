@@ -79,6 +79,21 @@ bool IsSameText(const Service::FileStatus& left, const Service::FileStatus& righ
     return left.IsSameFileAs(right) && left.size == right.size && left.modifiedNanoseconds == right.modifiedNanoseconds;
 }
 
+CacheEntry EntryOf(const KeywordFile& file, const Service::FileStatus& status)
+{
+    CacheEntry entry;
+    entry.stamp = status.TimeLastModified();
+    entry.length = status.size;
+    entry.values.reserve(file.DiskList().size());
+    for (const std::shared_ptr<IKeyword>& keyword : file.DiskList()) {
+        CacheEntry::CacheValue& value = entry.values.emplace_back();
+        value.name = keyword->GetName();
+        value.pos = KeywordFileContents::AsKeyword(keyword).Position();
+        value.size = KeywordFileContents::AsKeyword(keyword).Size();
+    }
+    return entry;
+}
+
 /// Its text isn't read from a copy that is about to take its place.
 bool ReadsItself(const KeywordFile& file)
 {
@@ -117,19 +132,16 @@ void CachedKeywords::Store(const KeywordFile& file, const Service::FileStatus& s
     if (!file.Manager().HasProjectDir() || !ReadsItself(file)) return;
     // The cache takes the time and the size of now: they must be those of the text that was read.
     if (!IsSameText(status, Service::FileStatus::Of(file.FileReader()->GetPath()))) return;
-    CacheEntry entry;
-    entry.stamp = status.TimeLastModified();
-    entry.length = status.size;
+    CacheEntry entry = EntryOf(file, status);
     entry.settings = PresentSettings();
     entry.sections = sections.WholeCode();
-    entry.values.reserve(file.DiskList().size());
-    for (const std::shared_ptr<IKeyword>& keyword : file.DiskList()) {
-        CacheEntry::CacheValue& value = entry.values.emplace_back();
-        value.name = keyword->GetName();
-        value.pos = KeywordFileContents::AsKeyword(keyword).Position();
-        value.size = KeywordFileContents::AsKeyword(keyword).Size();
-    }
     file.Manager().SetCacheEntry(file, entry);
+}
+
+bool CachedKeywords::StandAsListed(const KeywordFile& file, const Service::FileStatus& status)
+{
+    CachedKeywords list(EntryOf(file, status));
+    return list.StandIn(file.FileReader()->OpenLineReader(false).get());
 }
 
 /// Extents follow each other and stay in the file.

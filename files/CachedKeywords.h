@@ -67,6 +67,9 @@ public:
     /// Stores the present list of a file, unless the file has changed since it had that status.
     static void Store(const KeywordFile& file, const Service::FileStatus& status, const SectionAnswers& sections);
 
+    /// Whether the keywords of a file that has that status still stand where its list says.
+    static bool StandAsListed(const KeywordFile& file, const Service::FileStatus& status);
+
     /// Whether each keyword's line begins with its name and each extent holds whole lines, so that none leads astray.
     /// Learns the keywords' marks in passing. `reader` null: the file can't be opened, and nothing stands in it.
     bool StandIn(ILineReader* reader);

@@ -11,6 +11,7 @@
 #include <set>
 #include <utility>
 
+#include "files/CachedKeywords.h"
 #include "files/HeaderBlock.h"
 #include "files/KeywordFile.h"
 #include "files/KeywordFileWriter.h"
@@ -178,7 +179,13 @@ bool KeywordFile::SetHeaderComment(const std::string& text)
 
 bool KeywordFile::HasChangedOnDisk() const
 {
-    return m_contents && !IsSameText(FileStatus::Of(m_fileName), m_status);
+    if (!m_contents) return false;
+    const FileStatus status = FileStatus::Of(m_fileName);
+    if (!IsSameText(status, m_status)) return true;
+    // Who changes a text may set its time back, and can't hide that something has changed. A new mode or name, which
+    // don't matter, leave every keyword where it stands.
+    const bool isDoubtful = status.Exists() && status.changedNanoseconds != m_status.changedNanoseconds && !IsPending();
+    return isDoubtful && !CachedKeywords::StandAsListed(*this, status);
 }
 
 bool KeywordFile::CheckWritable() const

@@ -18,6 +18,17 @@
 
 namespace Tarn::Fjel::Core::DeckManager {
 
+namespace {
+
+/// A relative name counts from the working directory of now, which may be another one later.
+Service::FileName Completed(Service::FileName name)
+{
+    if (!name.IsComplete()) name.MakeComplete(Service::Directory::Current());
+    return name;
+}
+
+} // namespace
+
 /// Finds files by name without a walk over all of them.
 ///
 /// Two names are one file when they are equal, or when they lead to the same place through links. So a name is looked
@@ -32,7 +43,8 @@ public:
         if (status.Exists()) {
             if (std::shared_ptr<KeywordFile> file = Lookup(m_byInode, status.inode, name)) return file;
         }
-        return Lookup(m_byLeaf, name.GetFileName(), name);
+        if (std::shared_ptr<KeywordFile> file = Lookup(m_byLeaf, name.GetFileName(), name)) return file;
+        return status.Exists() ? nullptr : FindGone(name);
     }
 
     void Add(const std::shared_ptr<KeywordFile>& file, const Service::FileStatus& status)
@@ -75,6 +87,18 @@ private:
         const auto [first, last] = map.equal_range(key);
         for (auto entry = first; entry != last; ++entry) {
             const std::shared_ptr<KeywordFile> file = entry->second.lock();
+            if (file && file->GetFileName() == name) return file;
+        }
+        return nullptr;
+    }
+
+    /// A file that was there when it came, by another name for its place.
+    std::shared_ptr<KeywordFile> FindGone(const Service::FileName& name) const
+    {
+        const std::string leaf = name.GetFileName();
+        for (const auto& [fullName, entry] : m_byName) {
+            if (!fullName.ends_with(leaf)) continue;
+            const std::shared_ptr<KeywordFile> file = entry.lock();
             if (file && file->GetFileName() == name) return file;
         }
         return nullptr;
@@ -127,8 +151,7 @@ bool KeywordFileManager::SetCacheEntry(const IKeywordFile& file, const CacheEntr
 
 std::shared_ptr<KeywordFile> KeywordFileManager::GetKeywordFile(const Service::FileName& givenName, bool useVariables)
 {
-    Service::FileName name = givenName;
-    if (!name.IsComplete()) name.MakeComplete(Service::Directory::Current());
+    const Service::FileName name = Completed(givenName);
     if (name.GetFileName().empty()) return nullptr;
 
     const Service::FileStatus status = Service::FileStatus::Of(name.GetFullName());
@@ -158,8 +181,9 @@ bool KeywordFileManager::HasProjectDir() const
     return ProjectDir().IsSet();
 }
 
-void KeywordFileManager::MoveKeywordFile(KeywordFile& file, const Service::FileName& target)
+void KeywordFileManager::MoveKeywordFile(KeywordFile& file, const Service::FileName& givenTarget)
 {
+    const Service::FileName target = Completed(givenTarget);
     const Service::FileName oldName = file.GetFileName();
     // An entry that no longer describes the file must not come to do so by the move.
     CacheEntry entry;
@@ -169,13 +193,17 @@ void KeywordFileManager::MoveKeywordFile(KeywordFile& file, const Service::FileN
     if (isCached) m_cacheManager->MoveCacheEntry(oldName, target);
 }
 
-void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::FileName& newName)
+void KeywordFileManager::KeywordFileMoved(KeywordFile& file, const Service::FileName& givenName)
 {
+    const Service::FileName newName = Completed(givenName);
     if (!newName.FileExists()) throw DeckManagerException("KeywordFileManager::KeywordFileMoved: new file not exist");
     const Service::FileName oldName = file.GetFileName();
+    // What is known of a file that isn't there comes back all the same. A later time is that of another text.
+    CacheEntry entry;
+    m_cacheManager->GetCacheEntry(file, entry);
     file.SetFileName(newName);
     FilesRenamed();
-    m_cacheManager->MoveCacheEntry(oldName, newName);
+    if (entry.stamp >= newName.TimeLastModified()) m_cacheManager->MoveCacheEntry(oldName, newName);
 }
 
 void KeywordFileManager::FilesRenamed()

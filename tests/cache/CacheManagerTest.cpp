@@ -9,6 +9,7 @@
 #include <tarn/service/FileSystem.h>
 
 #include <cstdio>
+#include <filesystem>
 
 namespace {
 
@@ -182,6 +183,12 @@ TEST_F(CacheManagerTest, AFlushEmptiesWhatIsLoaded)
     CacheManager next(m_directories);
     EXPECT_FALSE(IsTrusted(next, "project/sub/a.inc"));
     EXPECT_TRUE(IsTrusted(next, "project/other/b.inc"));
+
+    // What a link leads to isn't the cache's to empty.
+    std::filesystem::remove(m_directory.Path("project/Cache__"));
+    std::filesystem::create_directory_symlink(m_directory.Path("outside"), m_directory.Path("project/Cache__"));
+    next.FlushCache();
+    EXPECT_TRUE(m_directory.Exists("outside/c.inc"));
 }
 
 TEST_F(CacheManagerTest, WithoutAProjectNothingIsKept)
@@ -208,6 +215,21 @@ TEST_F(CacheManagerTest, AMoveByTheManagerOfFilesTakesTheEntryAlong)
     Shift("project/other/moved.inc", 1000);
     files.MoveKeywordFile(*file, m_directory.File("project/sub/back.inc"));
     EXPECT_FALSE(files.GetCacheEntry(*file, entry));
+
+    // The same for a file that someone else has moved.
+    for (const bool isChanged : {false, true}) {
+        const std::string name = isChanged ? "project/changed.inc" : "project/kept.inc";
+        file->Reload();
+        file->Begin();
+        const Service::FileName before = file->GetFileName();
+        if (isChanged) {
+            m_directory.Write("project/kept.inc", "EDIT\n  \n");
+            Shift("project/kept.inc", 60'000);
+        }
+        std::filesystem::rename(before.GetFullName(), m_directory.Path(name));
+        files.KeywordFileMoved(*file, m_directory.File(name));
+        EXPECT_EQ(files.GetCacheEntry(*file, entry), !isChanged);
+    }
 }
 
 } // namespace

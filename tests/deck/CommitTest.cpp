@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <functional>
 #include <memory>
 #include <sstream>
@@ -191,12 +192,24 @@ TEST_F(CommitTest, RefusesBeforeAnythingIsTouched)
     }
     EXPECT_EQ(deck.Dir().Read("TOP.DATA"), topText);
     EXPECT_EQ(deck.Dir().Listing(), "A.INC TOP.DATA");
-    editor.Discard();
-    deck.Keywords().GetDataFile()->Reload();
+
+    // In place, and with the time set back. Another mode is no change.
     deck.File("A.INC").Reload();
-    editor.SetDataText(deck.At("TABDIMS", 2), " 9 /");
-    editor.Commit();
-    EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\nTABDIMS\n 9 /\n");
+    editor.SetDataText(deck.At("TABDIMS", 2), " 8 /");
+    const std::string path = deck.Dir().Path("A.INC");
+    const auto rewrite = [&](const std::string& text) {
+        const Service::FileStatus status = Service::FileStatus::Of(path);
+        std::ofstream(path) << text;
+        Service::FileSystem::ErrorCode error;
+        Service::FileSystem::Instance().SetTimeLastModified(path, status.modifiedNanoseconds, error);
+        Service::FileSystem::Instance().SetMode(path, 0600, error);
+    };
+    rewrite("OIL\n\nTABDIMS\n4/\n");
+    EXPECT_EQ(FailureOf([&] { editor.Commit(); }), "The file " + path + " has been changed on disk since it was read.");
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\n\nTABDIMS\n4/\n");
+    rewrite("OIL\nTABDIMS\n4 /\n");
+    EXPECT_EQ(FailureOf([&] { editor.Commit(); }), "");
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\nTABDIMS\n 8 /\n");
 }
 
 TEST_F(CommitTest, NamesWhatCannotBeWritten)

@@ -118,6 +118,18 @@ TEST_F(ManagersTest, NamesOfFiles)
     EXPECT_EQ(manager.FindKeywordFile(directory.File("b.inc")), file);
     EXPECT_EQ(manager.FindKeywordFile(directory.File("a.inc")), nullptr);
     EXPECT_EQ((*file->Begin())->GetName(), "OIL");
+
+    // By the name of a link, and by relative ones, which mean what they mean now.
+    std::filesystem::create_directory_symlink(directory.Path(), directory.Path("link"));
+    std::filesystem::rename(directory.Path("b.inc"), directory.Path("c.inc"));
+    EXPECT_EQ(manager.FindKeywordFile(directory.File("link/b.inc")), file);
+    EXPECT_EQ(manager.FindKeywordFile(Service::FileName("b.inc")), file);
+    EXPECT_EQ(manager.FindKeywordFile(directory.File("link/c.inc")), nullptr);
+    manager.KeywordFileMoved(*file, Service::FileName("c.inc"));
+    EXPECT_EQ(file->GetFileName().GetFullName(), directory.Path("c.inc"));
+    manager.MoveKeywordFile(*file, Service::FileName("folder/d.inc"));
+    EXPECT_EQ(file->GetFileName().GetFullName(), directory.Path("folder/d.inc"));
+    EXPECT_TRUE(directory.Exists("folder/d.inc"));
 }
 
 TEST_F(ManagersTest, FilesMoveWithTheirKeywords)

@@ -25,6 +25,7 @@ struct FileStatus
     std::int64_t size = -1;                ///< bytes; -1 when missing
     std::int64_t modifiedMilliseconds = 0; ///< since 1 January 1970 UTC, whole milliseconds, rounded down
     std::int64_t modifiedNanoseconds = 0;  ///< the same, as exact as the file system keeps it
+    std::int64_t changedNanoseconds = 0;   ///< when something of the file or of its status last changed; nobody sets it
     std::uint64_t inode = 0;
     std::uint64_t device = 0;
     std::uint32_t mode = 0; ///< permission bits only

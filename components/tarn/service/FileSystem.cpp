@@ -25,12 +25,15 @@ FileStatus MakeStatus(const struct stat& from)
     status.size = from.st_size;
 #if defined(__APPLE__)
     const timespec& modified = from.st_mtimespec;
+    const timespec& changed = from.st_ctimespec;
 #else
     const timespec& modified = from.st_mtim;
+    const timespec& changed = from.st_ctim;
 #endif
     // tv_nsec counts forward also ahead of 1970, so this rounds down.
     status.modifiedMilliseconds = std::int64_t{modified.tv_sec} * 1000 + modified.tv_nsec / 1'000'000;
     status.modifiedNanoseconds = std::int64_t{modified.tv_sec} * nanosecondsOfSecond + modified.tv_nsec;
+    status.changedNanoseconds = std::int64_t{changed.tv_sec} * nanosecondsOfSecond + changed.tv_nsec;
     status.inode = from.st_ino;
     status.device = from.st_dev;
     status.mode = from.st_mode & 07777;
