@@ -85,9 +85,21 @@ TEST(Merge, ADryRunWritesNothing)
     const Decks decks;
     const Outcome outcome = decks.Run({"--dry-run", "-o", "out"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.out, HasSubstr("replaced"));
+    EXPECT_THAT(outcome.out, HasSubstr("carried   INCLUDE  TOP.DATA:7  TOP.DATA:6\n"
+                                       "\n--- new/TOP.DATA\n+++ new/TOP.DATA\n@@ -1,6 +1,9 @@\n RUNSPEC\n DIMENS  " +
+                                       tag + " 4 5 6 /\n-TABDIMS " + tag +
+                                       "- 1 /\n+-- mine\n+TABDIMS\n+ 2 /\n+INCLUDE\n+'mine.inc' /\n END\n"));
     EXPECT_EQ(decks.folder.Read("new/TOP.DATA"), decks.newText);
     EXPECT_FALSE(std::filesystem::exists(decks.folder.Path("out")));
+}
+
+TEST(Merge, ABackupKeepsTheOldFiles)
+{
+    const Decks decks;
+    EXPECT_EQ(decks.Run({"--backup", "-o", "out"}).status, 2);
+    EXPECT_EQ(decks.Run({"--backup"}).status, 0);
+    EXPECT_EQ(decks.folder.Read("new/TOP.DATA"), decks.merged);
+    EXPECT_EQ(decks.folder.Read("new/TOP.DATA~"), decks.newText);
 }
 
 TEST(Merge, ExcludesAndMapsFiles)
@@ -98,9 +110,9 @@ TEST(Merge, ExcludesAndMapsFiles)
     const std::string top = "RUNSPEC\nINCLUDE " + tag + "'b.inc' /\nEND\n";
     decks.folder.Write("new/TOP.DATA", top);
     decks.folder.Write("new/b.inc", "DIMENS  " + tag + "1 2 3 /\n");
-    EXPECT_EQ(decks.Run({"--map", "a.inc=b.inc", "-o", "out"}).status, 0);
+    EXPECT_EQ(decks.Run({"--map", "x.inc=y.inc", "--map", "a.inc=b.inc", "-o", "out"}).status, 0);
     EXPECT_EQ(decks.folder.Read("out/b.inc"), "TABDIMS\n 2 /\nDIMENS  " + tag + "1 2 3 /\n");
-    EXPECT_EQ(decks.Run({"--exclude", "old/a.inc"}).out, "");
+    EXPECT_EQ(decks.Run({"--exclude", "old/a.inc", "--exclude", "TOP.DATA"}).out, "");
     EXPECT_EQ(decks.Run({"--exclude", "c.inc"}).status, 1);
     EXPECT_EQ(decks.Run({"--map", "a.inc"}).status, 2);
 }

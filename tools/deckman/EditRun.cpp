@@ -46,7 +46,8 @@ void EditRun::Finish()
         else
             Commit();
     } catch (const Service::Exception& exception) {
-        throw Failure(FileFailure, exception.what(), m_options.deck);
+        const bool isMerge = !m_options.newDeck.empty();
+        throw Failure(FileFailure, exception.what(), isMerge ? m_options.newDeck : m_options.deck);
     }
 }
 

@@ -25,6 +25,9 @@ class EditRun
 public:
     EditRun(DeckSession& session, const Options& options);
 
+    /// Nothing has changed.
+    bool IsEmpty() const { return m_changed.empty(); }
+
     /// Commits; with --backup each changed file is copied to `FILE~` before. With --dry-run makes the new texts
     /// instead. Throws `Failure` when that can't be done: the files are then as they were.
     void Finish();

@@ -17,6 +17,7 @@
 #include <tarn/service/Log.h>
 
 #include "DeckSession.h"
+#include "EditRun.h"
 #include "ExportRun.h"
 #include "Json.h"
 #include "MergedIncludes.h"
@@ -85,7 +86,10 @@ public:
                           "writes what there is.",
                           m_options.newDeck);
         }
-        if (!m_options.dryRun) Write();
+        if (m_options.dryRun)
+            Show(out);
+        else
+            Write();
         if (!m_options.project.empty()) m_session.SaveCache();
         return Done;
     }
@@ -98,6 +102,8 @@ private:
     void CheckDirectory()
     {
         if (m_options.directory.empty()) return;
+        if (m_options.backup)
+            throw Failure(WrongUsage, "With -o the files of NEW stay as they are; --backup is for those that change.");
         m_directory = ToDirectory(m_options.directory);
         for (const auto* keywords :
              {&m_session.Keywords(), static_cast<const DeckManager::IDeckKeywords*>(&m_oldKeywords)}) {
@@ -257,17 +263,24 @@ private:
         table.Print(out);
     }
 
+    /// What would be written into the files of NEW, or of its copy.
+    void Show(Output& out)
+    {
+        if (m_options.json) return;
+        EditRun run(m_session, m_options);
+        run.Finish();
+        if (run.IsEmpty()) return;
+        out.Append('\n');
+        run.PrintDiff(out);
+    }
+
     void Write()
     {
         // What the user's INCLUDE keywords name comes along, and is found out while they still stand where they stood.
         const MergedIncludes includes(m_old, m_report);
         Service::Directory directory = m_directory;
         if (m_options.directory.empty()) {
-            try {
-                m_session.Manager().GetEditor()->Commit();
-            } catch (const Service::Exception& exception) {
-                throw Failure(FileFailure, exception.what(), m_options.newDeck);
-            }
+            EditRun(m_session, m_options).Finish();
             directory = m_session.TopFile().GetDirectory();
         } else {
             Export(directory);

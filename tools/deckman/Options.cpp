@@ -137,10 +137,10 @@ void AddMerge(CLI::App& verb, Options& options)
     verb.add_flag("--comments", options.comments, "carry the comments of generated keywords too");
     verb.add_option_function<std::vector<std::string>>("--map", toPair, "the file that OLD includes as A is B in NEW")
         ->type_name("A=B")
-        ->expected(1);
+        ->allow_extra_args(false);
     verb.add_option("--exclude", options.excluded, "carry nothing from that file of OLD")
         ->type_name("FILE")
-        ->expected(1);
+        ->allow_extra_args(false);
     verb.add_flag("--into-edited", options.intoEdited, "NEW may hold keywords of a user already");
     verb.add_flag("--allow-truncated", options.allowTruncated, "write a result that lacks something, too");
 }

@@ -146,7 +146,7 @@ constexpr VerbEntry verbs[] = {
      "are. Exit status 0 when nothing differs, 1 when something does.",
      "With --json a line each: {\"kind\",\"where\",\"old\",\"new\"}; kind is added, removed, changed or moved.",
      "what the new deck changes", "deckman diff regenerated/last/BRYNJE.DATA regenerated/now/BRYNJE.DATA"},
-    {"merge", RunMerge, TakesDecks | TakesMerge | TakesWriting,
+    {"merge", RunMerge, TakesDecks | TakesMerge | TakesWriting | TakesBackup,
      "Carries what a user wrote in OLD into NEW, which its generator has made anew.",
      "The user's are the keywords without a generated tag. Each goes next to the generated keyword that it "
      "followed, with its comments; one that stands for a generated keyword (the same well, table, ...) takes its "
