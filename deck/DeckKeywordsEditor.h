@@ -92,7 +92,8 @@ private:
     bool IsOfDeck(const KeywordFile* file) const;
     void SetTag(const IKeyword* keyword, bool tagged);
     void SetTagOnChanged(bool tagged);
-    void SortSection(const KeywordIterator& start, const KeywordIterator& next);
+    void SortSection(const KeywordIterator& start, const KeywordIterator& next,
+                     const std::vector<KeywordFileIterator>& deckEnd);
     void MoveToFixedPlace(Keywords::SectionType section, const KeywordIterator& start, const KeywordIterator& next);
     void SortFileRange(Keywords::SectionType section, const KeywordFileIterator& begin, const KeywordFileIterator& end);
     void Arrange(Keywords::SectionType section, const std::vector<KeywordFileIterator>& places);

@@ -74,6 +74,26 @@ bool IsAhead(const KeywordFileIterator& place, const KeywordFileIterator& other)
     return walk == other && place != other;
 }
 
+/// What of a range of a file is sorted by itself: as far as its section reaches, in pieces between ends of the deck or
+/// of the file. No run reads what stands behind an end, and a keyword that was moved ahead of it would come to life.
+std::vector<std::pair<KeywordFileIterator, KeywordFileIterator>>
+StretchesOf(KeywordFileIterator begin, const KeywordFileIterator& end, const IteratorPath::Places& deckEnd)
+{
+    std::vector<std::pair<KeywordFileIterator, KeywordFileIterator>> stretches;
+    if (!IsAhead(begin, end)) return stretches;
+    KeywordFileIterator place = begin;
+    for (; place != end && KindOf(**place) != KeywordKind::Section; ++place) {
+        const int kind = KindOf(**place);
+        const bool isEnd = kind == KeywordKind::End || kind == KeywordKind::EndInc ||
+                           std::find(deckEnd.begin(), deckEnd.end(), place) != deckEnd.end();
+        if (!isEnd) continue;
+        stretches.emplace_back(begin, place);
+        begin = Next(place);
+    }
+    stretches.emplace_back(begin, place);
+    return stretches;
+}
+
 /// The keyword that closes a scope stands in it where the scope has a closing keyword of its own.
 bool IsClosedInside(const IKeyword& head, const IKeyword& closer)
 {
@@ -124,13 +144,16 @@ void DeckKeywordsEditor::SortKeywords()
     }
     if (marks.empty()) return;
     marks.push_back(keywords.PhysicalEnd());
+    // The END stays where it is, and so do the INCLUDE keywords that lead to it.
+    const IteratorPath::Places deckEnd = IteratorPath::Of(keywords.End());
     for (std::size_t next = 1; next < marks.size(); ++next)
-        SortSection(marks[next - 1], marks[next]);
+        SortSection(marks[next - 1], marks[next], deckEnd);
 }
 
-/// The keywords behind a section keyword and ahead of the next one, or of the deck's end. Each file is sorted by
-/// itself.
-void DeckKeywordsEditor::SortSection(const KeywordIterator& start, const KeywordIterator& next)
+/// The keywords behind a section keyword and ahead of the next one, or of the deck's physical end. Each file is sorted
+/// by itself.
+void DeckKeywordsEditor::SortSection(const KeywordIterator& start, const KeywordIterator& next,
+                                     const std::vector<KeywordFileIterator>& deckEnd)
 {
     SectionType section = SectionType::RUNSPEC;
     FindSection(start->GetName(), section);
@@ -146,7 +169,9 @@ void DeckKeywordsEditor::SortSection(const KeywordIterator& start, const Keyword
     }
     for (KeywordFile* file : files) {
         try {
-            SortFileRange(section, FirstOfSection(*file, start), EndOfSection(*file, next));
+            for (const auto& [begin, end] :
+                 StretchesOf(FirstOfSection(*file, start), EndOfSection(*file, next), deckEnd))
+                SortFileRange(section, begin, end);
         } catch (const std::exception&) {
             Service::Log::SendLogMessage("A problem was encountered sorting the deck keywords in file " +
                                              file->GetFileName().GetFullName() + ".  Sort was not completed.",
@@ -163,9 +188,11 @@ void DeckKeywordsEditor::MoveToFixedPlace(SectionType section, const KeywordIter
     if (section != SectionType::RUNSPEC && section != SectionType::SCHEDULE) return;
     const bool isTitle = section == SectionType::RUNSPEC;
     const KeywordIterator behind = Next(start);
+    const KeywordIterator deckEnd = m_deck->Keywords().End();
+    const KeywordIterator limit = start < deckEnd && deckEnd < next ? deckEnd : next;
     const KeywordIterator found =
-        m_deck->Keywords().FindKeywordById(isTitle ? "TITLE" : "SKIPREST", nullptr, start, next, false);
-    if (found == next) return;
+        m_deck->Keywords().FindKeywordById(isTitle ? "TITLE" : "SKIPREST", nullptr, start, limit, false);
+    if (found == limit) return;
     KeywordFileIterator place = PlaceOf(behind);
     if (!isTitle && KindOf(**place) == KeywordKind::Include) ++place;
     MoveKeyword(PlaceOf(found), place);
@@ -179,7 +206,7 @@ void DeckKeywordsEditor::SortFileRange(SectionType section, const KeywordFileIte
     if (file != IteratorAccess::File(end)) {
         throw std::invalid_argument("A problem was encountered sorting keywords.  Invalid sort range.");
     }
-    if (!IsOpenToEdits(file) || !IsAhead(begin, end)) return;
+    if (!IsOpenToEdits(file)) return;
 
     // The range around, and the scopes that are open at a place, with the keywords of each. Scopes nest without a
     // bound, so they stand on a stack and not in calls.
@@ -194,8 +221,6 @@ void DeckKeywordsEditor::SortFileRange(SectionType section, const KeywordFileIte
         // Sorting the scope that a keyword closes may move the keyword.
         const KeywordFileIterator place = following++;
         const IKeyword& keyword = **place;
-        // Behind it stands what is of another section.
-        if (KindOf(keyword) == KeywordKind::Section) break;
         bool isInside = false;
         for (const std::size_t left = open.Close(keyword); levels.size() - 1 > left; levels.pop_back()) {
             Level& scope = levels.back();

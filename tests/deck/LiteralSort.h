@@ -46,6 +46,7 @@ public:
         }
         if (marks.empty()) return;
         marks.push_back(m_keywords.PhysicalEnd());
+        m_deckEnd = m_keywords.End();
         for (std::size_t i = 0; i + 1 < marks.size(); ++i)
             SortSection(marks[i], marks[i + 1]);
     }
@@ -61,13 +62,14 @@ private:
         }
         KeywordIterator behind = start;
         ++behind;
+        const KeywordIterator limit = start < m_deckEnd && m_deckEnd < next ? m_deckEnd : next;
         if (section == 0) {
-            const KeywordIterator title = m_keywords.FindKeywordById("TITLE", nullptr, start, next, false);
-            if (title != next) m_editor.MoveKeyword(title, behind);
+            const KeywordIterator title = m_keywords.FindKeywordById("TITLE", nullptr, start, limit, false);
+            if (title != limit) m_editor.MoveKeyword(title, behind);
         }
         if (section == 7) {
-            const KeywordIterator skipRest = m_keywords.FindKeywordById("SKIPREST", nullptr, start, next, false);
-            if (skipRest != next) {
+            const KeywordIterator skipRest = m_keywords.FindKeywordById("SKIPREST", nullptr, start, limit, false);
+            if (skipRest != limit) {
                 KeywordFileIterator target = m_keywords.GetFileIterator(behind);
                 if (behind->GetSyntax()->GetKind() == KeywordKind::Include) ++target;
                 m_editor.MoveKeyword(m_keywords.GetFileIterator(skipRest), target);
@@ -84,7 +86,14 @@ private:
         for (IKeywordFile* file : files) {
             try {
                 const auto [begin, end] = RangeOf(*file, start, next);
-                SortFileRange(static_cast<SectionType>(section), begin, end);
+                for (KeywordFileIterator from = begin; from < end;) {
+                    KeywordFileIterator to = from;
+                    while (to != end && to->GetSyntax()->GetKind() != KeywordKind::Section && !IsEnd(to))
+                        ++to;
+                    SortFileRange(static_cast<SectionType>(section), from, to);
+                    if (to == end || to->GetSyntax()->GetKind() == KeywordKind::Section) break;
+                    from = ++to;
+                }
             } catch (const std::exception&) {
                 Tarn::Fjel::Core::Service::Log::SendLogMessage(
                     "A problem was encountered sorting the deck keywords in file " + file->GetFileName().GetFullName() +
@@ -92,6 +101,18 @@ private:
                     2);
             }
         }
+    }
+
+    /// Ends the deck or the file, or brings in a file in which the deck ends.
+    bool IsEnd(const KeywordFileIterator& place) const
+    {
+        const int kind = place->GetSyntax()->GetKind();
+        if (kind == KeywordKind::End || kind == KeywordKind::EndInc) return true;
+        if (kind != KeywordKind::Include || *m_deckEnd == nullptr) return false;
+        const KeywordIterator include = Tarn::Fjel::Core::DeckManager::DeckPositionOf(place, m_deck);
+        KeywordIterator behind = include;
+        Tarn::Fjel::Core::DeckManager::StepOverInclude(behind, m_deck);
+        return include < m_deckEnd && (*behind == nullptr || m_deckEnd < behind);
     }
 
     /// From the first keyword of the file that the walk between the two section keywords comes to, up to the second of
@@ -131,7 +152,6 @@ private:
         std::set<std::string> present;
         std::set<std::string> required;
         for (KeywordFileIterator cur = begin; cur < end;) {
-            if (cur->GetSyntax()->GetKind() == KeywordKind::Section) break;
             all.push_back(*cur);
             present.insert(cur->GetName());
             if (cur->GetSyntax()->HasOrderingRules()) {
@@ -225,6 +245,7 @@ private:
             ++cur;
     }
 
+    KeywordIterator m_deckEnd;
     Tarn::Fjel::Core::DeckManager::IDeck& m_deck;
     Tarn::Fjel::Core::DeckManager::IDeckKeywords& m_keywords;
     Tarn::Fjel::Core::DeckManager::IDeckKeywordsEditor& m_editor;

@@ -127,6 +127,21 @@ const std::vector<Fact> facts = {
      {"RUNSPEC C B I1 B A", "GRID"},
      {"RUNSPEC C B I1 A B", "GRID"}},
 
+    // Ends. Nothing goes past one: what a run doesn't read must not come to life.
+    {"what stands behind the end of a deck stays there", "GRID A<B", {"GRID B END A"}, {}},
+    {"each side of it is sorted by itself",
+     "GRID A<B PROPS A<B",
+     {"GRID B A END B A PROPS B A"},
+     {"GRID A B END A B PROPS A B"}},
+    {"an end inside a scope", "GRID A<B", {"GRID HEAD B END A TAIL B A"}, {"GRID HEAD B END A TAIL A B"}},
+    {"the end of an included file", "GRID A<B", {"GRID I1 B A", "B ENDINC A"}, {"GRID I1 A B", "B ENDINC A"}},
+    {"a deck that ends in an included file", "GRID A<B", {"GRID B I1 A", "B END A"}, {}},
+    {"fixed places are no exception",
+     "",
+     {"RUNSPEC A END TITLE SCHEDULE B SKIPREST"},
+     {"RUNSPEC A END TITLE SCHEDULE SKIPREST B"}},
+    {"nor where a deck ends in a file", "", {"SCHEDULE A I1 SKIPREST", "END"}, {}},
+
     // Scopes.
     {"a scope is sorted by itself", "GRID A<B", {"GRID HEAD B A TAIL"}, {"GRID HEAD A B TAIL"}},
     {"what is inside and what is around know nothing of each other", "GRID A<B", {"GRID B HEAD A TAIL"}, {}},
