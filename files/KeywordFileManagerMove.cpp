@@ -196,8 +196,15 @@ private:
     {
         const std::string moved = "The project has moved to " + m_paths.NewDir().Name() + ", where it is whole. ";
         const Directory& old = m_paths.OldDir();
+        const std::string left = "What cannot be deleted is left in " + old.Name() + ".";
         // Others may work there: what has come since is nobody's to delete.
-        const std::string changed = copy.ChangedMeanwhile();
+        std::string changed;
+        try {
+            changed = copy.ChangedMeanwhile();
+        } catch (const boost::filesystem::filesystem_error&) {
+            Tell(moved + left);
+            return;
+        }
         if (!changed.empty()) {
             Tell(moved + old.Name() + " is kept, since the file " + changed + " has come or changed meanwhile.");
             return;
@@ -206,7 +213,7 @@ private:
         const Directory place(old.CanonicalName());
         bool isGone = place.Delete();
         if (place.Name() != old.Name()) isGone = old.Delete() && isGone;
-        if (!isGone) Tell(moved + "What cannot be deleted is left in " + old.Name() + ".");
+        if (!isGone) Tell(moved + left);
     }
 
     [[noreturn]] void ThrowNotMoved(const std::exception& failure, ProjectCopy& copy) const

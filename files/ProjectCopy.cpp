@@ -1,6 +1,7 @@
 #include "files/ProjectCopy.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <boost/filesystem/directory.hpp>
 #include <boost/filesystem/exception.hpp>
@@ -90,16 +91,24 @@ void ProjectCopy::Make()
 ProjectCopy::Files ProjectCopy::OldFiles() const
 {
     Files files;
-    ErrorCode error;
-    boost::filesystem::recursive_directory_iterator entry(m_paths.OldDir().Name(), error);
-    for (; !error && entry != boost::filesystem::recursive_directory_iterator(); entry.increment(error)) {
-        ErrorCode statusError;
-        const std::string path = entry->path().string();
-        FileStatus status = FileSystem::Instance().Status(path, false, statusError);
-        status.isUnknown = statusError.failed();
-        if (!status.IsDirectory()) files.emplace(path, status);
+    std::vector<std::string> folders{m_paths.OldDir().Name()};
+    while (!folders.empty()) {
+        const std::string folder = std::move(folders.back());
+        folders.pop_back();
+        ErrorCode error;
+        boost::filesystem::directory_iterator entry(folder, error);
+        for (; !error && entry != boost::filesystem::directory_iterator(); entry.increment(error)) {
+            ErrorCode statusError;
+            const std::string path = entry->path().string();
+            FileStatus status = FileSystem::Instance().Status(path, false, statusError);
+            status.isUnknown = statusError.failed();
+            if (status.IsDirectory())
+                folders.push_back(path);
+            else
+                files.emplace(path, status);
+        }
+        if (error) Throw(folder, error);
     }
-    if (error) Throw(m_paths.OldDir().Name(), error);
     return files;
 }
 

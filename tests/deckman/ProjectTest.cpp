@@ -117,6 +117,7 @@ TEST(Project, WhatCannotBeDoneNamesTheFile)
         {{"project", "add", "p", "a/b", "src/TOP.DATA"}, 2, "a/b: error: A deck's name holds no slash"},
         {{"project", "add", "p", ".a", "src/TOP.DATA"}, 2, ".a: error: A deck's name does not begin with a dot."},
         {{"project", "add", "p", " a", "src/TOP.DATA"}, 2, "neither is empty nor begins or ends with a blank."},
+        {{"project", "add", "p", "a\nb", "src/TOP.DATA"}, 2, "A deck's name holds no control characters."},
         {{"project", "add", "p", "Cache__", "src/TOP.DATA"}, 2, "Cache__: error: This is the name of a folder of "},
         {{"project", "ls", "p", "--project", "p"}, 2, "This verb takes the directory itself."},
         {{"project"}, 2, "deckman: error: project what? A second word is missing.\nSee deckman project --help.\n"},
@@ -228,6 +229,7 @@ TEST(Project, MovesWithItsIncludes)
          3,
          "full: error: The directory is not empty; --replace deletes what is there."},
         {{"project", "move", "p", "p/d/x"}, 3, "p: error: The project directory cannot be moved into itself."},
+        {{"project", "move", "p", ".", "--replace"}, 3, "p: error: The project directory cannot be moved into itself."},
         {{"project", "move", "p", "full/file"}, 3, "p: error: DeckManager project dir must be a complete path"},
         {{"project", "move", "p", "./p/"}, 2, "The project lies there already."},
         {{"project", "move", "none", "q"}, 3, "none: error: The directory does not exist"},
@@ -247,6 +249,38 @@ TEST(Project, MovesWithItsIncludes)
     EXPECT_EQ(place.Run({"project", "move", "deep/er/q", "full", "--replace"}).status, 0);
     EXPECT_EQ(place.folder.Read("full/d/d.DATA"), "RUNSPEC\nINCLUDE\n '../../out/o.inc' / out\nGRID\n");
     EXPECT_FALSE(place.folder.Exists("full/file"));
+}
+
+TEST(Project, WithABackupNothingIsDeleted)
+{
+    const Place place;
+    place.folder.Write("out/o.inc", "OIL\n");
+    place.folder.Write("full/file", "x");
+    const std::string text = "RUNSPEC\nINCLUDE\n '../../out/o.inc' /\n";
+    place.folder.Write("p/d/d.DATA", text);
+    EXPECT_EQ(place.Run({"project", "add", "p", "e", "src/TOP.DATA", "--backup"}).status, 0);
+    const std::vector<std::string> move = {"project", "move", "p", "full", "--replace", "--backup", "--json"};
+
+    place.folder.Write("full~/older", "x");
+    const std::string listing = place.folder.Listing();
+    const Outcome refused = place.Run(move);
+    EXPECT_EQ(refused.status, 3);
+    EXPECT_EQ(refused.err, "full~: error: Something stands here already, where --backup would keep what is in full.\n");
+    EXPECT_EQ(place.folder.Listing(), listing);
+    std::filesystem::remove_all(place.folder.Path("full~"));
+    // A move that is refused leaves all in its place.
+    place.folder.Write("p/d/bad.DATA", "INCLUDE\n '" + place.folder.Path("p/d/d.DATA") + "' /\n");
+    const std::string longName = std::string(140, 'x');
+    place.folder.Write(longName + "/file", "x");
+    EXPECT_EQ(place.Run({"project", "move", "p", longName, "--replace", "--backup"}).status, 3);
+    EXPECT_TRUE(place.folder.Exists(longName + "/file"));
+    EXPECT_FALSE(place.folder.Exists(longName + "~"));
+
+    EXPECT_EQ(place.Run(move).status, 0);
+    EXPECT_EQ(place.folder.Read("p/d/d.DATA"), text);
+    EXPECT_EQ(place.folder.Read("full~/file"), "x");
+    EXPECT_FALSE(place.folder.Exists("full/file"));
+    EXPECT_EQ(place.folder.Read("full/d/d.DATA"), text);
 }
 
 TEST(Project, AMoveThatCannotBeDoneSaysWhereTheProjectIs)

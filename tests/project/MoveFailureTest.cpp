@@ -263,6 +263,10 @@ TEST_F(MoveFailureTest, AFullDiskAndMissingPermissionsAreToldWithTheFile)
     fs::permissions(project.tree.Dir().Path("zone/proj/f/g.inc"), fs::perms::none);
     EXPECT_THAT(reasonFor(project.NewDir()), testing::HasSubstr("zone/proj/f/g.inc cannot be read."));
     fs::permissions(project.tree.Dir().Path("zone/proj/f/g.inc"), fs::perms::owner_read | fs::perms::owner_write);
+    fs::create_directory(project.tree.Dir().Path("zone/proj/f/closed"));
+    fs::permissions(project.tree.Dir().Path("zone/proj/f/closed"), fs::perms::none);
+    EXPECT_THAT(reasonFor(project.NewDir()), testing::HasSubstr("zone/proj/f/closed: Permission denied.\n"));
+    fs::remove(project.tree.Dir().Path("zone/proj/f/closed"));
     project.ExpectUntouched(true);
 }
 

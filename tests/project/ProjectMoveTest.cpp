@@ -340,6 +340,14 @@ TEST_F(ProjectMoveTest, WhatComesWhileItMovesIsNotDeleted)
     KeywordFileManager(Path("link")).MoveProjectDir(Path("q"), true, elsewhere);
     EXPECT_TRUE(m_log.Empty());
     EXPECT_FALSE(m_tree.Dir().Exists("zone/proj") || m_tree.Dir().Exists("link"));
+    // Nor is what can't be looked through.
+    elsewhere.change = [&] {
+        fs::remove_all(Path("q"));
+        Write("q", "mine");
+    };
+    KeywordFileManager(Path("q")).MoveProjectDir(Path("r"), true, elsewhere);
+    EXPECT_TRUE(m_log.Contains("The project has moved to " + Path("r") + ", where it is whole. What cannot be "));
+    EXPECT_EQ(Read("q"), "mine");
 }
 
 TEST_F(ProjectMoveTest, APathThatAnAliasLeadsAstrayIsTold)

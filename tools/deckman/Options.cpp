@@ -152,10 +152,12 @@ void AddProject(CLI::App& verb, unsigned takes, Options& options)
     if ((takes & TakesNewDeck) != 0) {
         verb.add_option("NAME", options.deckName, "the deck's name in the project")->required()->type_name("");
         AddDeck(verb, options);
+        verb.add_flag("--backup", options.backup, "has nothing to keep: no file is ever replaced");
     }
     if ((takes & TakesNewProjectDir) != 0) {
         verb.add_option("NEWDIR", options.newProjectDir, "the directory where it is to be")->required()->type_name("");
         verb.add_flag("--replace", options.replace, "delete what stands at NEWDIR");
+        verb.add_flag("--backup", options.backup, "delete nothing: DIR stays, NEWDIR goes to NEWDIR~");
     }
 }
 

@@ -161,6 +161,9 @@ void CheckDeckName(const std::string& name)
         refuse("A deck's name neither is empty nor begins or ends with a blank.");
     if (name.starts_with('.')) refuse("A deck's name does not begin with a dot.");
     if (name.find_first_of("/\\:") != std::string::npos) refuse("A deck's name holds no slash and no colon.");
+    if (std::any_of(name.begin(), name.end(),
+                    [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }))
+        refuse("A deck's name holds no control characters.");
     if (name == cacheFolderName) refuse("This is the name of a folder of every project.");
     ToDirectory(name);
 }
@@ -169,6 +172,39 @@ bool IsEmptyDirectory(const Directory& directory)
 {
     return directory.IsDirectory() && directory.Find({}, false, false, true, true, false).empty();
 }
+
+bool LiesIn(const Directory& directory, const Directory& outer)
+{
+    return Directory(directory.CanonicalName()).IsDescendantOf(Directory(outer.CanonicalName()));
+}
+
+/// What stands at the place to which a project moves, kept as `NEWDIR~`; it goes back when the project doesn't come.
+class KeptDirectory
+{
+public:
+    KeptDirectory(const Directory& place, const std::string& shown) : m_place(place), m_kept(place.Name() + "~")
+    {
+        FileSystem::ErrorCode error;
+        if (FileSystem::Instance().Status(m_kept.Name(), false, error).Exists()) {
+            throw Failure(FileFailure,
+                          fmt::format("Something stands here already, where --backup would keep what is in {}.", shown),
+                          shown + "~");
+        }
+        if (!FileSystem::Instance().Rename(m_place.Name(), m_kept.Name(), error))
+            throw Failure(FileFailure, fmt::format("The directory cannot be kept: {}.", error.message()), shown);
+    }
+    ~KeptDirectory()
+    {
+        FileSystem::ErrorCode ignored;
+        if (!m_place.Exists()) FileSystem::Instance().Rename(m_kept.Name(), m_place.Name(), ignored);
+    }
+    KeptDirectory(const KeptDirectory&) = delete;
+    KeptDirectory& operator=(const KeptDirectory&) = delete;
+
+private:
+    Directory m_place;
+    Directory m_kept;
+};
 
 /// The keywords that a move changes, as an export tells them.
 void PrintChanges(const Directory& project, const DeckManager::ProjectMovePlan& plan, const Messages& messages,
@@ -253,6 +289,8 @@ ExitStatus RunProjectMove(Messages& messages, const Options& options, Output& ou
     const Directory project = ToProjectDirectory(options.projectDir);
     Directory target = ToDirectory(options.newProjectDir);
     if (target == project) throw Failure(WrongUsage, "The project lies there already.", options.newProjectDir);
+    if (LiesIn(target, project) || LiesIn(project, target))
+        throw Failure(FileFailure, "The project directory cannot be moved into itself.", options.projectDir);
     if (target.IsDirectory()) {
         if (!options.replace && !IsEmptyDirectory(target)) {
             throw Failure(FileFailure, "The directory is not empty; --replace deletes what is there.",
@@ -273,7 +311,9 @@ ExitStatus RunProjectMove(Messages& messages, const Options& options, Output& ou
             PrintChanges(project, plan, messages, options.json, out);
             return Done;
         }
-        manager->MoveProjectDir(target.Name(), true);
+        std::optional<KeptDirectory> kept;
+        if (options.backup && target.Exists() && !IsEmptyDirectory(target)) kept.emplace(target, options.newProjectDir);
+        manager->MoveProjectDir(target.Name(), !options.backup);
     } catch (const Service::Exception& exception) {
         throw Failure(FileFailure, exception.what(), options.projectDir);
     }

@@ -196,7 +196,8 @@ constexpr VerbEntry verbs[] = {
      "Moves a project, and corrects the paths of its INCLUDE keywords.",
      "Each INCLUDE names the file that it named before, in the project or outside; paths with a variable or an "
      "alias stay as they are. Until the new place is whole the old one is left alone. NEWDIR must not exist, or be "
-     "an empty directory, or --replace deletes what is there.",
+     "an empty directory, or --replace deletes what is there. With --backup the project stays in DIR too, and "
+     "decks there and at NEWDIR go their own ways from then on.",
      "With --json a line for each deck: {\"name\",\"file\",\"keywords\"}, file relative to NEWDIR; with --dry-run "
      "keywords is null, and lines {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"} follow.",
      "",
