@@ -14,6 +14,7 @@
 #include "text/Tokenizer.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/DeckManagerException.h>
+#include <deckmanager/Environment.h>
 #include <deckmanager/KeywordVariables.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/DataAccessUtils.h>
@@ -64,6 +65,25 @@ bool LeadsToFile(const FileName& name)
     const Service::FileStatus status = Service::FileStatus::Of(name);
     return status.IsRegularFile() || status.isUnknown;
 }
+
+/// While it stands, files are read with what a simulator skips: that has to be right for the others.
+class WithoutSkipping
+{
+public:
+    WithoutSkipping()
+        : m_enabled(Environment::Instance().SKIPENDSKIPEnabled()),
+          m_simulator(Environment::Instance().SKIPENDSKIPSimulator())
+    {
+        Environment::Instance().EnableSKIPENDSKIP(false, m_simulator);
+    }
+    ~WithoutSkipping() { Environment::Instance().EnableSKIPENDSKIP(m_enabled, m_simulator); }
+    WithoutSkipping(const WithoutSkipping&) = delete;
+    WithoutSkipping& operator=(const WithoutSkipping&) = delete;
+
+private:
+    bool m_enabled;
+    Keywords::SimulatorType m_simulator;
+};
 
 [[noreturn]] void RefuseUnreadable(const FileName& name)
 {
@@ -163,6 +183,7 @@ void ProjectIncludes::LoadClosedDecks(const std::vector<FileName>& names)
 {
     // What is to be said of a deck is said to who works on it.
     const Log::Probe probe;
+    const WithoutSkipping all;
     const auto rankOf = [this](const FileName& name) {
         const std::string extension = name.GetExtension();
         const Directory& folder = name.GetDirectory();
@@ -207,7 +228,9 @@ std::vector<FileCorrections> ProjectIncludes::Find()
         if (file->LoadFailed() || (name.FileExists() && !file->OpenedReader(*file->FileReader())))
             RefuseUnreadable(name);
         const bool managed = m_paths.IsInManagedArea(FileName(canonical).GetDirectory(), {});
-        std::vector<IncludeCorrection> includes = FixInclude(*file, BasesOf(name, open.get(), closed.get()), managed);
+        const std::vector<Directory> bases = BasesOf(name, open.get(), closed.get());
+        std::vector<IncludeCorrection> includes = FixInclude(*file, bases, managed);
+        if (open && closed && Environment::Instance().SKIPENDSKIPEnabled()) TellOfSkipped(*open, *closed, bases);
         if (Service::FileStreamBuffer::ReadFailures() != readFailures) RefuseUnreadable(name);
         if (!includes.empty()) found.push_back({file, open != nullptr, std::move(includes)});
     }
@@ -345,21 +368,37 @@ void ProjectIncludes::TellOfOutsideFiles(const std::unordered_set<std::string>& 
     {
         for (const std::shared_ptr<KeywordFile>& file : manager->Files()) {
             if (!file->WasLoaded() || !seen.insert(file->GetFileName().CanonicalName()).second) continue;
-            const std::vector<Directory> bases = BasesOf(file->GetFileName(), file.get(), nullptr);
-            for (const KeywordFileIterator& place : file->GetINCLUDEKeywords()) {
-                KeywordINCLUDE& keyword = *KeywordINCLUDE::From(const_cast<IKeyword*>(*place));
-                const std::optional<FileName> include = NameInText(keyword);
-                if (!include || !include->GetDirectory().IsSet() || IsLeftToTheDeck(*include)) continue;
-                const std::optional<FileName> needed = FixManagedFileInclude(*include, bases);
-                if (!needed || needed->GetFullName() == include->GetFullName()) continue;
-                const Log::Place logPlace(file->GetFileName().GetFullName(), keyword.GetLine());
-                Log::SendLogMessage("The INCLUDE path \"" + include->GetFullName() +
-                                        "\" is not corrected, since the file lies in no folder of the project. After "
-                                        "the move it would be \"" +
-                                        needed->GetFullName() + "\".",
-                                    Log::Warning);
-            }
+            TellOfUncorrected(*file, BasesOf(file->GetFileName(), file.get(), nullptr),
+                              "lies in no folder of the project", {});
         }
+    }
+}
+
+/// What an open file skips is not in its list, and yet in its text.
+void ProjectIncludes::TellOfSkipped(const KeywordFile& open, const KeywordFile& closed,
+                                    const std::vector<Directory>& bases) const
+{
+    std::unordered_set<long long> listed;
+    for (const std::shared_ptr<IKeyword>& keyword : open.DiskList())
+        listed.insert(KeywordFileContents::AsKeyword(keyword).Position());
+    TellOfUncorrected(closed, bases, "is open and skips it", listed);
+}
+
+/// `corrected`: positions of keywords that others see to.
+void ProjectIncludes::TellOfUncorrected(const KeywordFile& file, const std::vector<Directory>& bases,
+                                        const std::string& why, const std::unordered_set<long long>& corrected) const
+{
+    for (const KeywordFileIterator& place : file.GetINCLUDEKeywords()) {
+        KeywordINCLUDE& keyword = *KeywordINCLUDE::From(const_cast<IKeyword*>(*place));
+        if (corrected.count(keyword.Position()) > 0) continue;
+        const std::optional<FileName> include = NameInText(keyword);
+        if (!include || !include->GetDirectory().IsSet() || IsLeftToTheDeck(*include)) continue;
+        const std::optional<FileName> needed = FixManagedFileInclude(*include, bases);
+        if (!needed || needed->GetFullName() == include->GetFullName()) continue;
+        const Log::Place logPlace(file.GetFileName().GetFullName(), keyword.GetLine());
+        Log::SendLogMessage("The INCLUDE path \"" + include->GetFullName() + "\" is not corrected, since the file " +
+                                why + ". After the move it would be \"" + needed->GetFullName() + "\".",
+                            Log::Warning);
     }
 }
 

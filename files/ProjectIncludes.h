@@ -85,6 +85,10 @@ private:
                                                            const std::vector<Service::Directory>& bases) const;
     [[noreturn]] static void FixUnmanagedFileInclude(const KeywordINCLUDE& keyword, const Service::FileName& include);
     void TellOfOutsideFiles(const std::unordered_set<std::string>& corrected) const;
+    void TellOfSkipped(const KeywordFile& open, const KeywordFile& closed,
+                       const std::vector<Service::Directory>& bases) const;
+    void TellOfUncorrected(const KeywordFile& file, const std::vector<Service::Directory>& bases,
+                           const std::string& why, const std::unordered_set<long long>& corrected) const;
 
     KeywordFileManager& m_manager;
     const IDirectoryManager& m_directories;

@@ -350,6 +350,35 @@ TEST_F(ProjectMoveTest, WhatComesWhileItMovesIsNotDeleted)
     EXPECT_EQ(Read("q"), "mine");
 }
 
+TEST_F(ProjectMoveTest, WhatASimulatorSkipsIsCorrectedToo)
+{
+    Write("out/o.inc", "OIL\n");
+    const auto text = [](const std::string& path) {
+        return "RUNSPEC\nSKIP300\n" + Include(path) + "ENDSKIP\n" + Include(path) + "WATER\n";
+    };
+    m_tree.WriteTop("d/d.DATA", text("../../../out/o.inc"));
+    m_tree.WriteTop("e/e.DATA", text("../../../out/o.inc"));
+    Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::S300);
+    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
+    Scanned(m_tree.OldDir());
+    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
+    IDeck* open = manager->OpenExistingDeck("e", true);
+    const IKeyword* water = *KeywordsNamed(*open, "WATER").front();
+    manager->MoveProjectDir(Path("zone/deep/p"), true);
+    EXPECT_EQ(Read("zone/deep/p/d/d.DATA"), text("../../../../out/o.inc"));
+    EXPECT_EQ(m_tree.IncludesOf(Path("zone/deep/p")), includes);
+    EXPECT_TRUE(Environment::Instance().SKIPENDSKIPEnabled());
+    // An open deck knows nothing of it.
+    EXPECT_EQ(*water->GetText(), "WATER\n");
+    EXPECT_EQ(m_log.Texts(2),
+              std::vector<std::string>{"The INCLUDE path \"../../../out/o.inc\" is not corrected, since "
+                                       "the file is open and skips it. After the move it would be "
+                                       "\"../../../../out/o.inc\"."});
+    EXPECT_EQ(m_log.Messages().back().line, 3);
+    EXPECT_EQ(Read("zone/deep/p/e/e.DATA"), "RUNSPEC\nSKIP300\n" + Include("../../../out/o.inc") + "ENDSKIP\n" +
+                                                Include("../../../../out/o.inc") + "WATER\n");
+}
+
 TEST_F(ProjectMoveTest, APathThatAnAliasLeadsAstrayIsTold)
 {
     Write("out/o.inc", "OIL\n");
