@@ -104,9 +104,13 @@ IKeyword* DeckKeywordsEditor::InsertKeywordText(const Keywords::IKeywordSyntax& 
     std::string name;
     std::string dataText;
     std::string tagText;
-    if (!SplitKeywordText(text, name, dataText, tagText)) dataText = text;
+    const bool isWhole = SplitKeywordText(text, name, dataText, tagText);
+    if (!isWhole) dataText = text;
     IKeyword* inserted = file->InsertKeywordText(syntax, position, dataText, name);
-    if (inserted != nullptr && !tagText.empty()) TagKeyword(inserted);
+    if (inserted == nullptr) return nullptr;
+    if (!tagText.empty()) TagKeyword(inserted);
+    // What the user has put behind the name is theirs.
+    if (isWhole) static_cast<Keyword*>(inserted)->SetBesideName(Keyword::BesideNameIn(text, name));
     return inserted;
 }
 

@@ -4,10 +4,14 @@
 
 #include <deckmanager/Environment.h>
 #include <deckmanager/LineReaderUtil.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordKind.h>
 
 #include "keywords/KeywordTextSplitter.h"
 #include "keywords/ScheduleSectionContextQuery.h"
 #include "text/LineStreamReader.h"
+#include "text/SectionNames.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -92,6 +96,27 @@ bool DeckUtils::getKeywordsAndDataFromString(const std::string& text, std::vecto
 
     if (keywords.empty()) AddError(errors, "Failed to convert to any valid keywords");
     return !keywords.empty() && errors.empty();
+}
+
+std::vector<DeckUtils::KeywordLine> DeckUtils::findKeywordLines(std::string_view text, Keywords::SectionType section)
+{
+    const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
+    std::vector<KeywordLine> found;
+    LineStreamReader reader;
+    reader.AttachText(text);
+    std::string word;
+    long long pos = -1;
+    while (LineReaderUtil::ReadNextValidLineAsKeyword(reader, word, &pos, false, nullptr, nullptr)) {
+        if (word.empty() || !LineReaderUtil::IsNameInAnySection(word)) continue;
+        const IKeywordSyntax* syntax =
+            section == Keywords::SectionType::None ? nullptr : table.FindSyntax(word, section, true);
+        const IKeywordSyntax* any = syntax != nullptr ? syntax : table.FindSyntax(word, true);
+        if (section == Keywords::SectionType::None) syntax = any;
+        if (any->GetKind() == Keywords::KeywordKind::Section) FindSection(word, section);
+        found.push_back({word, static_cast<std::size_t>(pos), syntax, section});
+        LineReaderUtil::ConsumeDataLines(any, reader);
+    }
+    return found;
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

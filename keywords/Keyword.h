@@ -108,6 +108,8 @@ public:
     std::string GetBesideName() const;
     /// The same for a keyword that stands in no file yet.
     void SetBesideName(const std::string& text);
+    /// What stands there in the text of a whole keyword of that name.
+    static std::string BesideNameIn(const std::string& keywordText, const std::string& name);
 
     bool IsDirty() const;
     bool HasValidExtent() const { return m_reader && m_position >= 0 && m_size >= 1; }
@@ -226,6 +228,7 @@ private:
     void WriteHead(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,
                    long long headEnd) const;
     std::string KeywordLine(const KeywordStretches* stretches) const;
+    static std::string BesideName(const KeywordStretches& stretches, const std::string& name);
     static void SplitKeywordLine(const KeywordStretches& stretches, std::string& line, std::string& behindTag);
     void CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const;
 

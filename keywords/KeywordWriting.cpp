@@ -435,11 +435,27 @@ std::string Keyword::GetBesideName() const
 {
     if (!HasValidExtent()) return m_state ? m_state->besideName : std::string();
     const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
-    const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
-    std::string line = GetName();
+    return BesideName(KeywordStretches(*lines, m_position, m_size, CanHaveComment()), GetName());
+}
+
+std::string Keyword::BesideNameIn(const std::string& keywordText, const std::string& name)
+{
+    LineStringReader lines(keywordText);
+    std::string word;
+    long long position = 0;
+    while (word.empty()) {
+        if (!LineReaderUtil::ReadNextValidLineAsKeyword(lines, word, &position, false, nullptr, nullptr)) return {};
+    }
+    return BesideName(KeywordStretches(lines, position, static_cast<long long>(keywordText.size()) - position, false),
+                      name);
+}
+
+std::string Keyword::BesideName(const KeywordStretches& stretches, const std::string& name)
+{
+    std::string line = name;
     std::string behindTag;
     SplitKeywordLine(stretches, line, behindTag);
-    line.erase(0, GetName().size());
+    line.erase(0, name.size());
     if (behindTag.empty()) return line;
     if (!VeldaneDeckInfo::BeginsWithCommentMarker(behindTag)) behindTag.insert(0, VeldaneDeckInfo::COMMENT_MARKER);
     return line + " " + behindTag;

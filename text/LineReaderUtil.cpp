@@ -210,22 +210,27 @@ bool LineReaderUtil::FindNextKeyword(ILineReader& reader, const IKeywordSyntax* 
     return false;
 }
 
-bool LineReaderUtil::FindNextKeywordInAnySection(ILineReader& reader, std::string& keyword)
+bool LineReaderUtil::IsNameInAnySection(std::string& word)
 {
     const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
+    if (word.size() > SignificantCharacters) {
+        const std::string_view head = std::string_view(word).substr(0, SignificantCharacters);
+        if (const IKeywordSyntax* syntax = table.FindSyntax(head, true)) {
+            if (!syntax->KeepsLongName()) word.resize(SignificantCharacters);
+            return true;
+        }
+    }
+    return table.FindSyntax(word, true) != nullptr;
+}
+
+bool LineReaderUtil::FindNextKeywordInAnySection(ILineReader& reader, std::string& keyword)
+{
     LineSource source(reader);
     std::string_view line;
     while (source.NextCandidate(line, nullptr, false)) {
         keyword.assign(FirstWord(VeldaneDeckInfo::SkipSuppressMarker(line)));
         Service::StringToUpper(keyword);
-        if (keyword.size() > SignificantCharacters) {
-            const std::string_view head = std::string_view(keyword).substr(0, SignificantCharacters);
-            if (const IKeywordSyntax* syntax = table.FindSyntax(head, true)) {
-                if (!syntax->KeepsLongName()) keyword.resize(SignificantCharacters);
-                return true;
-            }
-        }
-        if (table.FindSyntax(keyword, true)) return true;
+        if (IsNameInAnySection(keyword)) return true;
     }
     keyword.clear();
     return false;

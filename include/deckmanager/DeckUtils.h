@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include <tarn/keywords/SectionType.h>
 
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordSyntax;
@@ -30,6 +34,20 @@ public:
                                              std::vector<std::string>& data,
                                              std::vector<const Keywords::IKeywordSyntax*>& syntaxes,
                                              std::string& errors);
+
+    /// A keyword's line in a piece of text.
+    struct KeywordLine
+    {
+        std::string name;                                            ///< in capitals, as far as its letters count
+        std::size_t begin = 0;                                       ///< the offset of the line
+        const Keywords::IKeywordSyntax* syntax = nullptr;            ///< null: it may not stand in its section
+        Keywords::SectionType section = Keywords::SectionType::None; ///< in which it stands
+    };
+
+    /// The lines of a text at which keywords begin, as an insert of the text into that section would have them (`None`:
+    /// into any): each line that begins with the name of some keyword, unless the keyword ahead has it for its data. A
+    /// section keyword in the text goes ahead of those of its section.
+    static std::vector<KeywordLine> findKeywordLines(std::string_view text, Keywords::SectionType section);
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -57,6 +57,9 @@ public:
     /// Finds the next word that is a keyword in any section, by its whole length or by its first eight characters.
     static bool FindNextKeywordInAnySection(ILineReader& reader, std::string& keyword);
 
+    /// Whether a word (in capitals) is a keyword in any section, likewise; it is cut to what counts of it.
+    static bool IsNameInAnySection(std::string& word);
+
     /// The syntax of `name` (in capitals) in the section in force, or null. Warns of a keyword outside its sections.
     static const Keywords::IKeywordSyntax* FindSyntax(std::string_view name, const ISectionContextQuery& query);
 

@@ -16,6 +16,24 @@ const std::string top = "-- header\nRUNSPEC\nTABDIMS\n 1 2*3 5 / two\n\n-- above
                         "LRAT 3 /\n/\n";
 const std::string included = "-- inner\r\nEQLDIMS -- Generated\r\n 2 /\r\n";
 
+std::string WithoutReturns(std::string text)
+{
+    std::erase(text, '\r');
+    return text;
+}
+
+/// What a unified diff makes of the deck, with plain line ends.
+std::string Patched(const std::string& diff)
+{
+    const TempDir folder;
+    folder.Write("x.DATA", top);
+    folder.Write("a.inc", WithoutReturns(included));
+    folder.Write("diff", diff);
+    const Outcome outcome = Shell("patch -s -f -p0 --no-backup-if-mismatch < diff", {folder.Path()});
+    EXPECT_EQ(outcome.status, 0) << outcome.out << outcome.err;
+    return folder.Read("x.DATA") + folder.Read("a.inc");
+}
+
 /// Every run is in a folder with a deck of two files, of both line ends.
 class Edit : public testing::Test
 {
@@ -62,15 +80,44 @@ TEST_F(Edit, ChangesThatAndNothingElse)
         {{"set", "EQLDIMS[2]", "9"}, top, Replaced(included, " 2 /", " 2 1* 9 /")},
         {{"set", "WELTARG#1[P2].VALUE", "2.5"}, Replaced(top, "WRAT 2 /", "WRAT 2.5 /"), included},
         {{"set", "TABDIMS.0", "1"}, top, included},
-        {{"insert", "DIMENS", "EQLDIMS\n3 /"}, Replaced(top, "\n-- above", "EQLDIMS\n3 /\n\n-- above"), included},
-        {{"insert", "EQLDIMS", "tabdims\n3 /", "--after"}, top, included + "TABDIMS\r\n3 /\r\n"},
+        {{"insert", "--before", "DIMENS", "EQLDIMS\n3 /"},
+         Replaced(top, "\n-- above", "EQLDIMS\n3 /\n\n-- above"),
+         included},
+        {{"insert", "--after", "EQLDIMS", "tabdims\n3 /"}, top, included + "TABDIMS\r\n3 /\r\n"},
+        {{"insert", "--before", "DIMENS", "-- one\nEQLDIMS -- mine\n 3 /\n\n-- two\nREGDIMS\n 1 /"},
+         Replaced(top, "\n-- above", "-- one\nEQLDIMS -- mine\n 3 /\n\n-- two\nREGDIMS\n 1 /\n\n-- above"),
+         included},
+        {{"insert", "--section", "RUNSPEC", "TITLE\nx"}, Replaced(top, "SCHEDULE\n", "TITLE\nx\nSCHEDULE\n"), included},
+        {{"insert", "--section", "PROPS", "SWOF\n 0 0 1 0 /"},
+         Replaced(top, "SCHEDULE\n", "PROPS\n\nSWOF\n 0 0 1 0 /\nSCHEDULE\n"),
+         included},
+        {{"set", "TABDIMS", "--text", "7 /"}, Replaced(top, " 1 2*3 5 / two", "7 /"), included},
+        {{"set", "EQLDIMS", "--text", "EQLDIMS\n 4 /\n"}, top, Replaced(included, " 2 /", " 4 /")},
+        {{"set", "WELTARG#1[+]", "'P 3' 1* 5 /"},
+         Replaced(top, "-- second\n", "-- second\n 'P 3' 1*  5 /\n"),
+         included},
+        {{"set", "WELTARG#1[+0]", "P3"}, Replaced(top, "WELTARG\n", "WELTARG\n P3          /\n"), included},
+        {{"rm", "WELTARG#1[P1]"}, Replaced(top, " 'P1' ORAT 1 /\n", ""), included},
+        {{"rm", "WELTARG#2", "EQLDIMS", "WELTARG#2"},
+         Replaced(top, "WELTARG\n 'P1' LRAT 3 /\n/\n", ""),
+         "-- inner\r\n"},
+        {{"header", "one\ntwo", "--file-tag", "whole"},
+         "-- Generated [\n--one\n--two\n-- Generated ]\n\n" + top,
+         included},
+        {{"header", "x", "--file", "a.inc", "--file-tag", "whole"},
+         top,
+         "-- Generated [\r\n--x\r\n-- Generated ]\r\n\r\n" + included},
+        {{"tag", "TABDIMS", "DIMENS"},
+         Replaced(Replaced(top, "TABDIMS\n", "TABDIMS" + std::string(30, ' ') + "-- Generated\n"), "DIMENS\n10",
+                  "DIMENS" + std::string(31, ' ') + "-- Generated\n10"),
+         included},
         {{"rm", "DIMENS"}, Replaced(top, "DIMENS\n10 20 30 /\n", ""), included},
         {{"rm", "DIMENS", "--with-comment"}, Replaced(top, "-- above DIMENS\nDIMENS\n10 20 30 /\n", ""), included},
-        {{"mv", "DIMENS", "TABDIMS"},
+        {{"mv", "DIMENS", "--before", "TABDIMS"},
          Replaced(Replaced(top, "\n-- above DIMENS\nDIMENS\n10 20 30 /\n", ""), "TABDIMS\n",
                   "\n-- above DIMENS\nDIMENS\n10 20 30 /\nTABDIMS\n"),
          included},
-        {{"mv", "DIMENS", "EQLDIMS", "--after"},
+        {{"mv", "DIMENS", "--after", "EQLDIMS"},
          Replaced(top, "\n-- above DIMENS\nDIMENS\n10 20 30 /\n", ""),
          included + "\r\n-- above DIMENS\r\nDIMENS\r\n10 20 30 /\r\n"},
         {{"comment-out", "EQLDIMS"}, top, "-- inner\r\n--EQLDIMS -- Generated\r\n-- 2 /\r\n"},
@@ -93,6 +140,8 @@ TEST_F(Edit, ChangesThatAndNothingElse)
         EXPECT_TRUE(IsAsBefore());
         const bool changes = test.x != top || test.a != included;
         EXPECT_EQ(look.out.find("@@") != std::string::npos, changes) << look.out;
+        // What is shown is what is done.
+        EXPECT_EQ(Patched(look.out), test.x + WithoutReturns(test.a));
         const Outcome outcome = Run(test.arguments);
         EXPECT_EQ(outcome.status, 0) << outcome.err;
         EXPECT_EQ(outcome.out + outcome.err, "");
@@ -117,13 +166,38 @@ TEST_F(Edit, RefusesAndWritesNothing)
         {{"set", "RUNSPEC.0", "1"}, 1, "RUNSPEC has no data, and so no items."},
         {{"set", "WELTARG[P1].VALUE", "1"}, 1, "WELTARG stands in the deck 2 times; WELTARG#1 is the first"},
         {{"set", "TABDIM.0", "1"}, 1, "There is no TABDIM in the deck."},
-        {{"insert", "DIMENS", "EQLDIMS\n3 /\nOIL\n"}, 1, "Found unexpected keyword name: OIL"},
-        {{"insert", "DIMENS", "PORO\n3 /"}, 1, "PORO may not stand in the section RUNSPEC."},
-        {{"insert", "DIMENS", "NOSUCHXX"}, 1, "The text begins with NOSUCHXX, which is no keyword."},
-        {{"insert", "DIMENS", "-- only\n\n"}, 2, "The text of a keyword is expected, and there is none."},
-        {{"insert", "DIMENS", "OIL\n3 /"}, 1, "Found unexpected data for keyword 'OIL'"},
-        {{"mv", "DIMENS", "DIMENS"}, 1, "DIMENS stands there already, or cannot go there."},
-        {{"rm", "DIMENS.0"}, 2, ""},
+        {{"set", "DIMENS", "--text", "3 /\nOIL\n"}, 1, "Found unexpected keyword name: OIL"},
+        {{"set", "DIMENS", "--text", "3 x /\n"}, 1, "x.DATA:7: error: A problem was encountered when parsing"},
+        {{"set", "DIMENS", "--text", " \n"}, 2, "The text of the data is expected, and there is none."},
+        {{"set", "DIMENS.0", "--text", "3 /"}, 2, "set --text takes a whole keyword, and no item of one."},
+        {{"set", "DIMENS.0"}, 2, "A VALUE or --text TEXT is expected."},
+        {{"set", "DIMENS.0", "1", "--text", "3 /"}, 2, "A VALUE or --text is expected, and not both."},
+        {{"set", "DIMENS[+]", "1"}, 1, "x.DATA:7: error: DIMENS is no list"},
+        {{"set", "WELTARG#1[+7]", "P1"}, 1, "x.DATA:12: error: "},
+        {{"set", "WELTARG#1[+]", "P1 ORAT x"}, 1, "The value \"x\" is not valid. Must be a real number."},
+        {{"insert", "--before", "DIMENS", "EQLDIMS\n3 /\nPORO\n"}, 1, "PORO may not stand in the section RUNSPEC."},
+        {{"insert", "--before", "DIMENS", "EQLDIMS\n3 x /\n"}, 1, "Item value \"x\" is not valid."},
+        {{"insert", "--before", "SCHEDULE", "RPTSCHED\n/\n"}, 1, "RPTSCHED may not stand in the section RUNSPEC."},
+        {{"insert", "OIL"}, 2, "Where? --before WHERE, --after WHERE or --section S is expected."},
+        {{"insert", "OIL", "--before", "DIMENS", "--section", "GRID"}, 2, "--section goes without another place."},
+        {{"insert", "--section", "GRIT", "OIL"}, 2, "'GRIT' is not a section. Nearest: GRID."},
+        {{"mv", "DIMENS"}, 2, "Where to? --before WHERE or --after WHERE is expected."},
+        {{"mv", "WELTARG#1", "--before", "DIMENS"}, 1, "WELTARG may not stand in the section RUNSPEC."},
+        {{"tag"}, 2, "WHERE is expected, or --all for the whole deck."},
+        {{"suppress"}, 2, "WHERE is required"},
+        {{"rm", "DIMENS", "OIL"}, 1, "There is no OIL in the deck."},
+        {{"rm", "WELTARG#1[P3]"}, 1, "There is no record P3 in WELTARG."},
+        {{"header", "x"}, 1, "x.DATA: error: A header begins with the tag \"-- Generated\""},
+        {{"header", "x", "--file", "b.inc", "--file-tag", "whole"}, 1, "The deck has no file b.inc"},
+        {{"header", ""}, 2, "The text of a header is expected, and there is none."},
+        {{"resolve", "--set", "A=1"}, 1, "There is no reference to a variable A in the deck."},
+        {{"resolve", "--set", "A"}, 2, "NAME=VALUE is expected, a variable and its value."},
+        {{"insert", "--before", "DIMENS", "PORO\n3 /"}, 1, "PORO may not stand in the section RUNSPEC."},
+        {{"insert", "--before", "DIMENS", "NOSUCHXX"}, 1, "The text begins with NOSUCHXX, which is no keyword."},
+        {{"insert", "--before", "DIMENS", "-- only\n\n"}, 2, "The text of a keyword is expected, and there is none."},
+        {{"insert", "--before", "DIMENS", "OIL\n3 /"}, 1, "Found unexpected data for keyword 'OIL'"},
+        {{"mv", "DIMENS", "--before", "DIMENS"}, 1, "DIMENS stands there already, or cannot go there."},
+        {{"rm", "DIMENS.0"}, 1, "x.DATA:7: error: DIMENS[0] is no element of a list."},
         {{"rm", "OIL"}, 1, "There is no OIL in the deck."},
         {{"above", "DIMENS"}, 2, "TEXT is required"},
     };
@@ -139,21 +213,56 @@ TEST_F(Edit, RefusesAndWritesNothing)
     // Standard input may be empty.
     Launch run;
     run.directory = m_folder.Path();
-    EXPECT_EQ(Shell("deckman insert x.DATA DIMENS - < /dev/null", run).status, 2);
-    EXPECT_EQ(Shell("printf 'EQLDIMS\\n 4 /\\n' | deckman insert x.DATA DIMENS -", run).status, 0);
+    EXPECT_EQ(Shell("deckman insert x.DATA --before DIMENS - < /dev/null", run).status, 2);
+    EXPECT_EQ(Shell("printf 'EQLDIMS\\n 4 /\\n' | deckman insert x.DATA --before DIMENS -", run).status, 0);
     EXPECT_THAT(m_folder.Read("x.DATA"), HasSubstr("two\nEQLDIMS\n 4 /\n\n-- above"));
+}
+
+TEST_F(Edit, ResolvesVariables)
+{
+    const std::string text = "RUNSPEC\nINCLUDE\n '$WHERE/a.inc' /\nSCHEDULE\nWELTARG -- $RATE\n-- $RATE\n"
+                             " $WELL ORAT $RATE / $RATE\n P2 ORAT ${RATE} / -- $RATE\n P3 ORAT $OTHER /\n/\n";
+    m_folder.Write("x.DATA", text);
+    const Outcome outcome = Run({"resolve", "--set", "RATE=1.5e3", "WHERE=sub", "WELL='P 1'"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(m_folder.Read("x.DATA"),
+              "RUNSPEC\nINCLUDE\n 'sub/a.inc' /\nSCHEDULE\nWELTARG -- $RATE\n-- $RATE\n 'P 1' ORAT 1.5e3 / 1.5e3\n"
+              " P2 ORAT 1.5e3 / -- $RATE\n P3 ORAT $OTHER /\n/\n");
+    struct Case
+    {
+        std::vector<std::string> values;
+        std::string says;
+    };
+    const std::vector<Case> cases = {
+        {{"RATE=abc"}, "x.DATA:5: error: A problem was encountered"},
+        {{"WELL=P 1"}, "The value P 1 is not one value; it may need quotes: 'P 1'."},
+        {{"RATE=2*3"}, "The value 2*3 is not one value"},
+        {{"WHERE=it's"}, "The value it's holds a quote, and stands in quotes."},
+        {{"WELL='" + std::string(140, 'x') + "'"}, "The line would pass column 132"},
+        {{"RATE=1", "RATES=2"}, "There is no reference to a variable RATES in the deck."},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.says);
+        m_folder.Write("x.DATA", text);
+        std::vector<std::string> arguments{"resolve", "--set"};
+        arguments.insert(arguments.end(), test.values.begin(), test.values.end());
+        const Outcome refused = Run(arguments);
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_THAT(refused.err, HasSubstr(test.says));
+        EXPECT_EQ(m_folder.Read("x.DATA"), text);
+    }
 }
 
 TEST_F(Edit, TellsWhatItDidAndKeepsTheOldFiles)
 {
-    const Outcome outcome = Run({"mv", "DIMENS", "EQLDIMS", "--json", "--backup"});
+    const Outcome outcome = Run({"mv", "DIMENS", "--after", "EQLDIMS", "--json", "--backup"});
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     const auto lines = JsonLines(outcome.out);
     ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(lines[0].dump(), R"({"action":"changed","file":"x.DATA","line":7,"name":"DIMENS",)"
-                               R"("old":"DIMENS\n10 20 30 /\n","new":null})");
-    EXPECT_EQ(lines[1].dump(), R"({"action":"changed","file":"a.inc","line":2,"name":"DIMENS","old":null,)"
-                               R"("new":"DIMENS\n10 20 30 /\n"})");
+    EXPECT_EQ(lines[0].dump(), R"({"action":"changed","file":"x.DATA","line":5,"name":"DIMENS",)"
+                               R"("old":"\n-- above DIMENS\nDIMENS\n10 20 30 /\n","new":null})");
+    EXPECT_EQ(lines[1].dump(), R"({"action":"changed","file":"a.inc","line":4,"name":"DIMENS","old":null,)"
+                               R"("new":"\n-- above DIMENS\nDIMENS\n10 20 30 /\n"})");
     EXPECT_EQ(m_folder.Read("x.DATA~"), top);
     EXPECT_EQ(m_folder.Read("a.inc~"), included);
     EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA x.DATA~");

@@ -281,7 +281,7 @@ Wanted WantedFor(const std::string& name, const std::string& verb)
 {
     if (name == "DECK" || name == "OLD" || name == "NEW" || name == "FILE") return Wanted::File;
     if (name == "DIR" || name == "NEWDIR") return Wanted::Folder;
-    if (name == "WHERE" || name == "WHERE2") return Wanted::Place;
+    if (name == "WHERE") return Wanted::Place;
     if (name == "GLOB") return Wanted::DeckName;
     if (name == "DATE") return Wanted::Date;
     if (name == "NAME" && !verb.starts_with("project")) return Wanted::CatalogueName;

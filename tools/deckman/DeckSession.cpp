@@ -13,6 +13,7 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "PlaceIndex.h"
 #include "Verbs.h"
 
 namespace Deckman {
@@ -141,6 +142,13 @@ std::vector<DeckManager::IKeywordFile*> DeckSession::FilesInDeckOrder() const
         }
     }
     return files;
+}
+
+PlaceIndex& DeckSession::Places(bool all)
+{
+    std::unique_ptr<PlaceIndex>& places = m_places[all ? 1 : 0];
+    if (!places) places = std::make_unique<PlaceIndex>(*this, all);
+    return *places;
 }
 
 void DeckSession::SaveCache()

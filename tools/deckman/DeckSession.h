@@ -55,6 +55,8 @@ Service::Directory ToDirectory(const std::string& path);
 /// The same for the directory of a project, which must be there.
 Service::Directory ToProjectDirectory(const std::string& path);
 
+class PlaceIndex;
+
 /// One deck, opened for one command.
 class DeckSession
 {
@@ -94,6 +96,9 @@ public:
     /// All files of the deck, each once, in deck order; what stands behind the ends of files counts too.
     std::vector<DeckManager::IKeywordFile*> FilesInDeckOrder() const;
 
+    /// The keywords by their places; with `all` those behind the end too.
+    PlaceIndex& Places(bool all);
+
     /// Stores what is known of the deck's files in the cache of the project. A session that ends does so by itself.
     void SaveCache();
 
@@ -113,6 +118,7 @@ private:
     std::string m_topFolder; // ends in a separator
     std::unordered_map<DeckManager::IKeywordFile*, int> m_fileNumbers;
     std::vector<std::string> m_shownFiles;
+    std::unique_ptr<PlaceIndex> m_places[2]; ///< without what stands behind the end, and with it
 };
 
 } // namespace Deckman

@@ -9,6 +9,7 @@
 #include <tarn/service/FileStream.h>
 #include <tarn/service/FileSystem.h>
 #include <tarn/service/FileUtils.h>
+#include <unistd.h>
 
 #include "DeckSession.h"
 #include "UnifiedDiff.h"
@@ -104,6 +105,19 @@ void EditRun::MakeBackups(std::vector<Backup>& backups) const
         }
         backups.push_back({file, copy, backup});
     }
+}
+
+void EditRun::RequireWritable() const
+{
+    std::string closed;
+    for (const DeckManager::IKeywordFile* file : m_changed) {
+        const Service::FileName name(file->GetFileName().CanonicalName());
+        const bool isOpen = ::access(name.GetDirectory().Name().c_str(), W_OK | X_OK) == 0 &&
+                            (!name.FileExists() || ::access(name.GetFullName().c_str(), W_OK) == 0);
+        if (!isOpen) closed += "\n" + m_session.PlaceOf(*file);
+    }
+    if (!closed.empty())
+        throw Failure(FileFailure, "Nothing could be changed: no permission to write" + closed, m_options.deck);
 }
 
 int EditRun::NewLine(const DeckManager::IKeyword& keyword) const

@@ -32,6 +32,9 @@ public:
     /// instead. Throws `Failure` when that can't be done: the files are then as they were.
     void Finish();
 
+    /// Throws `Failure` when some changed file can't be written, as far as permissions tell.
+    void RequireWritable() const;
+
     /// The line of a keyword in its file's new text, once finished; -1 for one that is none any more.
     int NewLine(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword) const;
 

@@ -24,7 +24,8 @@ constexpr HelpRow toChange[] = {
     {"insert, rm, mv DECK WHERE", "put keywords in, out, elsewhere"},
     {"comment-out, suppress, unsuppress", "put keywords to sleep, and wake them"},
     {"tag, untag DECK WHERE", "say who wrote a keyword: a program, or you"},
-    {"note, above DECK WHERE TEXT", "the comment in a keyword, or above it"},
+    {"note, above, header", "the comment in, above, at a file's head"},
+    {"resolve DECK --set NAME=VALUE", "put values in the place of variables"},
     {"sort DECK", "put keywords ahead of those that need them"},
     {"merge OLD NEW", "carry your work into a deck made anew"},
 };
@@ -143,7 +144,7 @@ std::string VerbRemarks(const VerbEntry& verb)
     std::string text;
     if (!verb.more.empty()) text += Wrapped(verb.more);
     if (!verb.json.empty()) text += Wrapped(verb.json);
-    if ((verb.takes & (TakesWhere | TakesRange)) != 0) {
+    if ((verb.takes & (TakesWhere | TakesWheres | TakesTarget | TakesPlace | TakesRange)) != 0) {
         text += "\nWHERE is:\n";
         for (const HelpRow& row : places)
             AppendRow(text, row.written, row.is, 22);

@@ -1,11 +1,13 @@
 #include "Options.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -103,7 +105,7 @@ void AddWriting(CLI::App& verb, bool isEdit, Options& options)
         ->type_name("KIND");
 }
 
-void AddExport(CLI::App& verb, unsigned takes, Options& options)
+void AddExport(CLI::App& verb, std::uint64_t takes, Options& options)
 {
     if ((takes & TakesOutput) != 0)
         verb.add_option("-o,--output", options.output, "the file to write")->required()->type_name("FILE");
@@ -122,20 +124,87 @@ void AddExport(CLI::App& verb, unsigned takes, Options& options)
         verb.add_flag("--rewrite", options.rewrite, "write keywords afresh from their data");
 }
 
-void AddMerge(CLI::App& verb, Options& options)
+/// Takes texts of the form A=B; `expected` says so otherwise.
+auto ToPairs(std::vector<std::pair<std::string, std::string>>& pairs, const char* option, const char* expected)
 {
-    const auto toPair = [&options](const std::vector<std::string>& texts) {
+    return [&pairs, option, expected](const std::vector<std::string>& texts) {
         for (const std::string& text : texts) {
             const std::size_t sign = text.find('=');
             if (sign == 0 || sign == std::string::npos || sign + 1 == text.size())
-                throw CLI::ValidationError("--map", "A=B is expected, the names of a file in OLD and in NEW.");
-            options.fileMap.emplace_back(text.substr(0, sign), text.substr(sign + 1));
+                throw CLI::ValidationError(option, expected);
+            pairs.emplace_back(text.substr(0, sign), text.substr(sign + 1));
         }
     };
+}
+
+/// Where an edit is made, and of what.
+void AddEdit(CLI::App& verb, std::uint64_t takes, Options& options)
+{
+    if ((takes & TakesWheres) != 0) {
+        CLI::Option* wheres = verb.add_option("WHERE", options.wheres, "places in the deck")->type_name("...");
+        if ((takes & TakesWhole) == 0) wheres->required();
+    }
+    if ((takes & TakesValue) != 0) {
+        const auto toText = [&options](const std::string& text) {
+            options.text = text;
+            options.hasText = true;
+        };
+        verb.add_option("VALUE", options.value, "the new value")->type_name("");
+        verb.add_option_function<std::string>("--text", toText, "all data of the keyword, - for standard input")
+            ->type_name("TEXT");
+    }
+    if ((takes & (TakesTarget | TakesPlace)) != 0) {
+        const auto toTarget = [&options](bool after) {
+            return [&options, after](const std::string& where) {
+                if (!options.target.empty())
+                    throw CLI::ValidationError("--before", "One place is expected, and there are two.");
+                options.target = where;
+                options.after = after;
+            };
+        };
+        verb.add_option_function<std::string>("--before", toTarget(false), "ahead of that keyword")->type_name("WHERE");
+        verb.add_option_function<std::string>("--after", toTarget(true), "behind that keyword")->type_name("WHERE");
+    }
+    if ((takes & TakesPlace) != 0) AddSection(verb, options, "at the end of that section, which is made if need be");
+    if ((takes & TakesFileOfDeck) != 0)
+        verb.add_option("--file", options.file, "that file of the deck, and not the top file")->type_name("FILE");
+    if ((takes & TakesVariables) != 0) {
+        verb.add_option_function<std::vector<std::string>>(
+                "--set", ToPairs(options.variables, "--set", "NAME=VALUE is expected, a variable and its value."),
+                "what stands for a variable")
+            ->required()
+            ->type_name("NAME=VALUE...");
+    }
+}
+
+/// What the parser can't tell of an edit. Throws as it does.
+void CheckEdit(const Options& options)
+{
+    const std::uint64_t takes = options.verb->takes;
+    const std::string name(options.verb->name);
+    const bool hasTarget = !options.target.empty();
+    const bool hasSection = (takes & TakesPlace) != 0 && options.filter.section;
+    if ((takes & (TakesTarget | TakesPlace)) != 0 && hasTarget == hasSection) {
+        throw CLI::ValidationError(name, hasTarget                   ? "--section goes without another place."
+                                         : (takes & TakesPlace) != 0 ? "Where? --before WHERE, --after WHERE or "
+                                                                       "--section S is expected."
+                                                                     : "Where to? --before WHERE or --after WHERE is "
+                                                                       "expected.");
+    }
+    if ((takes & TakesValue) != 0 && options.hasText == !options.value.empty())
+        throw CLI::ValidationError(name, options.hasText ? "A VALUE or --text is expected, and not both."
+                                                         : "A VALUE or --text TEXT is expected.");
+    if ((takes & TakesWhole) != 0 && options.wheres.empty() && !options.all)
+        throw CLI::ValidationError(name, "WHERE is expected, or --all for the whole deck.");
+}
+
+void AddMerge(CLI::App& verb, Options& options)
+{
     verb.add_option("-o,--output", options.directory, "write the result there, and leave NEW as it is")
         ->type_name("DIR");
     verb.add_flag("--comments", options.comments, "carry the comments of generated keywords too");
-    verb.add_option_function<std::vector<std::string>>("--map", toPair, "the file that OLD includes as A is B in NEW")
+    const auto toPairs = ToPairs(options.fileMap, "--map", "A=B is expected, the names of a file in OLD and in NEW.");
+    verb.add_option_function<std::vector<std::string>>("--map", toPairs, "the file that OLD includes as A is B in NEW")
         ->type_name("A=B")
         ->allow_extra_args(false);
     verb.add_option("--exclude", options.excluded, "carry nothing from that file of OLD")
@@ -145,7 +214,7 @@ void AddMerge(CLI::App& verb, Options& options)
     verb.add_flag("--allow-truncated", options.allowTruncated, "write a result that lacks something, too");
 }
 
-void AddProject(CLI::App& verb, unsigned takes, Options& options)
+void AddProject(CLI::App& verb, std::uint64_t takes, Options& options)
 {
     if ((takes & TakesProjectDir) != 0)
         verb.add_option("DIR", options.projectDir, "the directory of the project")->required()->type_name("");
@@ -198,12 +267,9 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
         verb->add_option("NEW", options.newDeck, "the top file of the other deck")->required()->type_name("");
     }
     if (takes(TakesWhere)) verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
-    if (takes(TakesValue)) verb->add_option("VALUE", options.value, "the new value")->required()->type_name("");
-    if (takes(TakesTarget))
-        verb->add_option("WHERE2", options.target, "the keyword ahead of which it goes")->required()->type_name("");
+    AddEdit(*verb, entry.takes, options);
     if (takes(TakesText))
         verb->add_option("TEXT", options.text, "the text, - for standard input")->required()->type_name("");
-    if (takes(TakesAfter)) verb->add_flag("--after", options.after, "behind that keyword, and not ahead of it");
     if (takes(TakesWithComment)) verb->add_flag("--with-comment", options.withComment, "with the comment above it");
     if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
     if (takes(TakesFilter)) AddFilter(*verb, options);
@@ -342,6 +408,7 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         app.parse(static_cast<int>(arguments.size()), arguments.data());
         if ((options.verb->takes & TakesProjectDir) != 0 && !options.project.empty())
             throw CLI::ValidationError("--project", "This verb takes the directory itself.");
+        CheckEdit(options);
         return options;
     } catch (const CLI::CallForHelp&) {
         const auto chosen = app.get_subcommands();

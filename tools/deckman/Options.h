@@ -31,8 +31,10 @@ struct Options
     std::string deck;                ///< the top file, as the user gave it
     std::string where;               ///< show
     std::string value;               ///< set
-    std::string text;                ///< insert, note, above; "-" for standard input
-    std::string target;              ///< mv: where it goes
+    std::vector<std::string> wheres; ///< the verbs that take many places
+    std::string text;                ///< set, insert, note, above, header; "-" for standard input
+    bool hasText = false;            ///< set: a text in place of a value
+    std::string target;              ///< insert, mv: the keyword beside which it goes
     bool after = false;              ///< insert, mv: behind the keyword, and not ahead of it
     bool withComment = false;        ///< rm
     std::string newDeck;             ///< diff, merge; `deck` is the old one
@@ -44,7 +46,7 @@ struct Options
     bool defaults = false; ///< get
 
     bool comments = false; ///< the comment above a keyword too; merge: comments are carried
-    std::string file;      ///< read; "-" for standard input
+    std::string file;      ///< read, apply; "-" for standard input. header: a file of the deck; empty: the top file
     std::string name;      ///< syntax, template: in capitals; empty for all
     bool stats = false;
 
@@ -58,10 +60,11 @@ struct Options
     bool dryRun = false;   ///< say what would be done, and do nothing
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
 
-    std::vector<std::pair<std::string, std::string>> fileMap; ///< merge: names of included files in OLD and in NEW
-    std::vector<std::string> excluded;                        ///< merge: files of OLD
-    bool intoEdited = false;                                  ///< merge: NEW may hold keywords of a user already
-    bool allowTruncated = false;                              ///< merge: a result that lacks something is written too
+    std::vector<std::pair<std::string, std::string>> variables; ///< resolve: names and values
+    std::vector<std::pair<std::string, std::string>> fileMap;   ///< merge: names of included files in OLD and in NEW
+    std::vector<std::string> excluded;                          ///< merge: files of OLD
+    bool intoEdited = false;                                    ///< merge: NEW may hold keywords of a user already
+    bool allowTruncated = false;                                ///< merge: a result that lacks something is written too
 
     std::string projectDir;    ///< of the project verbs: the project's directory
     std::string deckName;      ///< project add

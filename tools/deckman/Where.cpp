@@ -15,8 +15,8 @@
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 
 #include "DeckSession.h"
-#include "DeckWalk.h"
 #include "Nearest.h"
+#include "PlaceIndex.h"
 #include "Sections.h"
 
 namespace Deckman {
@@ -166,6 +166,7 @@ std::optional<Where::ByName> Where::ParseName(std::string_view text)
         const std::optional<int> number = ParseCount(digits);
         if (!number) return std::nullopt;
         byName.number = *number;
+        byName.isNumbered = true;
         addReading(text.substr(0, hash), rest.substr(digits.size()));
     } else {
         const std::string_view head = headOf(text);
@@ -178,12 +179,12 @@ std::optional<Where::ByName> Where::ParseName(std::string_view text)
     return byName;
 }
 
-Where::Place Where::Find(DeckSession& session, const WhereLimits& limits) const
+Where::Spot Where::FindSpot(DeckSession& session, const WhereLimits& limits) const
 {
     const auto find = [&](bool behindEndToo) {
         WhereLimits asked = limits;
         asked.all = behindEndToo;
-        return std::visit([&](const auto& where) { return FindPlace(where, session, asked); }, m_where);
+        return std::visit([&](const auto& where) { return Locate(where, session, asked); }, m_where);
     };
     try {
         return find(limits.all);
@@ -195,6 +196,22 @@ Where::Place Where::Find(DeckSession& session, const WhereLimits& limits) const
     }
 }
 
+Where::Place Where::Find(DeckSession& session, const WhereLimits& limits) const
+{
+    Spot spot = FindSpot(session, limits);
+    PlaceIndex& places = session.Places(limits.all);
+    return {places.PositionOf(spot.index), places.At(spot.index)->keyword, spot.index, std::move(spot.items)};
+}
+
+std::optional<std::string> Where::NameAlone(const std::string& name) const
+{
+    const auto* byName = std::get_if<ByName>(&m_where);
+    if (byName == nullptr || byName->isNumbered) return std::nullopt;
+    const std::string section =
+        byName->section != SectionType::None ? std::string(NameOf(byName->section)) + "/" : std::string();
+    return section + name;
+}
+
 Where::Place Where::FindKeyword(DeckSession& session, const WhereLimits& limits, std::string_view verb) const
 {
     Place place = Find(session, limits);
@@ -203,135 +220,108 @@ Where::Place Where::FindKeyword(DeckSession& session, const WhereLimits& limits,
     return place;
 }
 
-Where::Place Where::FindPlace(const ByName& where, DeckSession& session, const WhereLimits& limits)
+Where::Spot Where::Locate(const ByName& where, DeckSession& session, const WhereLimits& limits)
 {
+    PlaceIndex& places = session.Places(limits.all);
     const bool anySection = where.section == SectionType::None;
-    std::set<std::string> names;
-    std::vector<int> counts(where.readings.size());
-    std::vector<Place> found(where.readings.size());
-    for (DeckWalk walk(session, limits.all); walk.Next() && walk.Index() <= limits.last;) {
-        if (walk.Index() < limits.first || (!anySection && walk.Section() != where.section)) continue;
-        const std::string& name = walk.Keyword().GetName();
-        std::size_t i = 0;
-        while (i < where.readings.size() && name != where.readings[i].name)
-            ++i;
-        if (i == where.readings.size()) {
-            names.insert(name);
-        } else if (++counts[i] == where.number) {
-            found[i] = {walk.Position(), &walk.Keyword(), walk.Index(), where.readings[i].items};
-            if (i == 0) return found[i]; // no longer name can come
-        }
-    }
-
+    const auto isMeant = [&](int index, const PlaceIndex::Entry& entry) {
+        return limits.Hold(index) && (anySection || entry.section == where.section);
+    };
     const std::string in = (anySection ? "the deck" : fmt::format("section {}", NameOf(where.section))) + limits.said;
-    for (std::size_t i = 0; i < counts.size(); ++i) {
-        if (counts[i] == 0) continue;
-        if (found[i].keyword != nullptr) return found[i];
-        const std::string& name = where.readings[i].name;
-        throw Failure(NotThere, fmt::format("There {} {} {} in {}, and no {}#{}.", counts[i] == 1 ? "is" : "are",
-                                            counts[i], name, in, name, where.number));
+    for (const Reading& reading : where.readings) {
+        int count = 0;
+        int found = 0;
+        places.ForEachNamed(reading.name, [&](int index, const PlaceIndex::Entry& entry) {
+            if (isMeant(index, entry) && ++count == where.number) found = index;
+            return found == 0 && index < limits.last;
+        });
+        if (found > 0) return {found, reading.items};
+        if (count == 0) continue;
+        throw Failure(NotThere, fmt::format("There {} {} {} in {}, and no {}#{}.", count == 1 ? "is" : "are", count,
+                                            reading.name, in, reading.name, where.number));
+    }
+    std::set<std::string> names;
+    for (int index = 1; const PlaceIndex::Entry* entry = places.At(index); ++index) {
+        if (isMeant(index, *entry)) names.insert(places.NameAt(index));
     }
     const std::string& name = where.readings.back().name;
     throw Failure(NotThere, fmt::format("There is no {} in {}.{}", name, in, NearestHint(name, ViewsOf(names))));
 }
 
-Where::Place Where::FindPlace(const ByIndex& where, DeckSession& session, const WhereLimits& limits)
+Where::Spot Where::Locate(const ByIndex& where, DeckSession& session, const WhereLimits& limits)
 {
-    DeckWalk walk(session, limits.all);
-    while (walk.Next()) {
-        if (walk.Index() != where.index) continue;
-        if (!limits.Hold(where.index))
-            throw Failure(NotThere, fmt::format("There is no keyword @{} in the deck{}.", where.index, limits.said));
-        return {walk.Position(), &walk.Keyword(), walk.Index(), where.items};
+    PlaceIndex& places = session.Places(limits.all);
+    const PlaceIndex::Entry* entry = places.At(where.index);
+    if (entry == nullptr || entry->file < 0) {
+        throw Failure(NotThere, fmt::format("There is no keyword @{}: the deck has {}.", where.index,
+                                            Plural(places.Count(), "keyword")));
     }
-    throw Failure(NotThere, fmt::format("There is no keyword @{}: the deck has {}.", where.index,
-                                        Plural(walk.Index(), "keyword")));
+    if (!limits.Hold(where.index))
+        throw Failure(NotThere, fmt::format("There is no keyword @{} in the deck{}.", where.index, limits.said));
+    return {where.index, where.items};
 }
 
-Where::Place Where::FindPlace(const ByLine& where, DeckSession& session, const WhereLimits& limits)
+int Where::FindFile(DeckSession& session, const std::string& typed)
 {
-    std::optional<Service::FileName> typed;
+    std::optional<Service::FileName> typedFile;
     try {
-        typed.emplace(where.file);
+        typedFile.emplace(typed);
     } catch (const std::exception&) {
-        throw Failure(WrongUsage, "This is no name that a file can have.", where.file);
+        throw Failure(WrongUsage, "This is no name that a file can have.", typed);
     }
-
-    // What each file of the deck has to say: how well its name fits, and the keyword that holds the line.
-    struct Candidate
-    {
-        bool seen = false;
-        int fit = 0;
-        const DeckManager::IKeywordFile* file = nullptr;
-        Place place;
-        int firstLine = 0;
-        bool isLast = true;
-    };
-    std::vector<Candidate> candidates;
-    // Behind the end too: the line must not go to the keyword ahead of it.
-    for (DeckWalk walk(session, true); walk.Next();) {
-        const auto number = static_cast<std::size_t>(walk.File());
-        if (number >= candidates.size()) candidates.resize(number + 1);
-        Candidate& candidate = candidates[number];
-        const DeckManager::IKeyword& keyword = walk.Keyword();
-        if (!candidate.seen) {
-            candidate.seen = true;
-            candidate.file = keyword.GetFile();
-            candidate.firstLine = keyword.GetLine();
-            candidate.fit = Fit(where.file, *typed, session.FileShown(walk.File()), candidate.file->GetFileName());
-        }
-        if (candidate.fit == 0) continue;
-        const int line = keyword.GetLine();
-        // A skipped keyword has no extent; what a skipped region holds belongs to the keyword ahead of it.
-        const bool holds = line == where.line || (line < where.line && keyword.GetSize() > 0);
-        // Strictly: a file that is included twice is found where it comes first.
-        if (holds && (candidate.place.keyword == nullptr || line > candidate.place.keyword->GetLine()))
-            candidate.place = {walk.Position(), &keyword, walk.Index(), where.items};
-        else if (line > where.line)
-            candidate.isLast = false;
+    // Behind the end too: a line there must not go to the keyword ahead of it.
+    PlaceIndex& places = session.Places(true);
+    if (const auto known = places.FilesByTyped().find(typed); known != places.FilesByTyped().end())
+        return known->second;
+    int best = 0;
+    std::vector<int> fitting;
+    for (const int file : places.Files()) {
+        const int fit = Fit(typed, *typedFile, session.FileShown(file), places.FileAt(file).GetFileName());
+        if (fit == 0 || fit < best) continue;
+        if (fit > best) fitting.clear();
+        best = fit;
+        fitting.push_back(file);
     }
-
-    const int best = candidates.empty() ? 0 : std::ranges::max(candidates, {}, &Candidate::fit).fit;
-    std::vector<std::size_t> fitting;
-    for (std::size_t i = 0; best > 0 && i < candidates.size(); ++i) {
-        if (candidates[i].fit == best) fitting.push_back(i);
-    }
-    const auto shown = [&](std::size_t number) -> const std::string& {
-        return session.FileShown(static_cast<int>(number));
-    };
     if (fitting.empty()) {
         // Leaf against leaf: the folder is what a user leaves out.
         const auto leafOf = [](std::string_view name) { return name.substr(name.rfind('/') + 1); };
         std::vector<std::string_view> leaves;
-        for (std::size_t i = 0; i < candidates.size(); ++i)
-            leaves.push_back(leafOf(shown(i)));
-        throw Failure(NotThere, fmt::format("The deck has no file {} with keywords in it.{}", where.file,
-                                            NearestHint(leafOf(where.file), leaves)));
+        for (const int file : places.Files())
+            leaves.push_back(leafOf(session.FileShown(file)));
+        throw Failure(NotThere, fmt::format("The deck has no file {} with keywords in it.{}", typed,
+                                            NearestHint(leafOf(typed), leaves)));
     }
     if (fitting.size() > 1) {
-        throw Failure(NotThere, fmt::format("{} may be {} or {}. Give more of its path.", where.file, shown(fitting[0]),
-                                            shown(fitting[1])));
+        throw Failure(NotThere, fmt::format("{} may be {} or {}. Give more of its path.", typed,
+                                            session.FileShown(fitting[0]), session.FileShown(fitting[1])));
     }
+    places.FilesByTyped().emplace(typed, fitting.front());
+    return fitting.front();
+}
 
-    const Candidate& candidate = candidates[fitting.front()];
-    const std::string& name = shown(fitting.front());
-    if (candidate.place.keyword == nullptr) {
+Where::Spot Where::Locate(const ByLine& where, DeckSession& session, const WhereLimits& limits)
+{
+    const int file = FindFile(session, where.file);
+    const std::string& name = session.FileShown(file);
+    PlaceIndex& all = session.Places(true);
+    const int found = all.OnLine(file, where.line);
+    if (found == 0) {
         throw Failure(NotThere, fmt::format("Line {} of {} stands above its first keyword, which is in line {}.",
-                                            where.line, name, candidate.firstLine));
+                                            where.line, name, all.FirstLineOf(file)));
     }
-    if (candidate.isLast) {
-        const long long lines = CountLines(candidate.file->GetFileName().GetFullName());
+    if (all.IsBehindLast(file, where.line)) {
+        const long long lines = CountLines(all.FileAt(file).GetFileName().GetFullName());
         if (where.line > lines)
             throw Failure(NotThere, fmt::format("There is no line {} in {}: it has {}.", where.line, name,
                                                 Plural(lines, "line")));
     }
-    for (DeckWalk walk(session, limits.all); walk.Next();) {
-        if (&walk.Keyword() != candidate.place.keyword) continue;
-        if (!limits.Hold(walk.Index()))
-            throw Failure(NotThere, fmt::format("Line {} of {} is not in the deck{}.", where.line, name, limits.said));
-        return {walk.Position(), &walk.Keyword(), walk.Index(), where.items};
-    }
-    throw Failure(NotThere, fmt::format("Line {} of {} lies outside the deck.", where.line, name));
+    PlaceIndex& places = session.Places(limits.all);
+    const int index = limits.all ? found : places.OnLine(file, where.line);
+    if (index == 0 || places.At(index)->keyword != all.At(found)->keyword)
+        throw Failure(NotThere, fmt::format("Line {} of {} lies outside the deck.", where.line, name));
+    if (!limits.Hold(index))
+        throw Failure(NotThere, fmt::format("Line {} of {} is not in the deck{}.", where.line, name, limits.said));
+    return {index, where.items};
 }
 
 } // namespace Deckman

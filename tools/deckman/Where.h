@@ -53,6 +53,21 @@ public:
     /// The same for a verb that works on whole keywords, and refuses a path to an item.
     Place FindKeyword(DeckSession& session, const WhereLimits& limits, std::string_view verb) const;
 
+    /// The place in the index of the session that the limits name.
+    struct Spot
+    {
+        int index = 0;
+        ItemPath items;
+    };
+    Spot FindSpot(DeckSession& session, const WhereLimits& limits) const;
+
+    /// The name of a keyword, where the text gives no more than that: several may bear it.
+    std::optional<std::string> NameAlone(const std::string& name) const;
+
+    /// The number of the file of the deck that a user means by `typed`, be it with the end of its path alone. Throws
+    /// `Failure` when there is none, or more than one.
+    static int FindFile(DeckSession& session, const std::string& typed);
+
 private:
     /// A name, and the path behind it.
     struct Reading
@@ -66,6 +81,7 @@ private:
         /// A dot may belong to the name or begin the path: the ways to read the text, the longest name first.
         std::vector<Reading> readings;
         int number = 1;
+        bool isNumbered = false;
         Tarn::Fjel::Core::Keywords::SectionType section = Tarn::Fjel::Core::Keywords::SectionType::None;
     };
     /// FILE:LINE
@@ -91,9 +107,9 @@ private:
     static std::optional<ByLine> ParseLine(std::string_view text);
     static std::optional<ByName> ParseName(std::string_view text);
 
-    static Place FindPlace(const ByName& where, DeckSession& session, const WhereLimits& limits);
-    static Place FindPlace(const ByLine& where, DeckSession& session, const WhereLimits& limits);
-    static Place FindPlace(const ByIndex& where, DeckSession& session, const WhereLimits& limits);
+    static Spot Locate(const ByName& where, DeckSession& session, const WhereLimits& limits);
+    static Spot Locate(const ByLine& where, DeckSession& session, const WhereLimits& limits);
+    static Spot Locate(const ByIndex& where, DeckSession& session, const WhereLimits& limits);
 
     std::variant<ByName, ByLine, ByIndex> m_where;
 };

@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 
 #include "DeckSession.h"
+#include "KeywordEdits.h"
 #include "Messages.h"
 #include "Options.h"
 #include "Output.h"
@@ -15,7 +16,16 @@ namespace {
 
 using namespace Deckman;
 
-ExitStatus RunOnDeck(OnDeck run, const Options& options, Messages& messages, Output& out)
+ExitStatus Edit(OnEdits edit, DeckSession& session, const Options& options, Output& out)
+{
+    KeywordEdits run(session, options);
+    edit(run, options);
+    run.Finish(out);
+    return Done;
+}
+
+template <class Run>
+ExitStatus RunOnDeck(const Run& run, const Options& options, Messages& messages)
 {
     // Nothing is to be undone, and the system takes back the memory of a large deck faster than its destructors do.
     // A check scans: what is taken from a cache sends no message of the scan again.
@@ -26,7 +36,7 @@ ExitStatus RunOnDeck(OnDeck run, const Options& options, Messages& messages, Out
     DeckSession& session = *opened;
     ExitStatus status = Done;
     try {
-        status = run(session, options, out);
+        status = run(session);
     } catch (const Failure& failure) {
         messages.Error(failure.Place(), failure.what());
         status = failure.Status();
@@ -45,7 +55,10 @@ ExitStatus Run(const Options& options, Messages& messages, Output& out)
 {
     try {
         if (const auto* onDeck = std::get_if<OnDeck>(&options.verb->run))
-            return RunOnDeck(*onDeck, options, messages, out);
+            return RunOnDeck([&](DeckSession& session) { return (*onDeck)(session, options, out); }, options, messages);
+        if (const auto* edit = std::get_if<OnEdits>(&options.verb->run))
+            return RunOnDeck([&](DeckSession& session) { return Edit(*edit, session, options, out); }, options,
+                             messages);
         return std::get<OnItsOwn>(options.verb->run)(messages, options, out);
     } catch (const Failure& failure) {
         messages.Error(failure.Place(), failure.what());
