@@ -150,7 +150,7 @@ std::string VerbRemarks(const VerbEntry& verb)
             AppendRow(text, row.written, row.is, 22);
         text += Wrapped(countingRule);
     }
-    text += "\n" + Wrapped(fmt::format("Example, in examples/decks:{}{}", verb.shows.empty() ? "" : " ", verb.shows));
+    text += fmt::format("\nExample, in examples/decks:{}{}\n", verb.shows.empty() ? "" : " ", verb.shows);
     for (std::string_view rest = verb.examples; !rest.empty();) {
         const std::size_t end = std::min(rest.find('\n'), rest.size());
         text += fmt::format("  {}\n", rest.substr(0, end));

@@ -39,7 +39,7 @@ constexpr VerbEntry verbs[] = {
      "The comment lines above the next keyword are not shown: they belong to that one.",
      "With --json one object: {\"name\",\"text\",\"comment\",\"above\"}; comment is the one below the keyword's "
      "line, above the lines above it.",
-     "the keyword around line 12 of a file, and the second WELSPECS",
+     "what holds a line, and the second WELSPECS",
      "deckman show field/FIELD.DATA wells.inc:12\n"
      "deckman show field/FIELD.DATA WELSPECS#2"},
     {"get", RunGet, TakesDeck | TakesWhere | TakesAll | TakesAt | TakesDefaults,
@@ -137,7 +137,7 @@ constexpr VerbEntry verbs[] = {
      "stays. What stands behind an ENDINC becomes comments. A file of the deck is never written over.",
      "With --json a line for each file: {\"action\",\"from\",\"to\"}; action is written or missing. With --dry-run "
      "also {\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}, new null for a keyword that goes.",
-     "the whole deck, and its schedule from a well's first keyword on",
+     "the whole deck, and its late schedule",
      "deckman flatten field/FIELD.DATA -o field/FLAT.DATA\n"
      "deckman flatten field/FIELD.DATA -o field/late.inc --from SCHEDULE/WELSPECS#2"},
     {"copy", RunCopy, TakesDeck | TakesDirectory | TakesRewrite | TakesWriting,
