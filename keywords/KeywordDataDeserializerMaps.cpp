@@ -40,6 +40,30 @@ EndOfTokens SkipToTerminator(KeywordDataStore& store)
     return count == 0 ? EndOfTokens::AtTerminator : EndOfTokens::Later;
 }
 
+/// Completes a name whose value stands behind blanks around the "=" (NAME = 2, NAME= 2, NAME =2), on the same line.
+/// False when nothing of that follows it.
+bool TakeSpacedValue(KeywordDataStore& store, std::string& token)
+{
+    const std::size_t mark = token.find('=');
+    const bool isName = !token.empty() && Service::IsAlpha(token.front());
+    if (!isName || (mark != std::string::npos && mark + 1 < token.size())) return false;
+    bool taken = false;
+    std::string_view next;
+    const auto takeNext = [&] {
+        store.NextTokenView(next, true, false, nullptr);
+        token += next;
+        taken = true;
+    };
+    if (mark == std::string::npos) {
+        if (!store.PeekTokenView(next, true, nullptr) || !next.starts_with('=')) return false;
+        takeNext();
+    }
+    const auto beginsValue = [](char c) { return Service::IsDigit(c) || c == '-' || c == '+' || c == '$'; };
+    if (token.ends_with('=') && store.PeekTokenView(next, true, nullptr) && !next.empty() && beginsValue(next.front()))
+        takeNext();
+    return taken;
+}
+
 /// Sets entries of a map by name: NAME or NAME=value. False when something of that can't be kept.
 bool SetNamedEntry(Keywords::IKeywordMapData& map, std::string_view token, KeywordVariables* variables)
 {
@@ -76,6 +100,7 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
         if (places) places->Note(map, entry, run, store);
     };
     DeserializeResult result;
+    std::string named; // a token with its value
     std::int64_t index = 0;
     while (store.NextTokenView(token, false, false, nullptr)) {
         if (token == VeldaneDeckInfo::TERMINATION_TOKEN) {
@@ -90,8 +115,13 @@ DeserializeResult KeywordDataDeserializer::Deserialize(Keywords::IKeywordMapData
             continue;
         }
         if (!positional) {
-            note(map.GetMapMD()->FindEntry(token.substr(0, token.find('='))), 1);
-            if (!SetNamedEntry(map, token, variables)) state.leftOut = true;
+            const int entry = map.GetMapMD()->FindEntry(token.substr(0, token.find('=')));
+            note(entry, 1);
+            const auto name = places ? store.LastToken() : KeywordDataStore::TracedToken();
+            named = token;
+            if (run == 1 && TakeSpacedValue(store, named) && places)
+                places->Note(map, entry, name.linePosition, store.Line(), name.begin, store.LastToken().end);
+            if (!SetNamedEntry(map, named, variables)) state.leftOut = true;
         } else {
             if (index + run > entryCount) state.leftOut = true;
             if (index >= entryCount) break;

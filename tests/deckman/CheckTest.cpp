@@ -137,7 +137,7 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
         // Data, in the file and on the line where they stand.
         {{{"TOP.DATA", "RUNSPEC\nSCHEDULE\nUDQ\nASSIGN FUMAX 100 /\n/\nWCONPROD\nQ OPEN ORAT FUMIN /\n/\n"}},
          {"TOP.DATA:7 WCONPROD error: A problem was encountered when parsing the keyword WCONPROD. Item value "
-          "\"FUMIN\" is not valid. Must be a real number."}},
+          "\"FUMIN\" is not valid. Must be a real number. No UDQ defines FUMIN."}},
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/a.inc' /\n"}, {"sub/a.inc", "-- one\nTABDIMS\n-- two\n1 x /\n"}},
          {"sub/a.inc:4 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
           "not valid. Must be a whole number."}},
@@ -172,6 +172,124 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
     };
     for (const auto& c : cases)
         EXPECT_EQ(Findings(c.files, c.options), c.findings) << c.files.front().second;
+}
+
+/// The findings on a deck of these lines, each as "line severity: text".
+std::vector<std::string> FindingsOn(const std::string& text)
+{
+    std::vector<std::string> findings = Findings({{"TOP.DATA", text}});
+    for (std::string& finding : findings) {
+        finding.erase(0, finding.find(':') + 1);
+        const std::size_t keyword = finding.find(' ');
+        finding.erase(keyword, finding.find(' ', keyword + 1) - keyword);
+    }
+    return findings;
+}
+
+TEST(Check, ArraysHaveTheSizesOfTheGrid)
+{
+    const std::string grid = "RUNSPEC\nDIMENS\n 4 3 2 /\nGRID\n";
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"PORO\n 24*0.2 /\nTOPS\n 12*2000 /\nDXV\n 4*9 /\nZCORN\n 192*1 /\nCOORD\n 120*0 /\n", {}},
+        {"PORO\n 23*0.2 /\n", {"5 error: PORO has 23 values, and the grid has 24 cells (4 x 3 x 2)."}},
+        {"PORO\n 12*0.2 1* 12*0.1 /\n", {"5 error: PORO has 25 values, and the grid has 24 cells (4 x 3 x 2)."}},
+        {"TOPS\n 11*2000 /\n", {"5 error: TOPS has 11 values, and the grid has 12 columns (4 x 3 x 2)."}},
+        {"DYV\n 4*9 /\n", {"5 error: DYV has 4 values, and DIMENS (NY) asks for 3."}},
+        {"COORD\n 119*0 /\n", {"5 error: COORD has 119 values, and the grid has 20 lines of six numbers (4 x 3 x 2)."}},
+        // In a box, up to its end or that of the section.
+        {"BOX\n 1 2 2* 1 1 /\nPORO\n 6*0.2 /\nENDBOX\nNTG\n 24*1 /\n", {}},
+        {"BOX\n 1 2 2* 1 1 /\nPORO\n 24*0.2 /\n",
+         {"7 error: PORO has 24 values, and the box has 6 cells (2 x 3 x 1)."}},
+        {"BOX\n 1 2 1 1 1 1 /\nPROPS\nSWL\n 24*0.2 /\n", {}},
+        // In a refinement.
+        {"CARFIN\n L1 1 1 1 1 1 1 2 2 1 /\nPORO\n 4*0.2 /\nENDFIN\nPORO\n 24*1 /\nREFINE\n L1 /\nNTG\n 3*1 /\nENDFIN\n",
+         {"14 error: NTG has 3 values, and the refinement L1 has 4 cells (2 x 2 x 1)."}},
+        {"RADFIN\n R1 1 1 1 2 4 4 2 /\nPORO\n 3*0.2 /\nENDFIN\n", {}},
+        // What can't be read is told, and what follows from that is not.
+        {"PORO\n 23*0.2 0.l /\n", {"6 error: \"0.l\" can not be converted into double"}},
+        {"PORO\n 24*0.2 0.3\n", {"6 warning: List in keyword PORO is not properly terminated"}},
+    };
+    for (const auto& [text, findings] : cases)
+        EXPECT_EQ(FindingsOn(grid + text), findings) << text;
+    EXPECT_THAT(FindingsOn("RUNSPEC\nDUALPORO\nDIMENS\n 4 3 2 /\nGRID\nPORO\n 12*0.2 /\n"), IsEmpty());
+    EXPECT_THAT(FindingsOn("RUNSPEC\nGRID\nPORO\n 12*0.2 /\n"), IsEmpty());
+}
+
+TEST(Check, TablesAreWholeAndAsManyAsTheDeckHasRoomFor)
+{
+    const std::string props = "RUNSPEC\nTABDIMS\n 2 1 /\nPROPS\n";
+    const std::string incomplete =
+        " error: A table of SWOF holds 7 values, which are no whole rows of 4 (SW, KRW, KROW, "
+        "PCOW).";
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {"SWOF\n 0.1 0 1 0\n 1 1 0 0 /\n/\nDENSITY\n 800 1000 1 / remark\n", {}},
+        {"SWOF\n 0.1 0 1 0\n 1 1 0 0 /\n", {"5 warning: SWOF has only 1 table, and TABDIMS (NTSFUN) asks for 2."}},
+        {"DENSITY\n 800 1000 1 /\n 801 1000 1 /\n", {"7 warning: DENSITY has 2 rows, and TABDIMS (NTPVT) asks for 1."}},
+        {"SWOF\n 0.1 0 1\n 1 1 0 0 /\n/\n", {"6" + incomplete}},
+        {"SWOF\n 0.1 0 1 0 1 1 0 / the last item of the last row is left out\n/\n", {}},
+        {"SWOF\n 0.1 0\n 1 0 -- one row\n 1 1 2*0 /\n/\n", {}},
+    };
+    for (const auto& [text, findings] : cases)
+        EXPECT_EQ(FindingsOn(props + text), findings) << text;
+}
+
+TEST(Check, NamesTheTerminatorThatIsMissing)
+{
+    const std::string well = "RUNSPEC\nSCHEDULE\nWELSPECS\n";
+    const std::pair<std::string, std::vector<std::string>> cases[] = {
+        {well + " A G 1 1 1* OIL /\nCOMPDAT\n A 2* 1 1 OPEN /\n/\n",
+         {"5 error: The keyword COMPDAT is read as data of WELSPECS: is a \"/\" missing ahead of it?"}},
+        {well + " A G 1 1 1* OIL\n B G 2 2 1* GAS /\n/\n",
+         {"5 error: A problem was encountered when parsing the keyword WELSPECS. Item value \"B\" is not valid. Must "
+          "be "
+          "a real number. Is a \"/\" missing at the end of line 4?"}},
+        {"RUNSPEC\nSUMMARY\nWOPR\n P1\nFOPR\nWWCT\n/\n",
+         {"5 error: The keyword FOPR is read as data of WOPR: is a \"/\" missing ahead of it?"}},
+        {"RUNSPEC\nSUMMARY\nWOPR\n P1\n 'FOPR'\nFOPR P2\n/\n", {}},
+        // Mnemonics that go by the names of keywords.
+        {"RUNSPEC\nSOLUTION\nRPTSOL\nSWAT\nSGAS /\n", {}},
+        {"RUNSPEC\nSOLUTION\nRPTSOL\nFIP = 2 SWAT RESTATR=2 /\n",
+         {"4 warning: RPTSOL knows no RESTATR. Nearest: RESTART."}},
+        {"RUNSPEC\nSCHEDULE\nACTIONX\n A 2 /\n WWCT P1 > 0.5 /\nWELOPEN\n P1 SHUT /\n/\nENDACTIO\n",
+         {"6 error: The keyword WELOPEN is read as data of ACTIONX: is a \"/\" missing ahead of it?"}},
+        {"RUNSPEC\nSCHEDULE\nACTIONX\n A 2 /\n WWCT P1 => 0.5 /\n/\nENDACTIO\nENDACTIO\n",
+         {"8 warning: This ENDACTIO has no action ahead of it.",
+          "5 error: This condition of ACTIONX holds no comparison as a word of its own (>, <, >=, <=, =, !=)."}},
+        {"RUNSPEC\nSCHEDULE\nACTIONX\n A 2 /\n DAY > 5 /\n/\nTSTEP\n 1 /\n",
+         {"3 error: This ACTIONX has no ENDACTIO."}},
+        {"RUNSPEC\nENDSKIP\nSKIP\nSCHEDULE\nWELOPEN\n A SHUT /\nENDSKIP\n",
+         {"2 warning: This ENDSKIP has no SKIP ahead of it.", "3 error: This SKIP has no ENDSKIP."}},
+        {"RUNSPEC\nSCHEDULE\nUDQ\n DEFINE FUA (FOPR + 1\n ASSIGN FUB 2\n UPDATE FUA OF /\n/\n",
+         {"4 error: The DEFINE of UDQ must end with a \"/\" on its line.",
+          "4 error: The parentheses in this row of UDQ don't match.",
+          "5 error: This row of UDQ goes on with the UPDATE of line 6: is its \"/\" missing?"}},
+        {"RUNSPEC\nSCHEDULE\nUDQ\n DEFINE FUA (FOPR / 2) /\n UPDATE FUA OF /\n/\n",
+         {"5 error: \"OF\" is no way to UPDATE in UDQ. Must be one of ON, OFF, NEXT."}},
+        // Numbers of which a simulator might make something else.
+        {"RUNSPEC\nTABDIMS\n 1.0 2abc 15.5 1E3 -3. /\n",
+         {"3 warning: NTPVT \"2abc\" of TABDIMS is no whole number, and is read as 2.",
+          "3 warning: NSSFUN \"15.5\" of TABDIMS is no whole number, and is read as 15.",
+          "3 warning: NPPVT \"1E3\" of TABDIMS is no whole number, and is read as 1."}},
+        {"RUNSPEC\nGRID\nIMPORT\n 'none.gsg' /\n", {"3 warning: The file none.gsg of this IMPORT does not exist."}},
+    };
+    for (const auto& [text, findings] : cases)
+        EXPECT_EQ(FindingsOn(text), findings) << text;
+}
+
+TEST(Check, TimeGoesForwardThroughDatesThatThereAre)
+{
+    const std::string start = "RUNSPEC\nSTART\n 1 JAN 2000 /\nSCHEDULE\nDATES\n 1 FEB 2000 /\n";
+    const std::pair<const char*, std::vector<std::string>> cases[] = {
+        {" 1 JLY 2000 06:30:00 /\n/\nTSTEP\n 10 2*5 /\n", {}},
+        {" 31 APR 2000 /\n/\n", {"7 error: DATES[1] is no date: 31 APR 2000."}},
+        {" 1 MAR 1999 /\n/\n",
+         {"7 error: Time runs backwards: DATES[1] is 1999-03-01, and the deck has come to 2000-02-01."}},
+        {" 1 MRA 2000 /\n/\n",
+         {"7 error: A problem was encountered when parsing the keyword DATES. Item value \"MRA\" is not valid. Must be "
+          "one of JAN, FEB, MAR, APR, MAY, JUN, JUL, AUG, SEP, OCT, NOV, DEC."}},
+    };
+    for (const auto& [text, findings] : cases)
+        EXPECT_EQ(FindingsOn(start + text), findings) << text;
 }
 
 TEST(Check, GroupsRepeatsAndSumsUp)

@@ -195,6 +195,9 @@ TEST(DataTextEditor, EntriesOfMaps)
     Check({
         {map, "A=3 B /", {0}, "4", "A=4 B /"},
         {map, "A=3 b /", {"B"}, "4", "A=3 b=4 /"},
+        {map, "A = 3 B= 1 /", {0}, "4", "A =4 B= 1 /"},
+        {map, "A = 3 B= 1 /", {1}, "4", "A = 3 B=4 /"},
+        {map, "A = 3 B /", {0}, "1*", "B /"},
         {map, "A=3 B /", {"c"}, "1", "A=3 B C /"},
         {map, "A=3 B /", {3}, "2", "A=3 B D=2 /"},
         {map, "A=3 B -- ab\n/", {0}, "1*", "B -- ab\n/"},

@@ -16,7 +16,10 @@ TEST(MapReading, ByNameOrByPosition)
     } cases[] = {
         {"A=3 b C= /", "{A=3 B=1 C=1}"},
         {"A=7x Q=1 9A B=-2 / C", "{A=7 B=-2}"},
-        {"1* A=2 /", "{}"}, // the first token says that entries stand by position
+        {"A = 2 B= -3 C =4 /", "{A=2 B=-3 C=4}"},
+        {"A = B=2 C = /", "{A=1 B=2 C=1}"},
+        {"A =\n2 B\n= 3 /", "{A=1 B=1}"}, // a value stands on the line of its name
+        {"1* A=2 /", "{}"},               // the first token says that entries stand by position
         {"A 2* C=4 1* /", "{A=1 C=4}"},
         {"1 0 2 /", "{A=1 C=2}"},
         {"1 x\n2 /", "{A=1 C=2}"},
@@ -35,7 +38,7 @@ TEST(MapReading, ByNameOrByPosition)
 TEST(MapReading, WhatIsPassedOverInSilenceIsNotComplete)
 {
     const char* shape = R"({"type": "map", "entries": ["A", "B", "C"]})";
-    for (const char* text : {"A=3 b C= /", "A B=0 1* /", "1* 5 /", "1 2 3 2* /"})
+    for (const char* text : {"A=3 b C= /", "A = 3 B= 2 C =1 /", "A B=0 1* /", "1* 5 /", "1 2 3 2* /"})
         EXPECT_TRUE(ReadShape(shape, text).isComplete) << text;
     for (const char* text : {"A Q /", "A 9 /", "A=7x /", "1 x /", "1 2 3 4 /", "4*1 /"}) {
         const Outcome outcome = ReadShape(shape, text);

@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -32,7 +33,11 @@
 #include "DeckSession.h"
 #include "DeckWalk.h"
 #include "FileTree.h"
+#include "GridSizes.h"
+#include "Nearest.h"
+#include "Schedule.h"
 #include "Sections.h"
+#include "TextCheck.h"
 #include "Verbs.h"
 
 namespace Deckman {
@@ -60,12 +65,19 @@ std::string_view QuotesHint(const DeckManager::IKeyword& include)
     return name.starts_with('"') || (!name.starts_with('\'') && goesOn) ? " Its name needs single quotes." : "";
 }
 
+/// The keyword opens a block of keywords up to ENDACTIO.
+bool IsAction(const Keywords::IKeywordSyntax& syntax)
+{
+    const Keywords::IKeywordSyntax* end = syntax.IsScopeStart() ? syntax.GetScopeEndSyntax() : nullptr;
+    return end != nullptr && end->GetName() == "ENDACTIO";
+}
+
 /// One check of one deck.
 class Check
 {
 public:
     Check(DeckSession& session, const Options& options, Output& out)
-        : m_session(session), m_options(options), m_out(out), m_report(session, out, options.json)
+        : m_session(session), m_options(options), m_out(out), m_report(session, out, options.json), m_text(session)
     {
     }
 
@@ -75,10 +87,16 @@ private:
     void LoadFiles();
     void CheckSectionKeywords();
     void CheckSimulator();
-    void GatherQuantities();
+    void CheckPairs();
+    void CheckTimes();
+    void Survey();
+    void GatherQuantities(const DeckManager::IKeyword& udq);
     bool IsQuantity(const Messages::Message& message) const;
+    bool AddHints(const Messages::Message& message, std::string& text);
     void ReadAllData();
-    void ReadData(const DeckManager::IKeyword& keyword);
+    void ReadData(const DeckManager::IKeyword& keyword, SectionType section);
+    void CheckSize(const DeckManager::IKeyword& keyword, const Keywords::IKeywordData& data);
+    void CheckImport(const DeckManager::IKeyword& import, const Keywords::IKeywordData& data);
     void CheckInclude(const DeckManager::IKeyword& include);
     void Add(const DeckManager::IKeyword& keyword, int severity, std::string_view text);
 
@@ -88,6 +106,14 @@ private:
     CheckReport m_report;
     std::unique_ptr<DeckLines> m_lines;
     std::set<std::string, std::less<>> m_quantities; ///< which the user defined; in capitals
+    TextCheck m_text;
+    GridSizes m_grid;
+    /// Keywords of which something was told, or whose data hold references: what follows from them says nothing new.
+    std::unordered_set<const DeckManager::IKeyword*> m_doubtful;
+    std::string_view m_mutedFile; ///< that of the keyword that is read
+    int m_mutedFrom = 0;          ///< from this line on its messages are of another's data; 0: nowhere
+    int m_toldOfKeyword = 0;      ///< messages of its reading
+    int m_hintedRow = 0;          ///< the first line of the row of which the last hint was
 };
 
 void Check::Run()
@@ -96,16 +122,22 @@ void Check::Run()
     // Not the reading alone: each walk tries anew to open what could not be opened, and says so.
     const Messages::Diversion diversion(m_session.Log(), [this](const Messages::Message& message) {
         if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) return;
+        if (m_mutedFrom > 0 && message.line >= m_mutedFrom && message.file == m_mutedFile) return;
         if (IsQuantity(message)) return;
-        m_report.Add({message.file, message.line, m_lines->KeywordAround(message.file, message.line), message.severity,
-                      message.text});
+        ++m_toldOfKeyword;
+        std::string text(message.text);
+        if (!AddHints(message, text)) return;
+        m_report.Add(
+            {message.file, message.line, m_lines->KeywordAround(message.file, message.line), message.severity, text});
     });
     if (m_lines->KeywordCount() == 0)
         m_report.Add({m_session.TopFile().GetFullName(), -1, {}, Log::Warning, "There are no keywords in this deck."});
     CheckSectionKeywords();
     if (m_options.simulator) CheckSimulator();
-    GatherQuantities();
+    CheckPairs();
+    Survey();
     ReadAllData();
+    CheckTimes();
     m_session.Progress().Finish();
     m_report.Finish(m_lines->KeywordCount(), m_lines->FileCount());
     m_session.Log().Count(m_report.Warnings(), m_report.Errors());
@@ -172,39 +204,120 @@ void Check::CheckSimulator()
             fmt::format("Keyword {} is not known to the simulator {}.", keyword->GetName(), number));
 }
 
-/// A rate or a limit may be the name of a quantity that UDQ defines, wherever in the deck it does.
-void Check::GatherQuantities()
+/// What opens a region or a block and what closes it come in pairs. An ENDSKIP that is read as data closes nothing, and
+/// what is skipped is not looked at: a deck may lose its rest that way without another word.
+void Check::CheckPairs()
 {
+    std::vector<const DeckManager::IKeyword*> skips;
+    const DeckManager::IKeyword* action = nullptr;
+    const auto noEnd = [this](const DeckManager::IKeyword* head, std::string_view end) {
+        if (head != nullptr) Add(*head, Log::Error, fmt::format("This {} has no {}.", head->GetName(), end));
+    };
+    SkipTracker hidden(m_options.simulator);
     DeckWalk walk(m_session, m_options.all);
     while (walk.Next()) {
-        if (walk.Keyword().GetName() != "UDQ") continue;
-        const Service::LogEnabler silence(false);
-        std::unique_ptr<Keywords::IKeywordData> data;
-        try {
-            data = DeckManager::ReadKeywordData(m_session.Keywords(), walk.Keyword());
-        } catch (const std::exception&) {
-            continue; // told when all data are read
+        const DeckManager::IKeyword& keyword = walk.Keyword();
+        const std::string& name = keyword.GetName();
+        const bool isHidden = hidden.Hides(keyword);
+        if (name == "SKIP" || name == "SKIP100" || name == "SKIP300") {
+            skips.push_back(&keyword);
+        } else if (walk.Kind() == KeywordKind::EndSkip) {
+            if (skips.empty())
+                Add(keyword, Log::Warning, fmt::format("This {} has no SKIP ahead of it.", name));
+            else
+                skips.pop_back();
+        } else if (isHidden || keyword.IsSuppressed()) {
+            continue;
+        } else if (name == "ENDACTIO") {
+            if (action == nullptr) Add(keyword, Log::Warning, "This ENDACTIO has no action ahead of it.");
+            action = nullptr;
+        } else if (IsAction(*keyword.GetSyntax())) {
+            noEnd(action, "ENDACTIO");
+            action = &keyword;
         }
-        if (!data || data->GetType() != Keywords::MDType::List) continue;
-        const auto& records = static_cast<const Keywords::IKeywordListData&>(*data);
-        for (int i = 0; i < records.GetElementCount(); ++i) {
-            const auto& record = static_cast<const Keywords::IKeywordRecordData&>(records.GetContainer(i));
-            m_quantities.insert(Service::Uppercased(record.GetItem(1).GetString()));
-        }
+    }
+    noEnd(action, "ENDACTIO");
+    if (!skips.empty()) noEnd(skips.back(), "ENDSKIP");
+}
+
+/// The faults of the deck's times, where they don't follow from what was told already.
+void Check::CheckTimes()
+{
+    const Service::LogEnabler silence(false); // what reading has to say was told
+    const Schedule schedule(m_session, m_options.all);
+    for (const Schedule::Fault& fault : schedule.Faults()) {
+        if (fault.keyword == nullptr || m_doubtful.count(fault.keyword) != 0) continue;
+        m_report.Add({FileNameOf(*fault.keyword), m_text.LineOfRecord(*fault.keyword, fault.element),
+                      fault.keyword->GetName(), fault.isError ? Log::Error : Log::Warning, fault.text});
     }
 }
 
-/// The message is about such a name in the place of a number.
-bool Check::IsQuantity(const Messages::Message& message) const
+void Check::Survey()
+{
+    DeckWalk walk(m_session, m_options.all);
+    while (walk.Next()) {
+        if (walk.Keyword().GetName() == "UDQ")
+            GatherQuantities(walk.Keyword());
+        else
+            m_grid.Survey(m_session, walk.Keyword());
+    }
+}
+
+/// A rate or a limit may be the name of a quantity that UDQ defines, wherever in the deck it does.
+void Check::GatherQuantities(const DeckManager::IKeyword& udq)
+{
+    const Service::LogEnabler silence(false);
+    std::unique_ptr<Keywords::IKeywordData> data;
+    try {
+        data = DeckManager::ReadKeywordData(m_session.Keywords(), udq);
+    } catch (const std::exception&) {
+        return; // told when all data are read
+    }
+    if (!data || data->GetType() != Keywords::MDType::List) return;
+    const auto& records = static_cast<const Keywords::IKeywordListData&>(*data);
+    for (int i = 0; i < records.GetElementCount(); ++i) {
+        const auto& record = static_cast<const Keywords::IKeywordRecordData&>(records.GetContainer(i));
+        m_quantities.insert(Service::Uppercased(record.GetItem(1).GetString()));
+    }
+}
+
+/// The word that a message says is no number; empty for other messages.
+std::string_view WordForNumber(std::string_view text)
 {
     constexpr std::string_view opening = ". Item value \"";
     constexpr std::string_view closing = "\" is not valid. Must be a real number.";
-    if (m_quantities.empty() || !message.text.ends_with(closing)) return false;
-    const std::size_t begin = message.text.find(opening);
-    if (begin == std::string_view::npos) return false;
-    std::string_view value = message.text.substr(begin + opening.size());
-    value.remove_suffix(closing.size());
-    return m_quantities.count(Service::Uppercased(value)) != 0;
+    const std::size_t begin = text.find(opening);
+    if (begin == std::string_view::npos || !text.ends_with(closing)) return {};
+    text.remove_prefix(begin + opening.size());
+    text.remove_suffix(closing.size());
+    return text;
+}
+
+/// The message is about the name of a quantity in the place of a number.
+bool Check::IsQuantity(const Messages::Message& message) const
+{
+    return !m_quantities.empty() && m_quantities.count(Service::Uppercased(WordForNumber(message.text))) != 0;
+}
+
+/// Says what would be right where that can be told from what stands around. False for a message that only follows from
+/// the one before.
+bool Check::AddHints(const Messages::Message& message, std::string& text)
+{
+    // A row that goes on from the line before has too many words because that line has no "/".
+    if (message.file == m_mutedFile) {
+        if (const auto row = m_text.RowAhead(message.line)) {
+            if (m_hintedRow == row->first) return false;
+            m_hintedRow = row->first;
+            text +=
+                fmt::format("{} Is a \"/\" missing at the end of line {}?", text.ends_with('.') ? "" : ".", row->last);
+            return true;
+        }
+    }
+    if (const std::string word = Service::Uppercased(WordForNumber(message.text)); TextCheck::IsQuantityName(word)) {
+        const std::vector<std::string_view> known(m_quantities.begin(), m_quantities.end());
+        text += fmt::format(" No UDQ defines {}.{}", word, NearestHint(word, known));
+    }
+    return true;
 }
 
 void Check::ReadAllData()
@@ -215,7 +328,7 @@ void Check::ReadAllData()
     while (!m_out.Closed() && walk.Next()) {
         const DeckManager::IKeyword& keyword = walk.Keyword();
         if (skips.Hides(keyword)) continue;
-        ReadData(keyword);
+        ReadData(keyword, walk.Section());
         if (walk.Kind() == KeywordKind::Include) {
             CheckInclude(keyword);
         } else if (const auto grid = files.GridLinkOf(keyword); grid && !grid->exists && !keyword.IsSuppressed()) {
@@ -226,16 +339,68 @@ void Check::ReadAllData()
     Service::MessageCapper::instance().flush();
 }
 
-void Check::ReadData(const DeckManager::IKeyword& keyword)
+void Check::ReadData(const DeckManager::IKeyword& keyword, SectionType section)
 {
-    if (keyword.GetSyntax()->GetMetaData() == nullptr) return;
-    try {
-        DeckManager::ReadKeywordData(m_session.Keywords(), keyword);
-    } catch (const std::bad_alloc&) {
-        Add(keyword, Log::Error, "There is not enough memory for this.");
-    } catch (const std::exception& exception) {
-        Add(keyword, Log::Error, exception.what());
+    const auto take = [&](const TextCheck::Fault& fault) {
+        m_report.Add({FileNameOf(keyword), fault.line, keyword.GetName(), fault.severity, fault.text});
+    };
+    std::unique_ptr<Keywords::IKeywordData> data;
+    if (keyword.GetSyntax()->GetMetaData() != nullptr) {
+        m_mutedFile = FileNameOf(keyword);
+        m_mutedFrom = m_text.FindSwallowed(keyword, section, take);
+        m_hintedRow = 0;
+        m_toldOfKeyword = 0;
+        DeckManager::KeywordVariables variables;
+        try {
+            data = DeckManager::ReadKeywordData(m_session.Keywords(), keyword, &variables);
+        } catch (const std::bad_alloc&) {
+            Add(keyword, Log::Error, "There is not enough memory for this.");
+        } catch (const std::exception& exception) {
+            Add(keyword, Log::Error, exception.what());
+        }
+        if (!data || m_toldOfKeyword > 0 || m_mutedFrom > 0 || variables.HasVariables()) {
+            m_doubtful.insert(&keyword);
+        } else if (!keyword.IsSuppressed()) {
+            m_text.Look(*data, take);
+            CheckSize(keyword, *data);
+            if (keyword.GetName() == "IMPORT") CheckImport(keyword, *data);
+        }
+        m_mutedFrom = 0;
+        m_mutedFile = {};
     }
+    if (!keyword.IsSuppressed()) m_grid.Pass(keyword, section, data.get());
+}
+
+/// An array that the catalogue gives a size.
+void Check::CheckSize(const DeckManager::IKeyword& keyword, const Keywords::IKeywordData& data)
+{
+    if (data.GetType() != Keywords::MDType::List) return;
+    const auto& list = static_cast<const Keywords::IKeywordListData&>(data);
+    const std::string* expression = list.GetListMD()->GetSizeExpression();
+    if (expression == nullptr || list.GetListMD()->GetTermination() != Keywords::Termination::Slash) return;
+    const int count = list.GetElementCount();
+    std::string complaint = m_grid.Complaint(*expression, count);
+    if (const auto size = expression->starts_with("grid:") ? std::nullopt : m_text.SizeOf(*expression);
+        size && *size > 0 && *size != count)
+        complaint = fmt::format("{} asks for {}", TextCheck::SourceOf(*expression), *size);
+    if (!complaint.empty()) {
+        Add(keyword, Log::Error,
+            fmt::format("{} has {} value{}, and {}.", keyword.GetName(), count, count == 1 ? "" : "s", complaint));
+    }
+}
+
+void Check::CheckImport(const DeckManager::IKeyword& import, const Keywords::IKeywordData& data)
+{
+    if (data.GetType() != Keywords::MDType::Record) return;
+    const auto& record = static_cast<const Keywords::IKeywordRecordData&>(data);
+    const std::string name(record.GetItem(0).GetString());
+    try {
+        Service::FileName file(name);
+        if (file.IsSet() && file.MakeComplete(m_session.TopFile().GetDirectory()) && file.FileExists()) return;
+    } catch (const std::exception&) {
+        // A text that can't be a path names no file.
+    }
+    Add(import, Log::Warning, fmt::format("The file {} of this IMPORT does not exist.", name));
 }
 
 /// What the load takes in silence: it goes on without the file.

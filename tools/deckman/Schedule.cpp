@@ -62,8 +62,8 @@ public:
             Take(walk);
         CloseStretch(walk.Index());
         if (!m_hasSchedule && !m_hasTimeKeyword) {
-            m_schedule.m_faults.push_back(
-                {m_session.PlaceOf(*m_session.Keywords().GetDataFile()), true, "The deck has no SCHEDULE section."});
+            m_schedule.m_faults.push_back({nullptr, -1, m_session.PlaceOf(*m_session.Keywords().GetDataFile()), true,
+                                           "The deck has no SCHEDULE section."});
         }
     }
 
@@ -122,7 +122,7 @@ private:
     void TellNoStart()
     {
         m_hasStart = true;
-        m_schedule.m_faults.push_back({m_session.PlaceOf(*m_session.Keywords().GetDataFile()), true,
+        m_schedule.m_faults.push_back({nullptr, -1, m_session.PlaceOf(*m_session.Keywords().GetDataFile()), true,
                                        "The deck has no START in its RUNSPEC section: its days have no beginning."});
     }
 
@@ -139,6 +139,7 @@ private:
                 TakeDates(walk, list);
             else if (list.GetElementType() == MDType::Real)
                 TakeSteps(walk, list, walk.Keyword().GetName() == "TIME");
+            m_element = -1;
             if (list.GetElementCount() == 0)
                 Tell(walk.Keyword(), false, fmt::format("{} holds no time.", walk.Keyword().GetName()));
         }
@@ -153,7 +154,7 @@ private:
     {
         const std::vector<Time> times = Keywords::DataAccessUtils::GetTimesFromDATES(&list);
         for (std::size_t i = 0; i < times.size(); ++i) {
-            const int record = static_cast<int>(i);
+            const int record = m_element = static_cast<int>(i);
             if (!times[i].IsDef()) {
                 Tell(walk.Keyword(), true,
                      fmt::format("DATES[{}] is no date: {}.", record, RecordText(&list.GetContainer(record))));
@@ -176,6 +177,7 @@ private:
         ValueReader values({&m_variables}, ValueReader::Form::People);
         for (int i = 0; i < list.GetElementCount(); ++i) {
             const std::string where = fmt::format("{}[{}]", name, i);
+            m_element = i;
             // Infinity is what a number that is too large for anything reads as.
             if (!list.GetElement(i).HasValue() || !std::isfinite(list.GetElement(i).GetReal())) {
                 const ValueText value = values.Read(list, i);
@@ -259,6 +261,7 @@ private:
     std::unique_ptr<IKeywordData> DataOf(const DeckManager::IKeyword& keyword)
     {
         m_variables = DeckManager::KeywordVariables();
+        m_element = -1;
         try {
             return DeckManager::ReadKeywordData(m_session.Keywords(), keyword, &m_variables);
         } catch (const Service::Exception& exception) {
@@ -290,7 +293,7 @@ private:
 
     void Tell(const DeckManager::IKeyword& keyword, bool isError, std::string text)
     {
-        m_schedule.m_faults.push_back({m_session.PlaceOf(keyword), isError, std::move(text)});
+        m_schedule.m_faults.push_back({&keyword, m_element, m_session.PlaceOf(keyword), isError, std::move(text)});
     }
 
     DeckSession& m_session;
@@ -306,6 +309,7 @@ private:
     Time m_base;                            // the last date that was given as one
     std::optional<double> m_baseDays = 0.0; // its days since the start
     double m_sinceBase = 0;                 // days that have passed since
+    int m_element = -1;                     // of the list at hand
     bool m_isLost = false;                  // a step was no number: time is unknown up to the next date
     std::size_t m_startMoment = 0;          // the place of a moment, from 1; 0 for none
     std::size_t m_open = 0;                 // the moment at which the keywords that come are in force

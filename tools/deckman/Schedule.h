@@ -38,6 +38,8 @@ public:
     /// What is wrong with the deck's times.
     struct Fault
     {
+        const Tarn::Fjel::Core::DeckManager::IKeyword* keyword; ///< null for what concerns the deck as a whole
+        int element;                                            ///< of its list; -1 for none
         std::string place;
         bool isError;
         std::string text;
