@@ -114,6 +114,11 @@ public:
     /// and behind a region that is skipped.
     bool SetCommentAbove(const KeywordFileIterator& position, const std::string& text);
 
+    /// What stands behind the last keyword's own text; of a file without keywords, behind its tag and header.
+    std::string TextAtEnd();
+    /// Puts whole lines behind that. They must be such that no reader takes them for more than they are.
+    void AddTextAtEnd(const std::string& text);
+
     /// Drops uncommitted edits, and raises the cancel event when there were any.
     void CancelChanges();
 

@@ -291,7 +291,7 @@ bool KeywordFile::SetCommentAbove(const KeywordFileIterator& position, const std
         const std::string old = m_textInHead ? *m_textInHead : source.TextOfHead();
         m_textInHead = std::make_shared<const std::string>(WithComment(old, comment));
     } else {
-        std::string ahead = WithComment(source.TextAhead(keyword, RootContext()), comment);
+        std::string ahead = WithComment(source.TextAhead(&keyword, RootContext()), comment);
         TakeSnapshot();
         m_blocksAhead[&keyword] = {{nullptr, std::make_shared<const std::string>(std::move(ahead))}};
     }
@@ -299,6 +299,23 @@ bool KeywordFile::SetCommentAbove(const KeywordFileIterator& position, const std
     // The text may hold one of these, and where that stands in it isn't known.
     if (m_hasDroppedSections) m_scanWillDiffer = true;
     return true;
+}
+
+std::string KeywordFile::TextAtEnd()
+{
+    Contents();
+    SourceFile source(*this, nullptr);
+    return source.IsAllHead() && IsListUnchanged() ? source.TextOfHead() : source.TextAhead(nullptr, RootContext());
+}
+
+void KeywordFile::AddTextAtEnd(const std::string& text)
+{
+    Contents();
+    TakeSnapshot();
+    Blocks blocks = TakeBlocks(nullptr);
+    blocks.push_back({nullptr, std::make_shared<const std::string>(text)});
+    m_blocksAhead[nullptr] = std::move(blocks);
+    m_commentsSet = true;
 }
 
 void KeywordFile::SetTagOnChangedKeywords(bool tagged)

@@ -374,11 +374,13 @@ std::string SourceFile::StretchText(const RestOfFile& stretch)
     return text;
 }
 
-std::string SourceFile::TextAhead(const Keyword& keyword, const Context& context)
+std::string SourceFile::TextAhead(const Keyword* keyword, const Context& context)
 {
     std::string text;
-    for (const KeywordFile::Block& block : m_file.BlocksAhead(&keyword)) {
+    for (const KeywordFile::Block& block : m_file.BlocksAhead(keyword)) {
         const auto* below = static_cast<const Keyword*>(block.below);
+        // A file's last line may be open.
+        if (!text.empty() && text.back() != '\n') text += '\n';
         if (block.text) {
             text += *block.text;
         } else if (below == nullptr || below->Reader() == m_file.FileReader()) {

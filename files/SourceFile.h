@@ -93,8 +93,8 @@ public:
     void WriteRest();
     /// The last keyword that was written ends with the text.
     void EndLastExtent();
-    /// What stands ahead of a keyword, as text.
-    std::string TextAhead(const Keyword& keyword, const Context& context);
+    /// What stands ahead of a keyword (null: of the list's end), as text.
+    std::string TextAhead(const Keyword* keyword, const Context& context);
     /// The comment in the head, as text: what stands behind a tag and behind a header that a host has set.
     std::string TextOfHead();
 

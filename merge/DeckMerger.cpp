@@ -42,6 +42,7 @@ void DeckMerger::Prepare(const std::set<IKeywordFile*>& excluded)
     m_lastCopied.reset();
     m_copied.clear();
     m_comments.clear();
+    m_remarks.clear();
     m_broughtByUser.clear();
     m_isWhole = true;
 
@@ -97,6 +98,7 @@ bool DeckMerger::MergeUserKeywords(std::set<KeywordIterator>& replaced, const st
 {
     Prepare(excluded);
     TellOfLostWords();
+    CarryTextBehindEnds();
     if (!HasSomethingToCarry()) return m_isWhole;
     m_work.sourceTimes = TimeLine(m_source);
     m_work.targetTimes = TimeLine(m_target);
@@ -114,7 +116,7 @@ void DeckMerger::MergeAheadOfSections()
     std::optional<KeywordFileIterator> place;
     for (KeywordIterator walk = m_source.GetDeckKeywords()->Begin(); *walk != nullptr; ++walk) {
         if (IsSectionKeyword(**walk)) return;
-        if (IsExcluded(walk) || IsAnchor(**walk) || CameWithUserInclude(walk)) continue;
+        if (IsExcluded(walk) || IsAnchor(**walk) || CameWithUserInclude(*walk->GetFile())) continue;
         if (!m_copied.insert(*walk).second) continue;
         const std::optional<CopyText> text = TextToCopy(walk);
         if (!text) continue;
@@ -130,12 +132,11 @@ void DeckMerger::MergeAheadOfSections()
     }
 }
 
-bool DeckMerger::CameWithUserInclude(const KeywordIterator& position) const
+bool DeckMerger::CameWithUserInclude(IKeywordFile& file) const
 {
-    IKeywordFile* file = position->GetFile();
-    const auto [known, isNew] = const_cast<DeckMerger*>(this)->m_broughtByUser.try_emplace(file, false);
+    const auto [known, isNew] = const_cast<DeckMerger*>(this)->m_broughtByUser.try_emplace(&file, false);
     if (isNew) {
-        const IKeyword* include = m_source.GetDeckKeywords()->GetIncludingKeyword(file);
+        const IKeyword* include = m_source.GetDeckKeywords()->GetIncludingKeyword(&file);
         known->second = include != nullptr && IsUserKeyword(*include);
     }
     return known->second;
@@ -168,7 +169,7 @@ void DeckMerger::MergeUserScope(const KeywordIterator& section, std::set<Keyword
             } else if (IsInclude(keyword)) {
                 m_work.includeScopes.try_emplace(&keyword, stack);
             }
-        } else if (!CameWithUserInclude(walk)) {
+        } else if (!CameWithUserInclude(*keyword.GetFile())) {
             InsertUserKeyword(walk, stack, replaced);
         }
         ++walk;

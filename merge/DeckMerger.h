@@ -45,7 +45,7 @@ public:
     /// False when something of the user's is not carried whole.
     bool MergeUserKeywords(std::set<KeywordIterator>& replaced, const std::set<IKeywordFile*>& excluded);
 
-    /// The comments above generated keywords and section keywords.
+    /// The comments above generated keywords and section keywords, beside their names, and at the ends of files.
     void MergeComments(const std::set<IKeywordFile*>& excluded);
 
 private:
@@ -103,7 +103,7 @@ private:
     void InsertUserKeyword(const KeywordIterator& position, const ScopeStack& stack,
                            std::set<KeywordIterator>& replaced);
     bool IsInUserScope(const KeywordIterator& position, const KeywordIterator& head) const;
-    bool CameWithUserInclude(const KeywordIterator& position) const;
+    bool CameWithUserInclude(IKeywordFile& file) const;
     KeywordIterator FindTwin(const KeywordIterator& position, const KeywordIterator& head,
                              const KeywordIterator& scope);
     Twin RemoveTwin(const KeywordIterator& twin);
@@ -146,6 +146,16 @@ private:
     void WriteComments();
     void AddKeywordComment(const KeywordIterator& position, const KeywordIterator& destination, bool isCounterpart);
     void ApplyKeywordComment(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack);
+    void ApplyRemark(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack);
+    void AddRemark(const KeywordIterator& position, const KeywordIterator& destination, bool isCounterpart);
+    void GatherRemarks();
+    void MergeCommentsAheadOfSections();
+
+    // --- DeckMergerEnds.cpp
+    void CarryTextBehindEnds();
+    void MergeCommentsAtEnds();
+    void AddAtEnd(KeywordFile& file, const std::string& text, MergeReport::Action action);
+    KeywordFile& CounterpartOf(KeywordFile& file) const;
 
     IDeckKeywordsEditor& m_editor;
     const IDeck& m_source;
@@ -163,6 +173,7 @@ private:
     std::optional<LastCopied> m_lastCopied;
     bool m_isWhole = true;
     std::unordered_map<const IKeyword*, CommentsAbove> m_comments; ///< of keywords of the target
+    std::unordered_map<const IKeyword*, std::string> m_remarks;    ///< beside the names of anchors of the source
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "deck/Anchors.h"
+#include "deck/DeckKeywords.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
@@ -15,6 +16,7 @@
 #include <deckmanager/IDeckKeywords.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/LineReaderUtil.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/Strings.h>
 
@@ -41,12 +43,61 @@ void DeckMerger::MergeComments(const std::set<IKeywordFile*>& excluded)
     m_work.sourceTimes = TimeLine(m_source);
     m_work.targetTimes = TimeLine(m_target);
     m_search->OnRebuilt();
+    GatherRemarks();
+    MergeCommentsAheadOfSections();
     for (const KeywordIterator& section : SectionKeywords(m_source)) {
         SectionType type = SectionType::None;
         FindSection(section->GetName(), type);
         MergeCommentScope(section, FindSectionKeyword(m_target, type));
     }
     WriteComments();
+    MergeCommentsAtEnds();
+}
+
+/// With each file opened once: most keyword lines have nothing beside the name.
+void DeckMerger::GatherRemarks()
+{
+    for (const KeywordFile* file : static_cast<const DeckKeywords&>(*m_source.GetDeckKeywords()).FilesInDeckOrder()) {
+        if (IsExcluded(*file)) continue;
+        const OpenReaderGuard openFile(*file);
+        const KeywordFileIterator end = file->End();
+        for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
+            const auto& keyword = static_cast<const Keyword&>(**place);
+            if (!IsAnchor(keyword) || !keyword.HasValidExtent() || keyword.IsSkipped()) continue;
+            const std::string remark(Service::Trimmed(keyword.GetBesideName()));
+            if (!remark.empty()) m_remarks.emplace(&keyword, remark);
+        }
+    }
+}
+
+/// What stands ahead of the first section keyword has no scope: its keywords are matched in their order, and the
+/// comments of those that are gone go to what follows.
+void DeckMerger::MergeCommentsAheadOfSections()
+{
+    const auto isEnd = [](const KeywordIterator& position) {
+        return *position == nullptr || IsSectionKeyword(**position);
+    };
+    KeywordIterator next = m_target.GetDeckKeywords()->Begin();
+    KeywordIterator walk = m_source.GetDeckKeywords()->Begin();
+    while (!isEnd(walk)) {
+        if (!IsAnchor(**walk) && IsInclude(**walk)) {
+            StepOverInclude(walk, m_source);
+            continue;
+        }
+        if (IsAnchor(**walk) && !IsExcluded(walk)) {
+            KeywordIterator found = next;
+            while (!isEnd(found) && (!IsAnchor(**found) || found->GetName() != walk->GetName()))
+                ++found;
+            const bool isThere = !isEnd(found);
+            const std::string comment = m_source.GetDeckKeywords()->GetComment(walk, true);
+            const KeywordIterator& destination = isThere ? found : next;
+            if (!comment.empty()) ApplyComment(destination, comment, walk);
+            AddKeywordComment(walk, destination, isThere);
+            AddRemark(walk, destination, isThere);
+            if (isThere) next = Behind(found);
+        }
+        ++walk;
+    }
 }
 
 void DeckMerger::OpenCommentScope(std::vector<CommentScope>& open, const KeywordIterator& head,
@@ -71,6 +122,7 @@ void DeckMerger::MergeCommentScope(const KeywordIterator& section, const Keyword
         if (!comment.empty()) ApplyComment(destination, comment, section);
         const bool isThere = *destination != nullptr && destination->GetName() == section->GetName();
         AddKeywordComment(section, destination, isThere);
+        AddRemark(section, destination, isThere);
     }
     KeywordIterator walk = Behind(section);
     while (!stack.empty()) {
@@ -96,6 +148,7 @@ void DeckMerger::MergeCommentScope(const KeywordIterator& section, const Keyword
                 ApplyComment(place, comment, walk);
             }
             ApplyKeywordComment(walk, scope, stack);
+            ApplyRemark(walk, scope, stack);
         }
         if (keyword.GetSyntax()->IsScopeStart()) {
             const std::optional<KeywordIterator> hint =
@@ -212,15 +265,43 @@ void DeckMerger::ApplyKeywordComment(const KeywordIterator& position, CommentSco
     AddKeywordComment(position, DestinationOfComment(position, scope, stack), false);
 }
 
+/// What stands beside a name is a comment too, and goes above the counterpart.
+void DeckMerger::ApplyRemark(const KeywordIterator& position, CommentScope& scope, const ScopeStack& stack)
+{
+    if (m_remarks.count(*position) == 0) return;
+    ResolveCommentScope(scope, stack);
+    if (!scope.hasDestination) {
+        const KeywordIterator found = m_search->FindCounterpart(position, &stack.back(), scope.range);
+        if (found != scope.range.end) {
+            AddRemark(position, found, true);
+            return;
+        }
+    }
+    AddRemark(position, DestinationOfComment(position, scope, stack), false);
+}
+
+/// A generator that writes such words itself has written them anew.
+void DeckMerger::AddRemark(const KeywordIterator& position, const KeywordIterator& destination, bool isCounterpart)
+{
+    const auto found = m_remarks.find(*position);
+    if (found == m_remarks.end()) return;
+    if (isCounterpart && !static_cast<const Keyword&>(**destination).GetBesideName().empty()) return;
+    const bool isComment = VeldaneDeckInfo::BeginsWithCommentMarker(found->second);
+    ApplyComment(destination, (isComment ? "" : "-- ") + found->second + "\n", position);
+}
+
 /// Puts the comment below a keyword's line below that of its counterpart, or else above another keyword.
 void DeckMerger::AddKeywordComment(const KeywordIterator& position, const KeywordIterator& destination,
                                    bool isCounterpart)
 {
     const std::string comment = position->GetComment();
     if (comment.empty()) return;
+    std::string lines = comment;
+    LineReaderUtil::CommentLines(lines);
+    // Behind a blank line at the end of a file it is what stands there.
+    KeywordFile& file = *FileOf(position);
+    if (PlaceBehind(position) == file.End() && HoldsLines(file.TextAtEnd(), lines)) return;
     if (!isCounterpart) {
-        std::string lines = comment;
-        LineReaderUtil::CommentLines(lines);
         ApplyComment(destination, lines + "\n", position);
         return;
     }

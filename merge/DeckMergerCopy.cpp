@@ -129,7 +129,8 @@ KeywordFileIterator DeckMerger::CopyKeyword(const KeywordFileIterator& place, co
     auto& target = static_cast<Keyword&>(*const_cast<IKeyword*>(inserted));
     m_editor.SetDataText(copy, text.data);
     if (!text.comment.empty()) m_editor.SetComment(copy, text.comment);
-    target.SetBesideName(source.GetBesideName());
+    // What stands above and beside a generated head is for the merge of comments.
+    if (withCommentAbove) target.SetBesideName(source.GetBesideName());
     if (source.IsGenerated()) m_editor.TagKeyword(inserted);
     if (source.IsSuppressed()) m_editor.Suppress(copy);
     if (withCommentAbove) {
@@ -228,7 +229,8 @@ void DeckMerger::TellOfLostWords()
         const OpenReaderGuard openFile(*file);
         const KeywordFileIterator end = file->End();
         for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
-            // Behind a user's data such text is carried with them.
+            // Behind a user's data such text is carried with them, and behind the end of a file with the file's end.
+            if (EndsFile(place)) continue;
             if (IsUserKeyword(**place) && place->GetSyntax()->GetMetaData() != nullptr) continue;
             const std::optional<LostWord> lost = FindLostWord(static_cast<const Keyword&>(**place));
             if (!lost) continue;

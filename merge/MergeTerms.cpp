@@ -54,6 +54,14 @@ bool IsRepeatable(std::string_view name)
     return std::find(names.begin(), names.end(), name) != names.end();
 }
 
+bool EndsFile(KeywordFileIterator place)
+{
+    const int kind = place->GetSyntax()->GetKind();
+    if (kind != KeywordKind::End && kind != KeywordKind::EndInc) return false;
+    const KeywordFile* file = IteratorAccess::File(place);
+    return ++place == file->End();
+}
+
 bool HoldsLines(const std::string& text, const std::string& lines)
 {
     std::string wanted(Service::TrimmedRight(lines));

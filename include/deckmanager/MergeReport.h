@@ -12,13 +12,13 @@ struct MergeReport
 {
     enum class Action
     {
-        Carried,    ///< a user's keyword was put into the target
+        Carried,    ///< a user's keyword was put into the target; of an END or ENDINC: the notes behind it
         Replaced,   ///< the same, and the generated keyword that it stands for went
         Suppressed, ///< a generated keyword is suppressed, as it is in the source
         Cut,        ///< a user's keyword whose data ended at a generated tag; it is `Carried` or `Replaced` too
         Refused,    ///< a user's keyword that could not be carried
         Lost,       ///< text that no keyword owns, behind a generated keyword: it is not carried
-        Commented,  ///< a comment was put to a keyword of the target
+        Commented,  ///< a comment was put to a keyword of the target, or to the end of a file
         Missing     ///< a user's INCLUDE whose file isn't found from the target; it is `Carried` or `Replaced` too
     };
 

@@ -27,6 +27,7 @@ DeckPairs::DeckPairs(unsigned seed) : m_chance(seed)
         if (isInNew) newTop += section + "\n" + NewText(items, section);
     }
     if (Chance(70)) oldTop += "END\n";
+    oldTop += EndOfFile();
     if (Chance(70)) newTop += "END\n";
     oldFiles.insert(oldFiles.begin(), {"T.DATA", oldTop});
     newFiles.insert(newFiles.begin(), {"T.DATA", newTop});
@@ -113,6 +114,15 @@ std::string DeckPairs::UserKeyword(const std::string& section)
     return comment + (Chance(50) ? "TABDIMS" : "EQLDIMS") + "\n " + text + " /\n";
 }
 
+/// A comment that stands above no keyword.
+std::string DeckPairs::EndOfFile()
+{
+    if (!Chance(30)) return "";
+    const std::string comment = "-- at the end c" + std::to_string(m_nextUser++);
+    if (m_countsUsers) comments.push_back(comment);
+    return (Chance(50) ? "\n" : "") + comment + "\n";
+}
+
 void DeckPairs::Close(std::string& text, const Item& item)
 {
     if (!item.closer.empty()) text += item.closer + "~\n";
@@ -141,12 +151,19 @@ std::string DeckPairs::OldText(const Items& items, const std::string& section, i
         std::string name = item.isFile ? item.data.substr(1, item.data.find('\'', 1) - 1) : "";
         // A user's file may be one of the generator's.
         if (tag.empty() && Chance(50)) name = "MY_" + name;
-        text += item.name + tag + "\n" + (item.isFile ? "'" + name + "' /\n" : item.data);
+        std::string beside;
+        if (!tag.empty() && Chance(10)) {
+            beside = "-- beside " + item.name + " c" + std::to_string(m_nextUser++);
+            if (m_countsUsers) comments.push_back(beside);
+            beside.insert(0, " ");
+        }
+        text += item.name + beside + tag + "\n" + (item.isFile ? "'" + name + "' /\n" : item.data);
         if (item.isFile) {
             const bool counted = m_countsUsers;
             // What a user's file holds comes with it.
             m_countsUsers = counted && !tag.empty();
-            oldFiles.emplace_back(name, OldText(item.inside, section, percentUser));
+            const std::string inside = OldText(item.inside, section, percentUser);
+            oldFiles.emplace_back(name, inside + EndOfFile());
             m_countsUsers = counted;
         } else {
             text += OldText(item.inside, section, percentUser);

@@ -41,6 +41,7 @@ private:
     std::string UserKeyword(const std::string& section);
     std::string OldText(const Items& items, const std::string& section, int percentUser);
     std::string NewText(const Items& items, const std::string& section);
+    std::string EndOfFile();
     void Close(std::string& text, const Item& item);
 
     std::mt19937 m_chance;

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "tests/merge/Merging.h"
+#include <deckmanager/IDeckKeywordsEditor.h>
+#include <deckmanager/IDeckManager.h>
 
 // The comments of generated keywords. "~" stands for the generated tag.
 
@@ -58,6 +60,18 @@ TEST(MergeCommentsTest, CommentsGoToTheCounterparts)
          "RUNSPEC\nOIL~\n-- below O\nTABDIMS~\n1 /\n"},
         {"and where that is gone", "RUNSPEC\nTABDIMS~\n1 /\nOIL~\n-- below O\nDIMENS~\n1 2 3 /\n",
          "RUNSPEC\nTABDIMS~\n1 /\nDIMENS~\n1 2 3 /\n", "RUNSPEC\nTABDIMS~\n1 /\n-- below O\nDIMENS~\n1 2 3 /\n"},
+        {"ahead of the sections, where one is gone too",
+         "-- above N\nNOECHO~\n-- below N\nECHO~\n-- below E\nRUNSPEC\nOIL~\n", "NOECHO~\nRUNSPEC\nOIL~\n",
+         "-- above N\nNOECHO~\n-- below N\n-- below E\nRUNSPEC\nOIL~\n"},
+        {"beside a name", "RUNSPEC -- beside R\nOIL -- beside O~\nTABDIMS and more~\n1 /\nGAS -- beside G~\nWATER~\n",
+         "RUNSPEC\nOIL -- new~\nTABDIMS~\n1 /\nWATER~\n",
+         "-- beside R\nRUNSPEC\nOIL -- new~\n-- and more\nTABDIMS~\n1 /\n-- beside G\nWATER~\n"},
+        {"at the end of the file", "RUNSPEC\nTABDIMS~\n1 /\nEQLDIMS\n1 /\n\n-- last\n\n   -- words\n\n",
+         "RUNSPEC\nTABDIMS~\n1 /\n-- new", "RUNSPEC\nTABDIMS~\n1 /\n-- new\n-- last\n\n   -- words\n"},
+        {"at the end, and there already", "RUNSPEC\nTABDIMS~\n1 /\n-- last\n",
+         "RUNSPEC\nTABDIMS~\n1 /\n-- last\r\n-- words\r\n", "RUNSPEC\nTABDIMS~\n1 /\n-- last\r\n-- words\r\n"},
+        {"behind END, below it and further down", "RUNSPEC\nOIL~\nEND\n-- below\n\n-- last\n", "RUNSPEC\nOIL~\nEND\n",
+         "RUNSPEC\nOIL~\nEND\n-- below\n-- last\n"},
     };
     for (const Fact& fact : facts) {
         SCOPED_TRACE(fact.what);
@@ -69,6 +83,35 @@ TEST(MergeCommentsTest, CommentsGoToTheCounterparts)
         decks.MergeComments();
         EXPECT_EQ(decks.report.entries.size(), count);
     }
+}
+
+TEST(MergeCommentsTest, CommentsAtTheEndsOfFilesGoToTheirCounterparts)
+{
+    const TestSupport::CleanEnvironment environment;
+    const std::string includes = "INCLUDE~\n'a/X.INC' /\nINCLUDE~\n'b/X.INC' /\n";
+    const Texts oldFiles = {
+        {"T.DATA", "RUNSPEC\n" + includes + "INCLUDE~\n'OLD.INC' /\nINCLUDE\n'MINE.INC' /\n-- top\n"},
+        {"a/X.INC", "OIL~\n-- end of a\n"},
+        {"b/X.INC", "-- notes only\n"},
+        {"OLD.INC", "INCLUDE~\n'GONE.INC' /\n-- end of OLD\n"},
+        {"GONE.INC", "GAS~\n\n-- end of GONE\n"},
+        {"MINE.INC", "WATER\n\n-- end of MINE\n"}};
+    const Texts newFiles = {{"T.DATA", "RUNSPEC\n" + includes + "INCLUDE~\n'NEW.INC' /\n"},
+                            {"a/X.INC", "OIL~\n"},
+                            {"b/X.INC", "\n"},
+                            {"NEW.INC", "GAS~\n"},
+                            {"MINE.INC", "WATER\n"}};
+    TwoDecks decks(oldFiles, newFiles);
+    decks.includeNames = {{"OLD.INC", "NEW.INC"}};
+    EXPECT_TRUE(decks.MergeUserKeywords());
+    decks.MergeComments();
+    decks.Manager().GetEditor(&decks.New())->Commit();
+    const auto written = [&](const std::string& name) { return WithoutTags(decks.Dir().Read("new/" + name)); };
+    EXPECT_EQ(written("T.DATA"), "RUNSPEC\n" + includes + "INCLUDE~\n'NEW.INC' /\nINCLUDE\n'MINE.INC' /\n-- top\n");
+    EXPECT_EQ(written("a/X.INC"), "OIL~\n-- end of a\n");
+    EXPECT_EQ(written("b/X.INC"), "\n-- notes only\n");
+    EXPECT_EQ(written("NEW.INC"), "GAS~\n-- end of OLD\n-- end of GONE\n");
+    EXPECT_EQ(written("MINE.INC"), newFiles.back().second);
 }
 
 } // namespace

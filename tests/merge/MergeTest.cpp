@@ -205,6 +205,8 @@ TEST_F(MergeTest, ACopyIsWhole)
          "RUNSPEC\nOIL~\n--@@@EQLDIMS\n--@@@ 5 /\nGAS~\n"},
         {"it ends at a tag", "SCHEDULE\nWELSPECS\n'A' G 1 1 /\n WELOPEN ~\n 'A' OPEN /\n/\n", "SCHEDULE\n",
          "SCHEDULE\nWELSPECS\n'A' G 1 1 /\n", "", false},
+        {"notes behind the end", "RUNSPEC\nOIL~\nWATER\nEND\n\nNotes of mine:\nMYWORD\n-- well\n",
+         "RUNSPEC\nOIL~\nEND\n", "RUNSPEC\nOIL~\nWATER\n\nEND\nNotes of mine:\nMYWORD\n-- well\n"},
         {"unknown words behind a generated keyword", "RUNSPEC\nDIMENS~\n1 2 3 /\nMYWORD\n 7 /\nOIL~\nWATER\n",
          "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\n", "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\nWATER\n\n", "", false},
     });

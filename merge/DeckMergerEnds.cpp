@@ -1,0 +1,135 @@
+// The part of `DeckMerger` that carries what stands at the ends of files, which belongs to no keyword.
+
+#include <algorithm>
+#include <memory>
+#include <string_view>
+
+#include "deck/Anchors.h"
+#include "deck/DeckKeywords.h"
+#include "files/IteratorAccess.h"
+#include "files/KeywordFile.h"
+#include "keywords/Keyword.h"
+#include "merge/DeckMerger.h"
+#include "merge/IncludeMap.h"
+#include "merge/MergeTerms.h"
+#include <deckmanager/IDeck.h>
+#include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/keywords/DataAccessUtils.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/service/FileName.h>
+#include <tarn/service/Strings.h>
+
+namespace Tarn::Fjel::Core::DeckManager {
+
+using Keywords::DataAccessUtils;
+
+namespace {
+
+std::vector<KeywordFile*> FilesOf(const IDeck& deck)
+{
+    return static_cast<const DeckKeywords&>(*deck.GetDeckKeywords()).FilesInDeckOrder();
+}
+
+/// The place of the last keyword; `End()` of a file that has none.
+KeywordFileIterator LastOf(const KeywordFile& file)
+{
+    KeywordFileIterator place = file.End();
+    if (place != file.Begin()) --place;
+    return place;
+}
+
+/// What stands at the end of a file.
+struct EndLines
+{
+    std::string all;        ///< without blank lines around
+    std::string comments;   ///< of that, what stands behind the last line that is no comment
+    bool hasOthers = false; ///< than comments
+
+    explicit EndLines(std::string text)
+    {
+        Service::StringReplace(text, "\r\n", "\n");
+        text.resize(Service::TrimmedRight(text).size());
+        std::size_t first = std::string::npos;
+        std::size_t firstComment = std::string::npos;
+        for (std::size_t begin = 0; begin < text.size();) {
+            const std::size_t end = std::min(text.find('\n', begin), text.size() - 1) + 1;
+            const std::string_view line = Service::Trimmed(std::string_view(text).substr(begin, end - begin));
+            const bool isComment = VeldaneDeckInfo::BeginsWithCommentMarker(line);
+            if (!line.empty() && !isComment) {
+                hasOthers = true;
+                firstComment = std::string::npos;
+            } else if (isComment && firstComment == std::string::npos) {
+                firstComment = begin;
+            }
+            if (!line.empty() && first == std::string::npos) first = begin;
+            begin = end;
+        }
+        if (first != std::string::npos) all = text.substr(first);
+        if (firstComment != std::string::npos) comments = text.substr(firstComment);
+    }
+};
+
+} // namespace
+
+/// What stands behind the last END of a file is notes. Where they are more than comments they are a user's for sure.
+void DeckMerger::CarryTextBehindEnds()
+{
+    for (KeywordFile* file : FilesOf(m_source)) {
+        if (IsExcluded(*file) || CameWithUserInclude(*file)) continue;
+        const KeywordFileIterator last = LastOf(*file);
+        if (last == file->End() || !EndsFile(last)) continue;
+        const EndLines lines(file->TextAtEnd());
+        if (lines.hasOthers) AddAtEnd(*file, lines.all, MergeReport::Action::Carried);
+    }
+}
+
+void DeckMerger::MergeCommentsAtEnds()
+{
+    for (KeywordFile* file : FilesOf(m_source)) {
+        if (IsExcluded(*file) || CameWithUserInclude(*file)) continue;
+        const EndLines lines(file->TextAtEnd());
+        if (!lines.comments.empty()) AddAtEnd(*file, lines.comments, MergeReport::Action::Commented);
+    }
+}
+
+/// `text` stands at the end of a file of the source.
+void DeckMerger::AddAtEnd(KeywordFile& file, const std::string& text, MergeReport::Action action)
+{
+    KeywordFile& target = CounterpartOf(file);
+    const std::string existing = target.TextAtEnd();
+    if (HoldsLines(existing, text)) return;
+    target.AddTextAtEnd(text + "\n");
+    if (m_report == nullptr) return;
+    const KeywordFileIterator last = LastOf(file);
+    const IKeyword* keyword = last != file.End() ? *last : m_source.GetDeckKeywords()->GetIncludingKeyword(&file);
+    if (keyword == nullptr) return;
+    m_report->entries.push_back(
+        {action, keyword->GetName(), keyword, keyword->GetLine(), target.GetFileName().GetFullName(), 0, ""});
+}
+
+/// The target's file of that name, as the map has it. Where there is none, that of the including file.
+KeywordFile& DeckMerger::CounterpartOf(KeywordFile& file) const
+{
+    const IDeckKeywords& sourceKeywords = *m_source.GetDeckKeywords();
+    const IDeckKeywords& targetKeywords = *m_target.GetDeckKeywords();
+    KeywordFile& top = *targetKeywords.GetDataFile()->AsKeywordFile();
+    const IKeyword* include = sourceKeywords.GetIncludingKeyword(&file);
+    if (include == nullptr) return top;
+    const Keywords::IKeywordData* data = sourceKeywords.GetKeywordData(include);
+    const auto mapped = MapIncludeData(*include->GetSyntax(), data, m_work.includeNames);
+    const std::string name = DataAccessUtils::GetINCLUDEFileName(mapped ? mapped.get() : data).value_or("");
+    const std::string leaf = Service::FileName(name).GetFileName();
+    KeywordFile* found = nullptr;
+    for (KeywordFile* candidate : FilesOf(m_target)) {
+        if (LeafName(*candidate) != leaf || candidate->LoadFailed()) continue;
+        const IKeyword* targetInclude = targetKeywords.GetIncludingKeyword(candidate);
+        if (targetInclude == nullptr || IsUserKeyword(*targetInclude)) continue;
+        // Of several of that name the one that is included in the same words.
+        if (DataAccessUtils::GetINCLUDEFileName(targetKeywords.GetKeywordData(targetInclude)) == name)
+            return *candidate;
+        if (found == nullptr) found = candidate;
+    }
+    return found != nullptr ? *found : CounterpartOf(*include->GetFile()->AsKeywordFile());
+}
+
+} // namespace Tarn::Fjel::Core::DeckManager
