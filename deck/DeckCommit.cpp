@@ -26,8 +26,7 @@ Files FilesOf(KeywordFile& root)
     return files;
 }
 
-/// Looks at each file before any is touched.
-void RequireWritable(const Files& files)
+void RequireUnchanged(const Files& files)
 {
     for (const std::shared_ptr<KeywordFile>& file : files) {
         if (file->IsModified() && file->HasChangedOnDisk()) {
@@ -35,6 +34,12 @@ void RequireWritable(const Files& files)
                                        " has been changed on disk since it was read.");
         }
     }
+}
+
+/// Looks at each file before any is touched.
+void RequireWritable(const Files& files)
+{
+    RequireUnchanged(files);
     std::string names;
     for (const std::shared_ptr<KeywordFile>& file : files) {
         if (!file->CheckWritable()) names += file->GetFileName().GetFullName() + "\n";
@@ -64,6 +69,8 @@ void DeckKeywords::Commit()
     try {
         for (const std::shared_ptr<KeywordFile>& file : files)
             file->WriteToTemporary(false);
+        // A large text is not copied in a moment.
+        RequireUnchanged(files);
     } catch (...) {
         for (const std::shared_ptr<KeywordFile>& file : files)
             file->DropWritten();

@@ -55,10 +55,10 @@ bool WriteFlat(const IDeckKeywords& keywords, const FileName& target, const Flat
     }
     if (!staged.MakeDirectory(target.GetDirectory())) return Refuse(target, staged);
     LineFileWriter writer;
-    if (!staged.Open(writer, target)) return Refuse(target, staged);
+    if (!staged.Open(writer, target, true)) return Refuse(target, staged);
     FlatFile flat(keywords, &writer, context, manner, report);
     write(flat);
-    return (staged.Close(writer, true) && staged.PutInPlace()) || Refuse(target, staged);
+    return (staged.Close(writer) && staged.PutInPlace()) || Refuse(target, staged);
 }
 
 /// From `Begin` to `End`, into the folder of the top file.

@@ -88,11 +88,15 @@ StagedFiles::File* StagedFiles::Begin(const FileName& target)
     return &m_files.back();
 }
 
-bool StagedFiles::Open(LineFileWriter& writer, const FileName& target)
+bool StagedFiles::Open(LineFileWriter& writer, const FileName& target, bool sync)
 {
-    const File* file = Begin(target);
+    File* file = Begin(target);
     if (file == nullptr) return false;
-    if (writer.Open(file->written, false)) return true;
+    if (writer.Open(file->written, false)) {
+        file->syncs = file->IsBeside() && (sync || file->replaces);
+        if (file->syncs) writer.StartSyncEarly();
+        return true;
+    }
     Drop(target);
     return Fail(target.GetFullName(), writer.FailureReason().empty() ? "it cannot be opened" : writer.FailureReason());
 }
@@ -118,10 +122,10 @@ bool StagedFiles::Reserve(const FileName& target)
     return IsFree(target) && Open(writer, target) && Close(writer);
 }
 
-bool StagedFiles::Close(LineFileWriter& writer, bool sync)
+bool StagedFiles::Close(LineFileWriter& writer)
 {
     const File& file = m_files[m_byWritten.at(writer.GetPath())];
-    const bool synced = !file.IsBeside() || !(sync || file.replaces) || writer.Sync();
+    const bool synced = !file.syncs || writer.Sync();
     const std::string reason = writer.FailureReason();
     if (writer.Close() && synced) return true;
     return Fail(file.target, !reason.empty() ? reason : writer.FailureReason());

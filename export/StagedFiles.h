@@ -29,16 +29,16 @@ public:
     /// Makes the directory with all above it. What was made goes again if the export fails.
     bool MakeDirectory(const Service::Directory& directory);
 
-    /// Begins a file: opens `writer`. False when the target is a file of the deck, is a directory, or can't be written;
-    /// `Failure` says why.
-    bool Open(LineFileWriter& writer, const Service::FileName& target);
+    /// Begins a file: opens `writer`. One that replaces another will be on the disk when it is closed, and with `sync`
+    /// any: to wait for each of a thousand new files would take longer than to write them. False when the target is a
+    /// file of the deck, is a directory, or can't be written; `Failure` says why.
+    bool Open(LineFileWriter& writer, const Service::FileName& target, bool sync = false);
     /// The target could be begun, and no other file goes there: nothing is done for it.
     bool Accepts(const Service::FileName& target);
     /// Takes the place of a file that is written later, by a further `Open`. False when another file has it.
     bool Reserve(const Service::FileName& target);
-    /// Ends a file. False when it could not be written whole. One that replaces another is on the disk then, and with
-    /// `sync` any: to wait for each of a thousand new files would take longer than to write them.
-    bool Close(LineFileWriter& writer, bool sync = false);
+    /// Ends a file. False when it could not be written whole.
+    bool Close(LineFileWriter& writer);
     /// A file that is copied as it is.
     bool Copy(const Service::FileName& from, const Service::FileName& target);
     /// A file that was begun is not wanted after all.
@@ -62,6 +62,7 @@ private:
         std::string written; ///< beside the target; the target itself for what is written at once
         std::string aside;   ///< where the old file is kept while the files change places
         bool replaces = false;
+        bool syncs = false; ///< it is on the disk when it is closed
         bool dropped = false;
         bool inPlace = false;
 

@@ -289,6 +289,7 @@ void KeywordFile::WriteToTemporary(bool partial)
     // A read that fails looks like the end of a text to whoever asks where a keyword ends.
     const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
     if (isOpen) {
+        if (!partial) writer.StartSyncEarly();
         try {
             written.result = KeywordFileWriter::WriteForCommit(*this, writer, RootContext(), partial, continuing);
         } catch (...) {

@@ -44,6 +44,11 @@ bool LineFileWriter::Close()
     return written;
 }
 
+void LineFileWriter::StartSyncEarly()
+{
+    if (Service::FileOutputStream* const file = File()) file->StartSyncEarly();
+}
+
 bool LineFileWriter::Sync()
 {
     Service::FileOutputStream* const file = File();

@@ -27,6 +27,8 @@ public:
     /// Writes what is left and closes. False when something could not be written, now or before. Nothing happens, and
     /// true comes back, when no file is open.
     bool Close();
+    /// The file will end with Sync, which then has little to wait for. To be called when it is open.
+    void StartSyncEarly();
     /// Writes what is left and waits until all is on the disk; false when that fails.
     bool Sync();
 

@@ -135,6 +135,12 @@ void LineStreamReader::Close()
     Reset(nullptr);
 }
 
+Service::FileInputStream* LineStreamReader::File() const
+{
+    auto* const file = m_startsAtZero ? dynamic_cast<Service::FileInputStream*>(m_stream) : nullptr;
+    return file && file->Status().IsRegularFile() ? file : nullptr;
+}
+
 /// Reads on behind the window, in which only the bytes ahead of the position stay. False if nothing came.
 bool LineStreamReader::Fill()
 {

@@ -9,6 +9,10 @@
 #include "text/LineEnd.h"
 #include <deckmanager/ILineReader.h>
 
+namespace Tarn::Fjel::Core::Service {
+class FileInputStream;
+}
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 /// Reads lines from a stream, or from a text in memory.
@@ -89,6 +93,10 @@ public:
     /// Reads lines until one begins, suppress markers aside, with a letter at column 1: the only ones that can be
     /// keyword lines. `line` is as it stands in the text.
     bool HopToCandidateLine(std::string_view& line, long long* pos);
+
+    /// The regular file that is read, in which positions are offsets: for who takes bytes of it elsewhere without the
+    /// reader. Null where there is none.
+    Service::FileInputStream* File() const;
 
     /// The bytes that the reader holds behind its position, 1024 at least while the text has as many. `whole` tells
     /// that the text ends with them. Nothing is taken.

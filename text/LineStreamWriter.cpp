@@ -9,7 +9,10 @@
 #include <deckmanager/ILineReader.h>
 #include <deckmanager/LineEnds.h>
 #include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/Log.h>
+
+#include "text/LineStreamReader.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -161,7 +164,8 @@ std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long l
     char* const out = in + PieceSize;
     LineEndConverter converter(GetLineEnd(), m_target == Target::Text ? LineEndConverter::LoneCr::Drop
                                                                       : LineEndConverter::LoneCr::Keep);
-    std::int64_t copied = 0;
+    std::int64_t copied = keepsBytes ? CopyFromFile(reader, first, last) : 0;
+    first += copied;
     std::optional<char> lastByte;
     while (first <= last && m_stream->good()) {
         const auto wanted = std::min<std::int64_t>(last - first + 1, PieceSize);
@@ -181,6 +185,21 @@ std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long l
         FinishBlock(*lastByte == '\n');
     }
     return m_stream->good() ? copied : asked;
+}
+
+/// Copies what is long from file to file, but for its last byte, and leaves the reader behind it. Returns how much of
+/// it: nothing where it isn't long, or reader or target is no file.
+std::int64_t LineStreamWriter::CopyFromFile(ILineReader& reader, long long first, long long last)
+{
+    if (last - first < static_cast<std::int64_t>(PieceSize)) return 0;
+    LineStreamReader* const lines = reader.Lines();
+    Service::FileInputStream* const source = lines ? lines->File() : nullptr;
+    auto* const target = dynamic_cast<Service::FileOutputStream*>(m_stream.get());
+    if (!source || !target) return 0;
+    const std::int64_t copied = target->CopyFrom(*source, first, last - first);
+    m_written += copied;
+    reader.Seek(first + copied, 0);
+    return copied;
 }
 
 void LineStreamWriter::FinishBlock(bool lineEnded)

@@ -95,6 +95,7 @@ private:
     char* Block();
     void Put(std::string_view bytes);
     void FinishBlock(bool lineEnded);
+    std::int64_t CopyFromFile(ILineReader& reader, long long first, long long last);
 
     std::unique_ptr<std::ostream> m_stream;
     RepeatPacker m_packer;

@@ -1,9 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <filesystem>
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <sys/wait.h>
@@ -16,6 +19,7 @@
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
+#include <deckmanager/LineEnds.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 
@@ -39,8 +43,9 @@ std::string NameOf(int file)
 class EditedDeck
 {
 public:
-    EditedDeck(int files, bool afterPartialCommit) : m_count(files), m_deck(Texts(files))
+    EditedDeck(int files, bool afterPartialCommit, bool keepsLineEnds) : m_count(files), m_deck(Texts(files))
     {
+        if (keepsLineEnds) LineEnds::SetPolicy(LineEnds::Policy::Keep);
         m_deck.Walk(true);
         for (int i = 0; i < files; ++i)
             m_old.push_back(Read(i));
@@ -84,9 +89,10 @@ private:
             top += "INCLUDE\n'" + NameOf(i) + "' /\n";
         TestDeck::Texts texts{{NameOf(0), top + "-- end"}};
         for (int i = 1; i < files; ++i) {
-            // One is longer than any buffer.
-            std::string text = "-- head\nWATER\nTABDIMS\n1 2 /\n";
-            if (i == 1) text.append(100000, '-').append("\n");
+            // One is longer than any buffer, ahead of the edit and behind it.
+            std::string line;
+            if (i == 1) line.append(100000, '-').append(1, '\n');
+            const std::string text = "-- head\n" + line + "WATER\nTABDIMS\n1 2 /\n" + line;
             texts.emplace_back(NameOf(i), text + "-- end\n");
         }
         return texts;
@@ -102,12 +108,13 @@ struct Shape
 {
     int files;
     bool afterPartialCommit;
+    bool keepsLineEnds;
 };
-const std::vector<Shape> shapes = {{1, false}, {1, true}, {7, false}, {7, true}};
+const std::vector<Shape> shapes = {{1, false, false}, {1, true, true}, {7, false, true}, {7, true, false}};
 
 std::vector<std::string> CommittedTexts(const Shape& shape)
 {
-    EditedDeck deck(shape.files, shape.afterPartialCommit);
+    EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
     deck.Editor().Commit();
     std::vector<std::string> texts;
     for (int i = 0; i < deck.Count(); ++i) {
@@ -164,7 +171,7 @@ TEST(CommitFailureTest, EveryOperationMayFail)
             for (int n = 1;; ++n) {
                 SCOPED_TRACE(testing::Message() << shape.files << " files, partial " << shape.afterPartialCommit
                                                 << ", operation " << n << ", cancel " << cancels);
-                EditedDeck deck(shape.files, shape.afterPartialCommit);
+                EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
                 FailingFileSystem failing;
                 failing.FailAt(n, Operations(), ENOSPC);
                 std::string message;
@@ -196,6 +203,107 @@ TEST(CommitFailureTest, EveryOperationMayFail)
     EXPECT_GT(points, 400);
 }
 
+/// Does something to a file after the first piece of it that is copied to the new text.
+class Meddler : public FailingFileSystem
+{
+public:
+    explicit Meddler(std::function<void()> meddle) : m_meddle(std::move(meddle)) {}
+
+    int Open(const std::string& path, OpenMode mode, ErrorCode& error) override
+    {
+        const int handle = FailingFileSystem::Open(path, mode, error);
+        if (mode == OpenMode::WriteTruncate) m_target = handle;
+        return handle;
+    }
+    std::int64_t Write(int handle, const void* data, std::size_t size, ErrorCode& error) override
+    {
+        const std::int64_t count = FailingFileSystem::Write(handle, data, size, error);
+        if (handle == m_target) Meddle();
+        return count;
+    }
+    std::int64_t CopyRange(int from, std::int64_t offset, int to, std::size_t size, ErrorCode& error) override
+    {
+        const std::int64_t count = FailingFileSystem::CopyRange(from, offset, to, size, error);
+        if (count > 0) Meddle();
+        return count;
+    }
+
+private:
+    void Meddle()
+    {
+        if (const auto meddle = std::exchange(m_meddle, {})) meddle();
+    }
+
+    std::function<void()> m_meddle;
+    int m_target = -1;
+};
+
+TEST(CommitFailureTest, AFileThatChangesWhileItIsCopiedIsNotReplaced)
+{
+    const TestSupport::LogRecorder log;
+    for (const bool keepsLineEnds : {false, true}) {
+        for (const std::size_t copies : {0, 30000}) {
+            for (const char* manner : {"cut", "grown", "other text"}) {
+                SCOPED_TRACE(testing::Message() << manner << ", keep " << keepsLineEnds << ", copies " << copies);
+                EditedDeck deck(2, false, keepsLineEnds);
+                const std::string path = deck.Deck().Dir().Path(NameOf(1));
+                std::string theirs = deck.Old(1);
+                if (manner[0] == 'c') theirs.resize(120000);
+                if (manner[0] == 'g') theirs += "-- more\n";
+                if (manner[0] == 'o') theirs[150000] = 'x';
+                Meddler disk([&] {
+                    if (manner[0] == 'c')
+                        std::filesystem::resize_file(path, theirs.size());
+                    else
+                        deck.Deck().Dir().Write(NameOf(1), theirs);
+                });
+                disk.LimitCopies(copies);
+                EXPECT_THROW(deck.Editor().Commit(), DeckManagerException);
+                EXPECT_TRUE(deck.Read(1) == theirs) << "it was replaced";
+                EXPECT_EQ(deck.Read(0), deck.Old(0));
+                EXPECT_EQ(deck.Deck().Dir().Listing(), "TOP.DATA sub/ sub/F1.INC");
+            }
+        }
+    }
+}
+
+/// A text so long that it goes to the disk in steps.
+TEST(CommitFailureTest, StepsToTheDiskMayFail)
+{
+    const TestSupport::CleanEnvironment environment;
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    const TestSupport::LogRecorder log;
+    const std::string numbers(20000000, ' ');
+    for (const char* first : {"1", "123"}) {
+        for (int n = 1;; ++n) {
+            SCOPED_TRACE(testing::Message() << first << ", operation " << n);
+            TestDeck deck({{"TOP.DATA", "RUNSPEC\nTABDIMS\n1 /\n" + numbers + "\nOIL\n"}});
+            IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+            editor.SetDataText(deck.At("TABDIMS"), std::string(first) + " /");
+            const std::string old = deck.Dir().Read("TOP.DATA");
+            FailingFileSystem disk;
+            disk.FailAt(n, {Call::CopyRange, Call::StartSync}, ENOSPC);
+            bool refused = false;
+            try {
+                editor.Commit();
+            } catch (const DeckManagerException&) {
+                refused = true;
+            }
+            if (!disk.HasFailed()) {
+                EXPECT_GT(n, 2);
+                break;
+            }
+            if (refused) {
+                EXPECT_TRUE(deck.Dir().Read("TOP.DATA") == old);
+                EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA");
+                editor.Commit();
+            }
+            EXPECT_TRUE(deck.Dir().Read("TOP.DATA") ==
+                        "RUNSPEC\nTABDIMS\n" + std::string(first) + " /\n" + numbers + "\nOIL\n");
+        }
+    }
+}
+
 TEST(CommitFailureTest, TheProcessMayEndAtEveryOperation)
 {
     int points = 0;
@@ -204,7 +312,7 @@ TEST(CommitFailureTest, TheProcessMayEndAtEveryOperation)
         for (int n = 1;; ++n) {
             SCOPED_TRACE(testing::Message()
                          << shape.files << " files, partial " << shape.afterPartialCommit << ", operation " << n);
-            EditedDeck deck(shape.files, shape.afterPartialCommit);
+            EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
             const pid_t child = fork();
             if (child == 0) {
                 FailingFileSystem failing;

@@ -203,7 +203,8 @@ TEST_F(FailureTest, AFullDiskLeavesWhatWasThere)
 
 TEST_F(FailureTest, AnyCallThatFailsLeavesWhatWasThere)
 {
-    const std::set<Call> calls{Call::Open, Call::Close, Call::Write, Call::Sync, Call::Rename, Call::MakeDirectory};
+    const std::set<Call> calls{Call::Open,      Call::Close, Call::Write,  Call::CopyRange,
+                               Call::StartSync, Call::Sync,  Call::Rename, Call::MakeDirectory};
     using Export = bool (*)(const TestDeck&);
     const Export exports[] = {[](const TestDeck& deck) { return Flatten(deck, "old/A.DATA"); },
                               [](const TestDeck& deck) { return Copy(deck, "old"); },

@@ -3,8 +3,12 @@
 
 #include <tarn/service/FileStream.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <functional>
 #include <random>
+#include <utility>
+#include <vector>
 
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -239,6 +243,171 @@ TEST(FileOutputStream, AFullDiskShowsAtTheLatestWhenItIsClosed)
         failing.FailAt(1, {call}, EIO);
         EXPECT_FALSE(call == Call::Close ? other.Close() : other.Sync());
         EXPECT_TRUE(other.bad());
+    }
+}
+
+/// Lies between a copy and the disk, and does something to the source after the first piece.
+class ChangedSource : public FailingFileSystem
+{
+public:
+    explicit ChangedSource(std::function<void()> change) : m_change(std::move(change)) {}
+
+    std::int64_t CopyRange(int from, std::int64_t offset, int to, std::size_t size, ErrorCode& error) override
+    {
+        const std::int64_t count = FailingFileSystem::CopyRange(from, offset, to, size, error);
+        if (count > 0) Change();
+        return count;
+    }
+    std::int64_t ReadAt(int handle, void* data, std::size_t size, std::int64_t offset, ErrorCode& error) override
+    {
+        const std::int64_t count = FailingFileSystem::ReadAt(handle, data, size, offset, error);
+        Change();
+        return count;
+    }
+
+private:
+    void Change()
+    {
+        if (const auto change = std::exchange(m_change, {})) change();
+    }
+
+    std::function<void()> m_change;
+};
+
+class FileCopyTest : public testing::Test
+{
+protected:
+    /// What `written`, then `size` bytes at `offset` of the source and "end" come to in a file.
+    void Copy(const std::string& written, std::int64_t offset, std::int64_t size)
+    {
+        FileInputStream source(m_path);
+        source.seekg(2);
+        FileOutputStream target(m_temp.Path("to"), Mode::Truncate);
+        target << written;
+        const std::int64_t there = static_cast<std::int64_t>(m_bytes.size());
+        const std::int64_t expected = std::max<std::int64_t>(std::min(offset + size, there) - offset, 0);
+        ASSERT_EQ(target.CopyFrom(source, offset, size), expected);
+        ASSERT_EQ(target.tellp(), static_cast<std::streamoff>(written.size()) + expected);
+        target << "end";
+        ASSERT_TRUE(target.Close());
+        const std::string part =
+            m_bytes.substr(static_cast<std::size_t>(std::min(offset, there)), static_cast<std::size_t>(expected));
+        ASSERT_TRUE(m_temp.Read("to") == written + part + "end") << "the bytes differ";
+        ASSERT_EQ(static_cast<char>(source.get()), m_bytes[2]) << "the source has moved";
+    }
+
+    TempDir m_temp;
+    std::string m_bytes = SomeBytes(1000000);
+    std::string m_path = m_temp.Write("f", m_bytes);
+};
+
+TEST_F(FileCopyTest, IsTheSameByEveryRoad)
+{
+    const std::vector<std::pair<std::int64_t, std::int64_t>> ranges = {
+        {0, 1000000},    {0, 4096},         {0, 0},      {5, 1},      {4096, 700000}, {4100, 700001},
+        {65537, 131072}, {300000, 5000000}, {999999, 1}, {1000000, 1}};
+    for (const std::size_t written : {0u, 1u, 4u, 4096u, 4100u, 70000u}) {
+        for (const auto& [offset, size] : ranges) {
+            SCOPED_TRACE(testing::Message() << written << " bytes, then " << size << " at " << offset);
+            const std::string ahead(written, 'w');
+            Copy(ahead, offset, size);
+            FailingFileSystem system;
+            for (const std::size_t most : {0u, 5000u, 100000u}) {
+                system.LimitCopies(most);
+                Copy(ahead, offset, size);
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+TEST_F(FileCopyTest, TheSystemCopiesWhereItCanAndElseMemoryGoesOn)
+{
+    FailingFileSystem system;
+    Copy("", 4096, 900000);
+    EXPECT_EQ(system.Count(Call::Write), 1) << "the end";
+    EXPECT_EQ(system.Count(Call::CopyRange), 1);
+    Copy("abc", 4099, 900000);
+    EXPECT_EQ(system.Count(Call::CopyRange), 2);
+    const int copies = system.Count(Call::CopyRange);
+    Copy("", 4099, 900000);
+    EXPECT_EQ(system.Count(Call::CopyRange), copies) << "no pages line up";
+    for (const int error : {EXDEV, EINVAL, ENOSYS, EOPNOTSUPP, EPERM, EBADF, EIO}) {
+        for (const int n : {1, 3}) {
+            system.FailAt(n, {Call::CopyRange}, error, true);
+            system.LimitCopies(100000);
+            Copy("", 0, 900000);
+            EXPECT_TRUE(system.HasFailed());
+        }
+    }
+}
+
+TEST_F(FileCopyTest, ASourceThatEndsOrFailsGivesLess)
+{
+    for (const std::int64_t offset : {0, 7}) {
+        for (const std::size_t most : {0u, 50000u}) {
+            m_temp.Write("f", m_bytes);
+            ChangedSource system([this] { fs::resize_file(m_path, 60000); });
+            system.LimitCopies(most);
+            FileInputStream source(m_path);
+            FileOutputStream target(m_temp.Path("to"), Mode::Truncate);
+            const std::int64_t copied = target.CopyFrom(source, offset, 900000);
+            EXPECT_LT(copied, 70000);
+            EXPECT_TRUE(target.good());
+
+            // A read that fails is not the end of the file.
+            m_temp.Write("f", m_bytes);
+            const std::uint64_t failures = FileInputStream::ReadFailures();
+            system.FailAt(2, {Call::Read, Call::CopyRange}, EIO, true);
+            EXPECT_LT(target.CopyFrom(source, offset, 900000), 900000);
+            EXPECT_TRUE(target.good());
+            EXPECT_EQ(FileInputStream::ReadFailures(), failures + 1);
+        }
+    }
+}
+
+TEST_F(FileCopyTest, AFullDiskFailsTheTarget)
+{
+    for (const std::int64_t offset : {0, 7}) {
+        for (const std::int64_t limit : {0, 5, 70000, 300000}) {
+            FailingFileSystem system;
+            system.LimitSpace(limit);
+            FileInputStream source(m_path);
+            FileOutputStream target(m_temp.Path("to"), Mode::Truncate);
+            EXPECT_LE(target.CopyFrom(source, offset, 900000), limit);
+            EXPECT_TRUE(target.bad());
+            EXPECT_EQ(target.LastError().value(), ENOSPC);
+            system.Pass();
+            EXPECT_EQ(target.CopyFrom(source, 0, 10), 0) << "no later write leaves a hole";
+            EXPECT_FALSE(target.Close());
+            EXPECT_EQ(fs::file_size(m_temp.Path("to")), static_cast<std::uintmax_t>(limit));
+            EXPECT_EQ(m_temp.Read("to"), m_bytes.substr(static_cast<std::size_t>(offset), m_temp.Read("to").size()));
+        }
+    }
+}
+
+TEST_F(FileCopyTest, WhatIsToBeSyncedStartsEarly)
+{
+    for (const std::int64_t offset : {0, 7}) {
+        FailingFileSystem system;
+        fs::resize_file(m_path, 20000000);
+        FileInputStream source(m_path);
+        FileOutputStream target(m_temp.Path("to"), Mode::Truncate);
+        target.CopyFrom(source, offset, 19000000);
+        EXPECT_EQ(system.Count(Call::StartSync), 0);
+        target.Open(m_temp.Path("to"), Mode::Truncate);
+        target.StartSyncEarly();
+        target.CopyFrom(source, offset, 19000000);
+        EXPECT_EQ(system.Count(Call::StartSync), 2);
+        for (int i = 0; i < 10; ++i)
+            target << std::string(1000000, 'x');
+        EXPECT_EQ(system.Count(Call::StartSync), 3);
+
+        system.FailAt(1, {Call::StartSync}, EIO);
+        target.CopyFrom(source, offset, 19000000);
+        EXPECT_TRUE(target.bad()) << "what the disk has refused may not be there";
+        target.clear();
+        EXPECT_FALSE(target.Sync());
     }
 }
 

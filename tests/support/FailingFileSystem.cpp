@@ -19,10 +19,10 @@ FailingFileSystem::~FailingFileSystem()
 
 std::set<FailingFileSystem::Call> FailingFileSystem::Changes()
 {
-    return {
-        Call::Open,   Call::Write,         Call::Truncate,        Call::Sync,     Call::SyncDirectory, Call::Rename,
-        Call::Unlink, Call::MakeDirectory, Call::RemoveDirectory, Call::MakeLink, Call::SetMode,       Call::SetOwner,
-        Call::SetTime};
+    return {Call::Open,     Call::Write,         Call::CopyRange,       Call::StartSync,
+            Call::Truncate, Call::Sync,          Call::SyncDirectory,   Call::Rename,
+            Call::Unlink,   Call::MakeDirectory, Call::RemoveDirectory, Call::MakeLink,
+            Call::SetMode,  Call::SetOwner,      Call::SetTime};
 }
 
 void FailingFileSystem::FailAt(int n, std::set<Call> kinds, int error, bool forever)
@@ -98,14 +98,35 @@ std::int64_t FailingFileSystem::ReadAt(int handle, void* data, std::size_t size,
 std::int64_t FailingFileSystem::Write(int handle, const void* data, std::size_t size, ErrorCode& error)
 {
     if (Fails(Call::Write, error)) return -1;
-    if (m_space < 0) return m_real.Write(handle, data, size, error);
-    if (m_space == 0 && size > 0) {
-        m_failed = true;
-        error.assign(ENOSPC, boost::system::system_category());
+    const std::size_t allowed = Allowed(size, error);
+    return allowed == 0 && size > 0 ? -1 : Spent(m_real.Write(handle, data, allowed, error));
+}
+
+std::int64_t FailingFileSystem::CopyRange(int from, std::int64_t offset, int to, std::size_t size, ErrorCode& error)
+{
+    if (Fails(Call::CopyRange, error)) return -1;
+    if (m_mostOfCopy == 0) {
+        error.assign(EXDEV, boost::system::system_category());
         return -1;
     }
-    const std::int64_t written = m_real.Write(handle, data, std::min(size, static_cast<std::size_t>(m_space)), error);
-    if (written > 0) m_space -= written;
+    const std::size_t allowed = std::min(Allowed(size, error), m_mostOfCopy);
+    return allowed == 0 && size > 0 ? -1 : Spent(m_real.CopyRange(from, offset, to, allowed, error));
+}
+
+/// How many bytes of a write there is space for; 0, with error set, when there is none.
+std::size_t FailingFileSystem::Allowed(std::size_t size, ErrorCode& error)
+{
+    if (m_space < 0 || size == 0) return size;
+    if (m_space == 0) {
+        m_failed = true;
+        error.assign(ENOSPC, boost::system::system_category());
+    }
+    return std::min(size, static_cast<std::size_t>(m_space));
+}
+
+std::int64_t FailingFileSystem::Spent(std::int64_t written)
+{
+    if (m_space >= 0 && written > 0) m_space -= written;
     return written;
 }
 
@@ -117,6 +138,13 @@ std::int64_t FailingFileSystem::Seek(int handle, std::int64_t offset, bool fromE
 bool FailingFileSystem::Truncate(int handle, std::int64_t size, ErrorCode& error)
 {
     return !Fails(Call::Truncate, error) && m_real.Truncate(handle, size, error);
+}
+
+bool FailingFileSystem::StartSync(int, std::int64_t, std::int64_t, ErrorCode& error)
+{
+    // Tests of what fails need not trouble the disk.
+    error.clear();
+    return !Fails(Call::StartSync, error);
 }
 
 bool FailingFileSystem::Sync(int handle, ErrorCode& error)

@@ -3,6 +3,7 @@
 #include <tarn/service/FileSystem.h>
 
 #include <array>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,8 +21,10 @@ public:
         Close,
         Read,
         Write,
+        CopyRange,
         Seek,
         Truncate,
+        StartSync,
         Sync,
         SyncDirectory,
         Status,
@@ -48,6 +51,8 @@ public:
     void ExitAt(int n, std::set<Call> kinds, int status);
     /// From now on at most limit further bytes can be written; a write beyond is cut short, then fails with ENOSPC.
     void LimitSpace(std::int64_t limit);
+    /// From now on no copy within the system moves more than limit bytes at once; with 0 none can be made.
+    void LimitCopies(std::size_t limit) { m_mostOfCopy = limit; }
     /// Lets everything pass again. Counting starts afresh.
     void Pass();
     /// Calls of the kinds given last that were seen since; after Pass, of all kinds.
@@ -62,8 +67,10 @@ public:
     std::int64_t Read(int handle, void* data, std::size_t size, ErrorCode& error) override;
     std::int64_t ReadAt(int handle, void* data, std::size_t size, std::int64_t offset, ErrorCode& error) override;
     std::int64_t Write(int handle, const void* data, std::size_t size, ErrorCode& error) override;
+    std::int64_t CopyRange(int from, std::int64_t offset, int to, std::size_t size, ErrorCode& error) override;
     std::int64_t Seek(int handle, std::int64_t offset, bool fromEnd, ErrorCode& error) override;
     bool Truncate(int handle, std::int64_t size, ErrorCode& error) override;
+    bool StartSync(int handle, std::int64_t offset, std::int64_t size, ErrorCode& error) override;
     bool Sync(int handle, ErrorCode& error) override;
     bool SyncVolume(const std::string& path, ErrorCode& error) override;
     bool SyncDirectory(const std::string& path, ErrorCode& error) override;
@@ -82,6 +89,8 @@ public:
 private:
     /// Counts the call; true when it is to fail, with error set.
     bool Fails(Call call, ErrorCode& error);
+    std::size_t Allowed(std::size_t size, ErrorCode& error);
+    std::int64_t Spent(std::int64_t written);
 
     FileSystem& m_real;
     FileSystem* m_previous;
@@ -91,9 +100,10 @@ private:
     int m_exitStatus = -1;
     bool m_forever = false;
     std::int64_t m_space = -1;
+    std::size_t m_mostOfCopy = std::numeric_limits<std::size_t>::max();
     int m_seen = 0;
     bool m_failed = false;
-    std::array<int, 17> m_counts{};
+    std::array<int, 19> m_counts{};
 };
 
 } // namespace TestSupport

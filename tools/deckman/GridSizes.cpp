@@ -24,7 +24,8 @@ using Keywords::MDType;
 
 const IKeywordRecordData* AsRecord(const IKeywordData* data)
 {
-    return data != nullptr && data->GetType() == MDType::Record ? static_cast<const IKeywordRecordData*>(data) : nullptr;
+    return data != nullptr && data->GetType() == MDType::Record ? static_cast<const IKeywordRecordData*>(data)
+                                                                : nullptr;
 }
 
 /// The whole number in that item; none where it is left out.
@@ -106,9 +107,9 @@ void GridSizes::Pass(const DeckManager::IKeyword& keyword, SectionType section, 
         if (record == nullptr) return;
         // What is left out is that of the whole grid, or refinement.
         const auto refinement = m_refinements.find(m_refinement);
-        const std::optional<Size> whole = !m_isRefined                           ? m_size
+        const std::optional<Size> whole = !m_isRefined                        ? m_size
                                           : refinement != m_refinements.end() ? std::optional(refinement->second)
-                                                                                 : std::nullopt;
+                                                                              : std::nullopt;
         Box box{};
         for (std::size_t i = 0; i < 3; ++i) {
             const int item = 2 * static_cast<int>(i);
@@ -160,7 +161,8 @@ std::string GridSizes::Complaint(std::string_view expression, long long count) c
     if (m_box || m_isDual) return {};
     if (expression == "grid:corners") return count == 8 * cells ? std::string() : told(8 * cells, "corners");
     const long long lines = 6 * (size[0] + 1) * (size[1] + 1);
-    if (expression == "grid:lines" && (count == 0 || count % lines != 0)) return told(lines / 6, "lines of six numbers");
+    if (expression == "grid:lines" && (count == 0 || count % lines != 0))
+        return told(lines / 6, "lines of six numbers");
     return {};
 }
 

@@ -12,8 +12,8 @@ class IKeyword;
 
 namespace Deckman {
 
-/// The text of keywords as the files have it, for a walk that asks one keyword after the other: the file of the last one
-/// stays open.
+/// The text of keywords as the files have it, for a walk that asks one keyword after the other: the file of the last
+/// one stays open.
 class KeywordSource
 {
 public:

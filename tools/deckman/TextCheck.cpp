@@ -120,7 +120,8 @@ bool IsPlainRow(const IKeywordMD& row)
 const IKeywordRecordMD* ColumnsOf(const IKeywordMD& shape)
 {
     const IKeywordMD* table = &shape;
-    if (table->GetType() == MDType::List && static_cast<const IKeywordListMD*>(table)->GetTermination() == Termination::None)
+    if (table->GetType() == MDType::List &&
+        static_cast<const IKeywordListMD*>(table)->GetTermination() == Termination::None)
         table = static_cast<const IKeywordListMD*>(table)->GetElementMD();
     if (!IsPlainRow(*table) || table->GetType() != MDType::List) return nullptr;
     const IKeywordMD* row = static_cast<const IKeywordListMD*>(table)->GetElementMD();
@@ -159,7 +160,8 @@ bool IsComparison(std::string_view word)
 /// The deck must have that many; other sizes are how many there is room for.
 bool IsExact(std::string_view expression)
 {
-    return expression == "RUNSPEC:TABDIMS[0]" || expression == "RUNSPEC:TABDIMS[1]" || expression == "RUNSPEC:EQLDIMS[0]";
+    return expression == "RUNSPEC:TABDIMS[0]" || expression == "RUNSPEC:TABDIMS[1]" ||
+           expression == "RUNSPEC:EQLDIMS[0]";
 }
 
 } // namespace
@@ -213,14 +215,16 @@ void TextCheck::LookAtMap(const IKeywordMapMD& map, const Take& take)
         for (int i = 0; i < map.GetEntryCount(); ++i)
             entries.push_back(map.GetEntryMD(i)->GetName());
         take({token.line, Log::Warning,
-              fmt::format("{} knows no {}.{}", m_keyword->GetName(), Service::Uppercased(entry), NearestHint(entry, entries))});
+              fmt::format("{} knows no {}.{}", m_keyword->GetName(), Service::Uppercased(entry),
+                          NearestHint(entry, entries))});
     }
 }
 
 void TextCheck::LookAtRows(const IKeywordListMD& rows, const Take& take)
 {
     const std::string* expression = rows.GetSizeExpression();
-    if (expression == nullptr || rows.GetTermination() != Termination::None || !IsPlainRow(*rows.GetElementMD())) return;
+    if (expression == nullptr || rows.GetTermination() != Termination::None || !IsPlainRow(*rows.GetElementMD()))
+        return;
     const std::optional<int> size = SizeOf(*expression);
     if (!size || *size < 1) return;
     const std::vector<Token>& tokens = m_source.Tokens();
@@ -232,8 +236,8 @@ void TextCheck::LookAtRows(const IKeywordListMD& rows, const Take& take)
     }
     const std::string_view what = rows.GetElementMD()->GetType() == MDType::Record ? "row" : "table";
     const auto told = [&](std::string_view more) {
-        return fmt::format("{} has {}{} {}{}, and {} asks for {}.", m_keyword->GetName(), more, count, what, count == 1 ? "" : "s",
-                           SourceOf(*expression), *size);
+        return fmt::format("{} has {}{} {}{}, and {} asks for {}.", m_keyword->GetName(), more, count, what,
+                           count == 1 ? "" : "s", SourceOf(*expression), *size);
     };
     if (count > *size && first > 0)
         take({first, Log::Warning, told("")});
@@ -276,8 +280,8 @@ void TextCheck::LookAtColumns(const IKeywordRecordMD& columns, const Take& take)
                 isLeftOut = isLeftOut && columns.IsItemDefaultable(i);
             if (!isLeftOut) {
                 take({oddLine > 0 ? oddLine : token.line, Log::Error,
-                      fmt::format("A table of {} holds {} values, which are no whole rows of {} ({}).", m_keyword->GetName(), count,
-                                  width, names)});
+                      fmt::format("A table of {} holds {} values, which are no whole rows of {} ({}).",
+                                  m_keyword->GetName(), count, width, names)});
             }
         }
         count = 0;

@@ -47,8 +47,8 @@ public:
     /// REQUIRES: these are its data, and could be read without a message.
     void Look(const Tarn::Fjel::Core::Keywords::IKeywordData& data, const Take& take);
 
-    /// Of a row of the keyword at hand that began ahead of that line and goes on there: where it began, and the last line
-    /// with a word of it ahead of the line.
+    /// Of a row of the keyword at hand that began ahead of that line and goes on there: where it began, and the last
+    /// line with a word of it ahead of the line.
     struct Row
     {
         int first;

@@ -66,6 +66,13 @@ bool FileOutputStream::Sync()
     return false;
 }
 
+std::int64_t FileOutputStream::CopyFrom(FileInputStream& source, std::int64_t offset, std::int64_t size)
+{
+    const std::int64_t copied = good() ? m_buffer.CopyFrom(source.m_buffer, offset, size) : 0;
+    if (m_buffer.HasFailed()) setstate(badbit);
+    return copied;
+}
+
 bool FileOutputStream::Truncate(std::int64_t size)
 {
     if (m_buffer.Truncate(size)) return true;

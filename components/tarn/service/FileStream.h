@@ -31,6 +31,8 @@ public:
     static std::uint64_t ReadFailures() { return FileStreamBuffer::ReadFailures(); }
 
 private:
+    friend class FileOutputStream;
+
     FileStreamBuffer m_buffer;
 };
 
@@ -60,6 +62,13 @@ public:
     bool IsOpen() const { return m_buffer.IsOpen(); }
     /// Writes what is buffered and waits until all is on the disk; false, with the stream failed, when that fails.
     bool Sync();
+    /// The stream will end with Sync: what is written begins to go to the disk at once, in steps of some megabytes, so
+    /// that Sync has little to wait for. To be called when the file is open.
+    void StartSyncEarly() { m_buffer.StartSyncEarly(); }
+    /// Writes `size` bytes at `offset` of a regular file, within the system where that can be done. Gives back how many
+    /// were written: fewer where the source ends before, where it can't be read (then that counts as a failed read), or
+    /// where this stream fails. The position of `source` stays.
+    std::int64_t CopyFrom(FileInputStream& source, std::int64_t offset, std::int64_t size);
     /// Writes what is buffered and cuts the file to size bytes, behind which writing goes on.
     bool Truncate(std::int64_t size);
     FileStatus Status() const { return m_buffer.Status(); }

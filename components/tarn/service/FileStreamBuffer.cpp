@@ -5,8 +5,35 @@
 #include <cstring>
 #include <ios>
 #include <limits>
+#include <memory>
 
 namespace Tarn::Fjel::Core::Service {
+
+namespace {
+
+/// Files are kept in memory in pages. Where the pages of two files line up, bytes go from the one to the other fastest.
+constexpr std::int64_t pageSize = 4096;
+
+/// What goes through memory is read and written in pieces that end with a page.
+constexpr std::int64_t pieceSize = 64 * 1024;
+
+/// What is copied in one go, and what begins to go to the disk.
+constexpr std::int64_t stepSize = 8 << 20;
+
+/// The C library moves long stretches by an instruction that is slow where the two lie differently in their pages.
+void CopyInStretches(char* to, const char* from, std::size_t size)
+{
+    constexpr std::size_t longest = 2048;
+    while (size > 0) {
+        const std::size_t stretch = std::min(size, longest);
+        std::memcpy(to, from, stretch);
+        to += stretch;
+        from += stretch;
+        size -= stretch;
+    }
+}
+
+} // namespace
 
 FileStreamBuffer::FileStreamBuffer(std::size_t bufferSize) : m_bufferSize(std::max<std::size_t>(bufferSize, 1)) {}
 
@@ -70,8 +97,8 @@ void FileStreamBuffer::Forget()
     }
     setg(nullptr, nullptr, nullptr);
     setp(nullptr, nullptr);
-    m_writing = m_sequential = m_failed = false;
-    m_offset = 0;
+    m_writing = m_sequential = m_failed = m_syncsEarly = false;
+    m_offset = m_syncBegin = 0;
 }
 
 FileStatus FileStreamBuffer::Status() const
@@ -86,6 +113,12 @@ bool FileStreamBuffer::SyncToDisk()
     // What the disk refused once may not be there, even if a second try should succeed.
     if (!FileSystem::Instance().Sync(m_handle, m_error)) m_failed = true;
     return !m_failed;
+}
+
+void FileStreamBuffer::StartSyncEarly()
+{
+    m_syncsEarly = m_writing;
+    m_syncBegin = m_offset;
 }
 
 bool FileStreamBuffer::Truncate(std::int64_t size)
@@ -163,12 +196,87 @@ bool FileStreamBuffer::FlushWrites()
 {
     if (!m_writing) return true;
     const auto pending = static_cast<std::size_t>(pptr() - pbase());
-    if (!m_failed && pending > 0) {
-        m_failed = !FileSystem::Instance().WriteAll(m_handle, pbase(), pending, m_error);
-        m_offset += static_cast<std::int64_t>(pending);
-    }
+    if (!m_failed && pending > 0) WriteOut(pbase(), pending);
     setp(nullptr, nullptr);
     return !m_failed;
+}
+
+bool FileStreamBuffer::WriteOut(const char* data, std::size_t size)
+{
+    m_failed = !FileSystem::Instance().WriteAll(m_handle, data, size, m_error);
+    return !m_failed && Advanced(static_cast<std::int64_t>(size));
+}
+
+/// So many bytes more have gone to the file.
+bool FileStreamBuffer::Advanced(std::int64_t size)
+{
+    m_offset += size;
+    const std::int64_t behind = m_offset - m_syncBegin;
+    if (!m_syncsEarly || behind < stepSize) return true;
+    m_failed = !FileSystem::Instance().StartSync(m_handle, m_syncBegin, behind, m_error);
+    m_syncBegin = m_offset;
+    return !m_failed;
+}
+
+std::int64_t FileStreamBuffer::CopyFrom(FileStreamBuffer& source, std::int64_t offset, std::int64_t size)
+{
+    if (m_handle < 0 || !m_writing || source.m_handle < 0 || source.m_writing || !FlushWrites()) return 0;
+    std::int64_t done = 0;
+    if ((offset - m_offset) % pageSize == 0) done = CopyInSystem(source.m_handle, offset, size);
+    return done + CopyThroughMemory(source, offset + done, size - done);
+}
+
+/// What of it the system does on its own, in which nothing has gone wrong yet.
+std::int64_t FileStreamBuffer::CopyInSystem(int source, std::int64_t offset, std::int64_t size)
+{
+    std::int64_t done = 0;
+    while (done < size && !m_failed) {
+        const auto step = static_cast<std::size_t>(std::min(size - done, stepSize));
+        FileSystem::ErrorCode ignored;
+        const std::int64_t count = FileSystem::Instance().CopyRange(source, offset + done, m_handle, step, ignored);
+        if (count <= 0) break;
+        done += count;
+        Advanced(count);
+    }
+    return done;
+}
+
+/// Reads begin with pages of the one file and writes with pages of the other.
+std::int64_t FileStreamBuffer::CopyThroughMemory(FileStreamBuffer& source, std::int64_t offset, std::int64_t size)
+{
+    if (size <= 0 || m_failed) return 0;
+    std::size_t space = 2 * pieceSize + pageSize;
+    const auto memory = std::make_unique_for_overwrite<char[]>(space);
+    void* aligned = memory.get();
+    std::align(pageSize, 2 * pieceSize, aligned, space);
+    char* const in = static_cast<char*>(aligned);
+    char* const out = in + pieceSize;
+
+    const std::int64_t begin = m_offset;
+    std::int64_t held = 0;
+    const auto write = [&] {
+        const bool written = m_failed || held == 0 || WriteOut(out, static_cast<std::size_t>(held));
+        held = 0;
+        return written && !m_failed;
+    };
+    for (std::int64_t read = 0; read < size && !m_failed;) {
+        const std::int64_t at = offset + read;
+        const auto wanted = static_cast<std::size_t>(std::min(size - read, pieceSize - at % pageSize));
+        const std::int64_t count = FileSystem::Instance().ReadAt(source.m_handle, in, wanted, at, source.m_error);
+        if (count < 0) ++s_readFailures;
+        if (count <= 0) break;
+        read += count;
+        for (std::int64_t taken = 0; taken < count;) {
+            const std::int64_t room = pieceSize - m_offset % pageSize;
+            const std::int64_t part = std::min(count - taken, room - held);
+            CopyInStretches(out + held, in + taken, static_cast<std::size_t>(part));
+            held += part;
+            taken += part;
+            if (held == room && !write()) break;
+        }
+    }
+    write();
+    return m_offset - begin;
 }
 
 FileStreamBuffer::int_type FileStreamBuffer::overflow(int_type c)
@@ -189,10 +297,7 @@ std::streamsize FileStreamBuffer::xsputn(const char* data, std::streamsize size)
         // What fits nowhere in the buffer goes past it.
         if (static_cast<std::size_t>(size) >= m_bufferSize) {
             if (m_handle < 0 || !m_writing || !FlushWrites()) return 0;
-            m_failed = !FileSystem::Instance().WriteAll(m_handle, data, static_cast<std::size_t>(size), m_error);
-            if (m_failed) return 0;
-            m_offset += size;
-            return size;
+            return WriteOut(data, static_cast<std::size_t>(size)) ? size : 0;
         }
         if (traits_type::eq_int_type(overflow(traits_type::eof()), traits_type::eof())) return 0;
     }

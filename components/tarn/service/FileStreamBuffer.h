@@ -39,6 +39,11 @@ public:
     FileStatus Status() const;
     /// Writes what is buffered and waits until all is on the disk.
     bool SyncToDisk();
+    /// From now on what is written begins to go to the disk at once.
+    void StartSyncEarly();
+    /// See `FileOutputStream`.
+    std::int64_t CopyFrom(FileStreamBuffer& source, std::int64_t offset, std::int64_t size);
+    bool HasFailed() const { return m_failed; }
     /// Writes what is buffered and cuts the file to size bytes; the position goes to its end.
     bool Truncate(std::int64_t size);
 
@@ -60,6 +65,10 @@ protected:
 private:
     std::int64_t Position() const;
     bool FlushWrites();
+    bool WriteOut(const char* data, std::size_t size);
+    bool Advanced(std::int64_t size);
+    std::int64_t CopyInSystem(int source, std::int64_t offset, std::int64_t size);
+    std::int64_t CopyThroughMemory(FileStreamBuffer& source, std::int64_t offset, std::int64_t size);
     void Advance(std::streamsize size);
     /// Reads at m_offset and moves it; 0 at the end of the file.
     std::size_t ReadInto(char* data, std::size_t size);
@@ -72,7 +81,9 @@ private:
     bool m_writing = false;
     bool m_sequential = false; ///< the file can't be read at an offset
     bool m_failed = false;     ///< a write failed, and no later one is tried
-    std::int64_t m_offset = 0; ///< of the file's byte behind the get area, or at the start of the put area
+    bool m_syncsEarly = false;
+    std::int64_t m_syncBegin = 0; ///< behind what has begun to go to the disk
+    std::int64_t m_offset = 0;    ///< of the file's byte behind the get area, or at the start of the put area
     FileSystem::ErrorCode m_error;
 
     inline static std::atomic<std::uint64_t> s_readFailures = 0;

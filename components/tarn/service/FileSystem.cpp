@@ -13,6 +13,9 @@ namespace Tarn::Fjel::Core::Service {
 
 namespace {
 
+/// A copy is made in steps of so many bytes, so that a signal is heard between.
+constexpr std::size_t copyStep = std::size_t{64} << 20;
+
 constexpr std::int64_t nanosecondsOfSecond = 1'000'000'000;
 
 FileStatus MakeStatus(const struct stat& from)
@@ -72,6 +75,18 @@ public:
         return Call(error, [&] { return ::write(handle, data, size); });
     }
 
+    std::int64_t CopyRange(int from, std::int64_t offset, int to, std::size_t size, ErrorCode& error) override
+    {
+#if defined(__linux__)
+        off_t position = static_cast<off_t>(offset);
+        return Call(error, [&] { return ::copy_file_range(from, &position, to, nullptr, size, 0); });
+#else
+        static_cast<void>(from), static_cast<void>(offset), static_cast<void>(to), static_cast<void>(size);
+        error.assign(ENOSYS, boost::system::system_category());
+        return -1;
+#endif
+    }
+
     std::int64_t Seek(int handle, std::int64_t offset, bool fromEnd, ErrorCode& error) override
     {
         return Call(error, [&] { return ::lseek(handle, static_cast<off_t>(offset), fromEnd ? SEEK_END : SEEK_SET); });
@@ -80,6 +95,20 @@ public:
     bool Truncate(int handle, std::int64_t size, ErrorCode& error) override
     {
         return Call(error, [&] { return ::ftruncate(handle, static_cast<off_t>(size)); }) == 0;
+    }
+
+    bool StartSync(int handle, std::int64_t offset, std::int64_t size, ErrorCode& error) override
+    {
+#if defined(__linux__)
+        const auto start = [&] { return ::sync_file_range(handle, offset, size, SYNC_FILE_RANGE_WRITE); };
+        if (Call(error, start) == 0) return true;
+        const int failure = error.value();
+        if (failure != ENOSYS && failure != EINVAL && failure != ESPIPE && failure != EOPNOTSUPP) return false;
+#else
+        static_cast<void>(handle), static_cast<void>(offset), static_cast<void>(size);
+#endif
+        error.clear();
+        return true;
     }
 
     bool Sync(int handle, ErrorCode& error) override
@@ -290,13 +319,21 @@ bool FileSystem::CopyBytes(const std::string& path, int handle, ErrorCode& error
 {
     const int source = Open(path, OpenMode::Read, error);
     if (source < 0) return false;
+    std::int64_t offset = 0;
+    for (;;) {
+        const std::int64_t count = CopyRange(source, offset, handle, copyStep, error);
+        if (count <= 0) break;
+        offset += count;
+    }
+    // That was the end of the file, or it can't be copied so.
     constexpr std::size_t chunkSize = 1 << 18;
     const auto chunk = std::make_unique_for_overwrite<char[]>(chunkSize);
     bool done = false;
     for (;;) {
-        const std::int64_t count = Read(source, chunk.get(), chunkSize, error);
+        const std::int64_t count = ReadAt(source, chunk.get(), chunkSize, offset, error);
         done = count == 0;
         if (count <= 0 || !WriteAll(handle, chunk.get(), static_cast<std::size_t>(count), error)) break;
+        offset += count;
     }
     ErrorCode ignored;
     Close(source, ignored);

@@ -44,9 +44,16 @@ public:
     virtual std::int64_t Read(int handle, void* data, std::size_t size, ErrorCode& error) = 0;
     virtual std::int64_t ReadAt(int handle, void* data, std::size_t size, std::int64_t offset, ErrorCode& error) = 0;
     virtual std::int64_t Write(int handle, const void* data, std::size_t size, ErrorCode& error) = 0;
+    /// Copies at most size bytes at offset of one file to the position of another, without their coming into this
+    /// process. What comes back is as for Write. Most failures and a 0 mean no more than that these two files can't be
+    /// copied so: who then reads and writes meets what is really wrong.
+    virtual std::int64_t CopyRange(int from, std::int64_t offset, int to, std::size_t size, ErrorCode& error) = 0;
     /// Moves to offset from the beginning (or to the end, plus offset) and gives the new position, or -1.
     virtual std::int64_t Seek(int handle, std::int64_t offset, bool fromEnd, ErrorCode& error) = 0;
     virtual bool Truncate(int handle, std::int64_t size, ErrorCode& error) = 0;
+    /// Has these bytes go to the disk from now on, so that Sync finds less to wait for. Where a platform knows no such
+    /// thing, nothing happens.
+    virtual bool StartSync(int handle, std::int64_t offset, std::int64_t size, ErrorCode& error) = 0;
     /// Waits until the data are on the disk.
     virtual bool Sync(int handle, ErrorCode& error) = 0;
     /// The same for all that was written to the file system that holds a file or directory.
