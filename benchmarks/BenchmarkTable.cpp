@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -205,6 +206,34 @@ bool CompareSet(const std::string& work, const std::string& deckman, const std::
     return met;
 }
 
+/// Many edits in one go against one, each with its commit.
+bool CompareEdits(const std::string& deckman, const std::filesystem::path& deck)
+{
+    constexpr int edits = 1000;
+    constexpr int between = 7;
+    const std::filesystem::path edited = deck.parent_path() / "edited.DATA";
+    const std::filesystem::path script = deck.parent_path() / "edits.txt";
+    std::filesystem::copy_file(deck, edited, std::filesystem::copy_options::overwrite_existing);
+    {
+        std::ofstream lines(script);
+        for (int i = 0; i < edits; ++i)
+            lines << fmt::format("set WCONPROD#{}[1].ORAT VALUE\n", 1 + i * between);
+    }
+    // Another value each time: what stands there already is no edit.
+    const auto shell = [](const std::string& command) {
+        return Command{{"/bin/sh", "-c", "value=1$(date +%N); " + command}, {"LC_ALL=C"}};
+    };
+    const Command many =
+        shell(fmt::format("sed s/VALUE/$value/ '{}' | '{}' apply '{}' -", script.string(), deckman, edited.string()));
+    const Command one =
+        shell(fmt::format("'{}' set '{}' 'WCONPROD#{}[2].ORAT' $value", deckman, edited.string(), edits * between));
+    const bool met = CompareTimes(fmt::format("deckman apply, {} edits of that schedule", edits), many,
+                                  "deckman set, one edit", one, 1.5);
+    std::filesystem::remove(edited);
+    std::filesystem::remove(script);
+    return met;
+}
+
 /// A merge against one of half the work, whose time is a budget's yardstick: the time must not grow with the square.
 bool CompareMerges(const std::string& deckman, const std::filesystem::path& decks, std::int64_t share)
 {
@@ -287,6 +316,7 @@ int main(int argc, char** argv)
         missed += !CompareExport("deckman copy, 500 MB of arrays", deckman, "copy", decks / "ARRAYS.DATA", "", 1.3);
         missed +=
             !CompareSet("deckman set of an item, 500 MB of arrays", deckman, decks / "ARRAYS.DATA", "DIMENS.0", 1.3);
+        missed += !CompareEdits(deckman, decks / "SCHEDULE.DATA");
         missed += !CompareMerges(deckman, decks, 100);
         missed += !CompareMerges(deckman, decks, 10);
         missed += CompareSorting(decks, 100000);

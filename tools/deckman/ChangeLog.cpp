@@ -244,6 +244,16 @@ std::vector<ChangeLog::Change> ChangeLog::Changes()
     return changes;
 }
 
+bool ChangeLog::IsIntricate() const
+{
+    const auto changesAhead = [](const Record& record) { return record.changesAhead && !record.isGone; };
+    const auto hasLeft = [](const Record& record) {
+        return record.file != nullptr && (record.isGone || record.isMoved);
+    };
+    return std::any_of(m_records.begin(), m_records.end(), changesAhead) &&
+           std::any_of(m_records.begin(), m_records.end(), hasLeft);
+}
+
 void ChangeLog::PrintDiff(const std::vector<Change>& changes, Output& out) const
 {
     UnifiedDiff diff(out);

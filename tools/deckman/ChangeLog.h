@@ -50,6 +50,10 @@ public:
     /// In the order of files and lines. REQUIRES: nothing has been committed.
     std::vector<Change> Changes();
 
+    /// Comments have changed beside keywords that came or went, and it takes the whole text to show what becomes of
+    /// them.
+    bool IsIntricate() const;
+
     /// As a unified diff.
     void PrintDiff(const std::vector<Change>& changes, Output& out) const;
     /// A line each: {"action":"changed","file","line","name","old","new"}.

@@ -7,6 +7,7 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordText.h>
+#include <deckmanager/KeywordVariables.h>
 #include <deckmanager/ReadKeywordData.h>
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordData.h>
@@ -39,6 +40,24 @@ std::string TextOf(KeywordEdits& run, const IKeyword& keyword)
     const std::shared_ptr<std::string> text = run.Session().Keywords().GetDataText(&keyword);
     if (!text) run.Refuse(keyword, fmt::format("{} has no data, and so no items.", keyword.GetName()));
     return *text;
+}
+
+DataTextEditor::Path AsPath(const std::vector<int>& numbers)
+{
+    return {numbers.begin(), numbers.end()};
+}
+
+/// The data of a keyword whose text has been asked for, read from that; null where it takes the deck to read them.
+/// What is wrong with them is told by whoever changes them.
+std::unique_ptr<Keywords::IKeywordData> DataOf(KeywordEdits& run, const IKeyword& keyword)
+{
+    const Messages::Diversion diversion(run.Session().Log(), [](const Messages::Message&) {});
+    DeckManager::KeywordVariables variables;
+    try {
+        return DeckManager::ReadKeywordData(*keyword.GetSyntax(), keyword.GetName(), TextOf(run, keyword), &variables);
+    } catch (const Service::Exception&) {
+        return nullptr;
+    }
 }
 
 DataTextEditor EditorFor(const KeywordEdits& run, const IKeyword& keyword)
@@ -165,9 +184,7 @@ void AddElement(KeywordEdits& run, const Addition& addition, const Options& opti
     if (!item.IsContainer() || item.container->GetType() != MDType::List)
         run.Refuse(keyword, fmt::format("{} is no list, to which something could be added.", addition.list));
     const MDType element = static_cast<const Keywords::IKeywordListData&>(*item.container).GetElementType();
-    DataTextEditor::Path path;
-    for (const int step : target.items.Numbers(*data, keyword.GetName()))
-        path.emplace_back(step);
+    const DataTextEditor::Path path = AsPath(target.items.Numbers(*data, keyword.GetName()));
     const DataTextEditor editor = EditorFor(run, keyword);
     if (element == MDType::Record)
         TakeText(run, target, editor.InsertRecord(text, path, addition.index, ValuesOf(options.value)));
@@ -215,20 +232,15 @@ std::string GivenText(const Options& options)
 DataTextEditor::Path PathTo(KeywordEdits& run, const KeywordEdits::Target& target)
 {
     const IKeyword& keyword = *target.keyword;
-    const Keywords::IKeywordMD* metadata = keyword.GetSyntax()->GetMetaData();
-    const std::optional<int> number = target.items.AsNumber();
-    if (number && Keywords::KeywordUtils::GetMDType(metadata) == MDType::List) return {*number};
-    const Keywords::IKeywordData* data = nullptr;
+    const std::unique_ptr<Keywords::IKeywordData> alone = DataOf(run, keyword);
+    const Keywords::IKeywordData* data = alone.get();
     try {
-        data = run.Session().Keywords().GetKeywordData(&keyword);
+        if (data == nullptr) data = run.Session().Keywords().GetKeywordData(&keyword);
     } catch (const Service::Exception& exception) {
         run.Refuse(keyword, exception.what());
     }
     if (data == nullptr) run.Refuse(keyword, fmt::format("{} has no data, and so no items.", keyword.GetName()));
-    DataTextEditor::Path path;
-    for (const int step : target.items.Numbers(*data, keyword.GetName()))
-        path.emplace_back(step);
-    return path;
+    return AsPath(target.items.Numbers(*data, keyword.GetName()));
 }
 
 void TakeText(KeywordEdits& run, const KeywordEdits::Target& target, const DataTextEditor::Result& result)
@@ -262,10 +274,16 @@ void EditSet(KeywordEdits& run, const Options& options)
         throw Failure(WrongUsage, "WHERE names no item; TABDIMS.3 does, and --text sets all data of a keyword.",
                       options.where);
     }
-    const DataTextEditor::Path path = PathTo(run, target);
     const std::string text = TextOf(run, *target.keyword);
+    // What the metadata tell needs no read of all data: they may be an array of millions.
+    const Keywords::IKeywordMD* metadata = target.keyword->GetSyntax()->GetMetaData();
+    const std::optional<std::vector<int>> numbers =
+        metadata != nullptr ? target.items.Numbers(*metadata) : std::nullopt;
+    DataTextEditor::Path path = numbers ? AsPath(*numbers) : PathTo(run, target);
     const Value value = Value::Text(options.value);
-    const DataTextEditor::Result result = EditorFor(run, *target.keyword).Set(text, path, value);
+    const DataTextEditor editor = EditorFor(run, *target.keyword);
+    DataTextEditor::Result result = editor.Set(text, path, value);
+    if (numbers && result.outcome == Outcome::NoSuchItem) path = PathTo(run, target); // it tells what there is
     if (result.outcome == Outcome::NotInText)
         SetInData(run, target, path, value, result.reason);
     else

@@ -26,6 +26,7 @@ constexpr HelpRow toChange[] = {
     {"tag, untag DECK WHERE", "say who wrote a keyword: a program, or you"},
     {"note, above, header", "the comment in, above, at a file's head"},
     {"resolve DECK --set NAME=VALUE", "put values in the place of variables"},
+    {"apply DECK FILE", "a script of such edits, all or none"},
     {"sort DECK", "put keywords ahead of those that need them"},
     {"merge OLD NEW", "carry your work into a deck made anew"},
 };

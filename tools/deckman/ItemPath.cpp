@@ -7,8 +7,10 @@
 
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordListMD.h>
 #include <tarn/keywords/IKeywordMapData.h>
 #include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/IKeywordRecordMD.h>
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/service/Strings.h>
 
@@ -275,6 +277,30 @@ std::vector<int> ItemPath::Numbers(const IKeywordData& data, std::string_view ke
     for (const Step& step : m_steps)
         walk.Take(step);
     return walk.Numbers();
+}
+
+std::optional<std::vector<int>> ItemPath::Numbers(const Keywords::IKeywordMD& metadata) const
+{
+    std::vector<int> numbers;
+    const Keywords::IKeywordMD* place = &metadata;
+    for (const Step& step : m_steps) {
+        const std::optional<int> number = NumberOf(step);
+        if (place == nullptr) return std::nullopt;
+        if (place->GetType() == MDType::List && number) {
+            place = static_cast<const Keywords::IKeywordListMD&>(*place).GetElementMD();
+            numbers.push_back(*number);
+        } else if (place->GetType() == MDType::Record) {
+            const auto& record = static_cast<const Keywords::IKeywordRecordMD&>(*place);
+            const int named = step.text.empty() ? -1 : record.FindItem(step.text);
+            const int index = named < 0 && number ? *number : named;
+            if (index < 0 || index >= record.GetItemCount()) return std::nullopt;
+            place = record.GetItemMD(index);
+            numbers.push_back(index);
+        } else {
+            return std::nullopt;
+        }
+    }
+    return numbers;
 }
 
 std::optional<std::string_view> NameOfRecord(const IKeywordData& data)

@@ -8,6 +8,7 @@
 namespace Tarn::Fjel::Core::Keywords {
 class IKeywordData;
 class IKeywordListData;
+class IKeywordMD;
 class IKeywordMapData;
 class IKeywordRecordData;
 } // namespace Tarn::Fjel::Core::Keywords
@@ -61,6 +62,10 @@ public:
 
     /// The same way in numbers, from 0, whatever its steps are called. Throws as `Find` does.
     std::vector<int> Numbers(const Keywords::IKeywordData& data, std::string_view keyword) const;
+
+    /// The same as far as the metadata alone tell it: nothing where a record goes by its name, and for a step that
+    /// leads nowhere. How many elements a list has, the metadata don't know.
+    std::optional<std::vector<int>> Numbers(const Keywords::IKeywordMD& metadata) const;
 
 private:
     std::vector<Step> m_steps;

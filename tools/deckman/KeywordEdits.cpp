@@ -1,5 +1,6 @@
 #include "KeywordEdits.h"
 
+#include <algorithm>
 #include <unordered_set>
 
 #include <deckmanager/DeckPositions.h>
@@ -26,12 +27,15 @@ KeywordEdits::KeywordEdits(DeckSession& session, const Options& options)
 {
 }
 
-void KeywordEdits::Prepare(const std::vector<Options>& lines)
+void KeywordEdits::Prepare(const Options& line)
 {
-    for (const Options& line : lines)
-        LimitsOfLine(line);
-    Places(false);
-    Places(true);
+    LimitsOfLine(line);
+    Places(line.all);
+    // The lines of a file are counted behind its end too.
+    const auto namesFile = [](const std::string& where) { return where.find(':') != std::string::npos; };
+    if (!line.file.empty() || namesFile(line.where) || namesFile(line.target) ||
+        std::any_of(line.wheres.begin(), line.wheres.end(), namesFile))
+        Places(true);
 }
 
 PlaceIndex& KeywordEdits::Places(bool all) const
@@ -186,14 +190,18 @@ void KeywordEdits::Refuse(const IKeyword& keyword, const std::string& reason) co
 
 void KeywordEdits::Finish(Output& out)
 {
+    const bool isShownWhole = m_options.dryRun && !m_options.json && m_log.IsIntricate();
     const std::vector<ChangeLog::Change> changes =
-        m_options.dryRun || m_options.json ? m_log.Changes() : std::vector<ChangeLog::Change>();
-    if (!m_options.dryRun) EditRun(m_session, m_options).Finish();
-    if (m_options.json)
+        (m_options.dryRun || m_options.json) && !isShownWhole ? m_log.Changes() : std::vector<ChangeLog::Change>();
+    EditRun run(m_session, m_options);
+    if (!m_options.dryRun || isShownWhole) run.Finish();
+    if (isShownWhole)
+        run.PrintDiff(out);
+    else if (m_options.json)
         m_log.PrintJson(changes, out);
-    else if (m_options.dryRun)
+    else
         m_log.PrintDiff(changes, out);
-    if (m_options.dryRun) EditRun(m_session, m_options).RequireWritable();
+    if (m_options.dryRun) run.RequireWritable();
 }
 
 } // namespace Deckman

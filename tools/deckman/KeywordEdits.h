@@ -32,8 +32,9 @@ public:
     DeckSession& Session() const { return m_session; }
     Tarn::Fjel::Core::DeckManager::IDeckKeywordsEditor& Editor() const { return m_editor; }
 
-    /// Notes where everything stands, for the places of edits to come; `lines` are their options.
-    void Prepare(const std::vector<Options>& lines);
+    /// Notes where everything stands, for the places of an edit to come; `line` are its options. To be called for all
+    /// edits ahead of the first.
+    void Prepare(const Options& line);
     /// The edits from now on are those of that line of a script.
     void BeginLine(int line) { m_line = line; }
 

@@ -18,6 +18,7 @@
 #include "Help.h"
 #include "Nearest.h"
 #include "Output.h"
+#include "ScriptLine.h"
 #include "Sections.h"
 #include "Verbs.h"
 
@@ -253,6 +254,46 @@ const CLI::App* ChosenVerb(const CLI::App& app)
     return chosen;
 }
 
+/// What a verb takes of its own.
+void AddArguments(CLI::App& verb, std::uint64_t given, Options& options)
+{
+    const auto takes = [given](Takes what) { return (given & what) != 0; };
+    if (takes(TakesDeck)) AddDeck(verb, options);
+    if (takes(TakesDecks)) {
+        verb.add_option("OLD", options.deck, "the top file of a deck")->required()->type_name("");
+        verb.add_option("NEW", options.newDeck, "the top file of the other deck")->required()->type_name("");
+    }
+    if (takes(TakesWhere)) verb.add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
+    AddEdit(verb, given, options);
+    if (takes(TakesText))
+        verb.add_option("TEXT", options.text, "the text, - for standard input")->required()->type_name("");
+    if (takes(TakesWithComment)) verb.add_flag("--with-comment", options.withComment, "with the comment above it");
+    if (takes(TakesRegex)) verb.add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
+    if (takes(TakesFilter)) AddFilter(verb, options);
+    if (takes(TakesAll)) AddAll(verb, options);
+    if (takes(TakesSyntax)) AddSyntax(verb, options);
+    if (takes(TakesFile)) {
+        const char* const does =
+            takes(TakesDeck) ? "a script of edits, - for standard input" : "a file of deck text, - for standard input";
+        verb.add_option("FILE", options.file, does)->required()->type_name("");
+    }
+    if (takes(TakesComments)) verb.add_flag("--comments", options.comments, "the comment above the keyword too");
+    if (takes(TakesAt)) {
+        verb.add_option("--at", options.at, "only keywords in force at that date")->type_name("DATE");
+    }
+    if (takes(TakesName)) {
+        const auto toName = [&options](const std::string& name) {
+            options.name = Tarn::Fjel::Core::Service::Uppercased(name);
+        };
+        verb.add_option_function<std::string>("NAME", toName, "a keyword's name")->required()->type_name("");
+    }
+    AddProject(verb, given, options);
+    AddExport(verb, given, options);
+    if (takes(TakesMerge)) AddMerge(verb, options);
+    if (takes(TakesWriting)) AddWriting(verb, takes(TakesBackup), options);
+    if (takes(TakesDefaults)) verb.add_flag("--defaults", options.defaults, "fill in the defaults that are known");
+}
+
 void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
 {
     CLI::App* verb = AddCommand(app, entry);
@@ -260,38 +301,36 @@ void AddVerb(CLI::App& app, const VerbEntry& entry, Options& options)
     verb->formatter(std::make_shared<HelpFormatter>());
     verb->footer(VerbRemarks(entry));
     verb->callback([&options, &entry] { options.verb = &entry; });
-    const auto takes = [&entry](Takes what) { return (entry.takes & what) != 0; };
-    if (takes(TakesDeck)) AddDeck(*verb, options);
-    if (takes(TakesDecks)) {
-        verb->add_option("OLD", options.deck, "the top file of a deck")->required()->type_name("");
-        verb->add_option("NEW", options.newDeck, "the top file of the other deck")->required()->type_name("");
+    AddArguments(*verb, entry.takes, options);
+}
+
+// A text such as "-- a comment" looks like an option to the parser, and gets a mark ahead as long as that is at work.
+constexpr char textMark = '\1';
+
+/// Whether a word is text in spite of a dash ahead: no option has a blank in its name.
+bool IsTextWithDash(std::string_view word)
+{
+    return word.starts_with('-') && word.substr(0, word.find('=')).find_first_of(" \t\n") != std::string_view::npos;
+}
+
+void Parse(CLI::App& app, std::vector<std::string> words)
+{
+    for (std::string& word : words) {
+        if (IsTextWithDash(word)) word.insert(0, 1, textMark);
     }
-    if (takes(TakesWhere)) verb->add_option("WHERE", options.where, "a place in the deck")->required()->type_name("");
-    AddEdit(*verb, entry.takes, options);
-    if (takes(TakesText))
-        verb->add_option("TEXT", options.text, "the text, - for standard input")->required()->type_name("");
-    if (takes(TakesWithComment)) verb->add_flag("--with-comment", options.withComment, "with the comment above it");
-    if (takes(TakesRegex)) verb->add_option("REGEX", options.regex, "a regular expression")->required()->type_name("");
-    if (takes(TakesFilter)) AddFilter(*verb, options);
-    if (takes(TakesAll)) AddAll(*verb, options);
-    if (takes(TakesSyntax)) AddSyntax(*verb, options);
-    if (takes(TakesFile))
-        verb->add_option("FILE", options.file, "a file of deck text, - for standard input")->required()->type_name("");
-    if (takes(TakesComments)) verb->add_flag("--comments", options.comments, "the comment above the keyword too");
-    if (takes(TakesAt)) {
-        verb->add_option("--at", options.at, "only keywords in force at that date")->type_name("DATE");
-    }
-    if (takes(TakesName)) {
-        const auto toName = [&options](const std::string& name) {
-            options.name = Tarn::Fjel::Core::Service::Uppercased(name);
-        };
-        verb->add_option_function<std::string>("NAME", toName, "a keyword's name")->required()->type_name("");
-    }
-    AddProject(*verb, entry.takes, options);
-    AddExport(*verb, entry.takes, options);
-    if (takes(TakesMerge)) AddMerge(*verb, options);
-    if (takes(TakesWriting)) AddWriting(*verb, takes(TakesBackup), options);
-    if (takes(TakesDefaults)) verb->add_flag("--defaults", options.defaults, "fill in the defaults that are known");
+    std::reverse(words.begin(), words.end());
+    app.parse(std::move(words));
+}
+
+void Unmark(std::string& word)
+{
+    if (word.starts_with(textMark)) word.erase(0, 1);
+}
+
+void UnmarkTexts(Options& options)
+{
+    for (std::string* word : {&options.text, &options.value, &options.where, &options.target, &options.regex})
+        Unmark(*word);
 }
 
 void AddCommonOptions(CLI::App& app, Options& options)
@@ -342,7 +381,8 @@ std::vector<std::string> OptionNames(const CLI::App& app, const CLI::App& verb)
 /// What is wrong with a command line that has a verb, in place of the parser's own words where those say too little.
 std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::ParseError& error)
 {
-    const std::string text = error.what();
+    std::string text = error.what();
+    std::erase(text, textMark);
     if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
         for (const std::string& word : app.remaining(true)) {
             if (!word.starts_with('-')) continue;
@@ -382,6 +422,61 @@ ExitStatus TellWrongUsage(const CLI::App& app, const CLI::ParseError& error)
 
 } // namespace
 
+// --- lines of scripts ----------------------------------------------------------------------------
+
+struct ScriptLineParser::Grammar
+{
+    CLI::App app{"", "script"};
+    Options options;
+};
+
+ScriptLineParser::ScriptLineParser() : m_grammar(std::make_unique<Grammar>())
+{
+    CLI::App& app = m_grammar->app;
+    Options& options = m_grammar->options;
+    app.set_help_flag();
+    app.require_subcommand(1);
+    for (const VerbEntry& entry : AllVerbs()) {
+        if (!std::holds_alternative<OnEdits>(entry.run)) continue;
+        CLI::App* verb = app.add_subcommand(std::string(entry.name));
+        verb->set_help_flag();
+        verb->callback([&options, &entry] { options.verb = &entry; });
+        constexpr std::uint64_t ofWholeScript = TakesDeck | TakesWriting | TakesBackup;
+        AddArguments(*verb, entry.takes & ~ofWholeScript, options);
+    }
+}
+
+ScriptLineParser::~ScriptLineParser() = default;
+
+Options ScriptLineParser::Parse(const std::vector<std::string>& words)
+{
+    Options& options = m_grammar->options;
+    options = Options();
+    const auto isVerb = [&words](const VerbEntry& entry) { return entry.name == words.front(); };
+    const auto verbs = AllVerbs();
+    const auto known = std::find_if(verbs.begin(), verbs.end(), isVerb);
+    if (known == verbs.end() || !std::holds_alternative<OnEdits>(known->run)) {
+        std::vector<std::string_view> edits;
+        for (const VerbEntry& entry : verbs) {
+            if (std::holds_alternative<OnEdits>(entry.run)) edits.push_back(entry.name);
+        }
+        throw Failure(WrongUsage, fmt::format("{} is no edit.{}", words.front(),
+                                              NearestOrAllHint(words.front(), edits, "The edits of a script")));
+    }
+    try {
+        Deckman::Parse(m_grammar->app, words);
+        UnmarkTexts(options);
+        CheckEdit(options);
+    } catch (const CLI::ParseError& error) {
+        const CLI::App* verb = ChosenVerb(m_grammar->app);
+        throw Failure(WrongUsage, verb != nullptr ? Complaint(m_grammar->app, *verb, error) : error.what());
+    }
+    const bool takesText = (known->takes & TakesText) != 0 || options.hasText;
+    if (takesText && options.text == "-")
+        throw Failure(WrongUsage, "- stands for standard input, which a script has none of; a text goes behind <<END.");
+    return options;
+}
+
 std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
 {
     Options options;
@@ -393,7 +488,7 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         AddVerb(app, verb, options);
 
     // People ask for help in this way too, and what is installed beside the program is made by it.
-    std::vector<const char*> arguments(argv, argv + argc);
+    std::vector<std::string> arguments(argv, argv + argc);
     if (argc > 1 && std::string_view(argv[1]) == "help") {
         const std::string_view what = argc > 2 ? argv[2] : "";
         if (what == "--man") return PrintAnswer(ManualPage(app));
@@ -405,7 +500,8 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         arguments.push_back("--help");
     }
     try {
-        app.parse(static_cast<int>(arguments.size()), arguments.data());
+        Parse(app, {arguments.begin() + 1, arguments.end()});
+        UnmarkTexts(options);
         if ((options.verb->takes & TakesProjectDir) != 0 && !options.project.empty())
             throw CLI::ValidationError("--project", "This verb takes the directory itself.");
         CheckEdit(options);

@@ -80,6 +80,15 @@ void PlaceIndex::NoteName(int index)
     m_names.push_back(&noted->first);
 }
 
+std::pair<int, int> PlaceIndex::Nth(const std::string& name, int number) const
+{
+    const auto found = m_byName.find(name);
+    if (found == m_byName.end()) return {0, 0};
+    const std::vector<int>& indices = found->second;
+    const auto count = static_cast<int>(indices.size());
+    return {number <= count ? indices[static_cast<std::size_t>(number - 1)] : 0, count};
+}
+
 int PlaceIndex::OnLine(int file, int line)
 {
     Complete();

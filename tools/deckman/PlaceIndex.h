@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <deckmanager/KeywordIterator.h>
@@ -55,6 +56,9 @@ public:
     /// until it gives false.
     template <class Take>
     void ForEachNamed(const std::string& name, const Take& take);
+
+    /// The index of the `number`-th of that name, and how many there are of it; 0 for none. REQUIRES: complete.
+    std::pair<int, int> Nth(const std::string& name, int number) const;
 
     /// The index of the keyword of a file whose extent holds the line; 0 for none. A file that is included more than
     /// once counts where it comes first. Completes.

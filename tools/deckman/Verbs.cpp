@@ -119,6 +119,15 @@ constexpr VerbEntry verbs[] = {
      "Replaces the references to variables in a deck by values.",
      "References to other variables stay, and so do the aliases of PATHS.", changesAsJson, "",
      "deckman resolve field/FIELD.DATA --set SCHED=include/schedule"},
+    {"apply", RunApply, TakesDeck | TakesFile | TakesBackup | TakesWriting,
+     "Makes the edits of a script, one a line, all or none, in one go.",
+     "A line is a verb that edits (set, insert, rm, mv, comment-out, suppress, unsuppress, tag, untag, note, above, "
+     "header, resolve) with what stands behind DECK on its command line. Words are quoted as in a shell, # begins a "
+     "comment, and <<END stands for the text of the lines below, up to the line END. Places are those of the deck as "
+     "it "
+     "was, so that a script may be made from one ls; a keyword that the script inserts counts behind those of its "
+     "name.",
+     changesAsJson, "", "echo \"set 'WCONPROD[HR-P2].ORAT' 1500\" | deckman apply field/FIELD.DATA -"},
     {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.", "NAME in any case.",
      "With --json one object: {\"name\",\"text\"}.", "a new table of relative permeabilities", "deckman template SWOF"},
     {"sort", RunSort, TakesDeck | TakesWriting | TakesBackup,

@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <tuple>
 #include <vector>
 
 #include <deckmanager/Environment.h>
@@ -231,10 +232,14 @@ Where::Spot Where::Locate(const ByName& where, DeckSession& session, const Where
     for (const Reading& reading : where.readings) {
         int count = 0;
         int found = 0;
-        places.ForEachNamed(reading.name, [&](int index, const PlaceIndex::Entry& entry) {
-            if (isMeant(index, entry) && ++count == where.number) found = index;
-            return found == 0 && index < limits.last;
-        });
+        if (places.IsComplete() && anySection && limits.HoldAll()) {
+            std::tie(found, count) = places.Nth(reading.name, where.number);
+        } else {
+            places.ForEachNamed(reading.name, [&](int index, const PlaceIndex::Entry& entry) {
+                if (isMeant(index, entry) && ++count == where.number) found = index;
+                return found == 0 && index < limits.last;
+            });
+        }
         if (found > 0) return {found, reading.items};
         if (count == 0) continue;
         throw Failure(NotThere, fmt::format("There {} {} {} in {}, and no {}#{}.", count == 1 ? "is" : "are", count,

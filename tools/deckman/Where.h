@@ -29,6 +29,7 @@ struct WhereLimits
     int last = std::numeric_limits<int>::max();
     std::string said = {}; ///< what these two stand for: " at 2026-11-25"
 
+    bool HoldAll() const { return first <= 1 && last == std::numeric_limits<int>::max(); }
     bool Hold(int index) const { return index >= first && index <= last; }
 };
 
