@@ -168,18 +168,19 @@ Command Making(const std::filesystem::path& made, const std::string& command)
     return Command{{"/bin/sh", "-c", fmt::format("rm -rf '{}' && {}", made.string(), command)}, {"LC_ALL=C"}};
 }
 
-/// A bare copy of a deck's file that waits for the disk, and a look at each of its lines.
-Command CopyAndGrep(const std::filesystem::path& deck)
+/// A bare copy of a deck's file that waits for the disk, and a look at each of its lines. The copy before goes when
+/// this one is whole, or ahead of it: what is made at the same time as it takes memory of its own.
+bool CompareWithCopy(const std::string& work, const Command& command, const std::filesystem::path& deck, bool replaces,
+                     double budget)
 {
-    const std::filesystem::path copied = deck.parent_path() / "copied";
-    return Making(copied, fmt::format("dd if='{0}' of='{1}' bs=64k conv=fsync && grep -c '^[A-Z]' '{0}'", deck.string(),
-                                      copied.string()));
-}
-
-bool CompareWithCopy(const std::string& work, const Command& command, const std::filesystem::path& deck, double budget)
-{
-    const bool met = CompareTimes(work, command, "dd conv=fsync and grep of the deck", CopyAndGrep(deck), budget);
-    std::filesystem::remove_all(deck.parent_path() / "copied");
+    const std::filesystem::path made = deck.parent_path() / "copied";
+    const std::filesystem::path copied = deck.parent_path() / "copied.whole";
+    std::string copying =
+        fmt::format("dd if='{0}' of='{1}' bs=64k conv=fsync && grep -c '^[A-Z]' '{0}'", deck.string(), made.string());
+    if (replaces) copying += fmt::format(" && mv '{}' '{}'", made.string(), copied.string());
+    const bool met = CompareTimes(work, command, "dd conv=fsync and grep of the deck", Making(made, copying), budget);
+    std::filesystem::remove(made);
+    std::filesystem::remove(copied);
     return met;
 }
 
@@ -189,7 +190,7 @@ bool CompareExport(const std::string& work, const std::string& deckman, const st
     const std::filesystem::path made = deck.parent_path() / "export";
     const std::string exporting =
         fmt::format("'{}' {} '{}' {}'{}'", deckman, verb, deck.string(), target, made.string());
-    const bool met = CompareWithCopy(work, Making(made, exporting), deck, budget);
+    const bool met = CompareWithCopy(work, Making(made, exporting), deck, false, budget);
     std::filesystem::remove_all(made);
     return met;
 }
@@ -201,7 +202,7 @@ bool CompareSet(const std::string& work, const std::string& deckman, const std::
     const std::filesystem::path edited = deck.parent_path() / "EDITED.DATA";
     std::filesystem::copy_file(deck, edited, std::filesystem::copy_options::overwrite_existing);
     const std::string setting = fmt::format("exec '{}' set '{}' {} $$", deckman, edited.string(), place);
-    const bool met = CompareWithCopy(work, Command{{"/bin/sh", "-c", setting}, {}}, deck, budget);
+    const bool met = CompareWithCopy(work, Command{{"/bin/sh", "-c", setting}, {}}, deck, true, budget);
     std::filesystem::remove(edited);
     return met;
 }
