@@ -1,6 +1,7 @@
 #include "merge/DeckMerger.h"
 
 #include "deck/Anchors.h"
+#include "deck/OrderTest.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
@@ -265,28 +266,53 @@ void DeckMerger::InsertUserKeyword(const KeywordIterator& position, const ScopeS
 DeckMerger::Twin DeckMerger::RemoveTwin(const KeywordIterator& twin)
 {
     const KeywordFileIterator place = IteratorAccess::CurrentFileIter(twin);
-    // That place goes with it.
-    if (m_lastCopied && m_lastCopied->target == place) m_lastCopied.reset();
     Twin removed{place, IteratorAccess::File(place)->BlocksAhead(*twin).size(),
                  m_target.GetDeckKeywords()->GetComment(twin, true)};
     ++removed.follower;
+    // That place goes with it.
+    if (m_lastCopied && m_lastCopied->target == place) {
+        m_lastCopied->target = removed.follower;
+        m_lastCopied->hasMoved = true;
+    }
     Remove(place);
     return removed;
+}
+
+/// Nothing stands between the two in the source.
+bool DeckMerger::FollowsLastCopied(const KeywordIterator& position) const
+{
+    if (!m_lastCopied) return false;
+    KeywordIterator previous = position;
+    --previous;
+    return *previous != nullptr && IsUserKeyword(**previous) && previous == m_lastCopied->source &&
+           FileOf(previous) == FileOf(position);
+}
+
+/// Twins that went may have shifted the ranks of the anchors. Where no rule wants it there, a keyword does not go ahead
+/// of the one that it follows. An INCLUDE may: that one may stand in the very file that it brings in.
+bool DeckMerger::WouldOvertakeLastCopied(const KeywordIterator& position, const KeywordFileIterator& place)
+{
+    if (IsInclude(**position)) return false;
+    KeywordIterator walk = m_search->TargetPositionOf(place);
+    const KeywordIterator end = m_search->TargetPositionOf(m_lastCopied->target);
+    if (!m_search->IsAheadInTarget(walk, end)) return false;
+    OrderTest order(m_source.GetDeckKeywords()->SectionOf(position));
+    for (; *walk != nullptr && walk != end; ++walk) {
+        if (order.MustPrecede(**position, **walk)) return false;
+    }
+    return true;
 }
 
 KeywordFileIterator DeckMerger::PlaceOfUserKeyword(const KeywordIterator& position, const ScopeStack& stack,
                                                    const KeywordIterator& scope)
 {
-    if (position->GetSyntax()->GetSection() == SectionType::SCHEDULE && m_lastCopied) {
-        KeywordIterator previous = position;
-        --previous;
-        // Keywords of a schedule that follow each other stay together, whatever the dates say.
-        if (*previous != nullptr && IsUserKeyword(**previous) && previous == m_lastCopied->source &&
-            FileOf(previous) == FileOf(position))
-            return m_lastCopied->target;
-    }
+    const bool follows = FollowsLastCopied(position);
+    // Keywords of a schedule that follow each other stay together, whatever the dates say.
+    if (follows && !m_lastCopied->hasMoved && position->GetSyntax()->GetSection() == SectionType::SCHEDULE)
+        return m_lastCopied->target;
     try {
-        return m_search->FindUserKeywordPosition(scope, position, stack.back());
+        const KeywordFileIterator place = m_search->FindUserKeywordPosition(scope, position, stack.back());
+        return follows && WouldOvertakeLastCopied(position, place) ? m_lastCopied->target : place;
     } catch (...) {
         const Log::Place logPlace(position->GetFile()->GetFileName().GetFullName(), position->GetLine());
         Log::SendLogMessage("A problem was encountered when finding the position to insert the user keyword " +

@@ -60,6 +60,7 @@ private:
     {
         KeywordIterator source;
         KeywordFileIterator target; ///< straight behind the copy
+        bool hasMoved = false;      ///< the keyword that stood there is gone
     };
 
     /// A user's keyword as it is to be written.
@@ -107,6 +108,8 @@ private:
     KeywordIterator FindTwin(const KeywordIterator& position, const KeywordIterator& head,
                              const KeywordIterator& scope);
     Twin RemoveTwin(const KeywordIterator& twin);
+    bool FollowsLastCopied(const KeywordIterator& position) const;
+    bool WouldOvertakeLastCopied(const KeywordIterator& position, const KeywordFileIterator& place);
     KeywordFileIterator PlaceOfUserKeyword(const KeywordIterator& position, const ScopeStack& stack,
                                            const KeywordIterator& scope);
     std::vector<KeywordIterator> SectionKeywords(const IDeck& deck) const;

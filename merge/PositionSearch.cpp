@@ -382,10 +382,19 @@ KeywordFileIterator PositionSearch::Place(Node* scope, Node* keyword, Node* head
         anchor = anchor->below;
     }
     if (stand.headInFile) {
-        Node* const behind = LowerBound(keyword, scope, upper);
+        Node* const behind = WithinScope(LowerBound(keyword, scope, upper), scope);
         return HeldAheadOf(PlaceBehindUsers(behind, keyword, nullptr), keyword, upper);
     }
     return PlaceOfFile(scope, first, keyword, upper);
+}
+
+/// What the rules want ahead may be the last of its scope, or stand ahead of another one: a keyword that goes behind
+/// `node` must neither leave the scope nor come into that.
+Node* PositionSearch::WithinScope(Node* node, Node* scope) const
+{
+    if (node == nullptr || node == scope) return node;
+    const bool closes = scope != nullptr && scope->isHead && scope->close == node && m_target.ScopeEnd(scope) != node;
+    return closes ? node->previous : EndOfCounterpart(node);
 }
 
 /// For a keyword in a file that a generated INCLUDE has brought in: where that INCLUDE is, or would be.

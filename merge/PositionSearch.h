@@ -102,6 +102,7 @@ private:
     Node* LowerBound(const Node* keyword, Node* begin, Node* end) const;
     Node* UpperBound(const Node* keyword, Node* begin, Node* end) const;
     Node* EndOfCounterpart(Node* node) const;
+    Node* WithinScope(Node* node, Node* scope) const;
     Node* OutOfForeignFiles(Node* node, const Node* from) const;
     KeywordFileIterator PlaceBehindUsers(Node* behind, const Node* keyword, const Node* anchor);
     KeywordFileIterator HeldAheadOf(const KeywordFileIterator& place, const Node* keyword, const Node* bound) const;

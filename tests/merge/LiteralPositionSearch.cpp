@@ -326,7 +326,7 @@ KeywordFileIterator LiteralPositionSearch::FindUserKeywordPosition(const Keyword
         if (counterpart == upper || counterpart->IsInGeneratedFile()) continue;
         return place(EndOfCounterpart(counterpart), &anchor);
     }
-    if (anchors.headInFile) return place(LowerBound(keyword, scope, upper), nullptr);
+    if (anchors.headInFile) return place(WithinScope(LowerBound(keyword, scope, upper), scope), nullptr);
 
     // The keyword stands in a file that a generated INCLUDE has brought in.
     KeywordFileIterator ahead = IteratorAccess::CurrentFileIter(first);
@@ -350,6 +350,16 @@ KeywordFileIterator LiteralPositionSearch::FindUserKeywordPosition(const Keyword
         if (counterpart != range.end) return behindScope(place(counterpart, nullptr));
     }
     return behindScope(FindUserKeywordPosition(outer, include, scopes.back()));
+}
+
+/// A keyword that goes behind `position` must neither leave the scope nor come into another.
+KeywordIterator LiteralPositionSearch::WithinScope(KeywordIterator position, const KeywordIterator& scope) const
+{
+    if (*position == nullptr || position == scope) return position;
+    if (IsAnchorHead(**scope) && position == MergeScopeClose(scope, m_target) &&
+        position != MergeScopeEnd(scope, m_target))
+        return --position;
+    return EndOfCounterpart(position);
 }
 
 /// The counterpart of an anchor, or the last keyword of the scope that it opens.

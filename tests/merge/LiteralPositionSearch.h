@@ -72,6 +72,7 @@ private:
     KeywordIterator UpperBound(const KeywordIterator& keyword, const KeywordIterator& begin,
                                const KeywordIterator& end) const;
     KeywordIterator EndOfCounterpart(KeywordIterator position) const;
+    KeywordIterator WithinScope(KeywordIterator position, const KeywordIterator& scope) const;
     KeywordFileIterator PlaceBehindUsers(const KeywordIterator& position, const KeywordIterator& keyword,
                                          const KeywordIterator* anchor) const;
     bool BelongsAheadOfEnd(const KeywordIterator& keyword) const;

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -17,6 +18,7 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IDeckManager.h>
 #include <deckmanager/IKeywordFile.h>
+#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/Strings.h>
 
 // Merges of decks by chance: the search through indexes gives the answers of the search by walking, and nothing of the
@@ -233,6 +235,86 @@ TEST(MergePropertyTest, EachUserKeywordAndEachCommentIsThereOnce)
             EXPECT_TRUE(all.empty() || CountOf(comment + "\n", all) == 1) << comment;
         EXPECT_EQ(result.committed, result.files);
     }
+}
+
+/// The number of a user's keyword; 0 for one that has none.
+int NumberOf(const IKeyword& keyword, const IDeck& deck, const std::set<int>& numbers)
+{
+    // The comment above the next keyword is part of the text.
+    if (IsInclude(keyword)) return 0;
+    const std::shared_ptr<std::string> text = deck.GetDeckKeywords()->GetDataText(&keyword);
+    for (std::size_t at = 0; text && at < text->size(); ++at) {
+        std::size_t end = at;
+        while (end < text->size() && Service::IsDigit((*text)[end]))
+            ++end;
+        if (end == at + 4) {
+            const int number = std::stoi(text->substr(at, 4));
+            for (const int candidate : {number, number - 2000}) {
+                if (numbers.count(candidate) > 0) return candidate;
+            }
+        }
+        at = end;
+    }
+    return 0;
+}
+
+/// Neighbours of the user's in the source, with nothing between, which no rule on the order has a say in.
+std::vector<std::pair<int, int>> NeighboursIn(const IDeck& deck, const std::set<int>& numbers)
+{
+    const auto isOrdered = [](const IKeyword& keyword) {
+        return keyword.GetSyntax()->HasOrderingRules() || keyword.GetName() == "SPECGRID";
+    };
+    std::vector<std::pair<int, int>> pairs;
+    for (IKeywordFile* file : deck.GetDeckKeywords()->GetFiles()) {
+        const IKeyword* previous = nullptr;
+        for (KeywordFileIterator place = file->Begin(); place != file->End(); ++place) {
+            const int number = IsUserKeyword(**place) ? NumberOf(**place, deck, numbers) : 0;
+            if (number != 0 && previous != nullptr && !isOrdered(*previous) && !isOrdered(**place))
+                pairs.emplace_back(NumberOf(*previous, deck, numbers), number);
+            previous = number != 0 ? *place : nullptr;
+        }
+    }
+    return pairs;
+}
+
+/// Where each number stands in a walk.
+std::map<int, std::vector<int>> PlacesIn(const IDeck& deck, const std::set<int>& numbers)
+{
+    std::map<int, std::vector<int>> places;
+    int place = 0;
+    for (KeywordIterator walk = deck.GetDeckKeywords()->Begin(); *walk != nullptr; ++walk, ++place) {
+        if (const int number = NumberOf(**walk, deck, numbers)) places[number].push_back(place);
+    }
+    return places;
+}
+
+TEST(MergePropertyTest, NeighboursStayInTheirOrderAndASecondMergePutsEachOnceMore)
+{
+    const TestSupport::CleanEnvironment environment;
+    const TestSupport::LogRecorder log;
+    std::size_t checked = 0;
+    for (unsigned seed = 7000; seed <= 7150 && !testing::Test::HasFailure(); ++seed) {
+        const DeckPairs pairs(seed);
+        TwoDecks decks(pairs.oldFiles, pairs.newFiles);
+        const std::set<int> numbers(pairs.userNumbers.begin(), pairs.userNumbers.end());
+        const auto neighbours = NeighboursIn(decks.Old(), numbers);
+        for (std::size_t copies = 1; copies <= 2; ++copies) {
+            decks.MergeUserKeywords();
+            // A user's INCLUDE may bring a file in once more.
+            if (HasRepeatedFiles(*decks.New().GetDeckKeywords())) break;
+            SCOPED_TRACE("seed " + std::to_string(seed) + "\n--- OLD\n" + Show(pairs.oldFiles) + "--- NEW\n" +
+                         Show(pairs.newFiles) + "--- MERGED\n" + decks.Text("T.DATA"));
+            std::map<int, std::vector<int>> places = PlacesIn(decks.New(), numbers);
+            for (const int number : numbers)
+                EXPECT_EQ(places[number].size(), copies) << number;
+            for (const auto& [first, second] : neighbours) {
+                for (std::size_t copy = 0; copy < copies && !testing::Test::HasFailure(); ++copy)
+                    EXPECT_LT(places[first][copy], places[second][copy]) << first << " " << second;
+            }
+        }
+        checked += neighbours.size();
+    }
+    EXPECT_GT(checked, 100u);
 }
 
 TEST(MergePropertyTest, ADeckWithoutAUsersWorkChangesNothing)

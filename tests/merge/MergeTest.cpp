@@ -227,6 +227,12 @@ TEST_F(MergeTest, OrderingRulesBoundThePlace)
          "GRID\nOLDTRAN~\nSPECGRID~\n1 1 1 /\nINIT~\nCOORD\n1 /\nEDIT\n"},
         {"not behind what must come later", "GRID\nOLDTRAN~\nINIT~\nSPECGRID\n1 1 1 /\n",
          "GRID\nOLDTRAN~\nCOORD~\n1 /\nINIT~\n", "GRID\nOLDTRAN~\nSPECGRID\n1 1 1 /\nCOORD~\n1 /\nINIT~\n"},
+        {"not out of their scope, and in their order",
+         "GRID\nBOX~\n1 1 1 1 1 1 /\nSPECGRID\n1 1 1 /\nCOORD\n1 /\nCOORD\n2 /\nENDBOX~\nINIT~\n", "GRID\nINIT~\n",
+         "GRID\nBOX\n1 1 1 1 1 1 /\nSPECGRID\n1 1 1 /\nCOORD\n1 /\nCOORD\n2 /\nENDBOX\n\nINIT~\n"},
+        {"nor into another", "GRID\nCOORD\n1 /\nINIT~\n",
+         "GRID\nSPECGRID~\n1 1 1 /\nBOX~\n1 1 1 1 1 1 /\nPORO~\n1 /\nENDBOX~\nINIT~\n",
+         "GRID\nSPECGRID~\n1 1 1 /\nBOX~\n1 1 1 1 1 1 /\nPORO~\n1 /\nENDBOX~\nCOORD\n1 /\nINIT~\n"},
     });
 }
 
