@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -110,6 +111,26 @@ TEST_F(InstalledPackage, DocumentsAndExamplesLieAsInTheSources)
 }
 
 #if !DECK_IS_SANITIZED
+TEST_F(InstalledPackage, WhatTheGuideShowsCompiles)
+{
+    std::ifstream guide(DECK_SOURCE_DIR "/docs/guide.md");
+    std::string program;
+    bool isCode = false;
+    int pieces = 0;
+    for (std::string line; std::getline(guide, line);) {
+        if (line == "```cpp" || line == "```") {
+            isCode = line == "```cpp";
+            pieces += isCode ? 1 : 0;
+        } else if (isCode) {
+            program += line + "\n";
+        }
+    }
+    EXPECT_GT(pieces, 15);
+    ASSERT_COMMAND(fmt::format("'{}' -std=c++20 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror "
+                               "-I'{}/include' '{}'",
+                               DECK_CXX_COMPILER, Prefix(), m_directory.Write("guide.cpp", program)));
+}
+
 TEST_F(InstalledPackage, EveryHeaderCompilesAlone)
 {
     const std::string include = Prefix() + "/include";
