@@ -15,8 +15,6 @@
 #include <deckmanager/KeywordFileManager.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
-#include <tarn/service/BinaryInputSerializer.h>
-#include <tarn/service/BinaryOutputSerializer.h>
 #include <tarn/service/Exception.h>
 #include <tarn/service/Serializer.h>
 #include <tarn/service/XMLInputSerializer.h>
@@ -250,47 +248,8 @@ TEST_F(ManagersTest, ChangedTagOfAFileGoesBackToWhatItWas)
     EXPECT_FALSE(state.GetValue() || state.IsChanged());
 }
 
-template <class Output, class Input, class... Root>
-void CheckRoundTrip(const Root&... root)
+TEST_F(ManagersTest, ANumberThatIsNoneIsADamagedEntryAndNotAPosition)
 {
-    for (const int count : {0, 3}) {
-        CacheEntry entry;
-        entry.length = 5'000'000'000;
-        for (int i = 0; i < count; ++i) {
-            CacheEntry::CacheValue& value = entry.values.emplace_back();
-            value.name = "KW" + std::to_string(i);
-            value.pos = i * 4'000'000'000;
-            value.size = i - 1;
-        }
-        std::stringstream stream;
-        {
-            Output output(stream, root...);
-            Service::Serializer serializer(output);
-            serializer.SerializeImpl(entry, "y");
-            output.Finish();
-        }
-        CacheEntry read;
-        read.values.resize(7);
-        Input input(stream, root...);
-        Service::Serializer serializer(input);
-        serializer.SerializeImpl(read, "y");
-        EXPECT_FALSE(read.stamp.IsDef());
-        EXPECT_EQ(read.length, entry.length);
-        ASSERT_EQ(read.values.size(), entry.values.size());
-        for (std::size_t i = 0; i < read.values.size(); ++i) {
-            EXPECT_EQ(read.values[i].name, entry.values[i].name);
-            EXPECT_EQ(read.values[i].pos, entry.values[i].pos);
-            EXPECT_EQ(read.values[i].size, entry.values[i].size);
-        }
-    }
-}
-
-TEST_F(ManagersTest, PositionsOfAFileOutliveTheProcess)
-{
-    CheckRoundTrip<Service::BinaryOutputSerializer, Service::BinaryInputSerializer>();
-    CheckRoundTrip<Service::XMLOutputSerializer, Service::XMLInputSerializer>(std::string("deck"));
-
-    // A number that is none is a damaged entry, not a position 0.
     CacheEntry entry;
     entry.values.emplace_back().pos = 12345;
     std::stringstream stream;
