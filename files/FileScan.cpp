@@ -12,6 +12,7 @@
 #include <deckmanager/LineReaderUtil.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
+#include <tarn/keywords/KeywordSyntaxUtils.h>
 #include <tarn/service/Log.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -270,8 +271,31 @@ void FileScan::TakeFound()
         if (FindSection(m_found.name, section)) m_query.SetSection(section);
     }
 
+    NoteUnread();
     AddSkipKeywords(skipped);
     LineReaderUtil::ConsumeDataLines(m_found.syntax, *m_reader);
+}
+
+/// What no run reads: the text behind an end, and that of a region which is skipped whatever the simulator.
+void FileScan::NoteUnread()
+{
+    if (m_found.syntax == nullptr || m_found.suppressed) return;
+    const int kind = m_found.syntax->GetKind();
+    const bool opens = Keywords::KeywordSyntaxUtils::IsSKIP(m_found.syntax) ||
+                       (m_skipDepth > 0 && (Keywords::KeywordSyntaxUtils::IsSKIP100(m_found.syntax) ||
+                                            Keywords::KeywordSyntaxUtils::IsSKIP300(m_found.syntax)));
+    if (opens)
+        ++m_skipDepth;
+    else if (kind == KeywordKind::EndSkip && m_skipDepth > 0)
+        --m_skipDepth;
+    m_isBehindEnd =
+        m_isBehindEnd ||
+        (m_skipDepth == 0 && (kind == KeywordKind::EndInc ||
+                              (kind == KeywordKind::End && Environment::Instance().DeckTerminatedByENDKeyword())));
+    if (!m_isBehindEnd && m_skipDepth == 0)
+        m_unread.reset();
+    else if (!m_unread)
+        m_unread.emplace();
 }
 
 /// False where a scan would do otherwise now.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "files/CachedKeywords.h"
@@ -10,6 +11,7 @@
 #include <deckmanager/ISectionContextQuery.h>
 #include <tarn/keywords/SectionType.h>
 #include <tarn/service/FileStatus.h>
+#include <tarn/service/Log.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -98,6 +100,7 @@ private:
     bool TakeCached();
     bool CachedSectionsHold(bool ask) const;
     KeywordMarks ReadMarks(long long position, long long size) const;
+    void NoteUnread();
     void NoteActions(const std::string& name);
     void SettlePending(long long end);
     void AddPending(long long size);
@@ -123,6 +126,9 @@ private:
     bool m_warnIndented = false;
     SectionContextQuery m_query;
     SkipState m_skip;
+    int m_skipDepth = 0; ///< SKIP regions around
+    bool m_isBehindEnd = false;
+    std::optional<Service::Log::Aside> m_unread; ///< while no run would read the text
     short m_actionDepth = 0;
     ScannedKeyword m_found;
     Pending m_pending;

@@ -246,6 +246,18 @@ TEST(BadInput, DirtyDeckKeepsItsBytes)
     EXPECT_EQ(title.at("text"), "title \nFelt Øst, \"nær\" \\ \n");
 }
 
+TEST(BadInput, WordsBehindTheEndAlarmNobody)
+{
+    const TempDir folder;
+    folder.Write("TOP.DATA", "RUNSPEC\nINCLUDE\n'a.inc' /\nNOSUCH 1\nEND\nNOTE this\n");
+    folder.Write("a.inc", "OIL\nENDINC\nNOTE that\n");
+    const std::string unknown = folder.Path("TOP.DATA") + ":4: warning: Keyword NOSUCH is not recognized.\n";
+    EXPECT_EQ(Deckman({"ls", folder.Path("TOP.DATA")}).err, unknown);
+    EXPECT_THAT(
+        Deckman({"ls", "--all", folder.Path("TOP.DATA")}).err,
+        testing::AllOf(HasSubstr("TOP.DATA:6: warning: Keyword NOTE"), HasSubstr("a.inc:3: warning: Keyword NOTE")));
+}
+
 TEST(BadInput, WarningsCountOnlyWhenStrict)
 {
     const TempDir folder;

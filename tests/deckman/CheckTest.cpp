@@ -101,6 +101,28 @@ TEST(Check, IsQuietOnHealthyDecks)
         EXPECT_THAT(Findings(files), IsEmpty()) << what;
 }
 
+/// Decks as people write them: a field with its history, a well of many segments in a refined grid, actions and
+/// quantities of the user's own, and one in lower case with tabs.
+TEST(Check, IsQuietOnDecksInManyStyles)
+{
+    const std::string decks = DECK_SOURCE_DIR "/tests/deckman/decks/";
+    const std::pair<const char*, const char*> cases[] = {
+        {"LOMVI.DATA", "173 keywords in 1 file"},
+        {"HORIZONTAL.DATA", "104 keywords in 1 file"},
+        {"ACTIONS.DATA", "82 keywords in 1 file"},
+        {"lower/lower.data", "66 keywords in 2 files"},
+    };
+    for (const auto& [deck, counts] : cases) {
+        const Outcome outcome = Deckman({"check", decks + deck, "--strict"});
+        EXPECT_EQ(outcome.out, std::string(counts) + ": no errors, no warnings.\n") << deck;
+        EXPECT_EQ(outcome.status, 0) << deck;
+        for (const char* verb : {"ls", "tree", "sections", "scopes", "dates", "sort"})
+            EXPECT_THAT(Deckman({verb, decks + deck, verb == std::string("sort") ? "--dry-run" : "--json"}).err,
+                        IsEmpty())
+                << verb << ' ' << deck;
+    }
+}
+
 TEST(Check, NamesWhatIsWrongWithItsPlace)
 {
     const struct
@@ -258,7 +280,8 @@ TEST(Check, NamesTheTerminatorThatIsMissing)
         {"RUNSPEC\nSCHEDULE\nACTIONX\n A 2 /\n DAY > 5 /\n/\nTSTEP\n 1 /\n",
          {"3 error: This ACTIONX has no ENDACTIO."}},
         {"RUNSPEC\nENDSKIP\nSKIP\nSCHEDULE\nWELOPEN\n A SHUT /\nENDSKIP\n",
-         {"2 warning: This ENDSKIP has no SKIP ahead of it.", "3 error: This SKIP has no ENDSKIP."}},
+         {"2 warning: This ENDSKIP has no SKIP ahead of it.", "3 error: This SKIP has no ENDSKIP.",
+          "7 error: The keyword ENDSKIP is read as data of WELOPEN: is a \"/\" missing ahead of it?"}},
         {"RUNSPEC\nSCHEDULE\nUDQ\n DEFINE FUA (FOPR + 1\n ASSIGN FUB 2\n UPDATE FUA OF /\n/\n",
          {"4 error: The DEFINE of UDQ must end with a \"/\" on its line.",
           "4 error: The parentheses in this row of UDQ don't match.",

@@ -88,6 +88,7 @@ private:
     void CheckSectionKeywords();
     void CheckSimulator();
     void CheckPairs();
+    void TellSwallowedEnd();
     void CheckTimes();
     void Survey();
     void GatherQuantities(const DeckManager::IKeyword& udq);
@@ -237,7 +238,24 @@ void Check::CheckPairs()
         }
     }
     noEnd(action, "ENDACTIO");
-    if (!skips.empty()) noEnd(skips.back(), "ENDSKIP");
+    if (!skips.empty()) {
+        noEnd(skips.back(), "ENDSKIP");
+        TellSwallowedEnd();
+    }
+}
+
+/// An ENDSKIP that stands in the deck, and is data of a keyword of its region.
+void Check::TellSwallowedEnd()
+{
+    SkipTracker hidden(m_options.simulator);
+    DeckWalk walk(m_session, m_options.all);
+    while (walk.Next()) {
+        if (!hidden.Hides(walk.Keyword())) continue;
+        m_text.FindSwallowed(walk.Keyword(), walk.Section(), [&](const TextCheck::Fault& fault) {
+            m_report.Add(
+                {FileNameOf(walk.Keyword()), fault.line, walk.Keyword().GetName(), fault.severity, fault.text});
+        });
+    }
 }
 
 /// The faults of the deck's times, where they don't follow from what was told already.

@@ -41,7 +41,8 @@ std::string WithoutPlace(std::string_view text, std::string_view file)
 
 void Messages::Take(std::string_view givenText, int severity)
 {
-    if (Log::IsProbing()) return;
+    // Behind a deck's end people keep notes.
+    if (Log::IsProbing() || (Log::IsAside() && !m_taker && !m_showsAsides)) return;
 
     std::string text(givenText);
     std::string place;

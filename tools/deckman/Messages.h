@@ -29,6 +29,9 @@ public:
     /// Something of use that is no fault of the deck.
     void Note(std::string_view place, std::string_view text) { Print(place, "note", text); }
 
+    /// Shows what is said of text behind a deck's end too.
+    void ShowAsides(bool show) { m_showsAsides = show; }
+
     /// A message of the library. The views are good during the call.
     struct Message
     {
@@ -82,6 +85,7 @@ private:
     Tarn::Fjel::Core::Service::Log::Handler m_previous;
     Taker m_taker;
     std::unordered_set<std::size_t> m_told; // hashes of what was printed about a place
+    bool m_showsAsides = false;
     int m_warnings = 0;
     int m_errors = 0;
 };

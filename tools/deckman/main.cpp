@@ -85,6 +85,7 @@ int main(int argc, char** argv)
 
     Output out;
     Messages messages;
+    messages.ShowAsides(options.all);
     SetUpProcess(options);
     ExitStatus status = Run(options, messages, out);
     out.Flush();

@@ -15,6 +15,7 @@ struct LogState
     std::shared_ptr<const Log::Handler> handler;
     bool enabled = true;
     int probes = 0;
+    int asides = 0;
     Log::Place* place = nullptr;
     Log::Witness* witness = nullptr;
 };
@@ -88,6 +89,11 @@ bool Log::IsProbing()
     return State().probes > 0;
 }
 
+bool Log::IsAside()
+{
+    return State().asides > 0;
+}
+
 void Log::Reset()
 {
     State().handler = nullptr;
@@ -120,6 +126,16 @@ Log::Probe::Probe()
 Log::Probe::~Probe()
 {
     --State().probes;
+}
+
+Log::Aside::Aside()
+{
+    ++State().asides;
+}
+
+Log::Aside::~Aside()
+{
+    --State().asides;
 }
 
 Log::Witness::Witness() : m_probes(State().probes), m_outer(std::exchange(State().witness, this)) {}

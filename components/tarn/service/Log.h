@@ -44,6 +44,8 @@ public:
     static Location CurrentPlace();
     /// True while a Probe is in scope: the messages are those of a read whose failure is an expected answer.
     static bool IsProbing();
+    /// True while an Aside is in scope: the messages are about text that no run would read.
+    static bool IsAside();
 
     /// Tells handlers which file is read, and which line, until the end of the enclosing block. It costs nothing until
     /// a handler asks. REQUIRES: file, line and context outlive the scope; scopes nest.
@@ -82,6 +84,18 @@ public:
 
         Probe(const Probe&) = delete;
         Probe& operator=(const Probe&) = delete;
+    };
+
+    /// Marks the messages sent until it goes as those about text that no run would read: what stands behind the end of
+    /// a deck or of a file. Several may hold at once, and go in any order.
+    class Aside
+    {
+    public:
+        Aside();
+        ~Aside();
+
+        Aside(const Aside&) = delete;
+        Aside& operator=(const Aside&) = delete;
     };
 
     /// Counts the messages that are sent until the end of the enclosing block, also those that logging being off keeps
