@@ -128,7 +128,7 @@ void DeckMerger::MergeAheadOfSections()
                 ++first;
             place = IteratorAccess::CurrentFileIter(first);
         }
-        CopyKeyword(*place, walk, *text, true);
+        CopyKeyword(*place, walk, *text, m_source.GetDeckKeywords()->GetComment(walk, true));
         Note(MergeReport::Action::Carried, walk, *place);
     }
 }
@@ -255,9 +255,9 @@ void DeckMerger::InsertUserKeyword(const KeywordIterator& position, const ScopeS
     const KeywordFileIterator place = PlaceOfUserKeyword(position, stack, scope);
     // In the very place of its twin it has the comment above that, too.
     const bool takesPlace = twin && twin->follower == place;
-    const bool hasComment =
-        takesPlace && HoldsLines(twin->comment, m_source.GetDeckKeywords()->GetComment(position, true));
-    const KeywordFileIterator copy = CopyKeyword(place, position, *text, !hasComment);
+    std::string above = m_source.GetDeckKeywords()->GetComment(position, true);
+    if (takesPlace) above = HoldsLines(twin->comment, above) ? "" : WithoutLines(above, twin->comment);
+    const KeywordFileIterator copy = CopyKeyword(place, position, *text, above);
     if (takesPlace) IteratorAccess::File(copy)->PullBlocksUp(copy, twin->blocks);
     if (!twin) Note(MergeReport::Action::Carried, position, place);
     m_lastCopied = LastCopied{position, place};

@@ -82,6 +82,7 @@ private:
     /// What stands above a keyword of the target, and what this run puts there.
     struct CommentsAbove
     {
+        std::string own;
         std::string before; ///< what the keyword was to bear
         std::string added;
         std::string all;
@@ -117,7 +118,7 @@ private:
     // --- DeckMergerCopy.cpp
     std::optional<CopyText> TextToCopy(const KeywordIterator& position) const;
     KeywordFileIterator CopyKeyword(const KeywordFileIterator& place, const KeywordIterator& position,
-                                    const CopyText& text, bool withCommentAbove);
+                                    const CopyText& text, const std::string& above);
     const IKeyword* Insert(const Keywords::IKeywordSyntax& syntax, KeywordFileIterator place, const std::string& name);
     void Remove(const KeywordFileIterator& place);
     void SetTag(const KeywordFileIterator& place, bool tagged);

@@ -210,12 +210,15 @@ void DeckMerger::ApplyComment(KeywordIterator position, const std::string& comme
     CommentsAbove& above = entry->second;
     if (isNew) {
         above.before = static_cast<const Keyword&>(**position).GetLeadingComment();
-        above.Add(m_target.GetDeckKeywords()->GetComment(position, true) + "\n" + above.before);
+        above.own = m_target.GetDeckKeywords()->GetComment(position, true);
+        above.Add(above.own + "\n" + above.before);
     }
-    if (above.Holds(comment)) return;
+    // What the generator has written there anew stands in both.
+    const std::string rest = WithoutLines(comment, above.own);
+    if (above.Holds(rest)) return;
     if (!above.added.empty() && above.added.back() != '\n') above.added += '\n';
-    above.added += comment;
-    above.Add(comment);
+    above.added += rest;
+    above.Add(rest);
     Note(MergeReport::Action::Commented, source, IteratorAccess::CurrentFileIter(position));
 }
 
@@ -306,8 +309,9 @@ void DeckMerger::AddKeywordComment(const KeywordIterator& position, const Keywor
         return;
     }
     const std::string existing = destination->GetComment();
-    if (HoldsLines(existing, comment)) return;
-    if (m_editor.SetComment(destination, existing.empty() ? comment : existing + "\n" + comment))
+    const std::string rest = WithoutLines(comment, existing);
+    if (HoldsLines(existing, rest)) return;
+    if (m_editor.SetComment(destination, existing.empty() ? rest : existing + "\n" + rest))
         Note(MergeReport::Action::Commented, position, IteratorAccess::CurrentFileIter(destination));
 }
 

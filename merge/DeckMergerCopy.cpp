@@ -109,7 +109,7 @@ std::optional<DeckMerger::CopyText> DeckMerger::TextToCopy(const KeywordIterator
 }
 
 KeywordFileIterator DeckMerger::CopyKeyword(const KeywordFileIterator& place, const KeywordIterator& position,
-                                            const CopyText& text, bool withCommentAbove)
+                                            const CopyText& text, const std::string& above)
 {
     const auto& source = static_cast<const Keyword&>(**position);
     const Log::Place logPlace(source.GetFile()->GetFileName().GetFullName(), source.GetLine());
@@ -130,13 +130,10 @@ KeywordFileIterator DeckMerger::CopyKeyword(const KeywordFileIterator& place, co
     m_editor.SetDataText(copy, text.data);
     if (!text.comment.empty()) m_editor.SetComment(copy, text.comment);
     // What stands above and beside a generated head is for the merge of comments.
-    if (withCommentAbove) target.SetBesideName(source.GetBesideName());
+    if (!source.IsGenerated()) target.SetBesideName(source.GetBesideName());
     if (source.IsGenerated()) m_editor.TagKeyword(inserted);
     if (source.IsSuppressed()) m_editor.Suppress(copy);
-    if (withCommentAbove) {
-        const std::string comment = m_source.GetDeckKeywords()->GetComment(position, true);
-        if (!comment.empty()) target.SetLeadingComment(comment, true);
-    }
+    if (!above.empty()) target.SetLeadingComment(above, true);
     if (m_work.sourceTimes.Holds(&source)) {
         m_work.targetTimes.Enter(inserted, m_work.sourceTimes.Of(&source));
     }

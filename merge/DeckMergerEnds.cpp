@@ -97,8 +97,9 @@ void DeckMerger::AddAtEnd(KeywordFile& file, const std::string& text, MergeRepor
 {
     KeywordFile& target = CounterpartOf(file);
     const std::string existing = target.TextAtEnd();
-    if (HoldsLines(existing, text)) return;
-    target.AddTextAtEnd(text + "\n");
+    const std::string rest = WithoutLines(text, EndLines(existing).all);
+    if (HoldsLines(existing, rest)) return;
+    target.AddTextAtEnd(rest + "\n");
     if (m_report == nullptr) return;
     const KeywordFileIterator last = LastOf(file);
     const IKeyword* keyword = last != file.End() ? *last : m_source.GetDeckKeywords()->GetIncludingKeyword(&file);

@@ -106,7 +106,7 @@ KeywordFileIterator DeckMerger::PlaceOfMissingHead(const KeywordIterator& head, 
 KeywordIterator DeckMerger::ExportHead(KeywordFileIterator& place, const KeywordIterator& head)
 {
     const std::optional<CopyText> text = TextToCopy(head);
-    const KeywordFileIterator copy = CopyKeyword(place, head, text ? *text : CopyText(), false);
+    const KeywordFileIterator copy = CopyKeyword(place, head, text ? *text : CopyText(), "");
     const IKeyword* closer = nullptr;
     if (const Keywords::IKeywordSyntax* syntax = head->GetSyntax()->GetScopeEndSyntax()) {
         closer = Insert(*syntax, place, "");

@@ -62,15 +62,42 @@ bool EndsFile(KeywordFileIterator place)
     return ++place == file->End();
 }
 
+namespace {
+
+/// Whole lines, each with a line end ahead of it, and one behind all.
+std::string AsLines(std::string_view text)
+{
+    std::string lines = "\n" + std::string(text) + "\n";
+    Service::StringReplace(lines, "\r\n", "\n");
+    return lines;
+}
+
+/// Without white space around, but for that ahead of the first line's text.
+std::string_view TrimmedLines(std::string_view lines)
+{
+    lines = Service::TrimmedRight(lines);
+    lines.remove_prefix(std::min(lines.find_first_not_of("\r\n"), lines.size()));
+    return lines;
+}
+
+} // namespace
+
 bool HoldsLines(const std::string& text, const std::string& lines)
 {
-    std::string wanted(Service::TrimmedRight(lines));
-    wanted.erase(0, wanted.find_first_not_of("\r\n"));
-    if (wanted.empty()) return true;
-    std::string existing = "\n" + text + "\n";
-    Service::StringReplace(wanted, "\r\n", "\n");
-    Service::StringReplace(existing, "\r\n", "\n");
-    return existing.find("\n" + wanted + "\n") != std::string::npos;
+    const std::string_view wanted = TrimmedLines(lines);
+    return wanted.empty() || AsLines(text).find(AsLines(wanted)) != std::string::npos;
+}
+
+std::string WithoutLines(const std::string& text, const std::string& lines)
+{
+    const std::string_view unwanted = TrimmedLines(lines);
+    if (unwanted.empty()) return text;
+    const std::string asLines = AsLines(unwanted);
+    std::string rest = AsLines(text);
+    const std::size_t found = rest.find(asLines);
+    if (found == std::string::npos) return text;
+    rest.erase(found, asLines.size() - 1);
+    return rest.size() > 1 ? rest.substr(1, rest.size() - 2) : std::string();
 }
 
 KeywordFile* FileOf(const KeywordIterator& position)

@@ -32,6 +32,9 @@ bool EndsFile(KeywordFileIterator place);
 /// Whether whole lines of the one, white space around them aside, are lines of the other, whatever their line ends.
 bool HoldsLines(const std::string& text, const std::string& lines);
 
+/// A text without these lines, with "\n" line ends, where they stand in it one behind the other; else as it is.
+std::string WithoutLines(const std::string& text, const std::string& lines);
+
 /// The file that a position stands in; null for none.
 KeywordFile* FileOf(const KeywordIterator& position);
 /// The name of a file without its folder.

@@ -33,6 +33,10 @@ TEST(MergeCommentsTest, CommentsGoToTheCounterparts)
          "RUNSPEC\nTABDIMS~\n1 /\n-- one\n-- two\nDIMENS~\n1 2 3 /\n",
          "RUNSPEC\nTABDIMS~\n1 /\r\n-- one\r\n-- two\r\n-- three\r\nDIMENS~\n1 2 3 /\n",
          "RUNSPEC\nTABDIMS~\n1 /\r\n-- one\r\n-- two\r\n-- three\r\nDIMENS~\n1 2 3 /\n"},
+        {"what the generator writes each time is there once",
+         "-- head\n-- mine\nRUNSPEC\nOIL~\n-- below\n-- mine too\nTABDIMS~\n1 /\n-- last\n-- mine as well\n",
+         "-- head\nRUNSPEC\nOIL~\n-- below\nTABDIMS~\n1 /\n-- last\n",
+         "-- head\n-- mine\nRUNSPEC\nOIL~\n-- below\n-- mine too\nTABDIMS~\n1 /\n-- last\n-- mine as well\n"},
         {"half a line is not the line", "RUNSPEC\nTABDIMS~\n1 /\n-- one\nDIMENS~\n1 2 3 /\n",
          "RUNSPEC\nTABDIMS~\n1 /\n-- one more\nDIMENS~\n1 2 3 /\n",
          "RUNSPEC\nTABDIMS~\n1 /\n-- one more\n-- one\nDIMENS~\n1 2 3 /\n"},
@@ -82,6 +86,10 @@ TEST(MergeCommentsTest, CommentsGoToTheCounterparts)
         const std::size_t count = decks.report.entries.size();
         decks.MergeComments();
         EXPECT_EQ(decks.report.entries.size(), count);
+        // Into a deck that was made anew once more the same comes.
+        TwoDecks anew({{"T.DATA", fact.expected}}, {{"T.DATA", fact.newText}});
+        anew.MergeComments();
+        EXPECT_EQ(anew.Text("T.DATA"), fact.expected);
     }
 }
 
