@@ -53,9 +53,6 @@ TEST_F(MergeTest, UserKeywordsGoBehindTheKeywordThatTheyFollowed)
          "RUNSPEC\nDIMENS~\n4 5 6 /\nWATER~\nGRID\n", "RUNSPEC\nDIMENS~\n4 5 6 /\nEQLDIMS\n 5 /\nWATER~\nGRID\n"},
         {"no anchor at all: behind the section's keyword", "RUNSPEC\nEQLDIMS\n 5 /\nOIL~\nGRID\n",
          "RUNSPEC\nOIL~\nGRID\n", "RUNSPEC\nEQLDIMS\n 5 /\nOIL~\nGRID\n"},
-        {"several stay in their order", "RUNSPEC\nDIMENS~\n1 2 3 /\nEQLDIMS\n 5 /\nTABDIMS\n 1 /\nOIL~\nWATER\nGAS\n",
-         "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\n",
-         "RUNSPEC\nDIMENS~\n1 2 3 /\nEQLDIMS\n 5 /\nTABDIMS\n 1 /\nOIL~\nWATER\n\nGAS\n\n"},
         {"the same anchor twice: by rank",
          "GRID\nPERMX~\n1 /\nPERMY~\n1 /\nPERMX~\n2 /\nMULTZ\n1 /\nPERMZ~\n3 /\nEDIT\n",
          "GRID\nPERMX~\n1 /\nPERMY~\n1 /\nPERMX~\n2 /\nPERMZ~\n3 /\nEDIT\n",
@@ -248,13 +245,6 @@ TEST_F(MergeTest, ASecondMergePutsEachKeywordOnceMore)
     EXPECT_TRUE(decks.MergeUserKeywords());
     EXPECT_EQ(decks.Text("T.DATA"),
               "RUNSPEC\nDIMENS~\n1 2 3 /\nEQLDIMS\n 5 /\nTABDIMS\n 2 /\nEQLDIMS\n 5 /\nTABDIMS\n 2 /\nGRID\n");
-}
-
-TEST_F(MergeTest, NothingOfTheUsersIsNothing)
-{
-    const std::string text = "RUNSPEC\nDIMENS~\n1 2 3 /\nSCHEDULE\nDATES~\n1 JAN 2020 /\n/\nEND\n";
-    Check({{"generated only", text, "RUNSPEC\nOIL~\n", "RUNSPEC\nOIL~\n"}, {"its own twin", text, text, text}});
-    EXPECT_TRUE(m_log.Empty());
 }
 
 } // namespace
