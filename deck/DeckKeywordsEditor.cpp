@@ -93,9 +93,7 @@ bool DeckKeywordsEditor::ApplyFileRenames(const std::map<Service::FileName, Serv
                                           bool generatedOnly)
 {
     if (m_deck == nullptr) return false;
-    FileRenames::Leaves leaves;
-    for (const auto& [from, to] : names)
-        leaves[from.GetFileName()] = to.GetFileName();
+    const FileRenames::Leaves leaves = FileRenames::LeavesOf(names);
     bool isAny = false;
     std::exception_ptr failure;
     try {
@@ -113,6 +111,23 @@ bool DeckKeywordsEditor::ApplyFileRenames(const std::map<Service::FileName, Serv
     m_fileManager.SaveCacheTable();
     if (failure) std::rethrow_exception(failure);
     return isAny;
+}
+
+FileRenamePlan DeckKeywordsEditor::PlanFileRenames(const std::map<Service::FileName, Service::FileName>& names,
+                                                   bool generatedOnly)
+{
+    if (m_deck == nullptr) return {};
+    const FileRenames::Leaves leaves = FileRenames::LeavesOf(names);
+    const FileRenames renames(m_deck->Keywords(), m_fileManager, leaves, generatedOnly);
+    renames.Check();
+    return renames.Plan();
+}
+
+FileRenamePlan FileRenamePlan::Of(IDeckKeywordsEditor& editor,
+                                  const std::map<Service::FileName, Service::FileName>& names, bool generatedOnly)
+{
+    auto* deckEditor = dynamic_cast<DeckKeywordsEditor*>(&editor);
+    return deckEditor != nullptr ? deckEditor->PlanFileRenames(names, generatedOnly) : FileRenamePlan();
 }
 
 void DeckKeywordsEditor::CommitRenamed(FileRenames& renames)

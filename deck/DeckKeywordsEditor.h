@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include <deckmanager/FileRenamePlan.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -59,6 +60,8 @@ public:
     void OverwriteFileFromPath(IKeywordFile* file, const std::string& path, bool commitFirst, bool keepTag) override;
     void OverwriteFile(IKeywordFile* file, std::istream& stream, bool replace, bool commitFirst, bool keepTag) override;
     bool ApplyFileRenames(const std::map<Service::FileName, Service::FileName>& names, bool generatedOnly) override;
+    /// See `FileRenamePlan`.
+    FileRenamePlan PlanFileRenames(const std::map<Service::FileName, Service::FileName>& names, bool generatedOnly);
     void TagAllKeywords() override;
     void UntagAllKeywords() override;
     void TagKeyword(const IKeyword* keyword) override;

@@ -35,6 +35,24 @@ std::size_t LeafBegin(const std::string& value)
     return separator == std::string::npos ? 0 : separator + 1;
 }
 
+std::size_t CommonEnd(const std::string& a, const std::string& b)
+{
+    const auto differs = std::mismatch(a.rbegin(), a.rend(), b.rbegin(), b.rend());
+    return static_cast<std::size_t>(differs.first - a.rbegin());
+}
+
+/// A text in which a path has been replaced, with no more than the leaf of it changed: what stands ahead in the path
+/// may be an alias. `renamed` as it is where the old text has no such leaf there.
+std::string WithLeafOnly(const std::string& text, const std::string& renamed, const std::string& from,
+                         const std::string& to)
+{
+    const std::size_t leafEnd = text.size() - CommonEnd(text, renamed) + CommonEnd(from, to);
+    if (leafEnd > text.size() || leafEnd < from.size()) return renamed;
+    const std::size_t leafBegin = leafEnd - from.size();
+    if (text.compare(leafBegin, from.size(), from) != 0) return renamed;
+    return text.substr(0, leafBegin) + to + text.substr(leafEnd);
+}
+
 FileName Beside(const FileName& name, const std::string& leaf)
 {
     return FileName(name.GetDirectory(), leaf);
@@ -86,7 +104,10 @@ void FileRenames::AddChange(FileReferencingKeyword& keyword, const std::string& 
     const std::string name = value.substr(0, LeafBegin(value)) + leaf;
     if (name == value) return;
     const std::optional<std::string> text = keyword.TextWithName(name, context);
-    if (text) m_changes.push_back({&keyword, *text, keyword.GetDataText()});
+    if (!text) return;
+    const std::shared_ptr<std::string> before = keyword.GetDataText();
+    m_changes.push_back(
+        {&keyword, before ? WithLeafOnly(*before, *text, value.substr(LeafBegin(value)), leaf) : *text, before});
 }
 
 void FileRenames::FindKeywordFiles(bool generatedOnly)
@@ -150,6 +171,24 @@ void FileRenames::FindGridFile(FileReferencingKeyword& keyword, const std::strin
         root = renamed.GetRootName();
         AddMove(nullptr, one, *leaf);
     }
+}
+
+FileRenames::Leaves FileRenames::LeavesOf(const std::map<FileName, FileName>& names)
+{
+    Leaves leaves;
+    for (const auto& [from, to] : names)
+        leaves[from.GetFileName()] = to.GetFileName();
+    return leaves;
+}
+
+FileRenamePlan FileRenames::Plan() const
+{
+    FileRenamePlan plan;
+    for (const Move& move : m_moves)
+        plan.moves.push_back({move.from, move.to});
+    for (const Change& change : m_changes)
+        plan.changes.push_back({change.keyword, change.before ? *change.before : std::string(), change.text});
+    return plan;
 }
 
 bool FileRenames::IsFileOfDeck(const FileName& name) const

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <deckmanager/FileRenamePlan.h>
 #include <deckmanager/KeywordFileIterator.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileUtils.h>
@@ -23,6 +24,7 @@ class FileRenames
 public:
     /// Old leaf names, with the new ones.
     using Leaves = std::map<std::string, std::string, Service::FileUtils::FileNameLess>;
+    static Leaves LeavesOf(const std::map<Service::FileName, Service::FileName>& names);
 
     /// Finds out what the renames come to; with `generatedOnly`, by generated keywords alone.
     FileRenames(DeckKeywords& keywords, IKeywordFileManager& fileManager, const Leaves& leaves, bool generatedOnly);
@@ -32,6 +34,8 @@ public:
 
     /// A file or a keyword bears one of the old names.
     bool IsAny() const { return m_isAny; }
+    /// What it comes to.
+    FileRenamePlan Plan() const;
     /// Throws `DeckManagerException` when two files would get one name, when a file of the deck stands under a new name
     /// and keeps it, and for a keyword in a file that is closed to edits.
     void Check() const;

@@ -1,6 +1,8 @@
 #include "EditRun.h"
 
+#include <algorithm>
 #include <iterator>
+#include <utility>
 
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
@@ -30,6 +32,23 @@ std::string TextOnDisk(const DeckManager::IKeywordFile& file)
     return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
+bool IsSame(const Service::FileName& a, const Service::FileName& b)
+{
+    Service::FileInputStream first(a.GetFullName());
+    Service::FileInputStream second(b.GetFullName());
+    if (!first.good() || !second.good()) return false;
+    std::vector<char> left(1 << 16);
+    std::vector<char> right(left.size());
+    while (first.good() && second.good()) {
+        first.read(left.data(), static_cast<std::streamsize>(left.size()));
+        second.read(right.data(), static_cast<std::streamsize>(right.size()));
+        if (first.gcount() != second.gcount() ||
+            !std::equal(left.begin(), left.begin() + first.gcount(), right.begin()))
+            return false;
+    }
+    return first.eof() && second.eof();
+}
+
 } // namespace
 
 EditRun::EditRun(DeckSession& session, const Options& options) : m_session(session), m_options(options)
@@ -39,16 +58,36 @@ EditRun::EditRun(DeckSession& session, const Options& options) : m_session(sessi
     }
 }
 
+EditRun::EditRun(DeckSession& session, const Options& options, std::vector<DeckManager::IKeywordFile*> changed)
+    : m_session(session), m_options(options), m_changed(std::move(changed))
+{
+}
+
 void EditRun::Finish()
 {
+    if (!m_options.dryRun) {
+        Finish([this] { m_session.Editor().Commit(); });
+        return;
+    }
     try {
-        if (m_options.dryRun)
-            MakeTexts();
-        else
-            Commit();
+        MakeTexts();
     } catch (const Service::Exception& exception) {
-        const bool isMerge = !m_options.newDeck.empty();
-        throw Failure(FileFailure, exception.what(), isMerge ? m_options.newDeck : m_options.deck);
+        throw Failure(FileFailure, exception.what(), Place());
+    }
+}
+
+const std::string& EditRun::Place() const
+{
+    const bool isMerge = !m_options.newDeck.empty();
+    return isMerge ? m_options.newDeck : m_options.deck;
+}
+
+void EditRun::Finish(const std::function<void()>& commit)
+{
+    try {
+        Commit(commit);
+    } catch (const Service::Exception& exception) {
+        throw Failure(FileFailure, exception.what(), Place());
     }
 }
 
@@ -64,12 +103,12 @@ void EditRun::MakeTexts()
 }
 
 /// An older backup goes only when its file has changed: an edit that is refused must not cost it.
-void EditRun::Commit()
+void EditRun::Commit(const std::function<void()>& commit)
 {
     std::vector<Backup> backups;
     try {
         if (m_options.backup) MakeBackups(backups);
-        m_session.Editor().Commit();
+        commit();
     } catch (...) {
         Settle(backups);
         throw;
@@ -83,7 +122,8 @@ void EditRun::Settle(const std::vector<Backup>& backups) const
     Service::FileSystem::ErrorCode error;
     for (const Backup& backup : backups) {
         const std::string& copy = backup.copy.GetFullName();
-        if (backup.file->IsModified())
+        // What has been refused, or taken back, stands as it was.
+        if (IsSame(backup.file->GetFileName(), backup.copy))
             files.Unlink(copy, error);
         else if (!files.Rename(copy, backup.name.GetFullName(), error))
             m_session.Log().Warning(m_session.PlaceOf(*backup.file), "The old file is kept as " + copy + ".");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -24,6 +25,9 @@ class EditRun
 {
 public:
     EditRun(DeckSession& session, const Options& options);
+    /// For a step that changes those files, and commits by itself.
+    EditRun(DeckSession& session, const Options& options,
+            std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*> changed);
 
     /// Nothing has changed.
     bool IsEmpty() const { return m_changed.empty(); }
@@ -31,6 +35,9 @@ public:
     /// Commits; with --backup each changed file is copied to `FILE~` before. With --dry-run makes the new texts
     /// instead. Throws `Failure` when that can't be done: the files are then as they were.
     void Finish();
+
+    /// The same with that step in the place of the commit, and without --dry-run.
+    void Finish(const std::function<void()>& commit);
 
     /// Throws `Failure` when some changed file can't be written, as far as permissions tell.
     void RequireWritable() const;
@@ -56,7 +63,8 @@ private:
     };
 
     void MakeTexts();
-    void Commit();
+    const std::string& Place() const;
+    void Commit(const std::function<void()>& commit);
     void MakeBackups(std::vector<Backup>& backups) const;
     void Settle(const std::vector<Backup>& backups) const;
 

@@ -27,6 +27,7 @@ constexpr HelpRow toChange[] = {
     {"note, above, header", "the comment in, above, at a file's head"},
     {"resolve DECK --set NAME=VALUE", "put values in the place of variables"},
     {"apply DECK FILE", "a script of such edits, all or none"},
+    {"rename DECK OLD=NEW", "files, and the keywords that name them"},
     {"sort DECK", "put keywords ahead of those that need them"},
     {"merge OLD NEW", "carry your work into a deck made anew"},
 };

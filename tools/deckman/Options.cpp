@@ -169,6 +169,15 @@ void AddEdit(CLI::App& verb, std::uint64_t takes, Options& options)
     if ((takes & TakesPlace) != 0) AddSection(verb, options, "at the end of that section, which is made if need be");
     if ((takes & TakesFileOfDeck) != 0)
         verb.add_option("--file", options.file, "that file of the deck, and not the top file")->type_name("FILE");
+    if ((takes & TakesRenames) != 0) {
+        verb.add_option_function<std::vector<std::string>>(
+                "OLD=NEW",
+                ToPairs(options.renames, "rename", "OLD=NEW is expected, a file of the deck and its new name."),
+                "files of the deck, and their new names")
+            ->required()
+            ->type_name("...");
+        verb.add_flag("--replace", options.replace, "delete a file that has a new name");
+    }
     if ((takes & TakesVariables) != 0) {
         verb.add_option_function<std::vector<std::string>>(
                 "--set", ToPairs(options.variables, "--set", "NAME=VALUE is expected, a variable and its value."),

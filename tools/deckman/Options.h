@@ -61,6 +61,7 @@ struct Options
     bool crLf = false;     ///< what is written has CR LF line ends, and not those of the files
 
     std::vector<std::pair<std::string, std::string>> variables; ///< resolve: names and values
+    std::vector<std::pair<std::string, std::string>> renames;   ///< rename: old and new names of files
     std::vector<std::pair<std::string, std::string>> fileMap;   ///< merge: names of included files in OLD and in NEW
     std::vector<std::string> excluded;                          ///< merge: files of OLD
     bool intoEdited = false;                                    ///< merge: NEW may hold keywords of a user already
@@ -69,7 +70,7 @@ struct Options
     std::string projectDir;    ///< of the project verbs: the project's directory
     std::string deckName;      ///< project add
     std::string newProjectDir; ///< project move
-    bool replace = false;      ///< project move: what stands at the new place goes
+    bool replace = false;      ///< project move, rename: what stands at the new place goes
 
     std::string project; ///< the directory of the project whose cache is used; empty: none
     bool json = false;

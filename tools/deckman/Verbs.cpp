@@ -128,6 +128,16 @@ constexpr VerbEntry verbs[] = {
      "was, so that a script may be made from one ls; a keyword that the script inserts counts behind those of its "
      "name.",
      changesAsJson, "", "echo \"set 'WCONPROD[HR-P2].ORAT' 1500\" | deckman apply field/FIELD.DATA -"},
+    {"rename", RunRename, TakesDeck | TakesRenames | TakesBackup | TakesWriting,
+     "Renames files of a deck, with every keyword that names them.",
+     "OLD is the file's name, or as much of its path as tells it from others; NEW is a name in the same folder. Names "
+     "may "
+     "be exchanged. The deck's top file and its grid files are files of it too. A file that has a new name already, "
+     "and "
+     "one OLD of many files, are refused without --replace.",
+     "With --json a line for each file: {\"action\":\"renamed\",\"from\",\"to\"}, and one for each keyword: "
+     "{\"action\":\"changed\",\"file\",\"line\",\"name\",\"old\",\"new\"}.",
+     "", "deckman rename field/FIELD.DATA wells.inc=producers_and_injectors.inc"},
     {"template", RunTemplate, TakesName, "Prints the text to start a keyword from.", "NAME in any case.",
      "With --json one object: {\"name\",\"text\"}.", "a new table of relative permeabilities", "deckman template SWOF"},
     {"sort", RunSort, TakesDeck | TakesWriting | TakesBackup,

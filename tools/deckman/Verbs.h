@@ -26,6 +26,7 @@ ExitStatus RunShow(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunGet(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFind(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCheck(DeckSession& session, const Options& options, Output& out);
+ExitStatus RunRename(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunApply(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunFlatten(DeckSession& session, const Options& options, Output& out);
 ExitStatus RunCopy(DeckSession& session, const Options& options, Output& out);
@@ -91,6 +92,7 @@ enum Takes : std::uint64_t
     TakesFileOfDeck = 1ULL << 29,    ///< --file
     TakesVariables = 1ULL << 30,     ///< --set
     TakesWhole = 1ULL << 31,         ///< with TakesWheres: none stands for the whole deck, where --all is given
+    TakesRenames = 1ULL << 32,       ///< OLD=NEW..., --replace
     TakesBackup = 1ULL << 27,        ///< --backup: the verb changes the files of the deck
 };
 
