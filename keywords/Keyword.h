@@ -106,6 +106,8 @@ public:
     std::string GetLeadingComment() const;
     /// What the user has put on the keyword's line, behind the name: text as it stands there, without the tag.
     std::string GetBesideName() const;
+    /// Of that, what stands ahead of the tag. Empty for a keyword that stands in no file.
+    std::string GetAheadOfTag() const;
     /// The same for a keyword that stands in no file yet.
     void SetBesideName(const std::string& text);
     /// What stands there in the text of a whole keyword of that name.

@@ -461,6 +461,18 @@ std::string Keyword::BesideName(const KeywordStretches& stretches, const std::st
     return line + " " + behindTag;
 }
 
+std::string Keyword::GetAheadOfTag() const
+{
+    if (!HasValidExtent()) return {};
+    const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
+    std::string line = GetName();
+    std::string behindTag;
+    SplitKeywordLine(KeywordStretches(*lines, m_position, m_size, CanHaveComment()), line, behindTag);
+    // A name may be written longer than it counts.
+    const std::size_t blank = line.find_first_of(" \t", GetName().size());
+    return blank != std::string::npos ? line.substr(blank) : std::string();
+}
+
 void Keyword::CopyStretch(ILineWriter& writer, ILineReader& lines, long long begin, long long end, bool activate) const
 {
     if (end <= begin) return;

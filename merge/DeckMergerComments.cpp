@@ -64,7 +64,7 @@ void DeckMerger::GatherRemarks()
         for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
             const auto& keyword = static_cast<const Keyword&>(**place);
             if (!IsAnchor(keyword) || !keyword.HasValidExtent() || keyword.IsSkipped()) continue;
-            const std::string remark(Service::Trimmed(keyword.GetBesideName()));
+            const std::string remark(Service::Trimmed(keyword.GetAheadOfTag()));
             if (!remark.empty()) m_remarks.emplace(&keyword, remark);
         }
     }
@@ -288,7 +288,7 @@ void DeckMerger::AddRemark(const KeywordIterator& position, const KeywordIterato
 {
     const auto found = m_remarks.find(*position);
     if (found == m_remarks.end()) return;
-    if (isCounterpart && !static_cast<const Keyword&>(**destination).GetBesideName().empty()) return;
+    if (isCounterpart && !static_cast<const Keyword&>(**destination).GetAheadOfTag().empty()) return;
     const bool isComment = VeldaneDeckInfo::BeginsWithCommentMarker(found->second);
     ApplyComment(destination, (isComment ? "" : "-- ") + found->second + "\n", position);
 }

@@ -70,6 +70,8 @@ TEST(MergeCommentsTest, CommentsGoToTheCounterparts)
         {"beside a name", "RUNSPEC -- beside R\nOIL -- beside O~\nTABDIMS and more~\n1 /\nGAS -- beside G~\nWATER~\n",
          "RUNSPEC\nOIL -- new~\nTABDIMS~\n1 /\nWATER~\n",
          "-- beside R\nRUNSPEC\nOIL -- new~\n-- and more\nTABDIMS~\n1 /\n-- beside G\nWATER~\n"},
+        {"what a generator puts behind its tag is none", "RUNSPEC\nOIL~ : APP\nWATER~ : APP\nGAS~\n", "RUNSPEC\nGAS~\n",
+         "RUNSPEC\nGAS~\n"},
         {"at the end of the file", "RUNSPEC\nTABDIMS~\n1 /\nEQLDIMS\n1 /\n\n-- last\n\n   -- words\n\n",
          "RUNSPEC\nTABDIMS~\n1 /\n-- new", "RUNSPEC\nTABDIMS~\n1 /\n-- new\n-- last\n\n   -- words\n"},
         {"at the end, and there already", "RUNSPEC\nTABDIMS~\n1 /\n-- last\n",
