@@ -268,6 +268,39 @@ TEST_F(Edit, TellsWhatItDidAndKeepsTheOldFiles)
     EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA x.DATA~");
 }
 
+/// A repeated record has no text of its own.
+TEST_F(Edit, WritesAfreshWhatHasNoPlaceInTheText)
+{
+    const std::string text = "RUNSPEC\nPROPS\nDENSITY -- mine\n-- note\n 1 2 3 / one\n-- two\n/\n";
+    m_folder.Write("x.DATA", text);
+    const Outcome outcome = Run({"set", "DENSITY[1].WATER", "5"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(m_folder.Read("x.DATA"), "RUNSPEC\nPROPS\nDENSITY -- mine\n-- note\n  1 2 3 /\n  1 5 3 /\n");
+    EXPECT_THAT(outcome.err, HasSubstr("x.DATA:3: warning: The text of DENSITY was written afresh from its data"));
+    // Not where something would be lost by it.
+    for (const char* first : {"1 x 3", "1 $A 3"}) {
+        const std::string open = Replaced(text, "1 2 3", first);
+        m_folder.Write("x.DATA", open);
+        EXPECT_EQ(Run({"set", "DENSITY[1].WATER", "5"}).status, 1);
+        EXPECT_EQ(m_folder.Read("x.DATA"), open);
+    }
+}
+
+/// Between the read of the deck and the commit, which waits for the script's end.
+TEST_F(Edit, AFileThatChangesMeanwhileIsLeftAlone)
+{
+    Launch run;
+    run.directory = m_folder.Path();
+    // With --json everything is looked at ahead of the first edit.
+    Shell("mkfifo text; (deckman insert x.DATA --before DIMENS - --json < text; echo $? > status) 2> told & "
+          "exec 3> text; echo 'EQLDIMS' >&3; sleep 1; echo '-- other' >> x.DATA; echo ' 3 /' >&3; exec 3>&-; wait",
+          run);
+    EXPECT_EQ(m_folder.Read("status"), "3\n");
+    EXPECT_THAT(m_folder.Read("told"), HasSubstr("has been changed on disk since it was read."));
+    EXPECT_EQ(m_folder.Read("x.DATA"), top + "-- other\n");
+    EXPECT_EQ(m_folder.Read("a.inc"), included);
+}
+
 TEST_F(Edit, SaysWhenAFileCannotBeWritten)
 {
     Launch run;
@@ -284,6 +317,17 @@ TEST_F(Edit, SaysWhenAFileCannotBeWritten)
     EXPECT_EQ(Deckman({"set", "x.DATA", "EQLDIMS.0", "3", "--backup"}, run).status, 3);
     EXPECT_EQ(m_folder.Read("a.inc~"), "older");
     EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA");
+    // A look says so too, behind what it shows; and so it is for a folder.
+    for (const char* modes : {"chmod 755 . && chmod 444 a.inc", "chmod 555 . && chmod 666 a.inc"}) {
+        ASSERT_EQ(Shell(modes, {m_folder.Path()}).status, 0);
+        const Outcome look = Deckman({"set", "x.DATA", "EQLDIMS.0", "3", "--dry-run"}, run);
+        EXPECT_EQ(look.status, 3);
+        EXPECT_THAT(look.out, HasSubstr("+ 3 /"));
+        EXPECT_EQ(look.err, "x.DATA: error: Nothing could be changed: no permission to write\n    a.inc\n");
+        EXPECT_EQ(Deckman({"set", "x.DATA", "EQLDIMS.0", "3"}, run).status, 3);
+        EXPECT_TRUE(IsAsBefore());
+    }
+    ASSERT_EQ(Shell("chmod 755 .", {m_folder.Path()}).status, 0);
 }
 
 } // namespace DeckmanTests

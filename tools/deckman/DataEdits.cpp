@@ -108,7 +108,7 @@ void SetInData(KeywordEdits& run, const KeywordEdits::Target& target, const Data
     if (!result.IsDone() || !run.Editor().SetDataText(target.position, result.text)) run.Refuse(keyword, reason);
     run.Session().Log().Warning(
         run.Session().PlaceOf(keyword),
-        fmt::format("The text of {} was written afresh from its data, without the comments in it. {}",
+        fmt::format("The text of {} was written afresh from its data, and comments among them are gone. {}",
                     keyword.GetName(), reason));
 }
 
