@@ -233,6 +233,9 @@ TEST(Check, ArraysHaveTheSizesOfTheGrid)
     };
     for (const auto& [text, findings] : cases)
         EXPECT_EQ(FindingsOn(grid + text), findings) << text;
+    EXPECT_EQ(
+        FindingsOn("RUNSPEC\nCOMPS\n 3 /\nTABDIMS\n 8* 2 /\nPROPS\nMW\n 16 30 /\n 16 30 44 /\nTCRIT\n 3*300 /\n/\n"),
+        (std::vector<std::string>{"7 error: MW has 2 values, and the number of components asks for 3."}));
     EXPECT_THAT(FindingsOn("RUNSPEC\nDUALPORO\nDIMENS\n 4 3 2 /\nGRID\nPORO\n 12*0.2 /\n"), IsEmpty());
     EXPECT_THAT(FindingsOn("RUNSPEC\nGRID\nPORO\n 12*0.2 /\n"), IsEmpty());
 }
@@ -249,10 +252,18 @@ TEST(Check, TablesAreWholeAndAsManyAsTheDeckHasRoomFor)
         {"DENSITY\n 800 1000 1 /\n 801 1000 1 /\n", {"7 warning: DENSITY has 2 rows, and TABDIMS (NTPVT) asks for 1."}},
         {"SWOF\n 0.1 0 1\n 1 1 0 0 /\n/\n", {"6" + incomplete}},
         {"SWOF\n 0.1 0 1 0 1 1 0 / the last item of the last row is left out\n/\n", {}},
+        {"SWOF\n 0.3 0 1 0\n 0.2 0 1 0\n 1 1 2*0 /\n/\n",
+         {"7 warning: SW does not increase in a table of SWOF: 0.2 stands behind 0.3."}},
+        // As many as TABDIMS says where it leaves the number out, and of tables with rows of their own.
+        {"PVTG\n 50 0 1 1 /\n 60 0 1 1 /\n/\n", {}},
         {"SWOF\n 0.1 0\n 1 0 -- one row\n 1 1 2*0 /\n/\n", {}},
     };
     for (const auto& [text, findings] : cases)
         EXPECT_EQ(FindingsOn(props + text), findings) << text;
+    EXPECT_EQ(FindingsOn("RUNSPEC\nTABDIMS\n/\nPROPS\nROCK\n 1 2 /\nDENSITY\n 3*1 /\n 3*2 /\n"),
+              (std::vector<std::string>{"9 warning: DENSITY has 2 rows, and TABDIMS (NTPVT) asks for 1."}));
+    EXPECT_EQ(FindingsOn("RUNSPEC\nTABDIMS\n 1 2 /\nPROPS\nPVTG\n 50 0 1 1 /\n 60 0 1 1 /\n/\n"),
+              (std::vector<std::string>{"5 warning: PVTG has only 1 table, and TABDIMS (NTPVT) asks for 2."}));
 }
 
 TEST(Check, NamesTheTerminatorThatIsMissing)
@@ -270,6 +281,10 @@ TEST(Check, NamesTheTerminatorThatIsMissing)
         {"RUNSPEC\nSUMMARY\nWOPR\n P1\n 'FOPR'\nFOPR P2\n/\n", {}},
         // Mnemonics that go by the names of keywords.
         {"RUNSPEC\nSOLUTION\nRPTSOL\nSWAT\nSGAS /\n", {}},
+        {"RUNSPEC\nSUMMARY\nWOPR\nWTPRXY\n/\n",
+         {"4 error: The keyword WTPRXY is read as data of WOPR: is a \"/\" missing ahead of it?"}},
+        {"RUNSPEC\nSOLUTION\nRPTSOL\n FIP= 2 SWAT 1 /\n",
+         {"4 warning: \"1\" among the names of RPTSOL says nothing. It takes NAME or NAME=number."}},
         {"RUNSPEC\nSOLUTION\nRPTSOL\nFIP = 2 SWAT RESTATR=2 /\n",
          {"4 warning: RPTSOL knows no RESTATR. Nearest: RESTART."}},
         {"RUNSPEC\nSCHEDULE\nACTIONX\n A 2 /\n WWCT P1 > 0.5 /\nWELOPEN\n P1 SHUT /\n/\nENDACTIO\n",

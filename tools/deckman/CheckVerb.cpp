@@ -274,6 +274,7 @@ void Check::Survey()
 {
     DeckWalk walk(m_session, m_options.all);
     while (walk.Next()) {
+        if (walk.Section() == SectionType::RUNSPEC) m_text.NotePresent(walk.Keyword().GetName());
         if (walk.Keyword().GetName() == "UDQ")
             GatherQuantities(walk.Keyword());
         else
@@ -389,11 +390,18 @@ void Check::ReadData(const DeckManager::IKeyword& keyword, SectionType section)
     if (!keyword.IsSuppressed()) m_grid.Pass(keyword, section, data.get());
 }
 
-/// An array that the catalogue gives a size.
+/// An array that the catalogue gives a size, or one for each region.
 void Check::CheckSize(const DeckManager::IKeyword& keyword, const Keywords::IKeywordData& data)
 {
     if (data.GetType() != Keywords::MDType::List) return;
     const auto& list = static_cast<const Keywords::IKeywordListData&>(data);
+    if (list.GetElementType() == Keywords::MDType::List) {
+        for (int i = 0; i < list.GetElementCount(); ++i) {
+            const auto& values = static_cast<const Keywords::IKeywordListData&>(list.GetContainer(i));
+            if (values.GetElementCount() > 0) CheckSize(keyword, values);
+        }
+        return;
+    }
     const std::string* expression = list.GetListMD()->GetSizeExpression();
     if (expression == nullptr || list.GetListMD()->GetTermination() != Keywords::Termination::Slash) return;
     const int count = list.GetElementCount();

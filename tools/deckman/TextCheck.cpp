@@ -1,8 +1,10 @@
 #include "TextCheck.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <exception>
+#include <limits>
 #include <span>
 #include <utility>
 #include <vector>
@@ -45,15 +47,18 @@ using Service::Log;
 using Token = KeywordSource::Token;
 
 constexpr std::size_t significantCharacters = 8;
+constexpr std::size_t shortStem = 4; // with the star
 
-/// The keyword that a simulator would see in a word that begins a line; null for none. Patterns don't count: they would
-/// take too many words for keywords.
+/// The keyword that a simulator would see in a word that begins a line; null for none. Patterns with a short stem don't
+/// count: they would take too many words for keywords.
 const IKeywordSyntax* KeywordIn(std::string_view word, SectionType section)
 {
     if (word.empty() || !Service::IsAlpha(word.front())) return nullptr;
     const std::string name = Service::Uppercased(word.substr(0, significantCharacters));
     for (const IKeywordSyntax* syntax : DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntaxes(name)) {
-        if (!syntax->GetName().ends_with('*') && syntax->IsValidForSection(section, SimulatorType::Any)) return syntax;
+        const std::string& pattern = syntax->GetName();
+        if (pattern.ends_with('*') && pattern.size() <= shortStem) continue;
+        if (syntax->IsValidForSection(section, SimulatorType::Any)) return syntax;
     }
     return nullptr;
 }
@@ -116,6 +121,12 @@ bool IsPlainRow(const IKeywordMD& row)
     return record.GetTermination() == Termination::None && areItems(record);
 }
 
+bool IsEmptyList(const Keywords::IKeywordData& data)
+{
+    return data.GetType() == MDType::List &&
+           static_cast<const Keywords::IKeywordListData&>(data).GetElementCount() == 0;
+}
+
 /// The columns of tables that are rows of numbers up to a "/"; null for other data.
 const IKeywordRecordMD* ColumnsOf(const IKeywordMD& shape)
 {
@@ -152,9 +163,40 @@ bool IsCutInteger(std::string_view word)
     return word[at] != '.' || word.find_first_not_of('0', at + 1) != std::string_view::npos;
 }
 
+std::optional<double> NumberIn(std::string_view word)
+{
+    double value = 0;
+    const auto [stop, error] = std::from_chars(word.data(), word.data() + word.size(), value);
+    return error == std::errc() && stop == word.data() + word.size() ? std::optional(value) : std::nullopt;
+}
+
 bool IsComparison(std::string_view word)
 {
     return word == ">" || word == "<" || word == ">=" || word == "<=" || word == "=" || word == "!=";
+}
+
+/// The item that a size expression names.
+struct Source
+{
+    std::string keyword;                      ///< empty for another expression
+    const IKeywordRecordMD* record = nullptr; ///< null where the catalogue doesn't know the item
+    int item = 0;
+};
+
+/// Of "RUNSPEC:TABDIMS[1]".
+Source ParseSource(const std::string& expression)
+{
+    const std::size_t colon = expression.find(':');
+    const std::size_t open = expression.find('[');
+    if (colon == std::string::npos || open == std::string::npos || open < colon) return {};
+    Source source{expression.substr(colon + 1, open - colon - 1), nullptr, std::atoi(expression.c_str() + open + 1)};
+    const IKeywordSyntax* syntax =
+        DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax(source.keyword, true);
+    const IKeywordMD* shape = syntax != nullptr ? syntax->GetMetaData() : nullptr;
+    if (shape != nullptr && shape->GetType() == MDType::Record &&
+        source.item < static_cast<const IKeywordRecordMD*>(shape)->GetItemCount())
+        source.record = static_cast<const IKeywordRecordMD*>(shape);
+    return source;
 }
 
 /// The deck must have that many; other sizes are how many there is room for.
@@ -199,7 +241,7 @@ void TextCheck::Look(const Keywords::IKeywordData& data, const Take& take)
         LookAtMap(static_cast<const IKeywordMapMD&>(shape), take);
     } else if (shape.GetType() == MDType::List) {
         if (const IKeywordRecordMD* columns = ColumnsOf(shape)) LookAtColumns(*columns, take);
-        LookAtRows(static_cast<const IKeywordListMD&>(shape), take);
+        LookAtRows(static_cast<const IKeywordListMD&>(shape), data, take);
     }
 }
 
@@ -207,8 +249,16 @@ void TextCheck::LookAtMap(const IKeywordMapMD& map, const Take& take)
 {
     const std::vector<Token>& tokens = m_source.Tokens();
     if (tokens.empty() || !Service::IsAlpha(tokens.front().text.empty() ? ' ' : tokens.front().text.front())) return;
+    bool takesNumber = false; // behind NAME =
     for (const Token& token : tokens) {
         if (token.isSlash) return;
+        const bool isValue = std::exchange(takesNumber, token.text.ends_with('='));
+        if (!token.text.empty() && Service::IsDigit(token.text.front()) && !isValue) {
+            take({token.line, Log::Warning,
+                  fmt::format("\"{}\" among the names of {} says nothing. It takes NAME or NAME=number.", token.text,
+                              m_keyword->GetName())});
+            return;
+        }
         const std::string_view entry = Service::TrimmedRight(token.text.substr(0, token.text.find('=')));
         if (entry.empty() || !Service::IsAlpha(entry.front()) || map.FindEntry(entry) >= 0) continue;
         std::vector<std::string_view> entries;
@@ -220,19 +270,26 @@ void TextCheck::LookAtMap(const IKeywordMapMD& map, const Take& take)
     }
 }
 
-void TextCheck::LookAtRows(const IKeywordListMD& rows, const Take& take)
+void TextCheck::LookAtRows(const IKeywordListMD& rows, const Keywords::IKeywordData& data, const Take& take)
 {
     const std::string* expression = rows.GetSizeExpression();
-    if (expression == nullptr || rows.GetTermination() != Termination::None || !IsPlainRow(*rows.GetElementMD()))
-        return;
-    const std::optional<int> size = SizeOf(*expression);
+    if (expression == nullptr || rows.GetTermination() != Termination::None) return;
+    std::optional<int> size = SizeOf(*expression);
     if (!size || *size < 1) return;
-    const std::vector<Token>& tokens = m_source.Tokens();
+    // ROCKOPTS may say that rock goes by its own regions.
+    if (m_keyword->GetName() == "ROCK") size = std::max(*size, SizeOf("RUNSPEC:TABDIMS[12]").value_or(0));
     long long count = 0;
     int first = 0; // the line of the first row that is too many
-    for (std::size_t i = 0; i < tokens.size(); ++i) {
-        if (count == *size && first == 0 && !tokens[i].isSlash) first = tokens[i].line;
-        if (tokens[i].isSlash) ++count;
+    if (IsPlainRow(*rows.GetElementMD())) {
+        for (const Token& token : m_source.Tokens()) {
+            if (count == *size && first == 0 && !token.isSlash) first = token.line;
+            if (token.isSlash) ++count;
+        }
+    } else {
+        const auto& tables = static_cast<const Keywords::IKeywordListData&>(data);
+        count = tables.GetElementCount();
+        while (count > 0 && IsEmptyList(tables.GetContainer(static_cast<int>(count) - 1)))
+            --count;
     }
     const std::string_view what = rows.GetElementMD()->GetType() == MDType::Record ? "row" : "table";
     const auto told = [&](std::string_view more) {
@@ -241,7 +298,7 @@ void TextCheck::LookAtRows(const IKeywordListMD& rows, const Take& take)
     };
     if (count > *size && first > 0)
         take({first, Log::Warning, told("")});
-    else if (count < *size && IsExact(*expression))
+    else if (count < *size && IsExact(*expression) && m_keyword->GetName() != "ROCK")
         take({m_keyword->GetLine(), Log::Warning, told("only ")});
 }
 
@@ -258,6 +315,9 @@ void TextCheck::LookAtColumns(const IKeywordRecordMD& columns, const Take& take)
     long long onLine = 0; // of its last line
     int oddLine = 0;      // the first line that holds no whole rows
     int lastLine = 0;
+    constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+    double ahead = unknown; // what the first column holds in the row ahead
+    bool falls = false;     // told of this table
     const auto closeLine = [&] {
         if (onLine % width != 0 && oddLine == 0) oddLine = lastLine;
         onLine = 0;
@@ -268,10 +328,21 @@ void TextCheck::LookAtColumns(const IKeywordRecordMD& columns, const Take& take)
             lastLine = token.line;
         }
         if (!token.isSlash) {
+            if (count % width == 0) {
+                const double value = NumberIn(token.text).value_or(unknown);
+                if (value <= ahead && !std::exchange(falls, true)) {
+                    take({token.line, Log::Warning,
+                          fmt::format("{} does not increase in a table of {}: {} stands behind {}.",
+                                      columns.GetItemName(0), m_keyword->GetName(), value, ahead)});
+                }
+                ahead = value;
+            }
             count += token.count;
             onLine += token.count;
             continue;
         }
+        ahead = unknown;
+        falls = false;
         closeLine();
         if (count % width != 0) {
             // What is left out at the end of the last row is left to its default.
@@ -419,19 +490,24 @@ int TextCheck::LineOfRecord(const DeckManager::IKeyword& keyword, int record)
     return keyword.GetLine();
 }
 
+/// What an item of RUNSPEC comes to that its keyword leaves out.
+std::optional<int> TextCheck::DefaultOf(const std::string& expression) const
+{
+    const Source source = ParseSource(expression);
+    if (source.record == nullptr || m_present.count(source.keyword) == 0) return std::nullopt;
+    const IKeywordMD& item = *source.record->GetItemMD(source.item);
+    if (item.GetType() != MDType::Integer) return std::nullopt;
+    const std::string& text = static_cast<const Keywords::IKeywordItemMD&>(item).GetDefaultText(SimulatorType::Any);
+    return text.empty() ? std::nullopt : std::optional(std::atoi(text.c_str()));
+}
+
 std::string TextCheck::SourceOf(const std::string& expression)
 {
-    const std::size_t colon = expression.find(':');
-    const std::size_t open = expression.find('[');
-    if (colon == std::string::npos || open == std::string::npos || open < colon) return "the deck";
-    const std::string name = expression.substr(colon + 1, open - colon - 1);
-    const IKeywordSyntax* syntax = DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
-    const IKeywordMD* shape = syntax != nullptr ? syntax->GetMetaData() : nullptr;
-    const int item = std::atoi(expression.c_str() + open + 1);
-    if (shape == nullptr || shape->GetType() != MDType::Record ||
-        item >= static_cast<const IKeywordRecordMD*>(shape)->GetItemCount())
-        return name;
-    return fmt::format("{} ({})", name, static_cast<const IKeywordRecordMD*>(shape)->GetItemName(item));
+    if (expression == "context:COMPS") return "the number of components";
+    const Source source = ParseSource(expression);
+    if (source.keyword.empty()) return "the deck";
+    if (source.record == nullptr) return source.keyword;
+    return fmt::format("{} ({})", source.keyword, source.record->GetItemName(source.item));
 }
 
 std::optional<int> TextCheck::SizeOf(const std::string& expression)
@@ -447,6 +523,7 @@ std::optional<int> TextCheck::SizeOf(const std::string& expression)
     } catch (const std::exception&) {
         size.reset();
     }
+    if (!size) size = DefaultOf(expression);
     m_sizes.emplace(expression, size);
     return size;
 }

@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -62,6 +63,9 @@ public:
     /// The line on which the record of that index of a list of records ends; the keyword's own when that can't be told.
     int LineOfRecord(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword, int record);
 
+    /// A keyword of that name is in the deck's RUNSPEC.
+    void NotePresent(const std::string& name) { m_present.insert(name); }
+
     /// What a size expression of the catalogue comes to; none when the deck doesn't tell it.
     std::optional<int> SizeOf(const std::string& expression);
     /// Who says it, in the words of a message: "TABDIMS (NTPVT)".
@@ -69,15 +73,19 @@ public:
 
 private:
     void LookAtMap(const Tarn::Fjel::Core::Keywords::IKeywordMapMD& map, const Take& take);
-    void LookAtRows(const Tarn::Fjel::Core::Keywords::IKeywordListMD& rows, const Take& take);
+    void LookAtRows(const Tarn::Fjel::Core::Keywords::IKeywordListMD& rows,
+                    const Tarn::Fjel::Core::Keywords::IKeywordData& data, const Take& take);
     void LookAtColumns(const Tarn::Fjel::Core::Keywords::IKeywordRecordMD& columns, const Take& take);
     void LookAtIntegers(const Tarn::Fjel::Core::Keywords::IKeywordRecordMD& row, const Take& take);
     void LookAtConditions(const Take& take);
     void LookAtDefinitions(const Tarn::Fjel::Core::Keywords::IKeywordData& udq, const Take& take);
 
+    std::optional<int> DefaultOf(const std::string& expression) const;
+
     KeywordSource m_source;
     const Tarn::Fjel::Core::DeckManager::IKeyword* m_keyword = nullptr; ///< that the source holds; null for none
     Tarn::Fjel::Core::DeckManager::Context m_context;
+    std::set<std::string, std::less<>> m_present; ///< names of keywords of RUNSPEC
     std::map<std::string, std::optional<int>, std::less<>> m_sizes;
 };
 
