@@ -64,9 +64,7 @@ TEST(PlainTokens, AreThoseOfTheTokenizers)
         fast.SetText(&line);
         std::string_view token;
         bool quoted = false;
-        // Pieces without a gap may make a repeat of a thousand million.
-        constexpr int most = 1000;
-        for (int i = 0; i < most; ++i) {
+        for (;;) {
             const bool more = slow.NextView(token, &quoted, allowCommas);
             const Token expected{std::string(token), quoted};
             const bool simple = fast.RepeatCount() == 0 && fast.Inner().TakeSimple(token, quoted);
@@ -74,6 +72,12 @@ TEST(PlainTokens, AreThoseOfTheTokenizers)
             if (!more) break;
             RC_ASSERT((Token{std::string(token), quoted} == expected));
             RC_ASSERT(fast.Inner().Remaining() == slow.Inner().Remaining());
+            // Pieces without a gap may make a repeat of a thousand million, of which the ends will do.
+            constexpr std::int32_t most = 100;
+            RC_ASSERT(fast.RepeatCount() == slow.RepeatCount());
+            if (slow.RepeatCount() <= most) continue;
+            fast.TakeRepeats(fast.RepeatCount() - most);
+            slow.TakeRepeats(slow.RepeatCount() - most);
         }
     }));
     Tarn::Fjel::Core::Service::MessageCapper::instance().reset(); // of lines that are too long
