@@ -308,6 +308,8 @@ TEST(Check, NamesTheTerminatorThatIsMissing)
          {"3 warning: NTPVT \"2abc\" of TABDIMS is no whole number, and is read as 2.",
           "3 warning: NSSFUN \"15.5\" of TABDIMS is no whole number, and is read as 15.",
           "3 warning: NPPVT \"1E3\" of TABDIMS is no whole number, and is read as 1."}},
+        {well + " A G 1 1 1* OIL /\n B G 2\n 2 /\n/\n", {"6 warning: PHASE of WELSPECS has no value, and no default."}},
+        {"RUNSPEC\nDIMENS\n 4 3 /\n", {"3 warning: NZ of DIMENS has no value, and no default."}},
         {"RUNSPEC\nGRID\nIMPORT\n 'none.gsg' /\n", {"3 warning: The file none.gsg of this IMPORT does not exist."}},
     };
     for (const auto& [text, findings] : cases)

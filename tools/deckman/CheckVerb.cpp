@@ -361,6 +361,7 @@ void Check::ReadAllData()
 void Check::ReadData(const DeckManager::IKeyword& keyword, SectionType section)
 {
     const auto take = [&](const TextCheck::Fault& fault) {
+        m_doubtful.insert(&keyword);
         m_report.Add({FileNameOf(keyword), fault.line, keyword.GetName(), fault.severity, fault.text});
     };
     std::unique_ptr<Keywords::IKeywordData> data;

@@ -236,7 +236,11 @@ void TextCheck::Look(const Keywords::IKeywordData& data, const Take& take)
     const IKeywordMD& shape = *m_keyword->GetSyntax()->GetMetaData();
     if (m_keyword->GetName() == "ACTIONX") LookAtConditions(take);
     if (m_keyword->GetName() == "UDQ") LookAtDefinitions(data, take);
-    if (const IKeywordRecordMD* row = RowOf(shape)) LookAtIntegers(*row, take);
+    if (const IKeywordRecordMD* row = RowOf(shape)) {
+        LookAtIntegers(*row, take);
+        // An INCLUDE without a name is told in its own words.
+        if (m_keyword->GetSyntax()->GetKind() != Keywords::KeywordKind::Include) LookAtItems(*row, data, take);
+    }
     if (shape.GetType() == MDType::Map) {
         LookAtMap(static_cast<const IKeywordMapMD&>(shape), take);
     } else if (shape.GetType() == MDType::List) {
@@ -378,6 +382,27 @@ void TextCheck::LookAtIntegers(const IKeywordRecordMD& row, const Take& take)
     }
 }
 
+/// Items that must be given.
+void TextCheck::LookAtItems(const IKeywordRecordMD& row, const Keywords::IKeywordData& data, const Take& take)
+{
+    const auto look = [&](const Keywords::IKeywordData& values, int index) {
+        const auto& record = static_cast<const Keywords::IKeywordRecordData&>(values);
+        for (int i = 0; i < row.GetItemCount(); ++i) {
+            if (row.IsItemDefaultable(i) || record.GetItem(i).HasValue()) continue;
+            take({LineOfRow(index), Log::Warning,
+                  fmt::format("{} of {} has no value, and no default.", row.GetItemName(i), m_keyword->GetName())});
+            return;
+        }
+    };
+    if (data.GetType() == MDType::Record) {
+        look(data, 0);
+        return;
+    }
+    const auto& list = static_cast<const Keywords::IKeywordListData&>(data);
+    for (int i = 0; i < list.GetElementCount(); ++i)
+        look(list.GetContainer(i), i);
+}
+
 /// Each condition of an action compares two things.
 void TextCheck::LookAtConditions(const Take& take)
 {
@@ -483,11 +508,18 @@ bool TextCheck::IsQuantityName(std::string_view word)
 
 int TextCheck::LineOfRecord(const DeckManager::IKeyword& keyword, int record)
 {
+    m_keyword = nullptr;
     if (record < 0 || !m_source.Read(keyword)) return keyword.GetLine();
+    m_keyword = &keyword;
+    return LineOfRow(record);
+}
+
+int TextCheck::LineOfRow(int row)
+{
     for (const Token& token : m_source.Tokens()) {
-        if (token.isSlash && record-- == 0) return token.line;
+        if (token.isSlash && row-- == 0) return token.line;
     }
-    return keyword.GetLine();
+    return m_keyword->GetLine();
 }
 
 /// What an item of RUNSPEC comes to that its keyword leaves out.

@@ -26,7 +26,7 @@ class DeckSession;
 
 /// What is wrong with the text of a keyword though its data can be read: a terminator that is missing, so that the next
 /// keyword is data of this one; tables and rows that are too many, too few or incomplete; names that a map doesn't
-/// know; whole numbers that are none; conditions without a comparison.
+/// know; items without a value that have no default; whole numbers that are none; conditions without a comparison.
 class TextCheck
 {
 public:
@@ -77,9 +77,12 @@ private:
                     const Tarn::Fjel::Core::Keywords::IKeywordData& data, const Take& take);
     void LookAtColumns(const Tarn::Fjel::Core::Keywords::IKeywordRecordMD& columns, const Take& take);
     void LookAtIntegers(const Tarn::Fjel::Core::Keywords::IKeywordRecordMD& row, const Take& take);
+    void LookAtItems(const Tarn::Fjel::Core::Keywords::IKeywordRecordMD& row,
+                     const Tarn::Fjel::Core::Keywords::IKeywordData& data, const Take& take);
     void LookAtConditions(const Take& take);
     void LookAtDefinitions(const Tarn::Fjel::Core::Keywords::IKeywordData& udq, const Take& take);
 
+    int LineOfRow(int row);
     std::optional<int> DefaultOf(const std::string& expression) const;
 
     KeywordSource m_source;
