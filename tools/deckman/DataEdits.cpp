@@ -7,7 +7,6 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordText.h>
-#include <deckmanager/KeywordVariables.h>
 #include <deckmanager/ReadKeywordData.h>
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordData.h>
@@ -47,17 +46,18 @@ DataTextEditor::Path AsPath(const std::vector<int>& numbers)
     return {numbers.begin(), numbers.end()};
 }
 
-/// The data of a keyword whose text has been asked for, read from that; null where it takes the deck to read them.
-/// What is wrong with them is told by whoever changes them.
-std::unique_ptr<Keywords::IKeywordData> DataOf(KeywordEdits& run, const IKeyword& keyword)
+/// What is wrong with the data is told by whoever reads all of them; an edit concerns one item.
+const Keywords::IKeywordData& DataOf(KeywordEdits& run, const IKeyword& keyword)
 {
     const Messages::Diversion diversion(run.Session().Log(), [](const Messages::Message&) {});
-    DeckManager::KeywordVariables variables;
+    const Keywords::IKeywordData* data = nullptr;
     try {
-        return DeckManager::ReadKeywordData(*keyword.GetSyntax(), keyword.GetName(), TextOf(run, keyword), &variables);
-    } catch (const Service::Exception&) {
-        return nullptr;
+        data = run.Session().Keywords().GetKeywordData(&keyword);
+    } catch (const Service::Exception& exception) {
+        run.Refuse(keyword, exception.what());
     }
+    if (data == nullptr) run.Refuse(keyword, fmt::format("{} has no data, and so no items.", keyword.GetName()));
+    return *data;
 }
 
 DataTextEditor EditorFor(const KeywordEdits& run, const IKeyword& keyword)
@@ -178,13 +178,12 @@ void AddElement(KeywordEdits& run, const Addition& addition, const Options& opti
     const KeywordEdits::Target target = run.Find(addition.list, options);
     const IKeyword& keyword = *target.keyword;
     const std::string text = TextOf(run, keyword);
-    const Keywords::IKeywordData* data = run.Session().Keywords().GetKeywordData(&keyword);
-    if (data == nullptr) run.Refuse(keyword, fmt::format("{} has no data, and so no items.", keyword.GetName()));
-    const ItemPath::Item item = target.items.Find(*data, keyword.GetName());
+    const Keywords::IKeywordData& data = DataOf(run, keyword);
+    const ItemPath::Item item = target.items.Find(data, keyword.GetName());
     if (!item.IsContainer() || item.container->GetType() != MDType::List)
         run.Refuse(keyword, fmt::format("{} is no list, to which something could be added.", addition.list));
     const MDType element = static_cast<const Keywords::IKeywordListData&>(*item.container).GetElementType();
-    const DataTextEditor::Path path = AsPath(target.items.Numbers(*data, keyword.GetName()));
+    const DataTextEditor::Path path = AsPath(target.items.Numbers(data, keyword.GetName()));
     const DataTextEditor editor = EditorFor(run, keyword);
     if (element == MDType::Record)
         TakeText(run, target, editor.InsertRecord(text, path, addition.index, ValuesOf(options.value)));
@@ -232,15 +231,7 @@ std::string GivenText(const Options& options)
 DataTextEditor::Path PathTo(KeywordEdits& run, const KeywordEdits::Target& target)
 {
     const IKeyword& keyword = *target.keyword;
-    const std::unique_ptr<Keywords::IKeywordData> alone = DataOf(run, keyword);
-    const Keywords::IKeywordData* data = alone.get();
-    try {
-        if (data == nullptr) data = run.Session().Keywords().GetKeywordData(&keyword);
-    } catch (const Service::Exception& exception) {
-        run.Refuse(keyword, exception.what());
-    }
-    if (data == nullptr) run.Refuse(keyword, fmt::format("{} has no data, and so no items.", keyword.GetName()));
-    return AsPath(target.items.Numbers(*data, keyword.GetName()));
+    return AsPath(target.items.Numbers(DataOf(run, keyword), keyword.GetName()));
 }
 
 void TakeText(KeywordEdits& run, const KeywordEdits::Target& target, const DataTextEditor::Result& result)
