@@ -4,6 +4,7 @@
 #include "deck/DiskOrder.h"
 #include "deck/FilePaths.h"
 #include "deck/KeywordNames.h"
+#include "files/FileRing.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
 #include <tarn/keywords/IKeywordSyntax.h>
@@ -45,8 +46,18 @@ bool DeckKeywords::IsEditedByAnother(const KeywordFile& file) const
 void DeckKeywords::Rollback()
 {
     // A file that was never read has no changes, and is not read for this.
-    for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile)) {
-        if (!IsEditedByAnother(*file)) file->CancelChanges();
+    std::vector<std::shared_ptr<KeywordFile>> files;
+    for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))
+        files.push_back(file->shared_from_this());
+    {
+        const FileRing::Truce truce;
+        for (const std::shared_ptr<KeywordFile>& file : files) {
+            if (!IsEditedByAnother(*file)) file->CancelChanges();
+        }
+    }
+    // Links that waited for others to go.
+    for (const std::shared_ptr<KeywordFile>& file : files) {
+        if (file->IsLoaded()) file->IncludedFiles();
     }
     DropAll();
 }
@@ -86,6 +97,11 @@ void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
         } else if (kind == KeywordKind::Section) {
             m_sections.reset();
         }
+        if (args.GetKind() == KeywordFileEventArgs::Move) {
+            const auto& move = static_cast<const KeywordFileMoveEventArgs&>(args);
+            const bool isBetweenFiles = &move.Target() != &move.File();
+            if (isBetweenFiles && m_movesHeard + 1 == KeywordFile::MovesBetweenFiles()) ++m_movesHeard;
+        }
         break;
     }
     case KeywordFileEventArgs::Cancel:
@@ -99,7 +115,15 @@ void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
     }
 }
 
-void DeckKeywords::DropAll()
+/// A move from a file of another deck alone into one that both share goes out at the former.
+void DeckKeywords::DropWhatMissedMoves() const
+{
+    if (m_movesHeard == KeywordFile::MovesBetweenFiles()) return;
+    DropAll();
+    m_movesHeard = KeywordFile::MovesBetweenFiles();
+}
+
+void DeckKeywords::DropAll() const
 {
     m_logicalEnd.reset();
     m_physicalEnd.reset();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "deck/DeckKeywords.h"
@@ -16,12 +17,17 @@ namespace {
 
 using Files = std::vector<std::shared_ptr<KeywordFile>>;
 
-/// Held, since an INCLUDE that is commented out lets its file go. Those that a removed INCLUDE named count too.
+/// Held, since an INCLUDE that is commented out lets its file go. What was edited in a file while an INCLUDE named it
+/// counts too; else such a file is left alone.
 Files FilesOf(KeywordFile& root)
 {
+    const std::vector<KeywordFile*> all = FilePaths::ReadFromBelow(root);
+    const std::vector<KeywordFile*> present = FilePaths::ReadFromBelow(root, false);
+    const std::unordered_set<const KeywordFile*> isPresent(present.begin(), present.end());
     Files files;
-    for (KeywordFile* file : FilePaths::ReadFromBelow(root))
-        files.push_back(file->shared_from_this());
+    for (KeywordFile* file : all) {
+        if (isPresent.count(file) > 0 || file->IsModified()) files.push_back(file->shared_from_this());
+    }
     std::reverse(files.begin(), files.end());
     return files;
 }
@@ -46,6 +52,24 @@ void RequireWritable(const Files& files)
     }
     if (names.empty()) return;
     throw DeckManagerException("Fails to commit changes due to insufficient privileges to create/modify:\n" + names);
+}
+
+/// Reads the files anew whose lists a scan would not find. Which section keywords count depends on all files of a deck,
+/// so where some recur, these go together.
+void ReadAnew(const Files& files, KeywordFile& root)
+{
+    const auto is = [&files](bool (KeywordFile::*question)() const) {
+        return std::any_of(files.begin(), files.end(), [&](const auto& file) { return ((*file).*question)(); });
+    };
+    const bool someDiffer = is(&KeywordFile::IsToBeReadAnew);
+    if (!someDiffer && !is(&KeywordFile::HasOtherIncludes)) return;
+    const bool allGo = is(&KeywordFile::HasRecurringSections);
+    if (!someDiffer && !allGo) return;
+    // As in a refresh: a file goes after those that it includes.
+    for (auto file = files.rbegin(); file != files.rend(); ++file) {
+        if ((*file)->IsToBeReadAnew() || (allGo && (*file)->IsLoaded() && !(*file)->IsPending())) (*file)->Reload();
+    }
+    FilePaths::ReadFromBelow(root);
 }
 
 } // namespace
@@ -88,7 +112,10 @@ void DeckKeywords::Commit()
             failures += failure.what();
         }
     }
+    ReadAnew(files, *m_rootFile);
     if (!failures.empty()) throw DeckManagerException(failures);
+    for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))
+        file->ForgetFormerFiles();
 }
 
 void DeckKeywords::CommitFile(KeywordFile& file)

@@ -210,6 +210,7 @@ const Keyword* DeckKeywords::AheadOnDisk(KeywordFileIterator place, const Keywor
         break;
     }
     // Something lies between, or an edit has moved one of them: the lists don't tell.
+    DropWhatMissedMoves();
     if (!m_diskOrder || m_diskOrderStamp != LinkCounter::Now() || !m_diskOrder->Knows(keyword)) {
         m_diskOrder = std::make_unique<DiskOrder>(FilePaths::ReadFromBelow(*m_rootFile));
         m_diskOrderStamp = LinkCounter::Now();

@@ -12,6 +12,7 @@ using Keywords::SectionType;
 
 const IKeyword* DeckKeywords::FirstOfName(SectionType section, std::string_view name) const
 {
+    DropWhatMissedMoves();
     const bool endedByEND = Environment::Instance().DeckTerminatedByENDKeyword();
     if (!m_names || m_names->links != LinkCounter::Now() || m_names->endedByEND != endedByEND) {
         // Reads what is not read yet, which may make links.

@@ -114,6 +114,7 @@ KeywordIterator DeckKeywords::Begin() const
 
 const KeywordIterator& DeckKeywords::LogicalEnd() const
 {
+    DropWhatMissedMoves();
     if (!m_logicalEnd) {
         KeywordIterator position = Begin();
         for (const IKeyword* keyword = *position; keyword != nullptr; keyword = *position) {
@@ -134,6 +135,7 @@ const KeywordIterator& DeckKeywords::End() const
 
 KeywordIterator DeckKeywords::PhysicalEnd() const
 {
+    DropWhatMissedMoves();
     // A walk at its end stands at the end of the top file: no need to go there.
     if (!m_physicalEnd) m_physicalEnd = IteratorAccess::At(m_rootFile->WalkEnd());
     return *m_physicalEnd;
@@ -141,6 +143,7 @@ KeywordIterator DeckKeywords::PhysicalEnd() const
 
 const DeckKeywords::Sections& DeckKeywords::GetSections() const
 {
+    DropWhatMissedMoves();
     const bool endedByEND = Environment::Instance().DeckTerminatedByENDKeyword();
     if (m_sections && m_sections->endedByEND == endedByEND) return *m_sections;
 

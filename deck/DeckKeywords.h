@@ -145,7 +145,8 @@ private:
     void UnbindContext() const;
     bool IsEditedByAnother(const KeywordFile& file) const;
     void OnKeywordFileChanged(KeywordFileEventArgs& args);
-    void DropAll();
+    void DropWhatMissedMoves() const;
+    void DropAll() const;
 
     std::shared_ptr<KeywordFile> m_rootFile;
     bool m_variablesAllowed;
@@ -158,6 +159,7 @@ private:
     mutable std::unique_ptr<KeywordNames> m_names;
     mutable std::unique_ptr<FilePaths> m_paths;
     mutable unsigned long long m_pathsStamp = 0;
+    mutable unsigned long long m_movesHeard = 0; ///< of `KeywordFile::MovesBetweenFiles`
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -11,6 +11,7 @@
 #include "deck/DeckKeywordsEditor.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
+#include "keywords/CommentText.h"
 #include "keywords/ITagMgr.h"
 #include "keywords/Keyword.h"
 #include "keywords/KeywordTextSplitter.h"
@@ -25,6 +26,7 @@
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/Log.h>
+#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -66,7 +68,7 @@ bool DeckKeywordsEditor::IsOfDeck(const KeywordFile* file) const
 
 IKeyword* DeckKeywordsEditor::GetOrCreateSection(SectionType section, bool* existed)
 {
-    if (m_deck == nullptr) return nullptr;
+    if (m_deck == nullptr || static_cast<int>(section) >= SectionCount) return nullptr;
     const DeckKeywords& keywords = m_deck->Keywords();
     const auto exists = [&](SectionType wanted) { return keywords.SectionBegin(wanted) != keywords.End(); };
     const bool found = exists(section);
@@ -104,13 +106,16 @@ IKeyword* DeckKeywordsEditor::InsertKeywordText(const Keywords::IKeywordSyntax& 
     std::string name;
     std::string dataText;
     std::string tagText;
-    const bool isWhole = SplitKeywordText(text, name, dataText, tagText);
+    std::string ahead;
+    const bool isWhole = SplitKeywordText(text, name, dataText, tagText, &ahead);
     if (!isWhole) dataText = text;
     IKeyword* inserted = file->InsertKeywordText(syntax, position, dataText, name);
     if (inserted == nullptr) return nullptr;
     if (!tagText.empty()) TagKeyword(inserted);
-    // What the user has put behind the name is theirs.
-    if (isWhole) static_cast<Keyword*>(inserted)->SetBesideName(Keyword::BesideNameIn(text, name));
+    // What the user has put behind the name and ahead of it is theirs.
+    auto* keyword = static_cast<Keyword*>(inserted);
+    if (isWhole) keyword->SetBesideName(Keyword::BesideNameIn(text, name));
+    if (!Service::AllBlanks(ahead)) keyword->SetLeadingComment(AsCommentLines(ahead), true);
     return inserted;
 }
 

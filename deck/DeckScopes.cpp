@@ -103,6 +103,7 @@ bool DeckKeywords::GoBackToEnclosingScope(const KeywordIterator& position, Keywo
 /// All scopes of the deck from one walk: asking each head would cost the square of a deck of dates.
 const std::vector<DeckKeywords::Scope>& DeckKeywords::GetScopes() const
 {
+    DropWhatMissedMoves();
     if (m_scopes) return *m_scopes;
     auto scopes = std::make_unique<std::vector<Scope>>();
     OpenScopes open;

@@ -60,8 +60,16 @@ void FilePaths::Visit(KeywordFile& root, bool walkedOnly)
     }
 }
 
-std::vector<KeywordFile*> FilePaths::ReadFromBelow(KeywordFile& root)
+std::vector<KeywordFile*> FilePaths::ReadFromBelow(KeywordFile& root, bool withFormer)
 {
+    const auto below = [withFormer](const KeywordFile& file) {
+        std::vector<KeywordFile*> files = file.IncludedFiles();
+        if (withFormer) {
+            for (const std::shared_ptr<KeywordFile>& former : file.FormerFiles())
+                files.push_back(former.get());
+        }
+        return files;
+    };
     struct Level
     {
         KeywordFile* file;
@@ -71,7 +79,7 @@ std::vector<KeywordFile*> FilePaths::ReadFromBelow(KeywordFile& root)
     std::vector<KeywordFile*> files;
     std::unordered_set<KeywordFile*> seen{&root};
     std::vector<Level> levels;
-    levels.push_back({&root, root.IncludedFiles(), 0});
+    levels.push_back({&root, below(root), 0});
     while (!levels.empty()) {
         Level& level = levels.back();
         if (level.next == level.included.size()) {
@@ -80,7 +88,7 @@ std::vector<KeywordFile*> FilePaths::ReadFromBelow(KeywordFile& root)
             continue;
         }
         KeywordFile* file = level.included[level.next++];
-        if (seen.insert(file).second) levels.push_back({file, file->IncludedFiles(), 0});
+        if (seen.insert(file).second) levels.push_back({file, below(*file), 0});
     }
     return files;
 }

@@ -18,10 +18,10 @@ public:
 
     /// All files, each once, in the order in which a walk that ignores logical ends comes to them.
     const std::vector<KeywordFile*>& Files() const { return m_files; }
-    /// The root, and the files below it as far as they have been read, each behind those that it includes,
-    /// or included before an edit took the INCLUDE away. A file that was read and has been reset is read again, since
-    /// it leads to others.
-    static std::vector<KeywordFile*> ReadFromBelow(KeywordFile& root);
+    /// The root, and the files below it as far as they have been read, each behind those that it includes. A file that
+    /// was read and has been reset is read again, since it leads to others. `withFormer`: also what is below a file
+    /// that an INCLUDE named until an edit changed it or took it away.
+    static std::vector<KeywordFile*> ReadFromBelow(KeywordFile& root, bool withFormer = true);
     bool Contains(KeywordFile* file) const { return m_entries.count(file) > 0; }
 
     /// Whether a walk that heeds logical ends comes to a place.

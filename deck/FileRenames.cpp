@@ -89,9 +89,9 @@ const std::string* FileRenames::NewLeaf(const std::string& leaf) const
 
 void FileRenames::AddMove(KeywordFile* file, const FileName& from, const std::string& leaf)
 {
-    m_isAny = true;
     const FileName to = Beside(from, leaf);
     if (to.GetFullName() == from.GetFullName()) return;
+    m_isAny = true;
     const auto isKnown = [&](const Move& move) { return move.from.GetFullName() == from.GetFullName(); };
     if (std::none_of(m_moves.begin(), m_moves.end(), isKnown)) m_moves.push_back({file, from, to, from, {}});
 }
@@ -99,10 +99,10 @@ void FileRenames::AddMove(KeywordFile* file, const FileName& from, const std::st
 /// Another leaf, and everything else of the path as it is.
 void FileRenames::AddChange(FileReferencingKeyword& keyword, const std::string& value, const std::string& leaf)
 {
-    m_isAny = true;
     const Context context(&m_keywords);
     const std::string name = value.substr(0, LeafBegin(value)) + leaf;
     if (name == value) return;
+    m_isAny = true;
     const std::optional<std::string> text = keyword.TextWithName(name, context);
     if (!text) return;
     const std::shared_ptr<std::string> before = keyword.GetDataText();

@@ -18,8 +18,25 @@ public:
     static unsigned long long DroppedLinks() { return s_dropped; }
     static void LinkDropped() { ++s_dropped; }
 
+    /// While several files go back to what they were, some may seem to close a ring with those that are still to go.
+    /// Until the end of the scope such a link isn't made, and nothing is told; then it is looked at again.
+    class Truce
+    {
+    public:
+        Truce() { ++s_truces; }
+        ~Truce()
+        {
+            --s_truces;
+            LinkDropped();
+        }
+        Truce(const Truce&) = delete;
+        Truce& operator=(const Truce&) = delete;
+        static bool IsOn() { return s_truces > 0; }
+    };
+
 private:
     inline static unsigned long long s_dropped = 1;
+    inline static int s_truces = 0;
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

@@ -282,6 +282,7 @@ void KeywordFile::Reload()
 
 void KeywordFile::CancelChanges()
 {
+    const std::vector<std::shared_ptr<KeywordFile>> formerFiles = std::move(m_formerFiles);
     if (IsPending()) {
         // The keywords stand in a text that is not the file's.
         ResetContents();
@@ -297,12 +298,14 @@ void KeywordFile::CancelChanges()
             for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
                 KeywordFileContents::AsKeyword(keyword).Rollback();
                 KeywordFileContents::AsKeyword(keyword).SetOwner(this);
+                if (KeywordINCLUDE* include = KeywordINCLUDE::From(keyword.get())) include->ComeBack();
             }
         }
         DropPositions();
         LinkCounter::Changed();
     }
     DropSnapshot();
+    ForgetFormerFiles();
     if (undo) {
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);
@@ -318,6 +321,19 @@ bool KeywordFile::MoveKeywordFile(const Service::FileName& target)
     if (m_fileName.FileExists()) Service::FileName::Rename(m_fileName, target);
     SetFileName(target);
     return true;
+}
+
+void KeywordFile::NoteFormerFile(const std::shared_ptr<KeywordFile>& file)
+{
+    m_hasOtherIncludes = true;
+    // What was never read has not been edited.
+    if (file->WasLoaded() && (m_formerFiles.empty() || m_formerFiles.back() != file)) m_formerFiles.push_back(file);
+}
+
+void KeywordFile::ForgetFormerFiles()
+{
+    m_formerFiles.clear();
+    m_hasOtherIncludes = false;
 }
 
 Service::FileStatus KeywordFile::FollowMove(const Service::FileName& name)
@@ -495,9 +511,7 @@ std::vector<KeywordFile*> KeywordFile::IncludingFiles() const
 void KeywordFile::RaiseOnce(KeywordFileEventArgs& args)
 {
     // A file that is included twice from here passes each event up on both ways.
-    if (m_lastEvent == args.Serial()) return;
-    m_lastEvent = args.Serial();
-    fileChanged.Raise(args);
+    if (args.ComesTo(*this)) fileChanged.Raise(args);
 }
 
 void KeywordFile::OnIncludedFileChanged(KeywordFileEventArgs& args)

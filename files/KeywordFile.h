@@ -99,8 +99,10 @@ public:
     bool RemoveKeyword(const KeywordFileIterator& position);
     /// Moves a keyword of this file ahead of a place of `target`, which may be this file. It stays the same object, and
     /// positions of it stay good. False at `End()`, when it stands there already, and for an INCLUDE that would close a
-    /// ring of files.
+    /// ring of files. The event goes out on this file alone.
     bool MoveKeyword(const KeywordFileIterator& source, KeywordFile& target, const KeywordFileIterator& destination);
+    /// Counts the moves from one file to another: who listens at the target alone has not heard of them.
+    static unsigned long long MovesBetweenFiles() { return s_movesBetweenFiles; }
     /// Sets the generated tag of each keyword that is new or whose data have changed.
     void SetTagOnChangedKeywords(bool tagged);
     /// The tag of the file goes; the keywords keep those of their own.
@@ -144,6 +146,10 @@ public:
     /// Puts the text that was taken over in the place of the file. Throws `DeckManagerException`, which names the file
     /// with the new text, when that can't be done: the file then counts as modified, and can be committed again.
     void FinishCommit();
+    /// The list tells another deck than the text that has been committed: the file is to be reloaded.
+    bool IsToBeReadAnew() const { return m_isToBeReadAnew; }
+    /// The file holds section keywords that recur in the deck, or in the file. False for a file that isn't loaded.
+    bool HasRecurringSections() const;
 
     /// Replaces the whole file by the rest of a stream; uncommitted edits are lost. With `replace` false an existing
     /// file is left alone, and only the edits go. `keepTag`: the file keeps its generated tag, whatever the stream
@@ -214,9 +220,16 @@ public:
     /// The end of the file, where that text breaks off ahead of it; else null.
     const RestBehindText* Rest() const;
 
-    /// The files that INCLUDE keywords name: those of the list, then those that an edit has taken out of it since. None
-    /// of a file that was never read.
+    /// The files that the INCLUDE keywords of the list name. None of a file that was never read.
     std::vector<KeywordFile*> IncludedFiles() const;
+    /// Those that one has named since the last commit or cancel of the deck, and that none may name any more: what was
+    /// edited in them is part of the deck's edits.
+    const std::vector<std::shared_ptr<KeywordFile>>& FormerFiles() const { return m_formerFiles; }
+    void NoteFormerFile(const std::shared_ptr<KeywordFile>& file);
+    /// An INCLUDE has come, gone, moved or been changed since then.
+    bool HasOtherIncludes() const { return m_hasOtherIncludes; }
+    /// The deck has been committed.
+    void ForgetFormerFiles();
     /// The list of INCLUDE positions exists already.
     bool HasIncludeIndex() const { return m_includeIndex != nullptr; }
     /// How many keywords stand ahead of a position of this file.
@@ -266,7 +279,6 @@ private:
     bool IsEdited() const;
     bool HasMovedBlocks() const;
     bool DecidesOfOthers(const Keyword& keyword) const;
-    bool HasRecurringSections() const;
     bool CanContinue() const;
     bool SharesKeywords() const;
     void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);
@@ -278,6 +290,8 @@ private:
     IKeyword* PutIn(const KeywordFileIterator& position, std::unique_ptr<Keyword> keyword);
     void DropAfterEdit(const Keyword& keyword);
     void RaiseOnce(KeywordFileEventArgs& args);
+
+    inline static unsigned long long s_movesBetweenFiles = 0;
 
     IKeywordFileManager& m_manager;
     Service::FileName m_fileName;
@@ -296,6 +310,7 @@ private:
     std::string m_headerBlock;
     /// An edit has changed which keywords a scan of the new text will find.
     bool m_scanWillDiffer = false;
+    bool m_isToBeReadAnew = false;
     Service::FileStatus m_status; ///< of the text on the disk, from before it was read
     std::unique_ptr<CommitState> m_commit;
     mutable std::unique_ptr<std::vector<KeywordFileIterator>> m_includeIndex;
@@ -310,10 +325,11 @@ private:
     bool m_hasDroppedSections = false; ///< the text holds section keywords that are no keywords of the list
 
     std::vector<KeywordINCLUDE*> m_links; ///< the INCLUDE keywords that name this file
+    std::vector<std::shared_ptr<KeywordFile>> m_formerFiles;
+    bool m_hasOtherIncludes = false;
     mutable LinkCached<Keywords::SectionType> m_startSection;
     mutable LinkCached<Keywords::SectionType> m_endSection;
     mutable LinkCached<KeywordFile*> m_dataFile;
-    unsigned long long m_lastEvent = 0;
     /// Of a top file: which file brought each section into the deck; empty: not seen so far.
     std::array<std::weak_ptr<const KeywordFile>, 9> m_sectionsSeen;
 };

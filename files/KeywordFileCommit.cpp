@@ -53,8 +53,6 @@ struct KeywordFile::CommitState
     std::optional<RestBehindText> rest;
     /// It could not take the file's place, and its name has been told.
     bool isTold = false;
-    /// INCLUDE keywords that have left the list since the last whole commit.
-    std::vector<std::shared_ptr<IKeyword>> formerIncludes;
 
     /// A text that nothing knows of yet.
     struct Written
@@ -128,16 +126,8 @@ std::vector<KeywordFile*> KeywordFile::IncludedFiles() const
 {
     std::vector<KeywordFile*> files;
     if (!m_wasLoaded) return files;
-    const auto add = [&files](const IKeyword* keyword) {
-        if (KeywordFile* file = IncludedFileOf(keyword)) files.push_back(file);
-    };
-    for (const KeywordFileIterator& include : GetINCLUDEKeywords())
-        add(*include);
-    for (const std::shared_ptr<IKeyword>& keyword : m_snapshot)
-        add(keyword.get());
-    if (m_commit) {
-        for (const std::shared_ptr<IKeyword>& keyword : m_commit->formerIncludes)
-            add(keyword.get());
+    for (const KeywordFileIterator& include : GetINCLUDEKeywords()) {
+        if (KeywordFile* file = IncludedFileOf(*include)) files.push_back(file);
     }
     return files;
 }
@@ -152,6 +142,8 @@ void KeywordFile::ResetContents()
     m_tagState.Clear();
     m_headerBegin = m_headerEnd = m_tailBegin = -1;
     m_loadFailed = false;
+    m_isToBeReadAnew = false;
+    ForgetFormerFiles();
     m_fileReader = std::make_shared<KeywordFileReader>(m_fileName.GetFullName());
     LinkCounter::Changed();
 }
@@ -354,9 +346,6 @@ void KeywordFile::TakeOver()
         commit.rest.reset();
     else if (!commit.rest)
         commit.rest = RestBehindText{std::move(written.result.rest), old};
-    for (const std::shared_ptr<IKeyword>& keyword : m_snapshot) {
-        if (keyword->GetSyntax()->GetKind() == KeywordKind::Include) commit.formerIncludes.push_back(keyword);
-    }
     const List& keywords = m_contents->Keywords();
     const bool listChanges =
         (m_snapshotTaken && keywords != m_snapshot) ||
@@ -370,10 +359,15 @@ void KeywordFile::TakeOver()
 
     m_tagState.Commit();
     if (!continues) {
-        FileTagState unused;
+        FileTagState tag;
         const std::unique_ptr<ILineReader> reader = m_fileReader->OpenLineReader(false);
-        if (reader) unused.Read(*reader);
+        const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+        if (reader) tag.Read(*reader);
         m_headerBegin = reader ? reader->Tell() : -1;
+        // The mark of a header that was set may read as a tag.
+        if (tag.GetValue()) m_tagState = tag;
+        // Where the header begins is then found out by reading it anew, once it is in its place.
+        if (!reader || Service::FileInputStream::ReadFailures() != readFailures) m_scanWillDiffer = true;
     }
     RemoveCommentedOut();
     PlaceHeadAndTail();
@@ -384,6 +378,7 @@ void KeywordFile::TakeOver()
 /// A section keyword that recurs is listed where it is the last of its file, and else not.
 bool KeywordFile::HasRecurringSections() const
 {
+    if (!m_contents) return false;
     if (m_hasDroppedSections) return true;
     const KeywordFile& top = DataFile();
     std::set<SectionType> sections;
@@ -422,12 +417,12 @@ void KeywordFile::RemoveCommentedOut()
         const std::shared_ptr<IKeyword> hold = *node;
         const List::iterator next = std::next(node);
         if (hold->IsCommentedOut()) {
-            if (hold->GetSyntax()->GetKind() == KeywordKind::Include) m_commit->formerIncludes.push_back(hold);
             Keyword& keyword = KeywordFileContents::AsKeyword(hold);
             m_contents->Erase(node);
             DropAfterEdit(keyword);
             KeywordFileRemoveEventArgs args(*this, keyword);
             RaiseOnce(args);
+            if (KeywordINCLUDE* include = KeywordINCLUDE::From(hold.get())) include->LeaveList();
         }
         node = next;
     }
@@ -457,12 +452,9 @@ void KeywordFile::FinishCommit()
     m_fileReader->SetPath(m_fileName.GetFullName());
     m_status = FileStatus::Of(m_fileName);
     m_manager.KeywordFileReplaced(*this);
-    const bool scanWillDiffer = m_scanWillDiffer;
+    m_isToBeReadAnew = m_scanWillDiffer;
     DropSnapshot();
-    if (scanWillDiffer)
-        Reload();
-    else
-        SaveToCache(m_status);
+    if (!m_isToBeReadAnew) SaveToCache(m_status);
 }
 
 void KeywordFile::OverwriteFile(std::istream& stream, bool replace, bool keepTag)

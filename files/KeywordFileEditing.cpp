@@ -35,21 +35,6 @@ std::string_view NextLine(std::string_view text)
     return text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
 }
 
-/// The lines as comments, those that are none made such.
-std::string AsCommentLines(std::string_view text)
-{
-    std::string lines;
-    while (!text.empty()) {
-        const std::string_view line = NextLine(text);
-        const std::string_view content = Service::Trimmed(line);
-        const bool standsAsItIs = content.empty() || VeldaneDeckInfo::BeginsWithCommentMarker(content);
-        lines += standsAsItIs ? std::string(content) : AsComment(std::string(Service::TrimmedRight(line)));
-        lines += '\n';
-        text.remove_prefix(line.size());
-    }
-    return lines;
-}
-
 /// The text with its last comment replaced. The lines ahead that are no comment stay, and blank ones.
 std::string WithComment(std::string_view text, const std::string& comment)
 {
@@ -208,6 +193,7 @@ bool KeywordFile::RemoveKeyword(const KeywordFileIterator& position)
     DropAfterEdit(keyword);
     KeywordFileRemoveEventArgs args(*this, keyword);
     RaiseOnce(args);
+    if (KeywordINCLUDE* include = KeywordINCLUDE::From(hold.get())) include->LeaveList();
     return true;
 }
 
@@ -236,7 +222,10 @@ bool KeywordFile::MoveKeyword(const KeywordFileIterator& source, KeywordFile& ta
         target.m_hasDroppedSections |= m_hasDroppedSections;
     }
     target.m_contents->Splice(place, *m_contents, node);
-    if (&target != this) keyword.SetOwner(&target);
+    if (&target != this) {
+        keyword.SetOwner(&target);
+        ++s_movesBetweenFiles;
+    }
     DropAfterEdit(keyword);
     target.DropAfterEdit(keyword);
     KeywordFileMoveEventArgs args(*this, target, keyword);
@@ -261,6 +250,7 @@ void KeywordFile::DropAfterEdit(const Keyword& keyword)
     switch (keyword.GetSyntax()->GetKind()) {
     case KeywordKind::Include:
         m_includeIndex.reset();
+        m_hasOtherIncludes = true;
         LinkCounter::Changed();
         break;
     case KeywordKind::End:

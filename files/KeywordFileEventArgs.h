@@ -1,5 +1,6 @@
 #pragma once
 
+#include <unordered_set>
 #include <vector>
 
 #include <tarn/keywords/SectionType.h>
@@ -30,17 +31,20 @@ public:
     Kind GetKind() const { return m_kind; }
     /// The keyword concerned; null for the events of a whole file. Outlives the event.
     Keyword* GetKeyword() const { return m_keyword; }
-    /// Tells events apart, so that a file that is reached on two ways passes each of them on once.
-    unsigned long long Serial() const { return m_serial; }
+    /// True at the first call for a file: one that is reached on two ways passes the event on once.
+    bool ComesTo(const KeywordFile& file) { return m_passed.insert(&file).second; }
 
 protected:
-    KeywordFileEventArgs(KeywordFile& file, Kind kind, Keyword* keyword);
+    KeywordFileEventArgs(KeywordFile& file, Kind kind, Keyword* keyword)
+        : m_file(&file), m_kind(kind), m_keyword(keyword)
+    {
+    }
 
 private:
     KeywordFile* m_file;
     Kind m_kind;
     Keyword* m_keyword;
-    unsigned long long m_serial;
+    std::unordered_set<const KeywordFile*> m_passed;
 };
 
 class KeywordFileInsertEventArgs : public KeywordFileEventArgs

@@ -305,10 +305,16 @@ private:
             }
             m_rewritten.push_back(corrections.file);
             Correct(corrections);
-            corrections.file->CommitToTemporary(false);
-            corrections.file->FinishCommit();
+            CommitAlone(*corrections.file);
         }
         CommitEdits(edited, committer);
+    }
+
+    static void CommitAlone(KeywordFile& file)
+    {
+        file.CommitToTemporary(false);
+        file.FinishCommit();
+        if (file.IsToBeReadAnew()) file.Reload();
     }
 
     /// All is written, and could not be put in its place.
@@ -340,8 +346,7 @@ private:
             m_isCommitted = !modified.empty();
             for (const FileCorrections* corrections : edited) {
                 if (!corrections->file->IsModified()) continue;
-                corrections->file->CommitToTemporary(false);
-                corrections->file->FinishCommit();
+                CommitAlone(*corrections->file);
             }
         } catch (...) {
             // Once a text stands in its place, there is no way back for those who have edited it.

@@ -118,7 +118,7 @@ bool KeywordINCLUDE::ClosesRing(KeywordFile& target, const std::string& text) co
         return false;
     }
     m_refusedAt = FileRing::DroppedLinks();
-    if (!m_ringTold) {
+    if (!m_ringTold && !FileRing::Truce::IsOn()) {
         m_ringTold = true;
         std::string message = "The INCLUDE path \"" + text + "\" closes a ring of files: ";
         for (std::size_t i = 0; i < ring.size(); ++i) {
@@ -132,7 +132,7 @@ bool KeywordINCLUDE::ClosesRing(KeywordFile& target, const std::string& text) co
 
 void KeywordINCLUDE::Wire()
 {
-    if (m_wired) return;
+    if (m_wired || m_hasLeft) return;
     if (!m_includedFile) m_includedFile = Resolve();
     if (!m_includedFile) return;
     m_wired = true;
@@ -152,12 +152,27 @@ void KeywordINCLUDE::Unwire()
     m_includedFile->LinkDropped(*this);
 }
 
-void KeywordINCLUDE::Forget()
+/// What the file has been edited while the keyword named it goes with the deck all the same.
+void KeywordINCLUDE::LetGo()
 {
+    Unwire();
+    if (KeywordFile* owner = m_includedFile ? OwnerFile() : nullptr) owner->NoteFormerFile(m_includedFile);
     m_includedFile.reset();
     m_refusedAt = 0;
     m_ringTold = false;
     m_pathTold = false;
+}
+
+void KeywordINCLUDE::LeaveList()
+{
+    LetGo();
+    m_hasLeft = true;
+}
+
+void KeywordINCLUDE::ComeBack()
+{
+    m_hasLeft = false;
+    Wire();
 }
 
 void KeywordINCLUDE::OnDataChanging()
@@ -167,21 +182,19 @@ void KeywordINCLUDE::OnDataChanging()
 
 void KeywordINCLUDE::OnDataChanged()
 {
-    Forget();
+    LetGo();
     Wire();
 }
 
 void KeywordINCLUDE::OnDataReverted()
 {
-    Unwire();
-    Forget();
+    LetGo();
     Wire();
 }
 
 void KeywordINCLUDE::OnOwnerChanged()
 {
-    Unwire();
-    Forget();
+    LetGo();
     Wire();
 }
 

@@ -33,6 +33,10 @@ public:
     /// keyword stands in no file, and when the link would close a ring of files.
     KeywordFile* IncludedFile() const;
 
+    /// The keyword has been taken out of its file's list, and may be put back: it names no file until it is.
+    void LeaveList();
+    void ComeBack();
+
     void OnDataChanging() override;
     void OnDataChanged() override;
     void OnDataReverted() override;
@@ -56,7 +60,7 @@ protected:
 private:
     void Wire();
     void Unwire();
-    void Forget();
+    void LetGo();
     std::shared_ptr<KeywordFile> Resolve() const;
     void TellOfPath(const std::string& message) const;
     bool ClosesRing(KeywordFile& target, const std::string& text) const;
@@ -69,6 +73,7 @@ private:
     mutable std::shared_ptr<KeywordFile> m_includedFile;
     mutable std::unique_ptr<ITagMgr> m_tagMgr;
     bool m_wired = false;
+    bool m_hasLeft = false;
     /// The count of dropped links at which the path was last refused for closing a ring; 0: not refused.
     mutable unsigned long long m_refusedAt = 0;
     mutable bool m_ringTold = false;

@@ -1,10 +1,11 @@
 #include "keywords/CommentText.h"
 
-#include <string_view>
+#include <algorithm>
 
 #include "text/TagRecognisers.h"
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -38,6 +39,23 @@ std::string AsComment(std::string text)
         LineReaderUtil::CommentLines(text);
     if (ended) text += '\n';
     return text;
+}
+
+std::string AsCommentLines(std::string_view text)
+{
+    std::string lines;
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        const std::string_view content = Service::Trimmed(line);
+        std::string_view comment = Service::TrimmedRight(line);
+        if (VeldaneDeckInfo::BeginsWithCommentMarker(content))
+            comment = content.substr(VeldaneDeckInfo::CommentMarker().size());
+        if (!content.empty())
+            lines += comment.empty() ? VeldaneDeckInfo::COMMENT_MARKER : AsComment(std::string(comment));
+        lines += '\n';
+    }
+    return lines;
 }
 
 std::string OnLinesOfTheirOwn(std::string first, const std::string& second)

@@ -19,7 +19,8 @@ std::string_view TagOf(std::string_view keywordLine)
 
 } // namespace
 
-bool SplitKeywordText(std::string_view text, std::string& name, std::string& dataText, std::string& tagText)
+bool SplitKeywordText(std::string_view text, std::string& name, std::string& dataText, std::string& tagText,
+                      std::string* ahead)
 {
     name.clear();
     dataText.clear();
@@ -36,6 +37,7 @@ bool SplitKeywordText(std::string_view text, std::string& name, std::string& dat
     std::string_view line;
     lines.NextLineView(line, nullptr);
     const std::string lineTag(TagOf(line));
+    if (ahead != nullptr) ahead->assign(text.substr(0, static_cast<std::size_t>(linePos)));
 
     // Blank lines ahead of the data stay: that of a title is the title.
     const long long last = static_cast<long long>(text.size()) - 1;

@@ -99,6 +99,9 @@ TEST_F(CommitTest, ChangesOnlyWhatWasEdited)
          "\nTABDIMS" + std::string(30, ' ') + "-- Generated\n"},
         {"a comment above", [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("DIMENS"), "new\n-- two"); },
          "-- above DIMENS\n", "--new\n-- two\n"},
+        {"a comment above that would read as something else",
+         [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("DIMENS"), "--@@@OIL\n--\n-- Generated"); },
+         "-- above DIMENS\n", "-- @@@OIL\n--\n--  Generated\n"},
         {"no comment above", [](auto& editor, auto& deck) { SetCommentAbove(editor, deck.At("DIMENS"), ""); },
          "-- above DIMENS\n", ""},
         {"the comment above the first",
@@ -396,7 +399,7 @@ TEST_F(CommitTest, FilesAreRenamed)
     IDeckKeywordsEditor& editor = EditorOf(deck);
     using Names = std::map<FileName, FileName>;
     const auto name = [](const char* leaf) { return FileName(leaf); };
-    EXPECT_FALSE(editor.ApplyFileRenames({{name("NONE"), name("X")}}, false));
+    EXPECT_FALSE(editor.ApplyFileRenames({{name("NONE"), name("X")}, {name("TOP.DATA"), name("TOP.DATA")}}, false));
     // What can't be done leaves all as it is.
     EXPECT_EQ(FailureOf([&] {
                   editor.ApplyFileRenames(Names{{name("A.INC"), name("C.INC")}, {name("B.INC"), name("C.INC")}}, false);

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <ctime>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "files/KeywordFile.h"
@@ -60,10 +63,12 @@ struct Listener
         text += std::to_string(args.GetKind());
         if (args.GetKeyword() != nullptr) text += args.GetKeyword()->GetName();
         text += ' ';
+        if (const auto react = std::exchange(reaction, {})) react();
     }
 
     KeywordFile& file;
     std::string text;
+    std::function<void()> reaction; ///< to the first change
 };
 
 TEST_F(EditorTest, ListChangesShowInTheWalkAndGoWithADiscard)
@@ -147,6 +152,15 @@ TEST_F(EditorTest, TextsAreTakenWholeOrNotAtAll)
     const IKeyword* bare = editor.InsertKeywordText(SyntaxOf("EQLDIMS"), density, " 3 /");
     ASSERT_NE(bare, nullptr);
     EXPECT_EQ(*m_deck.Keywords().GetDataText(bare), " 3 /");
+
+    // What else a text holds is the user's too.
+    const std::string whole = "-- ahead\n\nEQLDIMS -- beside\n-- below\n 3 /\n-- behind\n";
+    ASSERT_NE(editor.InsertKeywordText(SyntaxOf("EQLDIMS"), density, " also ahead\n" + whole), nullptr);
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    editor.Commit();
+    EXPECT_NE(m_deck.Dir().Read("TOP.DATA").find("EQLDIMS\n 3 /\n-- also ahead\n" + whole + "DENSITY\n"),
+              std::string::npos)
+        << m_deck.Dir().Read("TOP.DATA");
 }
 
 TEST_F(EditorTest, TheGuardRefusesWithoutAWord)
@@ -179,6 +193,7 @@ TEST_F(EditorTest, AMissingSectionIsMadeInItsPlace)
     EXPECT_TRUE(existed);
     ASSERT_NE(Editor().GetOrCreateSection(SectionType::SCHEDULE, nullptr), nullptr);
     EXPECT_EQ(m_deck.Walk(), "RUNSPEC DIMENS OIL INCLUDE WATER TABDIMS GRID PROPS DENSITY SCHEDULE END");
+    EXPECT_EQ(Editor().GetOrCreateSection(SectionType::None, nullptr), nullptr);
 }
 
 TEST_F(EditorTest, AnIncludeGoesWithTheLastOfItsFile)
@@ -313,6 +328,161 @@ TEST_F(EditorTest, VariablesAreResolvedByTheHost)
 
     const TestDeck plain(TestDeck::Texts{{"P.DATA", "RUNSPEC\nOIL\n"}}, false);
     EXPECT_FALSE(plain.Manager().GetEditor(&plain.Deck())->ResolveVariables(plain.At("OIL"), resolver));
+}
+
+/// What was edited below an INCLUDE goes with the deck, also where the INCLUDE has come to name another file since, or
+/// has come and gone.
+TEST_F(EditorTest, EditsBelowAnIncludeOutliveIt)
+{
+    enum Way
+    {
+        Renamed,
+        ComeAndGone,
+        RenamedAndGone,
+        RenamedAndWritten
+    };
+    for (const Way way : {Renamed, ComeAndGone, RenamedAndGone, RenamedAndWritten}) {
+        for (const bool commits : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "way " << way << ", commits " << commits);
+            const TestDeck deck(TestDeck::Texts{{"T.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nDIMENS\n1 2 3 /\n"},
+                                                {"A.INC", "TABDIMS\n1 /\n"},
+                                                {"B.INC", "TABDIMS\n2 /\n"}});
+            IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+            const std::string edited = way == ComeAndGone ? "B.INC" : "A.INC";
+            const std::string before = deck.Dir().Read(edited);
+            if (way == ComeAndGone) {
+                editor.InsertKeywordText(SyntaxOf("INCLUDE"), deck.At("DIMENS"), "'B.INC' /\n");
+                ASSERT_TRUE(editor.SetDataText(deck.At("TABDIMS", 2), " 7 /"));
+                ASSERT_TRUE(editor.RemoveKeyword(deck.At("INCLUDE", 2)));
+            } else {
+                ASSERT_TRUE(editor.SetDataText(deck.At("TABDIMS"), " 7 /"));
+                ASSERT_TRUE(editor.SetDataText(deck.At("INCLUDE"), "'B.INC' /"));
+                if (way == RenamedAndGone) editor.RemoveKeyword(deck.At("INCLUDE"));
+                if (way == RenamedAndWritten) editor.CommitFile(&deck.TopFile());
+            }
+            commits ? editor.Commit() : editor.Discard();
+            EXPECT_EQ(deck.Dir().Read(edited), commits ? "TABDIMS\r\n 7 /\r\n" : before);
+            EXPECT_EQ(deck.Dir().Listing(), "A.INC B.INC T.DATA");
+            if (commits) continue;
+            EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE TABDIMS DIMENS");
+            EXPECT_EQ(*deck.Keywords().GetDataText(*deck.At("TABDIMS")), "1 /");
+        }
+    }
+}
+
+TEST_F(EditorTest, FilesThatGoIntoEachOtherTheOtherWayRoundCloseNoRing)
+{
+    const TestDeck deck(TestDeck::Texts{{"T.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nDIMENS\n1 2 3 /\n"},
+                                        {"A.INC", "OIL\nINCLUDE\nB.INC /\n"},
+                                        {"B.INC", "GAS\n"}});
+    const std::string before = deck.Walk(true);
+    ASSERT_EQ(before, "RUNSPEC INCLUDE OIL INCLUDE GAS DIMENS");
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    for (const bool commits : {false, true}) {
+        ASSERT_TRUE(editor.RemoveKeyword(deck.At("INCLUDE", 2)));
+        ASSERT_TRUE(editor.SetDataText(deck.At("INCLUDE"), "'B.INC' /"));
+        editor.InsertKeywordText(SyntaxOf("INCLUDE"), deck.At("GAS"), "'A.INC' /\n");
+        EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE INCLUDE OIL GAS DIMENS");
+        commits ? editor.Commit() : editor.Discard();
+        EXPECT_EQ(deck.Walk(true), commits ? "RUNSPEC INCLUDE INCLUDE OIL GAS DIMENS" : before);
+        EXPECT_TRUE(m_log.Empty());
+    }
+}
+
+/// Another deck has its answers from files that it shares, and may not hear of what comes from elsewhere.
+TEST_F(EditorTest, ADeckThatSharesFilesKeepsUp)
+{
+    const TestDeck deck(TestDeck::Texts{{"T.DATA", "RUNSPEC\nGAS\nDIMENS\n1 2 3 /\nINCLUDE\nA.INC /\nEND\n"},
+                                        {"A.INC", "OIL\n\n-- above\nTABDIMS\n1 /\nINCLUDE\nB.INC /\nEQLDIMS\n1 /\n"},
+                                        {"B.INC", "WATER\n"},
+                                        {"U.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nGRID\nINCLUDE\nB.INC /\n"}});
+    IDeck* other = deck.Manager().ImportDeck("Other", deck.Dir().Path("U.DATA"), false, true, false);
+    IDeckKeywords& keywords = *other->GetDeckKeywords();
+    // What a host may hold: a place at each keyword of the other deck, and its ends.
+    std::vector<std::pair<KeywordIterator, const IKeyword*>> held;
+    for (KeywordIterator place = keywords.Begin(); place != keywords.PhysicalEnd(); ++place)
+        held.emplace_back(place, *place);
+    const KeywordIterator end = keywords.End();
+    const auto walk = [&] {
+        std::string names;
+        for (KeywordIterator place = keywords.Begin(); place != keywords.End(); ++place)
+            names += place->GetName() + " ";
+        return names;
+    };
+    EXPECT_EQ(walk(), "RUNSPEC INCLUDE OIL TABDIMS INCLUDE WATER EQLDIMS GRID INCLUDE WATER ");
+
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("DIMENS"), deck.At("TABDIMS")));
+    EXPECT_NE(keywords.FindKeyword(*deck.At("DIMENS")), keywords.End());
+    ASSERT_TRUE(editor.SetDataText(deck.At("TABDIMS"), " 7 /"));
+    ASSERT_NE(editor.InsertKeywordText(SyntaxOf("GAS"), deck.At("WATER"), ""), nullptr);
+    EXPECT_EQ(keywords.End(), end);
+    editor.Commit();
+    EXPECT_EQ(walk(), "RUNSPEC INCLUDE OIL DIMENS TABDIMS INCLUDE GAS WATER EQLDIMS GRID INCLUDE GAS WATER ");
+    for (const auto& [place, keyword] : held) {
+        ASSERT_EQ(*place, keyword);
+        EXPECT_EQ(keywords.FindKeyword(keyword) == keywords.End(), false) << keyword->GetName();
+        EXPECT_EQ(keywords.GetFileIterator(place), keywords.GetFileIterator(keyword));
+    }
+    EXPECT_EQ(keywords.End(), end);
+    EXPECT_EQ(keywords.GetComment(held[3].first, false), "-- above\n");
+    // The end of the one deck becomes that of the other, which does not hear of it.
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("END"), deck.At("TABDIMS")));
+    EXPECT_EQ(walk(), "RUNSPEC INCLUDE OIL DIMENS ");
+    editor.Discard();
+    EXPECT_EQ(walk(), "RUNSPEC INCLUDE OIL DIMENS TABDIMS INCLUDE GAS WATER EQLDIMS GRID INCLUDE GAS WATER ");
+}
+
+TEST_F(EditorTest, EachChangeIsHeardOnce)
+{
+    const TestDeck deck(TestDeck::Texts{{"T.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nINCLUDE\nA.INC /\nDIMENS\n1 2 3 /\n"},
+                                        {"A.INC", "GAS\nWATER\nOIL\nINCLUDE\nB.INC /\n"},
+                                        {"B.INC", "BRINE\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    Listener top(deck.TopFile());
+    // Who hears may edit in turn.
+    top.reaction = [&] { editor.RemoveKeyword(deck.At("WATER")); };
+    editor.RemoveKeyword(deck.At("GAS"));
+    editor.InsertKeyword(SyntaxOf("GAS"), deck.At("BRINE"), nullptr, "");
+    EXPECT_EQ(std::exchange(top.text, ""), "1GAS 1WATER 0GAS ");
+    // An INCLUDE is heard through wherever it stands, and no more once it is gone.
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("INCLUDE", 2), deck.At("DIMENS")));
+    editor.RemoveKeyword(deck.At("BRINE"));
+    editor.SetDataText(deck.At("INCLUDE", 3), "'B.INC' / twice");
+    EXPECT_EQ(std::exchange(top.text, ""), "2INCLUDE 1BRINE 5INCLUDE ");
+    ASSERT_TRUE(editor.RemoveKeyword(deck.At("INCLUDE", 3)));
+    KeywordFile& former = deck.File("B.INC");
+    EXPECT_EQ(std::exchange(top.text, ""), "1INCLUDE ");
+    former.RemoveKeyword(former.Begin());
+    EXPECT_EQ(top.text, "");
+    editor.Discard();
+    top.text.clear();
+    editor.RemoveKeyword(deck.At("BRINE"));
+    editor.CommentOut(deck.At("OIL"));
+    editor.Commit();
+    EXPECT_EQ(top.text, "1BRINE 1OIL ");
+}
+
+/// Ten times the keywords take ten times the time, and not a hundred times.
+TEST_F(EditorTest, ManyKeywordsGoInOneWalk)
+{
+    const auto seconds = [](int count) {
+        std::string text = "RUNSPEC\n";
+        for (int i = 0; i < count; ++i)
+            text += "OIL\n";
+        const TestDeck deck(TestDeck::Texts{{"T.DATA", text + "DIMENS\n1 2 3 /\n"}});
+        IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+        const KeywordIterator first = deck.At("OIL");
+        const KeywordIterator last = deck.At("DIMENS");
+        const std::clock_t begin = std::clock();
+        EXPECT_TRUE(editor.RemoveKeywords(first, last));
+        editor.Commit();
+        EXPECT_EQ(deck.Dir().Read("T.DATA"), "RUNSPEC\r\nDIMENS\r\n1 2 3 /\r\n");
+        return static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
+    };
+    const double few = seconds(5000);
+    EXPECT_LT(seconds(50000), 40 * few);
 }
 
 } // namespace

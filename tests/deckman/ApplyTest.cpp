@@ -201,8 +201,7 @@ TEST_F(Apply, OneScriptDoesWhatItsLinesDo)
         for (const std::string& line : lines)
             allDone = allDone && Run(line).status == 0;
         EXPECT_EQ(whole.status == 0, allDone) << whole.err;
-        if (allDone) EXPECT_EQ(made, folder.Read("x.DATA"));
-        if (!allDone) EXPECT_EQ(made, text);
+        EXPECT_EQ(made, allDone ? folder.Read("x.DATA") : text);
     }
 }
 
