@@ -110,20 +110,20 @@ void EditRun::Commit(const std::function<void()>& commit)
         if (m_options.backup) MakeBackups(backups);
         commit();
     } catch (...) {
-        Settle(backups);
+        Settle(backups, false);
         throw;
     }
-    Settle(backups);
+    Settle(backups, true);
 }
 
-void EditRun::Settle(const std::vector<Backup>& backups) const
+void EditRun::Settle(const std::vector<Backup>& backups, bool isDone) const
 {
     Service::FileSystem& files = Service::FileSystem::Instance();
     Service::FileSystem::ErrorCode error;
     for (const Backup& backup : backups) {
         const std::string& copy = backup.copy.GetFullName();
         // What has been refused, or taken back, stands as it was.
-        if (IsSame(backup.file->GetFileName(), backup.copy))
+        if (!isDone && IsSame(backup.file->GetFileName(), backup.copy))
             files.Unlink(copy, error);
         else if (!files.Rename(copy, backup.name.GetFullName(), error))
             m_session.Log().Warning(m_session.PlaceOf(*backup.file), "The old file is kept as " + copy + ".");

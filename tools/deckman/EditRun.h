@@ -66,7 +66,7 @@ private:
     const std::string& Place() const;
     void Commit(const std::function<void()>& commit);
     void MakeBackups(std::vector<Backup>& backups) const;
-    void Settle(const std::vector<Backup>& backups) const;
+    void Settle(const std::vector<Backup>& backups, bool isDone) const;
 
     DeckSession& m_session;
     const Options& m_options;
