@@ -118,8 +118,8 @@ public:
 
     /// What stands behind the last keyword's own text; of a file without keywords, behind its tag and header.
     std::string TextAtEnd();
-    /// Puts whole lines behind that. They must be such that no reader takes them for more than they are.
-    void AddTextAtEnd(const std::string& text);
+    /// Puts whole lines behind that. `mayHoldKeywords`: the file is read anew when they have been written.
+    void AddTextAtEnd(const std::string& text, bool mayHoldKeywords);
 
     /// Drops uncommitted edits, and raises the cancel event when there were any.
     void CancelChanges();

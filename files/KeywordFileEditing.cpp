@@ -298,7 +298,7 @@ std::string KeywordFile::TextAtEnd()
     return source.IsAllHead() && IsListUnchanged() ? source.TextOfHead() : source.TextAhead(nullptr, RootContext());
 }
 
-void KeywordFile::AddTextAtEnd(const std::string& text)
+void KeywordFile::AddTextAtEnd(const std::string& text, bool mayHoldKeywords)
 {
     Contents();
     TakeSnapshot();
@@ -306,6 +306,7 @@ void KeywordFile::AddTextAtEnd(const std::string& text)
     blocks.push_back({nullptr, std::make_shared<const std::string>(text)});
     m_blocksAhead[nullptr] = std::move(blocks);
     m_commentsSet = true;
+    m_scanWillDiffer |= mayHoldKeywords;
 }
 
 void KeywordFile::SetTagOnChangedKeywords(bool tagged)

@@ -12,10 +12,14 @@
 #include "merge/DeckMerger.h"
 #include "merge/IncludeMap.h"
 #include "merge/MergeTerms.h"
+#include "text/KeywordFileReader.h"
 #include <deckmanager/IDeck.h>
+#include <deckmanager/ILineReader.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/Strings.h>
 
@@ -45,6 +49,21 @@ struct EndLines
     std::string comments;   ///< of that, what stands behind the last line that is no comment
     bool hasOthers = false; ///< than comments
 
+    /// Where they would be read, what is no comment becomes one.
+    std::string AsComments() const
+    {
+        std::string lines;
+        for (std::size_t begin = 0; begin < all.size();) {
+            const std::size_t end = std::min(all.find('\n', begin), all.size() - 1) + 1;
+            const std::string_view line = std::string_view(all).substr(begin, end - begin);
+            const std::string_view content = Service::Trimmed(line);
+            if (!content.empty() && !VeldaneDeckInfo::BeginsWithCommentMarker(content)) lines += "-- ";
+            lines += line;
+            begin = end;
+        }
+        return lines;
+    }
+
     explicit EndLines(std::string text)
     {
         Service::StringReplace(text, "\r\n", "\n");
@@ -69,17 +88,56 @@ struct EndLines
     }
 };
 
+bool IsEnd(const IKeyword& keyword)
+{
+    const int kind = keyword.GetSyntax()->GetKind();
+    return kind == Keywords::KeywordKind::End || kind == Keywords::KeywordKind::EndInc;
+}
+
+/// Nobody reads what stands at the end of the file.
+bool HasEnd(const KeywordFile& file)
+{
+    const KeywordFileIterator end = file.End();
+    for (KeywordFileIterator place = file.Begin(); place != end; ++place) {
+        if (IsEnd(**place)) return true;
+    }
+    return false;
+}
+
+/// The text at the end of a file. No walk leads to what stands behind an ENDINC: it is text, but for generated
+/// keywords in it.
+std::string EndTextOf(KeywordFile& file)
+{
+    KeywordFileIterator place = file.WalkEnd();
+    const KeywordFileIterator end = file.End();
+    if (place == end) return file.TextAtEnd();
+    const std::unique_ptr<ILineReader> reader = file.FileReader()->OpenLineReader(false);
+    std::string text;
+    for (bool isFirst = true; reader && place != end; ++place, isFirst = false) {
+        const auto& keyword = static_cast<const Keyword&>(**place);
+        if (!keyword.HasValidExtent() || (IsAnchor(keyword) && !isFirst)) continue;
+        std::string extent;
+        reader->ReadRange(keyword.Position(), keyword.Position() + keyword.Size() - 1, extent);
+        if (isFirst) extent.erase(0, std::min(extent.find('\n'), extent.size() - 1) + 1);
+        text += extent;
+    }
+    return text;
+}
+
 } // namespace
 
-/// What stands behind the last END of a file is notes. Where they are more than comments they are a user's for sure.
+/// What stands behind the last END of a file, or behind its ENDINC, is notes. Where they are more than comments they
+/// are a user's for sure.
 void DeckMerger::CarryTextBehindEnds()
 {
     for (KeywordFile* file : FilesOf(m_source)) {
         if (IsExcluded(*file) || CameWithUserInclude(*file)) continue;
         const KeywordFileIterator last = LastOf(*file);
-        if (last == file->End() || !EndsFile(last)) continue;
-        const EndLines lines(file->TextAtEnd());
-        if (lines.hasOthers) AddAtEnd(*file, lines.all, MergeReport::Action::Carried);
+        if (last == file->End() || (!IsEnd(**last) && file->WalkEnd() == file->End())) continue;
+        const EndLines lines(EndTextOf(*file));
+        if (!lines.hasOthers) continue;
+        const bool isRead = !HasEnd(CounterpartOf(*file));
+        AddAtEnd(*file, isRead ? lines.AsComments() : lines.all, MergeReport::Action::Carried);
     }
 }
 
@@ -87,7 +145,7 @@ void DeckMerger::MergeCommentsAtEnds()
 {
     for (KeywordFile* file : FilesOf(m_source)) {
         if (IsExcluded(*file) || CameWithUserInclude(*file)) continue;
-        const EndLines lines(file->TextAtEnd());
+        const EndLines lines(EndTextOf(*file));
         if (!lines.comments.empty()) AddAtEnd(*file, lines.comments, MergeReport::Action::Commented);
     }
 }
@@ -99,9 +157,10 @@ void DeckMerger::AddAtEnd(KeywordFile& file, const std::string& text, MergeRepor
     const std::string existing = target.TextAtEnd();
     const std::string rest = WithoutLines(text, EndLines(existing).all);
     if (HoldsLines(existing, rest)) return;
-    target.AddTextAtEnd(rest + "\n");
+    target.AddTextAtEnd(rest + "\n", action == MergeReport::Action::Carried);
     if (m_report == nullptr) return;
-    const KeywordFileIterator last = LastOf(file);
+    const KeywordFileIterator walkEnd = file.WalkEnd();
+    const KeywordFileIterator last = walkEnd != file.End() ? walkEnd : LastOf(file);
     const IKeyword* keyword = last != file.End() ? *last : m_source.GetDeckKeywords()->GetIncludingKeyword(&file);
     if (keyword == nullptr) return;
     m_report->entries.push_back(

@@ -57,7 +57,8 @@ bool IsRepeatable(std::string_view name)
 bool EndsFile(KeywordFileIterator place)
 {
     const int kind = place->GetSyntax()->GetKind();
-    if (kind != KeywordKind::End && kind != KeywordKind::EndInc) return false;
+    if (kind == KeywordKind::EndInc) return true;
+    if (kind != KeywordKind::End) return false;
     const KeywordFile* file = IteratorAccess::File(place);
     return ++place == file->End();
 }

@@ -26,7 +26,7 @@ bool IsAnchorHead(const IKeyword& keyword);
 /// The effects of keywords of that name add up: one is no twin of another.
 bool IsRepeatable(std::string_view name);
 
-/// The last keyword of its file is an END or ENDINC: what stands behind is notes, whatever it looks like.
+/// An ENDINC, or an END that is the last of its file: what stands behind is notes, whatever it looks like.
 bool EndsFile(KeywordFileIterator place);
 
 /// Whether whole lines of the one, white space around them aside, are lines of the other, whatever their line ends.

@@ -207,6 +207,10 @@ TEST_F(MergeTest, ACopyIsWhole)
          "SCHEDULE\nWELSPECS\n'A' G 1 1 /\n", "", false},
         {"notes behind the end", "RUNSPEC\nOIL~\nWATER\nEND\n\nNotes of mine:\nMYWORD\n-- well\n",
          "RUNSPEC\nOIL~\nEND\n", "RUNSPEC\nOIL~\nWATER\n\nEND\nNotes of mine:\nMYWORD\n-- well\n"},
+        {"notes behind the end, where the new deck has none", "RUNSPEC\nOIL~\nEND\n\nNotes:\n  WATER it is\n-- well\n",
+         "RUNSPEC\nOIL~\n", "RUNSPEC\nOIL~\n-- Notes:\n--   WATER it is\n-- well\n"},
+        {"words between the end and a keyword behind it", "RUNSPEC\nOIL~\nEND\nNotes of mine\nWATER\n",
+         "RUNSPEC\nOIL~\nEND\n", "RUNSPEC\nOIL~\nEND\nWATER\n\n", "", false},
         {"unknown words behind a generated keyword", "RUNSPEC\nDIMENS~\n1 2 3 /\nMYWORD\n 7 /\nOIL~\nWATER\n",
          "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\n", "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\nWATER\n\n", "", false},
     });
