@@ -48,15 +48,16 @@ std::string Peak(const Run& run)
     return fmt::format("{:.1f} MB", static_cast<double>(run.peakKiB) / 1024);
 }
 
-/// A command against a yardstick; the budget is a multiple of the yardstick's time.
+/// A command against a yardstick; the budget is a multiple of the yardstick's time, and with `mostMiB` a peak.
 bool CompareTimes(const std::string& work, const Command& command, const std::string& yardstick,
-                  const Command& yardstickCommand, double budget)
+                  const Command& yardstickCommand, double budget, int mostMiB = 0)
 {
     const std::vector<Run> runs = Benchmarks::MedianRuns({command, yardstickCommand}, repeats);
     const double ratio = runs[0].seconds / runs[1].seconds;
-    const bool met = ratio <= budget;
+    const bool met = ratio <= budget && (mostMiB == 0 || runs[0].peakKiB <= 1024L * mostMiB);
     PrintRow(work, Time(runs[0].seconds), yardstick, Time(runs[1].seconds), fmt::format("{:.2f}", ratio),
-             fmt::format("{:.1f} x", budget), met, Peak(runs[0]));
+             mostMiB == 0 ? fmt::format("{:.1f} x", budget) : fmt::format("{:.1f}x {}MB", budget, mostMiB), met,
+             Peak(runs[0]));
     return met;
 }
 
@@ -178,7 +179,9 @@ bool CompareWithCopy(const std::string& work, const Command& command, const std:
     std::string copying =
         fmt::format("dd if='{0}' of='{1}' bs=64k conv=fsync && grep -c '^[A-Z]' '{0}'", deck.string(), made.string());
     if (replaces) copying += fmt::format(" && mv '{}' '{}'", made.string(), copied.string());
-    const bool met = CompareTimes(work, command, "dd conv=fsync and grep of the deck", Making(made, copying), budget);
+    constexpr int mostMiB = 64;
+    const bool met =
+        CompareTimes(work, command, "dd conv=fsync and grep of the deck", Making(made, copying), budget, mostMiB);
     std::filesystem::remove(made);
     std::filesystem::remove(copied);
     return met;
@@ -268,6 +271,7 @@ int main(int argc, char** argv)
         return 2;
     }
     try {
+        Benchmarks::StartLauncher();
         const std::string deckman = argv[1];
         const std::filesystem::path decks = argv[2];
         const std::string smallDeck = argv[3];

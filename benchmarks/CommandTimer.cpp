@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <cstring>
 #include <stdexcept>
 
@@ -47,9 +48,7 @@ long long Drain(int descriptor)
     }
 }
 
-} // namespace
-
-Run RunOnce(const Command& command)
+Run RunHere(const Command& command)
 {
     std::vector<std::string> environment = command.environment;
     for (char** entry = environ; *entry; ++entry)
@@ -85,6 +84,94 @@ Run RunOnce(const Command& command)
         Fail(command, WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status))
                                         : "signal " + std::to_string(WTERMSIG(status)));
     return run;
+}
+
+using Texts = std::vector<std::string>;
+
+bool TransferAll(int descriptor, char* data, std::size_t size, bool writes)
+{
+    while (size > 0) {
+        const ssize_t count = writes ? write(descriptor, data, size) : read(descriptor, data, size);
+        if (count == 0 || (count < 0 && errno != EINTR)) return false;
+        if (count < 0) continue;
+        data += count;
+        size -= static_cast<std::size_t>(count);
+    }
+    return true;
+}
+
+/// Texts without a byte 0 in them, each with one behind it, and ahead of all their size.
+bool Send(int descriptor, const Texts& texts)
+{
+    std::string bytes;
+    for (const std::string& text : texts)
+        bytes.append(text).push_back('\0');
+    std::size_t size = bytes.size();
+    return TransferAll(descriptor, reinterpret_cast<char*>(&size), sizeof size, true) &&
+           TransferAll(descriptor, bytes.data(), size, true);
+}
+
+bool Receive(int descriptor, Texts& texts)
+{
+    std::size_t size = 0;
+    if (!TransferAll(descriptor, reinterpret_cast<char*>(&size), sizeof size, false)) return false;
+    std::string bytes(size, '\0');
+    if (!TransferAll(descriptor, bytes.data(), size, false)) return false;
+    texts.clear();
+    for (std::size_t at = 0; at < size; at += texts.back().size() + 1)
+        texts.emplace_back(bytes.c_str() + at);
+    return true;
+}
+
+/// The pipes to and from the process that starts the commands.
+int toLauncher = -1;
+int fromLauncher = -1;
+
+void Serve(int from, int to)
+{
+    Texts words;
+    Texts environment;
+    while (Receive(from, words) && Receive(from, environment)) {
+        Texts answer;
+        try {
+            const Run run = RunHere({words, environment});
+            answer = {std::to_string(std::llround(run.seconds * 1e9)), std::to_string(run.peakKiB),
+                      std::to_string(run.outputBytes)};
+        } catch (const std::exception& failure) {
+            answer = {failure.what()};
+        }
+        if (!Send(to, answer)) return;
+    }
+}
+
+} // namespace
+
+void StartLauncher()
+{
+    int to[2];
+    int from[2];
+    if (pipe2(to, O_CLOEXEC) != 0 || pipe2(from, O_CLOEXEC) != 0) throw std::runtime_error(std::strerror(errno));
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error(std::strerror(errno));
+    if (child == 0) {
+        close(to[1]);
+        close(from[0]);
+        Serve(to[0], from[1]);
+        _exit(0);
+    }
+    close(to[0]);
+    close(from[1]);
+    toLauncher = to[1];
+    fromLauncher = from[0];
+}
+
+Run RunOnce(const Command& command)
+{
+    Texts answer;
+    if (!Send(toLauncher, command.words) || !Send(toLauncher, command.environment) || !Receive(fromLauncher, answer))
+        Fail(command, "no process to start it");
+    if (answer.size() != 3) throw std::runtime_error(answer.empty() ? "no answer" : answer.front());
+    return {static_cast<double>(std::stoll(answer[0])) / 1e9, std::stol(answer[1]), std::stoll(answer[2])};
 }
 
 std::vector<Run> MedianRuns(const std::vector<Command>& commands, int repeats)

@@ -20,6 +20,10 @@ struct Run
     long long outputBytes = 0; ///< what it wrote to its standard output, a pipe
 };
 
+/// Starts the process from which commands are run. To be called once, before anything else: a process counts the memory
+/// of the one that made it as its own peak, so commands must come from one that stays small.
+void StartLauncher();
+
 /// Runs the command once, its standard output into a pipe that is read to the end, its standard error dropped. Throws
 /// `std::runtime_error` when it can't be started, or when it fails (grep's 1, no match, is no failure).
 Run RunOnce(const Command& command);
