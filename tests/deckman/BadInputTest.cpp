@@ -258,6 +258,17 @@ TEST(BadInput, WordsBehindTheEndAlarmNobody)
         testing::AllOf(HasSubstr("TOP.DATA:6: warning: Keyword NOTE"), HasSubstr("a.inc:3: warning: Keyword NOTE")));
 }
 
+TEST(BadInput, AQuantityInThePlaceOfANumberIsNoError)
+{
+    const TempDir folder;
+    folder.Write("TOP.DATA", "SCHEDULE\nWCONPROD\n P OPEN ORAT WUOPRL /\n Q OPEN ORAT 1OO /\n/\n");
+    const Outcome outcome = Deckman({"get", folder.Path("TOP.DATA"), "WCONPROD"});
+    EXPECT_THAT(outcome.err,
+                HasSubstr(":3: note: WUOPRL stands in the place of a number, as a quantity of UDQ may.\n"));
+    EXPECT_THAT(outcome.err, HasSubstr(":4: error: A problem was encountered"));
+    EXPECT_EQ(outcome.status, 1);
+}
+
 TEST(BadInput, WarningsCountOnlyWhenStrict)
 {
     const TempDir folder;

@@ -300,22 +300,10 @@ void Check::GatherQuantities(const DeckManager::IKeyword& udq)
     }
 }
 
-/// The word that a message says is no number; empty for other messages.
-std::string_view WordForNumber(std::string_view text)
-{
-    constexpr std::string_view opening = ". Item value \"";
-    constexpr std::string_view closing = "\" is not valid. Must be a real number.";
-    const std::size_t begin = text.find(opening);
-    if (begin == std::string_view::npos || !text.ends_with(closing)) return {};
-    text.remove_prefix(begin + opening.size());
-    text.remove_suffix(closing.size());
-    return text;
-}
-
 /// The message is about the name of a quantity in the place of a number.
 bool Check::IsQuantity(const Messages::Message& message) const
 {
-    return !m_quantities.empty() && m_quantities.count(Service::Uppercased(WordForNumber(message.text))) != 0;
+    return !m_quantities.empty() && m_quantities.count(Service::Uppercased(Messages::WordForNumber(message.text))) != 0;
 }
 
 /// Says what would be right where that can be told from what stands around. False for a message that only follows from
@@ -332,7 +320,8 @@ bool Check::AddHints(const Messages::Message& message, std::string& text)
             return true;
         }
     }
-    if (const std::string word = Service::Uppercased(WordForNumber(message.text)); TextCheck::IsQuantityName(word)) {
+    if (const std::string word = Service::Uppercased(Messages::WordForNumber(message.text));
+        Messages::IsQuantityName(word)) {
         const std::vector<std::string_view> known(m_quantities.begin(), m_quantities.end());
         text += fmt::format(" No UDQ defines {}.{}", word, NearestHint(word, known));
     }

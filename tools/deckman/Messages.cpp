@@ -52,6 +52,11 @@ void Messages::Take(std::string_view givenText, int severity)
         m_taker({location.file, location.line, severity, text});
         return;
     }
+    const std::string quantity = Tarn::Fjel::Core::Service::Uppercased(WordForNumber(text));
+    if (IsQuantityName(quantity)) {
+        text = fmt::format("{} stands in the place of a number, as a quantity of UDQ may.", quantity);
+        severity = 0;
+    }
     if (location.IsKnown()) {
         place = Shown(location.file);
         if (location.line > 0) {
@@ -75,6 +80,22 @@ std::string_view Messages::WordOf(std::string_view text)
         return {};
     }
     return text.substr(0, text.find(' '));
+}
+
+std::string_view Messages::WordForNumber(std::string_view text)
+{
+    constexpr std::string_view opening = ". Item value \"";
+    constexpr std::string_view closing = "\" is not valid. Must be a real number.";
+    const std::size_t begin = text.find(opening);
+    if (begin == std::string_view::npos || !text.ends_with(closing)) return {};
+    text.remove_prefix(begin + opening.size());
+    text.remove_suffix(closing.size());
+    return text;
+}
+
+bool Messages::IsQuantityName(std::string_view word)
+{
+    return word.size() > 2 && std::string_view("CFGRSWAB").find(word[0]) != std::string_view::npos && word[1] == 'U';
 }
 
 std::string Messages::Shown(std::string_view file) const

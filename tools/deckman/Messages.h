@@ -60,6 +60,11 @@ public:
     /// The word that a message of the scan is about, be it a keyword or not; empty for other messages.
     static std::string_view WordOf(std::string_view text);
 
+    /// The word that a message says is no number; empty for other messages.
+    static std::string_view WordForNumber(std::string_view text);
+    /// The word may be the name of a quantity of the user's own, which may stand in the place of a number.
+    static bool IsQuantityName(std::string_view word);
+
     /// What a verb has told in its own way counts too.
     void Count(int warnings, int errors)
     {

@@ -501,11 +501,6 @@ std::optional<TextCheck::Row> TextCheck::RowAhead(int line)
     return row.first > 0 ? std::optional(row) : std::nullopt;
 }
 
-bool TextCheck::IsQuantityName(std::string_view word)
-{
-    return word.size() > 2 && std::string_view("CFGRSWAB").find(word[0]) != std::string_view::npos && word[1] == 'U';
-}
-
 int TextCheck::LineOfRecord(const DeckManager::IKeyword& keyword, int record)
 {
     m_keyword = nullptr;

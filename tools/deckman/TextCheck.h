@@ -57,9 +57,6 @@ public:
     };
     std::optional<Row> RowAhead(int line);
 
-    /// The word may be the name of a quantity of the user's own.
-    static bool IsQuantityName(std::string_view word);
-
     /// The line on which the record of that index of a list of records ends; the keyword's own when that can't be told.
     int LineOfRecord(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword, int record);
 
