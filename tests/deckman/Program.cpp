@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <fcntl.h>
+#include <pty.h>
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -22,11 +23,8 @@ void Redirect(int descriptor, const std::string& file)
     if (opened < 0 || ::dup2(opened, descriptor) < 0) ::_exit(125);
 }
 
-[[noreturn]] void Become(const std::vector<std::string>& command, const Launch& run, const std::string& out,
-                         const std::string& err)
+[[noreturn]] void Become(const std::vector<std::string>& command, const Launch& run)
 {
-    Redirect(STDOUT_FILENO, run.outFile.empty() ? out : run.outFile);
-    Redirect(STDERR_FILENO, err);
     if (!run.directory.empty() && ::chdir(run.directory.c_str()) != 0) ::_exit(125);
     for (const auto& [name, value] : run.environment)
         ::setenv(name.c_str(), value.c_str(), 1);
@@ -41,17 +39,31 @@ void Redirect(int descriptor, const std::string& file)
     ::_exit(126);
 }
 
+int StatusOf(int state)
+{
+    return WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
+}
+
+std::vector<std::string> InShell(const std::string& command)
+{
+    return {"/bin/sh", "-c", "deckman() { \"" DECKMAN_PROGRAM "\" \"$@\"; }\n" + command};
+}
+
 Outcome Execute(const std::vector<std::string>& command, const Launch& run)
 {
     const TestSupport::TempDir files;
     const pid_t child = ::fork();
     if (child < 0) throw std::runtime_error("fork");
-    if (child == 0) Become(command, run, files.Path("out"), files.Path("err"));
+    if (child == 0) {
+        Redirect(STDOUT_FILENO, run.outFile.empty() ? files.Path("out") : run.outFile);
+        Redirect(STDERR_FILENO, files.Path("err"));
+        Become(command, run);
+    }
     int state = 0;
     ::waitpid(child, &state, 0);
 
     Outcome outcome;
-    outcome.status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
+    outcome.status = StatusOf(state);
     if (run.outFile.empty()) outcome.out = files.Read("out");
     outcome.err = files.Read("err");
     return outcome;
@@ -68,7 +80,37 @@ Outcome Deckman(const std::vector<std::string>& arguments, const Launch& run)
 
 Outcome Shell(const std::string& command, const Launch& run)
 {
-    return Execute({"/bin/sh", "-c", "deckman() { \"" DECKMAN_PROGRAM "\" \"$@\"; }\n" + command}, run);
+    return Execute(InShell(command), run);
+}
+
+Outcome OnTerminal(const std::string& command, const Screen& screen, const Launch& run)
+{
+    winsize size{};
+    size.ws_row = static_cast<unsigned short>(screen.rows);
+    size.ws_col = static_cast<unsigned short>(screen.columns);
+    int terminal = -1;
+    const pid_t child = ::forkpty(&terminal, nullptr, nullptr, &size);
+    if (child < 0) throw std::runtime_error("forkpty");
+    if (child == 0) {
+        ::setenv("TERM", "xterm", 1);
+        for (const char* variable : {"NO_COLOR", "PAGER", "DECKMAN_PAGER", "LESS"})
+            ::unsetenv(variable);
+        Become(InShell(command), run);
+    }
+    Outcome outcome;
+    char buffer[4096];
+    // The other end is gone: an error, on this system.
+    for (ssize_t count; (count = ::read(terminal, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t i = 0; i < count; ++i) {
+            if (buffer[i] == '\n' && outcome.out.ends_with('\r')) outcome.out.pop_back();
+            outcome.out += buffer[i];
+        }
+    }
+    ::close(terminal);
+    int state = 0;
+    ::waitpid(child, &state, 0);
+    outcome.status = StatusOf(state);
+    return outcome;
 }
 
 std::vector<nlohmann::ordered_json> JsonLines(const std::string& text)

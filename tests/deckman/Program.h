@@ -30,6 +30,15 @@ Outcome Deckman(const std::vector<std::string>& arguments, const Launch& run = {
 /// Runs a command line of the shell in which `deckman` is the built program.
 Outcome Shell(const std::string& command, const Launch& run = {});
 
+/// A terminal of that size.
+struct Screen
+{
+    int rows = 24;
+    int columns = 80;
+};
+/// The same on a terminal, which shows all output: `out` is what it got, with "\n" for line ends.
+Outcome OnTerminal(const std::string& command, const Screen& screen = {}, const Launch& run = {});
+
 /// One JSON value for each line.
 std::vector<nlohmann::ordered_json> JsonLines(const std::string& text);
 

@@ -139,7 +139,6 @@ void Check::Run()
     Survey();
     ReadAllData();
     CheckTimes();
-    m_session.Progress().Finish();
     m_report.Finish(m_lines->KeywordCount(), m_lines->FileCount());
     m_session.Log().Count(m_report.Warnings(), m_report.Errors());
 }

@@ -203,8 +203,9 @@ private:
         std::size_t width = 1;
         for (int i = 0; i < std::min(count, valuesMeasured); ++i)
             width = std::max(width, Shown(m_values.Read(list, i)).size());
-        const int inRow = std::clamp(static_cast<int>(rowWidth / (width + 2)), 1, mostInRow);
         const std::size_t indexWidth = fmt::formatted_size("{}", std::max(count - 1, 0));
+        const std::size_t fits = m_out.Columns() > indexWidth ? m_out.Columns() - indexWidth : rowWidth;
+        const int inRow = std::clamp(static_cast<int>(std::min(rowWidth, fits) / (width + 2)), 1, mostInRow);
         const bool alignRight = IsNumber(&element);
         for (int i = 0; i < count && !m_out.Closed(); ++i) {
             if (i % inRow == 0) {

@@ -29,7 +29,7 @@ void PrintJson(const Schedule::Moment& moment, Output& out)
 ExitStatus RunDates(DeckSession& session, const Options& options, Output& out)
 {
     const Schedule schedule(session, options.all);
-    Table table({{"index", true}, {"keyword"}, {"date"}, {"days", true}, {"place"}});
+    Table table({{"index", true}, {"keyword"}, {"date"}, {"days", true}, {"place", false, {}, Table::Cut::Head}});
     for (const Schedule::Moment& moment : schedule.Moments()) {
         if (out.Closed()) break;
         if (options.json) {

@@ -18,7 +18,6 @@
 #include "ExitStatus.h"
 #include "Messages.h"
 #include "Options.h"
-#include "Progress.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 class IDeckKeywordsEditor;
@@ -69,7 +68,6 @@ public:
     const DeckManager::IDeck& Deck() const { return *m_deck; }
     const DeckManager::IDeckKeywords& Keywords() const { return *m_keywords; }
     Messages& Log() const { return m_messages; }
-    Deckman::Progress& Progress() { return m_progress; }
 
     /// The top file, complete.
     const Service::FileName& TopFile() const { return m_topFile; }
@@ -110,7 +108,6 @@ private:
     DeckManager::IDeck& Import(const std::string& path, const char* name);
 
     Messages& m_messages;
-    Deckman::Progress m_progress;
     std::unique_ptr<DeckManager::IDeckManager> m_manager;
     DeckManager::IDeck* m_deck = nullptr;
     DeckManager::IDeckKeywords* m_keywords = nullptr;

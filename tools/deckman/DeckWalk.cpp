@@ -6,6 +6,7 @@
 #include <tarn/keywords/IKeywordSyntax.h>
 
 #include "DeckSession.h"
+#include "Progress.h"
 #include "Sections.h"
 
 namespace Deckman {
@@ -28,7 +29,7 @@ bool DeckWalk::Next()
     if (m_kind == Keywords::KeywordKind::End && !m_all) return false;
 
     m_keyword = keyword;
-    if ((++m_index & 63) == 0) m_session.Progress().Tell(m_index, "keywords");
+    if ((++m_index & 63) == 0) Progress::Tell(m_index, "keywords");
     if (DeckManager::IKeywordFile* file = keyword->GetFile(); m_files.empty() || file != m_files.back().file)
         EnterFile(file);
     if (m_kind == Keywords::KeywordKind::Section) {

@@ -335,8 +335,6 @@ ExitStatus RunDiff(Messages& messages, const Options& options, Output& out)
     static DiffDeck& newDeck = *new DiffDeck(newSession);
     DeckComparison(oldDeck, newDeck, report).Run();
     report.Finish();
-    oldSession.Progress().Finish();
-    newSession.Progress().Finish();
     if (!options.project.empty()) {
         oldSession.SaveCache();
         newSession.SaveCache();

@@ -70,7 +70,7 @@ std::string RemarkOn(const DeckManager::ExportReport::File& file, bool keepsLeav
 
 void PrintTable(const DeckSession& session, const DeckManager::ExportReport& report, bool keepsLeaves, Output& out)
 {
-    Table table({{"file"}, {"written to"}, {"remark"}});
+    Table table({{"file", false, {}, Table::Cut::Head}, {"written to", false, {}, Table::Cut::Head}, {"remark"}});
     bool isTop = true;
     for (const auto& file : report.files) {
         const bool isMissing = file.action == Action::Missing;

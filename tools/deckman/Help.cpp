@@ -65,6 +65,8 @@ constexpr HelpRow statuses[] = {
 
 constexpr HelpRow variables[] = {
     {"NO_COLOR", "set to anything: no colours on a terminal either"},
+    {"DECKMAN_PAGER, PAGER", "the pager for long output on a terminal, the first that is set; empty or cat for none. "
+                             "Without them less, with the options FRX unless LESS has others."},
 };
 
 void AppendRow(std::string& text, std::string_view written, std::string_view is, std::size_t width)

@@ -26,8 +26,12 @@ KeywordRows::KeywordRows(const DeckSession& session, Output& out, bool json)
     : m_session(session), m_out(out), m_json(json)
 {
     if (!json) {
-        m_table.emplace(std::vector<Table::Column>{
-            {"index", true}, {"keyword"}, {"section"}, {"bytes", true}, {"marks"}, {"place"}});
+        m_table.emplace(std::vector<Table::Column>{{"index", true},
+                                                   {"keyword"},
+                                                   {"section"},
+                                                   {"bytes", true},
+                                                   {"marks"},
+                                                   {"place", false, {}, Table::Cut::Head}});
     }
 }
 

@@ -9,11 +9,16 @@
 #include <tarn/service/Directory.h>
 #include <tarn/service/Strings.h>
 
+#include "Progress.h"
+#include "Terminal.h"
+
 namespace Deckman {
 
 using Tarn::Fjel::Core::Service::Log;
 
-Messages::Messages() : m_currentDirectory(Tarn::Fjel::Core::Service::Directory::Current().Name())
+Messages::Messages()
+    : m_currentDirectory(Tarn::Fjel::Core::Service::Directory::Current().Name()),
+      m_colours(Terminal::HasColours(Terminal::IsErrors()))
 {
     if (!m_currentDirectory.ends_with('/')) m_currentDirectory += '/';
     m_previous = Log::SetHandler([this](std::string_view text, int severity) { Take(text, severity); });
@@ -119,6 +124,12 @@ bool Messages::Print(std::string_view place, std::string_view severity, std::str
     if (!place.empty() && !m_told.insert(std::hash<std::string>()(line)).second) return false;
     Tarn::Fjel::Core::Service::StringReplace(line, "\n", "\n    ");
     line += '\n';
+    if (m_colours) {
+        const std::size_t at = (place.empty() ? std::string_view("deckman") : place).size() + 2;
+        const std::string_view colour = severity == "error" ? "\x1b[31m" : "\x1b[1m";
+        line = fmt::format("{}{}{}\x1b[0m{}", line.substr(0, at), colour, severity, line.substr(at + severity.size()));
+    }
+    Progress::Wipe();
     std::fwrite(line.data(), 1, line.size(), stderr);
     return true;
 }

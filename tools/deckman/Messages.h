@@ -87,6 +87,7 @@ private:
     bool Print(std::string_view place, std::string_view severity, std::string_view text);
 
     std::string m_currentDirectory;
+    bool m_colours; ///< standard error is a terminal
     Tarn::Fjel::Core::Service::Log::Handler m_previous;
     Taker m_taker;
     std::unordered_set<std::size_t> m_told; // hashes of what was printed about a place

@@ -350,6 +350,7 @@ void AddCommonOptions(CLI::App& app, Options& options)
     };
     app.add_option("--project", options.project, "use the cache of that project")->type_name("DIR");
     app.add_flag("--json", options.json, "for machines: one JSON object, or one a line");
+    app.add_flag("--no-pager", options.noPager, "print long output on a terminal as it comes");
     app.add_flag("--strict", options.strict, "exit status 1 for warnings too");
     app.add_option_function<std::string>("--simulator", toSimulator, "leave out what that simulator skips")
         ->type_name("100|300");
@@ -364,11 +365,18 @@ void PrintError(std::string_view text)
 }
 
 /// What was asked for: unlike a message it must not get lost without a word.
-ExitStatus PrintAnswer(std::string_view text)
+ExitStatus PrintAnswer(std::string_view text, bool mayPage = true)
 {
-    Output out;
-    out.Append(text);
-    out.Flush();
+    Output out(mayPage);
+    while (!text.empty()) {
+        const std::string_view line = text.substr(0, text.find('\n'));
+        // What is told below a line, and what that is of.
+        const bool isHeading = line.ends_with(':') && !line.starts_with(' ');
+        out.Append(line, isHeading ? Style::Strong : Style::Plain);
+        if (line.size() < text.size()) out.Append('\n');
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+    }
+    out.Finish();
     if (out.Failure() == 0) return Done;
     PrintError(fmt::format("standard output: error: {}\n", std::strerror(out.Failure())));
     return FileFailure;
@@ -517,7 +525,7 @@ std::variant<Options, ExitStatus> ParseOptions(int argc, char** argv)
         return options;
     } catch (const CLI::CallForHelp&) {
         const auto chosen = app.get_subcommands();
-        return PrintAnswer(chosen.empty() ? MainHelp(app) : chosen.front()->help("deckman"));
+        return PrintAnswer(chosen.empty() ? MainHelp(app) : chosen.front()->help("deckman"), !options.noPager);
     } catch (const CLI::CallForVersion& version) {
         return PrintAnswer(fmt::format("{}\n", version.what()));
     } catch (const CLI::ParseError& error) {

@@ -73,6 +73,7 @@ struct Options
     bool replace = false;      ///< project move, rename: what stands at the new place goes
 
     std::string project; ///< the directory of the project whose cache is used; empty: none
+    bool noPager = false;
     bool json = false;
     bool strict = false;
     std::optional<Tarn::Fjel::Core::Keywords::SimulatorType> simulator;

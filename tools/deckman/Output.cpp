@@ -2,24 +2,16 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
-#include <cstring>
 
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include "Progress.h"
+#include "Terminal.h"
+
 namespace Deckman {
 
 namespace {
-
-/// Colours are for people: on a terminal that knows them, and never against the user's wish.
-bool WantsColours()
-{
-    const char* noColour = std::getenv("NO_COLOR");
-    if (noColour != nullptr && *noColour != '\0') return false;
-    const char* terminal = std::getenv("TERM");
-    return ::isatty(STDOUT_FILENO) != 0 && terminal != nullptr && std::strcmp(terminal, "dumb") != 0;
-}
 
 std::string_view Begin(Style style)
 {
@@ -32,6 +24,8 @@ std::string_view Begin(Style style)
         return "\x1b[2m";
     case Style::Alert:
         return "\x1b[31m";
+    case Style::Added:
+        return "\x1b[32m";
     case Style::Plain:
         break;
     }
@@ -40,7 +34,10 @@ std::string_view Begin(Style style)
 
 } // namespace
 
-Output::Output() : m_buffer(new char[capacity]), m_colours(WantsColours())
+Output::Output(bool mayPage)
+    : m_buffer(new char[capacity]), m_isTerminal(Terminal::IsOutput()), m_mayPage(mayPage),
+      m_colours(Terminal::HasColours(m_isTerminal)),
+      m_columns(m_isTerminal ? static_cast<std::size_t>(Terminal::Columns()) : 0)
 {
     // A closed pipe then shows as an error of the write, like any other.
     std::signal(SIGPIPE, SIG_IGN);
@@ -50,7 +47,13 @@ Output::Output() : m_buffer(new char[capacity]), m_colours(WantsColours())
 
 Output::~Output()
 {
+    Finish();
+}
+
+void Output::Finish()
+{
     Flush();
+    m_pager.Finish();
 }
 
 void Output::AppendNumber(long long value)
@@ -93,10 +96,45 @@ void Output::Flush()
     m_size = 0;
 }
 
+/// Of text with colours: whether it has no more lines than the screen, with those counted that go on in the next row.
+bool Output::FitsScreen(std::string_view text) const
+{
+    const std::size_t rows = static_cast<std::size_t>(Terminal::Rows());
+    std::size_t lines = 1; // of the shell behind it
+    std::size_t column = 0;
+    bool isEscape = false;
+    for (const char c : text) {
+        if (isEscape) {
+            isEscape = c != 'm';
+        } else if (c == '\x1b') {
+            isEscape = true;
+        } else if (c == '\n') {
+            ++lines;
+            column = 0;
+        } else if ((c & 0xC0) != 0x80 && ++column > m_columns) {
+            ++lines;
+            column = 1;
+        }
+        if (lines > rows) return false;
+    }
+    return true;
+}
+
+void Output::BeginOnTerminal(std::string_view text)
+{
+    Progress::End();
+    if (!m_mayPage || FitsScreen(text)) return;
+    if (const std::string command = Terminal::PagerCommand(); !command.empty()) m_pager.Start(command);
+}
+
 void Output::Write(std::string_view text)
 {
+    if (text.empty()) return;
+    if (m_isTerminal && !m_begun) BeginOnTerminal(text);
+    m_begun = true;
+    const int target = m_pager.IsRunning() ? m_pager.Input() : STDOUT_FILENO;
     while (!text.empty() && !m_closed && m_failure == 0) {
-        const ssize_t written = ::write(STDOUT_FILENO, text.data(), text.size());
+        const ssize_t written = ::write(target, text.data(), text.size());
         if (written >= 0)
             text.remove_prefix(static_cast<std::size_t>(written));
         else if (errno == EPIPE)

@@ -112,7 +112,6 @@ ExitStatus ListDecks(const Directory& project, const std::vector<ProjectDeck>& d
             DeckWalk walk(session, false);
             while (walk.Next()) {
             }
-            session.Progress().Finish();
             count = walk.Index();
             if (messages.Errors() > errors && session.HasUnreadableFile()) status = FileFailure;
         } catch (const Failure& failure) {
@@ -270,7 +269,6 @@ ExitStatus RunProjectAdd(Messages& messages, const Options& options, Output& out
                                                           deck.file.GetFileName(), ToExportOptions(options), &report);
         };
         const auto report = RunExport(session, options, messages.Shown(deck.file.GetFullName()), write);
-        session.Progress().Finish();
         if (!report) return FileFailure;
         if (options.dryRun) {
             DeckRows rows(project, out, options.json);

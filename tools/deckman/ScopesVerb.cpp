@@ -107,7 +107,8 @@ std::vector<Scope> FindScopes(DeckSession& session)
 
 ExitStatus RunScopes(DeckSession& session, const Options& options, Output& out)
 {
-    Table table({{"scope"}, {"begin", true}, {"end", true}, {"keywords", true}, {"place"}});
+    Table table(
+        {{"scope"}, {"begin", true}, {"end", true}, {"keywords", true}, {"place", false, {}, Table::Cut::Head}});
     for (const Scope& scope : FindScopes(session)) {
         if (options.json) {
             out.Append("{\"head\":");

@@ -44,7 +44,8 @@ std::vector<SectionRange> FindSections(DeckSession& session)
 
 ExitStatus RunSections(DeckSession& session, const Options& options, Output& out)
 {
-    Table table({{"section"}, {"begin", true}, {"end", true}, {"keywords", true}, {"place"}});
+    Table table(
+        {{"section"}, {"begin", true}, {"end", true}, {"keywords", true}, {"place", false, {}, Table::Cut::Head}});
     for (const SectionRange& range : FindSections(session)) {
         if (options.json) {
             out.Append("{\"section\":");

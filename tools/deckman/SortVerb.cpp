@@ -91,7 +91,7 @@ void PrintJson(const DeckSession& session, const Places& before, const std::vect
 void PrintTable(const DeckSession& session, const Places& before, const std::vector<Move>& moves, const EditRun& run,
                 Output& out)
 {
-    Table table({{"keyword"}, {"from"}, {"to"}});
+    Table table({{"keyword"}, {"from", false, {}, Table::Cut::Head}, {"to", false, {}, Table::Cut::Head}});
     for (const Move& move : moves) {
         const auto place = [&](const IKeywordFile& file, int line) {
             return fmt::format("{}:{}", session.Shown(file.GetFileName()), line);

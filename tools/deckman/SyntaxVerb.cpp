@@ -189,7 +189,12 @@ void WriteForPeople(Output& out, const IKeywordSyntax& syntax)
 
 void WriteTable(Output& out, const std::vector<const IKeywordSyntax*>& syntaxes)
 {
-    Table table({{"keyword"}, {"sections"}, {"simulators"}, {"data"}, {"confidence"}, {"summary"}});
+    Table table({{"keyword"},
+                 {"sections"},
+                 {"simulators"},
+                 {"data"},
+                 {"confidence"},
+                 {"summary", false, {}, Table::Cut::Tail}});
     for (const IKeywordSyntax* syntax : syntaxes) {
         const std::vector<std::string> sections = SectionsOf(*syntax);
         table.Add(fmt::format("{}", fmt::join(syntax->GetNames(), " ")),

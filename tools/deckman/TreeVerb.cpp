@@ -73,7 +73,7 @@ std::string_view RemarkOn(const FileLink& link)
 
 void PrintTable(FileTree& tree, Output& out)
 {
-    Table table({{"file"}, {"keywords", true}, {"bytes", true}, {"remark"}});
+    Table table({{"file"}, {"keywords", true}, {"bytes", true}, {"remark", false, {}, Table::Cut::Tail}});
     std::vector<Level> levels;
     std::string stem; // what stands ahead of a file's name: "|   " for each level that goes on, else blanks
     const auto enter = [&](const FileLink& link, std::string_view branch) {

@@ -116,14 +116,18 @@ void UnifiedDiff::AddFile(const std::string& file, std::string_view before, std:
 void UnifiedDiff::PrintHeading(const std::string& file)
 {
     if (file == m_file) return;
-    m_out.Append(fmt::format("--- {0}\n+++ {0}\n", file), Style::Strong);
+    // Each line by itself: a pager forgets a style at its end.
+    for (const std::string_view mark : {"---", "+++"}) {
+        m_out.Append(fmt::format("{} {}", mark, file), Style::Strong);
+        m_out.Append('\n');
+    }
     m_file = file;
 }
 
 void UnifiedDiff::PrintLine(char mark, std::string_view text)
 {
-    m_out.Append(mark);
-    m_out.Append(text);
+    const Style style = mark == '+' ? Style::Added : mark == '-' ? Style::Alert : Style::Plain;
+    m_out.Append(fmt::format("{}{}", mark, text), style);
     m_out.Append('\n');
 }
 

@@ -10,6 +10,7 @@
 #include "Messages.h"
 #include "Options.h"
 #include "Output.h"
+#include "Progress.h"
 #include "Verbs.h"
 
 namespace {
@@ -44,7 +45,6 @@ ExitStatus RunOnDeck(const Run& run, const Options& options, Messages& messages)
         messages.Error(messages.Shown(session.TopFile().GetFullName()), exception.what());
         status = NotThere;
     }
-    session.Progress().Finish();
     if (usesCache && !options.project.empty()) session.SaveCache();
     // Only trouble makes it worth while to ask every file.
     return messages.Errors() > 0 && session.HasUnreadableFile() ? FileFailure : status;
@@ -83,12 +83,14 @@ int main(int argc, char** argv)
     if (const auto* status = std::get_if<ExitStatus>(&parsed)) return *status;
     const Options& options = std::get<Options>(parsed);
 
-    Output out;
+    Progress::Begin();
+    Output out(!options.noPager);
     Messages messages;
     messages.ShowAsides(options.all);
     SetUpProcess(options);
     ExitStatus status = Run(options, messages, out);
-    out.Flush();
+    Progress::End();
+    out.Finish();
     if (out.Failure() != 0) {
         messages.Error("standard output", std::strerror(out.Failure()));
         status = FileFailure;
