@@ -309,38 +309,4 @@ TEST(Project, AMoveThatCannotBeDoneSaysWhereTheProjectIs)
     std::filesystem::permissions(place.folder.Path("p/d"), std::filesystem::perms::all);
 }
 
-/// The sessions in the documentation are what a user sees who types them in examples/decks.
-TEST(Project, TheSessionsInTheDocumentationAreTrue)
-{
-    const TempDir folder;
-    std::filesystem::copy(DECK_SOURCE_DIR "/examples/decks", folder.Path(), std::filesystem::copy_options::recursive);
-    std::ifstream page(DECK_SOURCE_DIR "/docs/deckman.md");
-    const std::string indent = "    ";
-    const std::string prompt = indent + "$ ";
-    Launch run;
-    run.directory = folder.Path();
-    std::string written;
-    std::string played;
-    int commands = 0;
-    bool isInSession = false;
-    for (std::string line; std::getline(page, line);) {
-        if (line.starts_with(prompt)) {
-            isInSession = true;
-            written += line + "\n";
-            played += line + "\n";
-            ++commands;
-            const Outcome outcome = Shell(line.substr(prompt.size()) + " 2>&1", run);
-            std::istringstream lines(outcome.out);
-            for (std::string shown; std::getline(lines, shown);)
-                played += shown.empty() ? "" : indent + shown + "\n";
-        } else if (line.starts_with(indent) && isInSession) {
-            written += line + "\n";
-        } else if (line.starts_with("## ")) {
-            isInSession = false;
-        }
-    }
-    EXPECT_EQ(played, written);
-    EXPECT_GE(commands, 7);
-}
-
 } // namespace DeckmanTests
