@@ -404,6 +404,8 @@ std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::Pars
         for (const std::string& word : app.remaining(true)) {
             if (!word.starts_with('-')) continue;
             const std::vector<std::string> names = OptionNames(app, verb);
+            if (std::find(names.begin(), names.end(), word) != names.end())
+                return fmt::format("{} stands behind -- and is taken for a word of the command.", word);
             return fmt::format(
                 "{} has no option {}.{}", NameOf(verb), word,
                 NearestHint(word.substr(0, word.find('=')), std::vector<std::string_view>(names.begin(), names.end())));
