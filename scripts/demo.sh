@@ -44,6 +44,9 @@ step "What the catalogue knows of a keyword" syntax WELSPECS
 step "The whole deck in one file" flatten "$FIELD" -o "$OUT/FLAT.DATA"
 step "What has changed by that: nothing that a simulator reads" diff "$FIELD" "$OUT/FLAT.DATA"
 step "The deck with all its files in another directory" copy "$FIELD" "$OUT/copy"
+step "One value changed, and not a byte besides" set "$OUT/copy/FIELD.DATA" 'WCONPROD[HR-P2].ORAT' 900 --dry-run
+step "The same, and the old file beside the new one" \
+    set "$OUT/copy/FIELD.DATA" 'WCONPROD[HR-P2].ORAT' 900 --backup --json
 step "A directory of decks, which keeps where their keywords stand" project init "$OUT/studies"
 step "A copy of a deck in it" project add "$OUT/studies" base "$FIELD"
 step "A verb that uses what is kept" get "$OUT/studies/base/base.DATA" 'WCONPROD[HR-P2].ORAT' --project "$OUT/studies"
@@ -51,4 +54,5 @@ step "The project in another place" project move "$OUT/studies" "$OUT/archive/20
 step "What a user wrote into last month's deck, carried into the one made anew" \
     merge regenerated/last/BRYNJE.DATA regenerated/now/BRYNJE.DATA --comments --map grid.inc=grid_r2.inc -o "$OUT/merged"
 step "What that has changed" diff regenerated/now/BRYNJE.DATA "$OUT/merged/BRYNJE.DATA" || true
+step "What an order by the rules of the language would move" sort unsorted/NORTH.DATA --dry-run
 step "A search for machines" find "$FIELD" 'HR-P[56]' --json
