@@ -141,6 +141,21 @@ const KeywordFileContents::List& KeywordFile::DiskList() const
     return m_snapshotTaken ? m_snapshot : present;
 }
 
+/// A thousand edits of comments ask for it a thousand times.
+std::shared_ptr<const KeywordFile::DiskPlaces> KeywordFile::PlacesOnDisk() const
+{
+    if (m_diskPlaces) return m_diskPlaces;
+    auto places = std::make_shared<DiskPlaces>();
+    for (const std::shared_ptr<IKeyword>& listed : DiskList()) {
+        const Keyword& keyword = KeywordFileContents::AsKeyword(listed);
+        if (keyword.Reader() != m_fileReader) continue;
+        places->starts.push_back(keyword.Position());
+        places->keywords.push_back(&keyword);
+    }
+    if (m_snapshotTaken) m_diskPlaces = places;
+    return places;
+}
+
 KeywordFile* KeywordFile::IncludedFileOf(const IKeyword* keyword)
 {
     const KeywordINCLUDE* include = KeywordINCLUDE::From(keyword);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <iosfwd>
 #include <list>
 #include <memory>
@@ -192,6 +193,13 @@ public:
     const FileTagState& TagState() const { return m_tagState; }
     /// The keywords as they stand on the disk: the list as it was before an edit changed it.
     const KeywordFileContents::List& DiskList() const;
+    /// Those of them that are read from the file's own text.
+    struct DiskPlaces
+    {
+        std::vector<std::int64_t> starts; ///< ascending
+        std::vector<const Keyword*> keywords;
+    };
+    std::shared_ptr<const DiskPlaces> PlacesOnDisk() const;
     /// A piece of what stands ahead of a keyword of the list: what stood on the disk ahead of a keyword (null: at the
     /// end of the file), or a text that an edit has put there.
     struct Block
@@ -303,6 +311,7 @@ private:
     long long m_tailBegin = -1;
     bool m_snapshotTaken = false;
     KeywordFileContents::List m_snapshot;
+    mutable std::shared_ptr<const DiskPlaces> m_diskPlaces; ///< of the snapshot; null: not asked for
     /// Where the blocks ahead of a keyword are others than its own; of null: of the list's end.
     std::unordered_map<const IKeyword*, Blocks> m_blocksAhead;
     bool m_commentsSet = false; ///< one ahead of a keyword, or in the head

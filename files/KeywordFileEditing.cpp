@@ -73,6 +73,7 @@ void KeywordFile::TakeSnapshot()
 void KeywordFile::DropSnapshot()
 {
     m_snapshot.clear();
+    m_diskPlaces.reset();
     m_blocksAhead.clear();
     m_snapshotTaken = false;
     m_commentsSet = false;

@@ -30,11 +30,6 @@ constexpr std::int64_t pieceSize = 1 << 20;
 /// A name that fits a line, whatever else stands there, so that the writer breaks no line for it.
 constexpr std::size_t longestToken = 100;
 
-const Keyword& AsKeyword(const std::shared_ptr<IKeyword>& keyword)
-{
-    return KeywordFileContents::AsKeyword(keyword);
-}
-
 std::string AsComments(std::string_view text)
 {
     std::string comments;
@@ -61,13 +56,9 @@ std::int64_t MarkSize(ILineReader& reader)
 } // namespace
 
 SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer, std::vector<WrittenExtent>* extents)
-    : m_file(file), m_writer(writer), m_extents(extents)
+    : m_file(file), m_writer(writer), m_extents(extents), m_places(file.PlacesOnDisk()), m_starts(m_places->starts),
+      m_onDisk(m_places->keywords)
 {
-    for (const std::shared_ptr<IKeyword>& keyword : file.DiskList()) {
-        if (AsKeyword(keyword).Reader() != file.FileReader()) continue;
-        m_starts.push_back(AsKeyword(keyword).Position());
-        m_onDisk.push_back(&AsKeyword(keyword));
-    }
     if (file.LoadFailed()) Refuse("cannot be read");
     m_blocksWritten = file.IsListUnchanged();
     m_keepsBytes = LineEnds::GetPolicy() == LineEnds::Policy::Keep;

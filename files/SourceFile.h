@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "files/FileWriteResult.h"
+#include "files/KeywordFile.h"
 #include <tarn/keywords/SimulatorType.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -16,10 +17,8 @@ class Context;
 class FileReferencingKeyword;
 class ILineReader;
 class Keyword;
-class KeywordFile;
 class KeywordFileIterator;
 class LineFileWriter;
-class OpenReaderGuard;
 
 /// One keyword file while its text goes to a writer. The file stays open for that long, and stretches of it that meet
 /// are copied as one: from a file in which nothing has changed, all in one piece.
@@ -132,9 +131,10 @@ private:
     bool m_keepsBytes = false; ///< what is held back goes out as it stands
     std::unique_ptr<OpenReaderGuard> m_guard;
     std::shared_ptr<ILineReader> m_reader;
-    std::vector<std::int64_t> m_starts;   ///< of the keywords on the disk, ascending
-    std::vector<const Keyword*> m_onDisk; ///< these keywords
-    std::int64_t m_size = 0;              ///< of the file
+    std::shared_ptr<const KeywordFile::DiskPlaces> m_places;
+    const std::vector<std::int64_t>& m_starts;
+    const std::vector<const Keyword*>& m_onDisk;
+    std::int64_t m_size = 0; ///< of the file
     bool m_ownTextOnly = false;
     bool m_blocksWritten = true; ///< those ahead of the keyword that comes next
     std::int64_t m_headEnd = 0;
