@@ -167,6 +167,7 @@ std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long l
     std::int64_t copied = keepsBytes ? CopyFromFile(reader, first, last) : 0;
     first += copied;
     std::optional<char> lastByte;
+    bool isMarkAlone = false;
     while (first <= last && m_stream->good()) {
         const auto wanted = std::min<std::int64_t>(last - first + 1, PieceSize);
         const std::int64_t count = reader.ReadRaw(in, wanted);
@@ -175,12 +176,14 @@ std::int64_t LineStreamWriter::Copy(ILineReader& reader, long long first, long l
         const std::string_view written = keepsBytes ? piece : std::string_view(out, converter.Convert(piece, out));
         Put(written);
         if (!written.empty()) lastByte = written.back();
+        isMarkAlone = written == LineStreamReader::ByteOrderMark && m_written == count;
         copied += count;
         first += count;
     }
     if (lastByte && *lastByte != '\n' && m_leavesLastLineOpen) {
         StartOver(true);
-        m_lineIsOpen = true;
+        // A byte order mark is no line.
+        m_lineIsOpen = !isMarkAlone;
     } else if (lastByte) {
         FinishBlock(*lastByte == '\n');
     }

@@ -177,6 +177,73 @@ TEST_F(CommitTest, TextOfNoKeywordAheadOfACommentStays)
     EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\nOIL\n NOSUCH 1 2\n\n-- new\n\nWATER\n");
 }
 
+/// The heads of files, and what no keyword owns there, through a commit and a second one.
+TEST_F(CommitTest, WhatStandsAheadOfTheFirstKeywordStaysThere)
+{
+    struct Case
+    {
+        const char* what;
+        std::string text; ///< of the included file
+        Edit edit;
+        std::string expected;
+    };
+    const std::string mark = "\xEF\xBB\xBF";
+    const std::string two = "-- head\nTABDIMS\n1 /\n\n-- above E\nEQLDIMS\n 2 /\n";
+    const auto insertFirst = [](IDeckKeywordsEditor& editor, const TestDeck& deck) {
+        const auto* gas = Environment::Instance().GetSyntaxTable()->FindSyntax("GAS", true);
+        EXPECT_NE(editor.InsertKeywordText(*gas, deck.File("A.INC").Begin(), "GAS\n"), nullptr);
+    };
+    const auto remove = [](auto& editor, auto& deck) { EXPECT_TRUE(editor.RemoveKeyword(deck.At("TABDIMS"))); };
+    const auto down = [](IDeckKeywordsEditor& editor, const TestDeck& deck) {
+        const KeywordFileIterator first = deck.Keywords().GetFileIterator(deck.At("TABDIMS"));
+        EXPECT_TRUE(editor.MoveKeyword(first, deck.File("A.INC").End()));
+    };
+    const auto up = [](auto& editor, auto& deck) {
+        EXPECT_TRUE(editor.MoveKeyword(deck.At("EQLDIMS"), deck.At("TABDIMS")));
+    };
+    const auto data = [](auto& editor, auto& deck) { EXPECT_TRUE(editor.SetDataText(deck.At("EQLDIMS"), " 9 /")); };
+    const std::string tags = "\n-- Generated\n  --!!! Program generated\n\n";
+    const std::vector<Case> cases = {
+        {"a file of comments", "-- a\n\n-- b\n", insertFirst, "-- a\n\n-- b\nGAS\n"},
+        {"the numbers of an array", " 1 2*3\n-- b\n 4 /", insertFirst, " 1 2*3\n-- b\n 4 /\nGAS\n"},
+        {"a mark and nothing else", mark, insertFirst, mark + "GAS\n"},
+        {"a mark, and another keyword first", mark + two, insertFirst,
+         mark + "-- head\nGAS\nTABDIMS\n1 /\n\n-- above E\nEQLDIMS\n 2 /\n"},
+        {"a mark, and the first moved", mark + "TABDIMS\n1 /\nEQLDIMS\n 2 /\n", down,
+         mark + "EQLDIMS\n 2 /\nTABDIMS\n1 /\n"},
+        {"a mark, and the first removed", mark + "TABDIMS\n1 /\nEQLDIMS\n 2 /\n", remove, mark + "EQLDIMS\n 2 /\n"},
+        {"the header, and the first moved ahead of the last words", two + "-- end\n", down,
+         "-- head\n\n-- above E\nEQLDIMS\n 2 /\nTABDIMS\n1 /\n-- end\n"},
+        {"the header, and another moved ahead", two, up, "-- head\n\n-- above E\nEQLDIMS\n 2 /\nTABDIMS\n1 /\n"},
+        {"a section keyword that recurs", "-- head\nRUNSPEC\n-- behind it\n" + two, data,
+         "-- head\nRUNSPEC\n-- behind it\n-- head\nTABDIMS\n1 /\n\n-- above E\nEQLDIMS\n 9 /\n"},
+        {"the tags of the file as they stand", tags + two, data,
+         tags + "-- head\nTABDIMS\n1 /\n\n-- above E\nEQLDIMS\n 9 /\n"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\nOIL\n"}, {"A.INC", test.text}});
+        deck.Walk(true);
+        IDeckKeywordsEditor& editor = EditorOf(deck);
+        test.edit(editor, deck);
+        editor.Commit();
+        // A keyword that is new may end with an empty line.
+        std::string written = deck.Dir().Read("A.INC");
+        if (const std::size_t at = written.find("GAS\n\n"); at != std::string::npos) written.erase(at + 4, 1);
+        EXPECT_EQ(written, test.expected);
+        EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+        // Where all has come to stand is known: a second commit changes what it is about.
+        written = deck.Dir().Read("A.INC");
+        EXPECT_TRUE(editor.SetComment(deck.At("OIL"), "beside"));
+        const KeywordFileIterator first = deck.File("A.INC").Begin();
+        const std::string line = first->GetName() + "\n";
+        EXPECT_TRUE(editor.SetComment(first, "below"));
+        editor.Commit();
+        const std::size_t at = written.find(line) + line.size();
+        EXPECT_EQ(deck.Dir().Read("A.INC"), written.insert(at, "--below\n"));
+    }
+}
+
 TEST_F(CommitTest, RefusesBeforeAnythingIsTouched)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "OIL\nTABDIMS\n3 /\n"}});
