@@ -49,6 +49,9 @@ TEST_F(MergeTest, UserKeywordsGoBehindTheKeywordThatTheyFollowed)
     Check({
         {"behind its anchor", "RUNSPEC\nDIMENS~\n1 2 3 /\nEQLDIMS\n 5 /\nOIL~\nGRID\n",
          "RUNSPEC\nDIMENS~\n4 5 6 /\nOIL~\nGRID\n", "RUNSPEC\nDIMENS~\n4 5 6 /\nEQLDIMS\n 5 /\nOIL~\nGRID\n"},
+        {"ahead of the words that end the file", "RUNSPEC\nOIL~\nEQLDIMS\n 5 /\n",
+         "RUNSPEC\nDIMENS~\n4 5 6 /\nOIL~\n\n-- last\n\n",
+         "RUNSPEC\nDIMENS~\n4 5 6 /\nOIL~\nEQLDIMS\n 5 /\n\n-- last\n\n"},
         {"its anchor is gone: behind the one ahead of that", "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\nEQLDIMS\n 5 /\nGRID\n",
          "RUNSPEC\nDIMENS~\n4 5 6 /\nWATER~\nGRID\n", "RUNSPEC\nDIMENS~\n4 5 6 /\nEQLDIMS\n 5 /\nWATER~\nGRID\n"},
         {"no anchor at all: behind the section's keyword", "RUNSPEC\nEQLDIMS\n 5 /\nOIL~\nGRID\n",
