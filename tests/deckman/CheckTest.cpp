@@ -134,6 +134,8 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
         // What the scan says.
         {{{"TOP.DATA", "RUNSPEC\nOIL\n\nNOSUCH 1 2\nGAS\n"}},
          {"TOP.DATA:4 NOSUCH warning: Keyword NOSUCH is not recognized."}},
+        {{{"TOP.DATA", "RUNSPEC\nDIMENZ\n 1 2 3 /\nWATER\n"}},
+         {"TOP.DATA:2 DIMENZ warning: Keyword DIMENZ is not recognized. Nearest: DIMENS."}},
         {{{"TOP.DATA", "RUNSPEC\nSCHEDULE\nPORO\n0.1 /\n"}},
          {"TOP.DATA:3 PORO warning: Keyword PORO is not valid for section SCHEDULE"}},
         {{{"TOP.DATA", "RUNSPEC\nGRID\nINCLUDE\n'a.inc' /\nPROPS\nGRID\n"}, {"a.inc", "PORO\n 1*0.2 /\nGRID\n"}},

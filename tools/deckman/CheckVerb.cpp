@@ -5,6 +5,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -162,12 +163,21 @@ void Check::LoadFiles()
     // Binds the sizes of the deck to its own keywords once, and not for each keyword anew.
     m_session.Keywords().GetFiles();
 
+    constexpr std::size_t mostHints = 1000;
+    std::unordered_map<std::string, std::string> hints;
     for (const Told& message : told) {
         if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) continue;
         std::string_view keyword = m_lines->KeywordOn(message.file, message.line);
         if (keyword.empty()) keyword = Messages::WordOf(message.text);
         if (keyword.empty()) keyword = m_lines->KeywordAround(message.file, message.line);
-        m_report.Add({message.file, message.line, keyword, message.severity, message.text});
+        std::string text = message.text;
+        // A table of numbers in the wrong place may be thousands of words, of which each comes often.
+        if (text.ends_with(" is not recognized.")) {
+            const auto [hint, isNew] = hints.try_emplace(std::string(Messages::WordOf(text)));
+            if (isNew && hints.size() < mostHints) hint->second = NearestKeywordHint(hint->first);
+            text += hint->second;
+        }
+        m_report.Add({message.file, message.line, keyword, message.severity, text});
     }
 }
 

@@ -3,10 +3,16 @@
 #include <algorithm>
 #include <utility>
 
+#include <deckmanager/Environment.h>
 #include <fmt/format.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/service/Strings.h>
 
 namespace Deckman {
+
+namespace DeckManager = Tarn::Fjel::Core::DeckManager;
+namespace Keywords = Tarn::Fjel::Core::Keywords;
 
 namespace {
 
@@ -58,6 +64,14 @@ std::string NearestHint(std::string_view word, std::span<const std::string_view>
         hint += name;
     }
     return hint.empty() ? hint : hint + ".";
+}
+
+std::string NearestKeywordHint(std::string_view word)
+{
+    std::vector<std::string_view> names;
+    for (const Keywords::IKeywordSyntax* syntax : DeckManager::Environment::Instance().GetSyntaxTable()->GetSyntaxes())
+        names.insert(names.end(), syntax->GetNames().begin(), syntax->GetNames().end());
+    return NearestHint(word, names);
 }
 
 std::string NearestOrAllHint(std::string_view word, std::span<const std::string_view> candidates, std::string_view what)

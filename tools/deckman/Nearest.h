@@ -16,8 +16,11 @@ std::vector<std::string> Nearest(std::string_view word, std::span<const std::str
 /// " Nearest: A, B." for the end of a message; empty when nothing is near.
 std::string NearestHint(std::string_view word, std::span<const std::string_view> candidates);
 
-/// The same; when nothing is near, " WHAT: A, B, C." with all the names, or how many more there are than can be told.
-/// Empty names don't count.
+/// The same, of the names that the catalogue knows.
+std::string NearestKeywordHint(std::string_view word);
+
+/// The same as `NearestHint`; when nothing is near, " WHAT: A, B, C." with all the names, or how many more there are
+/// than can be told. Empty names don't count.
 std::string NearestOrAllHint(std::string_view word, std::span<const std::string_view> candidates,
                              std::string_view what);
 

@@ -268,11 +268,8 @@ void WriteStats(Output& out, const std::vector<const IKeywordSyntax*>& syntaxes,
         throw Failure(NotThere,
                       fmt::format("{} is known, but not in that section or to that simulator.", options.name));
     }
-    std::vector<std::string_view> names;
-    for (const IKeywordSyntax* syntax : table.GetSyntaxes())
-        names.insert(names.end(), syntax->GetNames().begin(), syntax->GetNames().end());
     throw Failure(NotThere,
-                  fmt::format("The catalogue knows no keyword {}.{}", options.name, NearestHint(options.name, names)));
+                  fmt::format("The catalogue knows no keyword {}.{}", options.name, NearestKeywordHint(options.name)));
 }
 
 } // namespace

@@ -27,12 +27,9 @@ ExitStatus RunTemplate(Messages&, const Options& options, Output& out)
         break;
     }
     if (syntax == nullptr) {
-        std::vector<std::string_view> names;
-        for (const Keywords::IKeywordSyntax* known : table.GetSyntaxes())
-            names.push_back(known->GetName());
         throw Failure(NotThere,
                       fmt::format("The catalogue knows no keyword {}{}.{}", options.name,
-                                  options.simulator ? " for that simulator" : "", NearestHint(options.name, names)));
+                                  options.simulator ? " for that simulator" : "", NearestKeywordHint(options.name)));
     }
     const std::string text = DeckManager::KeywordFormatter::CreationTemplate(*syntax, options.name);
     if (options.json) {
