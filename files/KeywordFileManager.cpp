@@ -44,7 +44,8 @@ public:
             if (std::shared_ptr<KeywordFile> file = Lookup(m_byInode, status.inode, name)) return file;
         }
         if (std::shared_ptr<KeywordFile> file = Lookup(m_byLeaf, name.GetFileName(), name)) return file;
-        return status.Exists() ? nullptr : FindGone(name);
+        // One that was there when it came, and has gone.
+        return status.Exists() ? nullptr : Lookup(m_presentByLeaf, name.GetFileName(), name);
     }
 
     void Add(const std::shared_ptr<KeywordFile>& file, const Service::FileStatus& status)
@@ -52,6 +53,7 @@ public:
         m_byName.emplace(file->GetFileName().GetFullName(), file);
         if (status.Exists()) {
             m_byInode.emplace(status.inode, file);
+            m_presentByLeaf.emplace(file->GetFileName().GetFileName(), file);
         } else {
             m_byLeaf.emplace(file->GetFileName().GetFileName(), file);
         }
@@ -78,6 +80,7 @@ public:
         m_byName.clear();
         m_byInode.clear();
         m_byLeaf.clear();
+        m_presentByLeaf.clear();
     }
 
 private:
@@ -92,23 +95,12 @@ private:
         return nullptr;
     }
 
-    /// A file that was there when it came, by another name for its place.
-    std::shared_ptr<KeywordFile> FindGone(const Service::FileName& name) const
-    {
-        const std::string leaf = name.GetFileName();
-        for (const auto& [fullName, entry] : m_byName) {
-            if (!fullName.ends_with(leaf)) continue;
-            const std::shared_ptr<KeywordFile> file = entry.lock();
-            if (file && file->GetFileName() == name) return file;
-        }
-        return nullptr;
-    }
-
     // Weak: a file that is going may ask for another one, and must not be found itself.
     std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>> m_byName;
     std::unordered_multimap<std::uint64_t, std::weak_ptr<KeywordFile>> m_byInode;
     std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>>
         m_byLeaf; ///< files that were missing when they came
+    std::unordered_multimap<std::string, std::weak_ptr<KeywordFile>> m_presentByLeaf; ///< the others
 };
 
 KeywordFileManager::KeywordFileManager(const std::string& projectDir) : m_index(std::make_unique<FileIndex>())
