@@ -1,4 +1,4 @@
-#include "Verbs.h"
+#include "command/Verbs.h"
 
 namespace Deckman {
 

@@ -5,13 +5,13 @@
 
 #include <fmt/format.h>
 
-#include "DeckSession.h"
-#include "KeywordEdits.h"
-#include "Messages.h"
-#include "Options.h"
-#include "Output.h"
-#include "Progress.h"
-#include "Verbs.h"
+#include "command/Verbs.h"
+#include "editing/KeywordEdits.h"
+#include "output/Messages.h"
+#include "output/Output.h"
+#include "output/Progress.h"
+#include "session/DeckSession.h"
+#include "usage/CommandLine.h"
 
 namespace {
 
