@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
-#include <string_view>
-#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 #include <vector>
@@ -63,26 +61,19 @@ KeywordFileIterator EndOfSection(const KeywordFile& file, const KeywordIterator&
     return file.End();
 }
 
-/// Also false where they are one. The section keyword of a file that is included twice is come to twice, and the second
-/// time stands ahead of what is behind the first. Looks for itself: after an edit an order of places is dear.
-bool IsAhead(const KeywordFileIterator& place, const KeywordFileIterator& other)
-{
-    const KeywordFileIterator fileEnd = IteratorAccess::File(place)->End();
-    KeywordFileIterator walk = place;
-    while (walk != other && walk != fileEnd)
-        ++walk;
-    return walk == other && place != other;
-}
-
 /// What of a range of a file is sorted by itself: as far as its section reaches, in pieces between ends of the deck or
 /// of the file. No run reads what stands behind an end, and a keyword that was moved ahead of it would come to life.
+///
+/// Empty where `end` isn't behind `begin`: the section keyword of a file that is included twice is come to twice, and
+/// the second time stands ahead of what is behind the first.
 std::vector<std::pair<KeywordFileIterator, KeywordFileIterator>>
 StretchesOf(KeywordFileIterator begin, const KeywordFileIterator& end, const IteratorPath::Places& deckEnd)
 {
     std::vector<std::pair<KeywordFileIterator, KeywordFileIterator>> stretches;
-    if (!IsAhead(begin, end)) return stretches;
+    if (begin == end) return stretches;
+    const KeywordFileIterator fileEnd = IteratorAccess::File(begin)->End();
     KeywordFileIterator place = begin;
-    for (; place != end && KindOf(**place) != KeywordKind::Section; ++place) {
+    for (; place != end && place != fileEnd && KindOf(**place) != KeywordKind::Section; ++place) {
         const int kind = KindOf(**place);
         const bool isEnd = kind == KeywordKind::End || kind == KeywordKind::EndInc ||
                            std::find(deckEnd.begin(), deckEnd.end(), place) != deckEnd.end();
@@ -91,6 +82,9 @@ StretchesOf(KeywordFileIterator begin, const KeywordFileIterator& end, const Ite
         begin = Next(place);
     }
     stretches.emplace_back(begin, place);
+    while (place != end && place != fileEnd)
+        ++place;
+    if (place != end) stretches.clear();
     return stretches;
 }
 
@@ -104,18 +98,16 @@ bool IsClosedInside(const IKeyword& head, const IKeyword& closer)
 class PlacesByName
 {
 public:
-    PlacesByName(const std::vector<const IKeyword*>& keywords, const std::vector<std::size_t>& order)
+    PlacesByName(const KeywordKinds& kinds, const std::vector<std::size_t>& order) : m_names(kinds.Names().size())
     {
         for (std::size_t place = 0; place < order.size(); ++place)
-            m_places[keywords[order[place]]->GetName()].places.push_back(place);
+            m_names[kinds.NameAt(order[place])].places.push_back(place);
     }
 
     /// The first place of that name at or behind `from`, which never goes back; false when there is none.
-    bool Find(std::string_view name, std::size_t from, std::size_t& place)
+    bool Find(std::size_t name, std::size_t from, std::size_t& place)
     {
-        const auto found = m_places.find(name);
-        if (found == m_places.end()) return false;
-        auto& [places, next] = found->second;
+        auto& [places, next] = m_names[name];
         while (next < places.size() && places[next] < from)
             ++next;
         if (next == places.size()) return false;
@@ -124,12 +116,12 @@ public:
     }
 
 private:
-    struct Entry
+    struct Name
     {
         std::vector<std::size_t> places;
         std::size_t next = 0;
     };
-    std::unordered_map<std::string_view, Entry> m_places;
+    std::vector<Name> m_names;
 };
 
 } // namespace
@@ -245,22 +237,22 @@ void DeckKeywordsEditor::Arrange(SectionType section, const std::vector<KeywordF
 {
     const auto hasRules = [](const KeywordFileIterator& place) { return place->GetSyntax()->HasOrderingRules(); };
     if (places.size() < 2 || std::none_of(places.begin(), places.end(), hasRules)) return;
-    std::vector<const IKeyword*> keywords;
-    keywords.reserve(places.size());
+    KeywordKinds kinds;
+    kinds.Reserve(places.size());
     for (const KeywordFileIterator& place : places)
-        keywords.push_back(*place);
-    const std::vector<std::size_t> order = SortOrder(keywords, section);
+        kinds.Add(**place);
+    const std::vector<std::size_t> order = SortOrder(kinds, section);
     if (order.empty()) return;
 
-    PlacesByName placesByName(keywords, order);
+    PlacesByName placesByName(kinds, order);
     std::vector<bool> isAhead(places.size(), false); // went ahead of the walk
     std::size_t next = 0;
     for (std::size_t current = 0; current < places.size(); ++current) {
         std::size_t due = 0;
-        if (isAhead[current] || !placesByName.Find(keywords[current]->GetName(), next, due)) continue;
+        if (isAhead[current] || !placesByName.Find(kinds.NameAt(current), next, due)) continue;
         for (; next < due; ++next) {
             const std::size_t moved = order[next];
-            const bool isScope = keywords[moved]->GetSyntax()->IsScopeStart();
+            const bool isScope = kinds.SyntaxAt(moved).IsScopeStart();
             isAhead[moved] = isScope ? MoveScope(places[moved], places[current], false)
                                      : MoveKeyword(places[moved], places[current]);
         }
