@@ -392,12 +392,6 @@ std::string KeywordFile::TailText() const
     return text;
 }
 
-long long KeywordFile::FileSize() const
-{
-    const Service::FileStatus status = Service::FileStatus::Of(m_fileReader->GetPath());
-    return status.Exists() ? status.size : -1;
-}
-
 KeywordFile* KeywordFile::DiskFileOf(const KeywordFileReader& reader, bool useVariables) const
 {
     if (&reader == m_fileReader.get()) return const_cast<KeywordFile*>(this);

@@ -77,7 +77,7 @@ public:
     std::string HeaderText() const;
     /// The text behind the last keyword's extent.
     std::string TailText() const;
-    /// Bytes on disk; -1 when that can't be told.
+    /// The bytes of the text on the disk in which the keywords stand; -1 when there is none.
     long long FileSize() const;
     /// Makes every keyword know its tag, with the file opened once.
     void LoadAllTags() const;

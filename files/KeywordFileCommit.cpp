@@ -49,6 +49,8 @@ struct KeywordFile::CommitState
 {
     /// The text in which the keywords stand, until it takes the file's place.
     TemporaryText pending;
+    /// Of that text, in bytes. What stands behind it in its file is left of a try that failed.
+    long long size = 0;
     /// It breaks off, and this is to follow.
     std::optional<RestBehindText> rest;
     /// It could not take the file's place, and its name has been told.
@@ -59,7 +61,7 @@ struct KeywordFile::CommitState
     {
         TemporaryText text; ///< none where it goes on in the pending one
         bool partial = false;
-        long long sizeBefore = 0; ///< of the pending one
+        long long size = 0; ///< in bytes
         FileWriteResult result;
     };
     std::optional<Written> written;
@@ -115,6 +117,13 @@ KeywordFile::~KeywordFile()
 bool KeywordFile::IsPending() const
 {
     return m_commit && m_commit->pending.IsSet();
+}
+
+long long KeywordFile::FileSize() const
+{
+    const FileStatus status = FileStatus::Of(m_fileReader->GetPath());
+    if (!status.IsRegularFile()) return -1;
+    return IsPending() ? std::min<long long>(status.size, m_commit->size) : status.size;
 }
 
 const RestBehindText* KeywordFile::Rest() const
@@ -205,15 +214,12 @@ bool KeywordFile::CanContinue() const
     if (hasOtherEnd) return false;
     const List& keywords = m_contents->Keywords();
     auto present = keywords.begin();
-    long long size = 0;
     for (const std::shared_ptr<IKeyword>& written : DiskList()) {
         if (present == keywords.end() || *present != written || HasOtherBlocksAhead(written.get())) return false;
-        const Keyword& keyword = KeywordFileContents::AsKeyword(written);
-        if (keyword.IsDirty()) return false;
-        size = keyword.Position() + keyword.Size();
+        if (KeywordFileContents::AsKeyword(written).IsDirty()) return false;
         ++present;
     }
-    return FileStatus::Of(m_commit->pending.Path()).size >= size;
+    return FileStatus::Of(m_commit->pending.Path()).size == m_commit->size;
 }
 
 /// Moves between files tie their texts together: the one is written from the other.
@@ -251,6 +257,7 @@ void KeywordFile::WriteToTemporary(bool partial)
     Contents();
     if (m_loadFailed) throw DeckManagerException("The file " + m_fileName.GetFullName() + " cannot be read.");
 
+    if (Rest() != nullptr) m_commit->pending.CutBack(m_commit->size);
     const bool continuing = CanContinue();
     if (Rest() != nullptr && !continuing && Environment::Instance().LogWarningOnPartialCommitViolation()) {
         const Log::Place place(m_fileName.GetFullName(), -1);
@@ -266,7 +273,6 @@ void KeywordFile::WriteToTemporary(bool partial)
     if (!m_commit) m_commit = std::make_unique<CommitState>();
     CommitState::Written& written = m_commit->written.emplace(CommitState::Written{});
     written.partial = partial;
-    if (IsPending()) written.sizeBefore = FileStatus::Of(m_commit->pending.Path()).size;
 
     LineFileWriter writer;
     std::string reason;
@@ -297,7 +303,11 @@ void KeywordFile::WriteToTemporary(bool partial)
     }
     if (reason.empty()) reason = writer.FailureReason();
     isDone = writer.Close() && isDone;
-    if (isDone) return;
+    if (isDone) {
+        const FileStatus status = FileStatus::Of(continuing ? m_commit->pending.Path() : written.text.Path());
+        written.size = status.size;
+        if (status.Exists()) return;
+    }
     if (reason.empty()) reason = writer.FailureReason();
     DropWritten();
     // Nobody has asked for a file that is missing.
@@ -315,7 +325,7 @@ void KeywordFile::DropWritten()
         if (m_commit->written->text.IsSet())
             m_commit->written->text.Remove();
         else if (m_commit->pending.IsSet())
-            m_commit->pending.CutBack(m_commit->written->sizeBefore);
+            m_commit->pending.CutBack(m_commit->size);
         m_commit->written.reset();
     }
     m_commit->directories.Remove();
@@ -338,6 +348,7 @@ void KeywordFile::TakeOver()
         else
             commit.pending = std::move(written.text);
     }
+    commit.size = written.size;
     const std::shared_ptr<KeywordFileReader> old = m_fileReader;
     if (!continues) {
         m_fileReader = std::make_shared<KeywordFileReader>(commit.pending.Path(), m_fileName.GetFullName());

@@ -17,7 +17,6 @@
 #include <deckmanager/LineEnds.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
-#include <tarn/service/FileStatus.h>
 #include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -62,8 +61,7 @@ SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer, std::vector<Wr
     if (file.LoadFailed()) Refuse("cannot be read");
     m_blocksWritten = file.IsListUnchanged();
     m_keepsBytes = LineEnds::GetPolicy() == LineEnds::Policy::Keep;
-    const Service::FileStatus status = Service::FileStatus::Of(file.FileReader()->GetPath());
-    m_size = status.IsRegularFile() ? status.size : 0;
+    m_size = std::max<std::int64_t>(0, file.FileSize());
     m_headEnd = m_starts.empty() ? m_size : m_starts.front();
 }
 

@@ -117,7 +117,8 @@ void TemporaryText::CutBack(long long size) const
 {
     FileSystem& files = FileSystem::Instance();
     ErrorCode ignored;
-    const int handle = size >= 0 ? files.Open(m_path, FileSystem::OpenMode::WriteExisting, ignored) : -1;
+    if (files.Status(m_path, true, ignored).size <= size) return;
+    const int handle = files.Open(m_path, FileSystem::OpenMode::WriteExisting, ignored);
     if (handle < 0) return;
     files.Truncate(handle, size, ignored);
     files.Close(handle, ignored);

@@ -38,7 +38,7 @@ public:
     void Remove();
     /// Forgets the file, which stays.
     void Forget();
-    /// Cuts what was written behind `size` bytes.
+    /// Cuts what was written behind `size` bytes. Tells nothing when that fails.
     void CutBack(long long size) const;
     /// Goes over to a file of `OpenNext`, under this one's name if it can be had.
     void Replace(TemporaryText&& next);

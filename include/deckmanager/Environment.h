@@ -123,7 +123,7 @@ public:
     void AssertOnPartialCommitViolation(bool value) { m_assertOnPartialCommitViolation = value; }
     bool AssertOnPartialCommitViolation() const { return m_assertOnPartialCommitViolation; }
 
-    /// Whether an export warns of files that were changed after a partial commit.
+    /// Whether a commit warns of files that were changed after a partial commit, and are written once more.
     void LogWarningOnPartialCommitViolation(bool value) { m_logWarningOnPartialCommitViolation = value; }
     bool LogWarningOnPartialCommitViolation() const { return m_logWarningOnPartialCommitViolation; }
 
