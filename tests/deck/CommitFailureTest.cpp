@@ -39,6 +39,13 @@ std::string NameOf(int file)
     return file == 0 ? "TOP.DATA" : "sub/F" + std::to_string(file) + ".INC";
 }
 
+/// The file was written long ago: who writes it now changes its time, however coarse the clock.
+void Age(const TestDeck& deck, const std::string& name)
+{
+    Service::FileSystem::ErrorCode error;
+    Service::FileSystem::Instance().SetTimeLastModified(deck.Dir().Path(name), 1500000000000000000, error);
+}
+
 /// The top file, and below it the others, all changed by the same edits.
 class EditedDeck
 {
@@ -46,7 +53,10 @@ public:
     EditedDeck(int files, bool afterPartialCommit, bool keepsLineEnds) : m_count(files), m_deck(Texts(files))
     {
         if (keepsLineEnds) LineEnds::SetPolicy(LineEnds::Policy::Keep);
+        for (int i = 0; i < files; ++i)
+            Age(m_deck, NameOf(i));
         m_deck.Walk(true);
+        m_listing = m_deck.Dir().Listing();
         for (int i = 0; i < files; ++i)
             m_old.push_back(Read(i));
         IDeckKeywordsEditor& editor = Editor();
@@ -80,6 +90,8 @@ public:
     }
     const std::string& Old(int file) const { return m_old[static_cast<std::size_t>(file)]; }
     const TestDeck& Deck() const { return m_deck; }
+    /// What there was ahead of the edits.
+    const std::string& Listing() const { return m_listing; }
 
 private:
     static TestDeck::Texts Texts(int files)
@@ -102,6 +114,7 @@ private:
     int m_count;
     TestDeck m_deck;
     std::vector<std::string> m_old;
+    std::string m_listing;
 };
 
 struct Shape
@@ -161,46 +174,61 @@ std::string WalkOfDisk(const EditedDeck& deck)
     return names;
 }
 
+/// The commit, of which the n-th operation fails, and with `forever` all behind it until it has given up. Then another,
+/// or a discard. False when there was no such operation.
+bool FailsAtOperation(const Shape& shape, const std::vector<std::string>& expected, bool cancels, bool forever, int n)
+{
+    EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
+    FailingFileSystem failing;
+    failing.FailAt(n, Operations(), ENOSPC, forever);
+    std::string message;
+    try {
+        deck.Editor().Commit();
+    } catch (const DeckManagerException& failure) {
+        message = failure.what();
+    }
+    const bool hasFailed = failing.HasFailed();
+    failing.Pass();
+    const int newFiles = CountNew(deck, expected);
+    if (message.empty()) {
+        EXPECT_EQ(newFiles, deck.Count());
+    } else if (!cancels) {
+        // All edits are still there.
+        EXPECT_NO_THROW(deck.Editor().Commit()) << message;
+        EXPECT_EQ(CountNew(deck, expected), deck.Count());
+    } else {
+        deck.Editor().Discard();
+        EXPECT_EQ(CountNew(deck, expected), newFiles);
+    }
+    EXPECT_EQ(deck.Deck().Walk(true), WalkOfDisk(deck)) << message;
+    // Only what can't be removed is left.
+    const bool mayLeaveFiles = hasFailed && (forever || failing.FirstFailed() == Call::Unlink);
+    if (!mayLeaveFiles) {
+        EXPECT_EQ(deck.Deck().Dir().Listing(), deck.Listing()) << message;
+    }
+    return hasFailed;
+}
+
 TEST(CommitFailureTest, EveryOperationMayFail)
 {
     const TestSupport::LogRecorder log;
     int points = 0;
     for (const Shape& shape : shapes) {
         const std::vector<std::string> expected = CommittedTexts(shape);
-        for (const bool cancels : {false, true}) {
-            for (int n = 1;; ++n) {
-                SCOPED_TRACE(testing::Message() << shape.files << " files, partial " << shape.afterPartialCommit
-                                                << ", operation " << n << ", cancel " << cancels);
-                EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
-                FailingFileSystem failing;
-                failing.FailAt(n, Operations(), ENOSPC);
-                std::string message;
-                try {
-                    deck.Editor().Commit();
-                } catch (const DeckManagerException& failure) {
-                    message = failure.what();
+        for (const bool forever : {false, true}) {
+            for (const bool cancels : {false, true}) {
+                for (int n = 1; !testing::Test::HasFailure(); ++n) {
+                    SCOPED_TRACE(testing::Message()
+                                 << shape.files << " files, partial " << shape.afterPartialCommit << ", operation " << n
+                                 << ", forever " << forever << ", cancel " << cancels);
+                    if (!FailsAtOperation(shape, expected, cancels, forever, n)) break;
+                    ++points;
                 }
-                const bool hasFailed = failing.HasFailed();
-                failing.Pass();
-                const int newFiles = CountNew(deck, expected);
-                if (message.empty()) {
-                    EXPECT_EQ(newFiles, deck.Count());
-                } else if (!cancels) {
-                    // All edits are still there.
-                    EXPECT_NO_THROW(deck.Editor().Commit()) << message;
-                    EXPECT_EQ(CountNew(deck, expected), deck.Count());
-                } else {
-                    deck.Editor().Discard();
-                    EXPECT_EQ(CountNew(deck, expected), newFiles);
-                    EXPECT_EQ(deck.Deck().Walk(true), WalkOfDisk(deck));
-                }
-                if (!hasFailed || testing::Test::HasFailure()) break;
-                ++points;
             }
         }
     }
     RecordProperty("points", points);
-    EXPECT_GT(points, 400);
+    EXPECT_GT(points, 1600);
 }
 
 /// Does something to a file after the first piece of it that is copied to the new text.
@@ -265,6 +293,80 @@ TEST(CommitFailureTest, AFileThatChangesWhileItIsCopiedIsNotReplaced)
             }
         }
     }
+}
+
+/// It breaks off the text that goes ahead of its deck as well, or, where that has what was read, the commit behind it.
+TEST(CommitFailureTest, AFileThatChangesWhileItGoesAheadIsNotReplaced)
+{
+    const TestSupport::LogRecorder log;
+    for (const char* manner : {"cut", "grown", "other text"}) {
+        SCOPED_TRACE(manner);
+        EditedDeck deck(2, false, true);
+        const std::string path = deck.Deck().Dir().Path(NameOf(1));
+        // Its keywords have not moved.
+        deck.Editor().Discard();
+        deck.Editor().SetDataText(deck.Deck().Keywords().GetFileIterator(deck.Deck().At("TABDIMS", 2)), " 7 8 /");
+        std::string theirs = deck.Old(1);
+        if (manner[0] == 'c') theirs.resize(50000);
+        if (manner[0] == 'g') theirs += "-- more\n";
+        if (manner[0] == 'o') theirs[150000] = 'x';
+        {
+            Meddler disk([&] { deck.Deck().Dir().Write(NameOf(1), theirs); });
+            disk.LimitCopies(30000);
+            if (manner[0] == 'c') {
+                EXPECT_THROW(deck.Editor().CommitFile(&deck.Deck().File(NameOf(1))), DeckManagerException);
+                EXPECT_EQ(deck.Deck().Dir().Listing(), deck.Listing());
+            } else {
+                deck.Editor().CommitFile(&deck.Deck().File(NameOf(1)));
+            }
+        }
+        EXPECT_THROW(deck.Editor().Commit(), DeckManagerException);
+        EXPECT_TRUE(deck.Read(1) == theirs) << "it was replaced";
+        deck.Editor().Discard();
+        EXPECT_EQ(deck.Deck().Dir().Listing(), deck.Listing());
+    }
+}
+
+/// Runs `meddle` behind the first read of a file.
+class ReadMeddler : public FailingFileSystem
+{
+public:
+    explicit ReadMeddler(std::function<void()> meddle) : m_meddle(std::move(meddle)) {}
+
+    std::int64_t Read(int handle, void* data, std::size_t size, ErrorCode& error) override
+    {
+        return Meddled(FailingFileSystem::Read(handle, data, size, error));
+    }
+    std::int64_t ReadAt(int handle, void* data, std::size_t size, std::int64_t offset, ErrorCode& error) override
+    {
+        return Meddled(FailingFileSystem::ReadAt(handle, data, size, offset, error));
+    }
+
+private:
+    std::int64_t Meddled(std::int64_t count)
+    {
+        if (const auto meddle = std::exchange(m_meddle, {})) meddle();
+        return count;
+    }
+
+    std::function<void()> m_meddle;
+};
+
+/// What a scan has passed by counts as read then, and not when the scan is through.
+TEST(CommitFailureTest, AFileThatChangesWhileItIsScannedIsNotReplaced)
+{
+    const TestSupport::CleanEnvironment environment;
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nTABDIMS\n1 /\nOIL\n"}});
+    const std::string theirs = "RUNSPEC\nTABDIMS\n2 /\nGAS\n";
+    Age(deck, "TOP.DATA");
+    {
+        const ReadMeddler disk([&] { deck.Dir().Write("TOP.DATA", theirs); });
+        ASSERT_EQ(deck.Walk(true), "RUNSPEC TABDIMS OIL");
+    }
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    ASSERT_TRUE(editor.RemoveKeyword(deck.At("OIL")));
+    EXPECT_THROW(editor.Commit(), DeckManagerException);
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), theirs);
 }
 
 /// A text so long that it goes to the disk in steps.

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <fstream>
 #include <functional>
 #include <memory>
@@ -274,10 +275,23 @@ TEST_F(CommitTest, RefusesBeforeAnythingIsTouched)
         Service::FileSystem::Instance().SetTimeLastModified(path, status.modifiedNanoseconds, error);
         Service::FileSystem::Instance().SetMode(path, 0600, error);
     };
-    rewrite("OIL\n\nTABDIMS\n4/\n");
-    EXPECT_EQ(FailureOf([&] { editor.Commit(); }), "The file " + path + " has been changed on disk since it was read.");
-    EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\n\nTABDIMS\n4/\n");
+    const std::string message = "The file " + path + " has been changed on disk since it was read.";
+    for (const char* other : {"OIL\n\nTABDIMS\n4/\n", "OIL\nTABDIMS\n4 /\n-- and more\n"}) {
+        rewrite(other);
+        EXPECT_EQ(FailureOf([&] { editor.Commit(); }), message);
+        EXPECT_EQ(deck.Dir().Read("A.INC"), other);
+    }
+    // Another file of that size and time is another text, wherever its keywords stand.
     rewrite("OIL\nTABDIMS\n4 /\n");
+    Service::FileSystem::ErrorCode error;
+    Service::FileSystem& files = Service::FileSystem::Instance();
+    const std::int64_t time = Service::FileStatus::Of(path).modifiedNanoseconds;
+    ASSERT_TRUE(files.Rename(path, deck.Dir().Path("old"), error));
+    deck.Dir().Write("A.INC", "OIL\nTABDIMS\n5 /\n");
+    ASSERT_TRUE(files.SetTimeLastModified(path, time, error));
+    EXPECT_EQ(FailureOf([&] { editor.Commit(); }), message);
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\nTABDIMS\n5 /\n");
+    ASSERT_TRUE(files.Rename(deck.Dir().Path("old"), path, error));
     EXPECT_EQ(FailureOf([&] { editor.Commit(); }), "");
     EXPECT_EQ(deck.Dir().Read("A.INC"), "OIL\nTABDIMS\n 8 /\n");
 }

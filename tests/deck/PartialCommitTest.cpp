@@ -19,8 +19,8 @@
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
 
-// Files that are written ahead of the commit of their deck: their text stands beside them and breaks off, the commit goes
-// on behind it, and writes it anew where what it holds has changed.
+// Files that are written ahead of the commit of their deck: their text stands beside them and breaks off, the commit
+// goes on behind it, and writes it anew where what it holds has changed.
 
 namespace {
 
@@ -145,8 +145,8 @@ TEST_F(PartialCommitTest, TheCommitGoesOnWhereTheTextBreaksOff)
     const std::vector<Case> cases = {
         {"nothing between", written + rest, change, changed, none, changed + rest},
         {"new keywords behind", written + rest, change, changed, append, changed + "WELLDIMS\n 3 /\n" + rest},
-        {"an open last line", written.substr(0, written.size() - 1), change,
-         changed.substr(0, changed.size() - 1), append, changed + "WELLDIMS\n 3 /\n"},
+        {"an open last line", written.substr(0, written.size() - 1), change, changed.substr(0, changed.size() - 1),
+         append, changed + "WELLDIMS\n 3 /\n"},
         {"the tags of the file", tag + written + rest, change, tag + changed, append,
          tag + changed + "WELLDIMS\n 3 /\n" + rest},
         {"a mark", mark + written + rest, change, mark + changed, append, mark + changed + "WELLDIMS\n 3 /\n" + rest},
@@ -211,9 +211,7 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
         Edit edit;
         bool isChange = true;
     };
-    const auto text = [](const char* name) {
-        return [name](const AheadDeck& deck) { deck.SetData(name, " 9 /"); };
-    };
+    const auto text = [](const char* name) { return [name](const AheadDeck& deck) { deck.SetData(name, " 9 /"); }; };
     const auto removal = [](const char* name) { return [name](const AheadDeck& deck) { deck.Remove(name); }; };
     const std::vector<Case> cases = {
         {"nothing", none, false},
@@ -221,7 +219,8 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
         {"keywords behind", [](const AheadDeck& deck) { deck.Append("GAS\n"), deck.Append("WATER\n"); }, false},
         {"data of the first", text("TABDIMS")},
         {"data of one of the second time", text("DIMENS")},
-        {"data, and a keyword behind", [](const AheadDeck& deck) { deck.SetData("WELLDIMS", " 9 /"), deck.Append("GAS\n"); }},
+        {"data, and a keyword behind",
+         [](const AheadDeck& deck) { deck.SetData("WELLDIMS", " 9 /"), deck.Append("GAS\n"); }},
         {"a comment", [](const AheadDeck& deck) { deck.Editor().SetComment(deck.At("DIMENS"), "new"); }},
         {"a tag", [](const AheadDeck& deck) { deck.Editor().TagKeyword(*deck.At("EQLDIMS")); }},
         {"a suppression", [](const AheadDeck& deck) { deck.Editor().Suppress(deck.At("EQLDIMS")); }},
@@ -238,8 +237,7 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
              while (deck.File().Begin() != deck.File().End())
                  deck.Editor().RemoveKeyword(deck.File().Begin());
          }},
-        {"one moved",
-         [](const AheadDeck& deck) { deck.Editor().MoveKeyword(deck.At("EQLDIMS"), deck.File().End()); }},
+        {"one moved", [](const AheadDeck& deck) { deck.Editor().MoveKeyword(deck.At("EQLDIMS"), deck.File().End()); }},
         {"a header", [](const AheadDeck& deck) { deck.Editor().SetHeaderComment(&deck.File(), "mine"); }},
         {"a comment above", [](const AheadDeck& deck) { SetCommentAbove(deck.Editor(), deck.At("DIMENS"), "-- c"); }},
         {"a comment above the first",

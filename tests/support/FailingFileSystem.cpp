@@ -66,6 +66,7 @@ bool FailingFileSystem::Fails(Call call, ErrorCode& error)
     ++m_seen;
     if (m_at == 0 || m_seen < m_at || (m_seen > m_at && !m_forever)) return false;
     if (m_exitStatus >= 0) _exit(m_exitStatus);
+    if (!m_failed) m_firstFailed = call;
     m_failed = true;
     error.assign(m_error, boost::system::system_category());
     return true;

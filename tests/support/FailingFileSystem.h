@@ -61,6 +61,8 @@ public:
     int Count(Call call) const { return m_counts[static_cast<std::size_t>(call)]; }
     /// Whether a call was made to fail since FailAt or LimitSpace.
     bool HasFailed() const { return m_failed; }
+    /// The kind of the first that FailAt made to fail.
+    Call FirstFailed() const { return m_firstFailed; }
 
     int Open(const std::string& path, OpenMode mode, ErrorCode& error) override;
     bool Close(int handle, ErrorCode& error) override;
@@ -103,6 +105,7 @@ private:
     std::size_t m_mostOfCopy = std::numeric_limits<std::size_t>::max();
     int m_seen = 0;
     bool m_failed = false;
+    Call m_firstFailed = Call::Open;
     std::array<int, 19> m_counts{};
 };
 
