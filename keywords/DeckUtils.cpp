@@ -10,14 +10,28 @@
 
 #include "keywords/KeywordTextSplitter.h"
 #include "keywords/ScheduleSectionContextQuery.h"
+#include "text/KeywordLine.h"
 #include "text/LineStreamReader.h"
 #include "text/SectionNames.h"
 
 namespace Tarn::Fjel::Core::DeckManager {
 
 using Keywords::IKeywordSyntax;
+using Keywords::SectionType;
 
 namespace {
+
+/// The syntax of a word that is a keyword in some section; null where it is none in this one. `None`: any will do. A
+/// word that is longer than what mostly counts of it may be known by its head alone.
+const IKeywordSyntax* SyntaxIn(SectionType section, std::string_view word)
+{
+    const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
+    const auto find = [&](std::string_view name) {
+        return section == SectionType::None ? table.FindSyntax(name, true) : table.FindSyntax(name, section, true);
+    };
+    const IKeywordSyntax* syntax = find(word);
+    return syntax != nullptr ? syntax : find(word.substr(0, SignificantCharacters));
+}
 
 void AddError(std::string& errors, std::string_view message)
 {
@@ -98,9 +112,8 @@ bool DeckUtils::getKeywordsAndDataFromString(const std::string& text, std::vecto
     return !keywords.empty() && errors.empty();
 }
 
-std::vector<DeckUtils::KeywordLine> DeckUtils::findKeywordLines(std::string_view text, Keywords::SectionType section)
+std::vector<DeckUtils::KeywordLine> DeckUtils::findKeywordLines(std::string_view text, SectionType section)
 {
-    const Keywords::IKeywordSyntaxTable& table = *Environment::Instance().GetSyntaxTable();
     std::vector<KeywordLine> found;
     LineStreamReader reader;
     reader.AttachText(text);
@@ -108,10 +121,8 @@ std::vector<DeckUtils::KeywordLine> DeckUtils::findKeywordLines(std::string_view
     long long pos = -1;
     while (LineReaderUtil::ReadNextValidLineAsKeyword(reader, word, &pos, false, nullptr, nullptr)) {
         if (word.empty() || !LineReaderUtil::IsNameInAnySection(word)) continue;
-        const IKeywordSyntax* syntax =
-            section == Keywords::SectionType::None ? nullptr : table.FindSyntax(word, section, true);
-        const IKeywordSyntax* any = syntax != nullptr ? syntax : table.FindSyntax(word, true);
-        if (section == Keywords::SectionType::None) syntax = any;
+        const IKeywordSyntax* const syntax = SyntaxIn(section, word);
+        const IKeywordSyntax* const any = syntax != nullptr ? syntax : SyntaxIn(SectionType::None, word);
         if (any->GetKind() == Keywords::KeywordKind::Section) FindSection(word, section);
         found.push_back({word, static_cast<std::size_t>(pos), syntax, section});
         LineReaderUtil::ConsumeDataLines(any, reader);

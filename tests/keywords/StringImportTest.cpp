@@ -111,6 +111,24 @@ TEST_F(StringImportTest, LongWordsAndUnknownOnes)
     EXPECT_EQ(m_log.Texts(), (std::vector<std::string>{"Keyword PORO is not valid for section SCHEDULE"}));
 }
 
+TEST_F(StringImportTest, KeywordLinesAreFoundInAnySection)
+{
+    const std::string text = "-- ahead\nTSTEP\n1 /\nWECONINJX\n'P' 1 /\n/\nGRID\nPORO\n1 /\nWELSPECSX\n/\nNOWORD\n";
+    std::string lines;
+    for (const DeckUtils::KeywordLine& line : DeckUtils::findKeywordLines(text, Keywords::SectionType::SCHEDULE)) {
+        EXPECT_EQ(text.compare(line.begin, line.name.size(), line.name), 0);
+        lines += line.name + (line.syntax != nullptr ? "=" + line.syntax->GetName() : "") + "@" +
+                 std::to_string(static_cast<int>(line.section)) + " ";
+    }
+    // A name may be known by its head alone, and keep its letters.
+    EXPECT_EQ(lines, "TSTEP=TSTEP@7 WECONINJX=WECONINJ@7 GRID=GRID@1 PORO=PORO@1 WELSPECS@1 ");
+    for (const std::string word : {"WECONINJX", "FIPABCDEFG", "NOWORDATALL"}) {
+        const auto found = DeckUtils::findKeywordLines(word, Keywords::SectionType::None);
+        ASSERT_EQ(found.size(), word == "NOWORDATALL" ? 0u : 1u) << word;
+        EXPECT_TRUE(found.empty() || found.front().syntax != nullptr) << word;
+    }
+}
+
 TEST_F(StringImportTest, FailuresAreTold)
 {
     struct Case
