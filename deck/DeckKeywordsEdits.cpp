@@ -15,6 +15,7 @@
 #include "keywords/ITagMgr.h"
 #include "keywords/Keyword.h"
 #include "keywords/KeywordTextSplitter.h"
+#include "text/LineStreamReader.h"
 #include "text/SectionNames.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/Environment.h>
@@ -101,6 +102,8 @@ IKeyword* DeckKeywordsEditor::InsertKeyword(const Keywords::IKeywordSyntax& synt
 IKeyword* DeckKeywordsEditor::InsertKeywordText(const Keywords::IKeywordSyntax& syntax,
                                                 const KeywordFileIterator& position, const std::string& text)
 {
+    constexpr std::string_view mark = LineStreamReader::ByteOrderMark;
+    if (text.starts_with(mark)) return InsertKeywordText(syntax, position, text.substr(mark.size()));
     KeywordFile* file = FileToEdit(position);
     if (file == nullptr) return nullptr;
     std::string name;

@@ -7,6 +7,7 @@
 #include "keywords/ITagMgr.h"
 #include "keywords/KeywordState.h"
 #include "text/KeywordFileReader.h"
+#include "text/LineStreamReader.h"
 #include "text/LineStringReader.h"
 #include "text/TagRecognisers.h"
 #include <deckmanager/Environment.h>
@@ -85,6 +86,9 @@ bool Keyword::SetData(std::unique_ptr<Keywords::IKeywordData>&& data, bool notif
 
 bool Keyword::SetDataText(const std::string& text, bool notify)
 {
+    // In the middle of a file a byte order mark would be a part of the first word.
+    constexpr std::string_view mark = LineStreamReader::ByteOrderMark;
+    if (text.starts_with(mark)) return SetDataText(text.substr(mark.size()), notify);
     if (IsSkipped()) return false;
     LineStringReader lines(text);
     std::string line;

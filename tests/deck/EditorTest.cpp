@@ -154,12 +154,19 @@ TEST_F(EditorTest, TextsAreTakenWholeOrNotAtAll)
     EXPECT_EQ(*m_deck.Keywords().GetDataText(bare), " 3 /");
 
     // What else a text holds is the user's too.
+    // A byte order mark is none of it.
+    const std::string mark = "\xEF\xBB\xBF";
+    ASSERT_NE(editor.InsertKeywordText(SyntaxOf("TSTEP"), density, mark + "TSTEP -- days\n1 /\n"), nullptr);
+    EXPECT_TRUE(editor.SetDataText(dimens, mark + "4 5 8 /"));
+    EXPECT_EQ(DataTextAt("DIMENS"), "4 5 8 /");
+
     const std::string whole = "-- ahead\n\nEQLDIMS -- beside\n-- below\n 3 /\n-- behind\n";
     ASSERT_NE(editor.InsertKeywordText(SyntaxOf("EQLDIMS"), density, " also ahead\n" + whole), nullptr);
     LineEnds::SetPolicy(LineEnds::Policy::Keep);
     editor.Commit();
-    EXPECT_NE(m_deck.Dir().Read("TOP.DATA").find("EQLDIMS\n 3 /\n-- also ahead\n" + whole + "DENSITY\n"),
-              std::string::npos)
+    EXPECT_NE(
+        m_deck.Dir().Read("TOP.DATA").find("EQLDIMS\n 3 /\nTSTEP -- days\n1 /\n-- also ahead\n" + whole + "DENSITY\n"),
+        std::string::npos)
         << m_deck.Dir().Read("TOP.DATA");
 }
 

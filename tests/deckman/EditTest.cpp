@@ -214,7 +214,8 @@ TEST_F(Edit, RefusesAndWritesNothing)
     Launch run;
     run.directory = m_folder.Path();
     EXPECT_EQ(Shell("deckman insert x.DATA --before DIMENS - < /dev/null", run).status, 2);
-    EXPECT_EQ(Shell("printf 'EQLDIMS\\n 4 /\\n' | deckman insert x.DATA --before DIMENS -", run).status, 0);
+    EXPECT_EQ(Shell("printf '\\357\\273\\277EQLDIMS\\n 4 /\\n' | deckman insert x.DATA --before DIMENS -", run).status,
+              0);
     EXPECT_THAT(m_folder.Read("x.DATA"), HasSubstr("two\nEQLDIMS\n 4 /\n\n-- above"));
 }
 

@@ -24,6 +24,8 @@ std::string ReadInputText(const std::string& path)
     while (const std::size_t count = std::fread(piece, 1, sizeof piece, file))
         text.append(piece, count);
     if (std::ferror(file) != 0) throw Failure(FileFailure, fmt::format("{}.", std::strerror(errno)), path);
+    // A byte order mark is the file's, and not of its text.
+    if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
     Service::StringReplace(text, "\r\n", "\n");
     return text;
 }
