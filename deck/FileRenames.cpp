@@ -104,7 +104,10 @@ void FileRenames::AddChange(FileReferencingKeyword& keyword, const std::string& 
     if (name == value) return;
     m_isAny = true;
     const std::optional<std::string> text = keyword.TextWithName(name, context);
-    if (!text) return;
+    if (!text) {
+        throw DeckManagerException("The file " + value + " cannot be renamed to " + leaf + ": no " + keyword.GetName() +
+                                   " can hold that name.");
+    }
     const std::shared_ptr<std::string> before = keyword.GetDataText();
     m_changes.push_back(
         {&keyword, before ? WithLeafOnly(*before, *text, value.substr(LeafBegin(value)), leaf) : *text, before});
@@ -122,7 +125,10 @@ void FileRenames::FindKeywordFiles(bool generatedOnly)
             files.push_back(included);
         const std::optional<std::string> value = DataAccessUtils::GetINCLUDEFileName(keyword->GetData(context));
         if (!value) continue;
-        if (const std::string* leaf = NewLeaf(value->substr(LeafBegin(*value)))) AddChange(*keyword, *value, *leaf);
+        const std::string* leaf = NewLeaf(value->substr(LeafBegin(*value)));
+        if (leaf == nullptr) continue;
+        m_isAny = true;
+        AddChange(*keyword, *value, *leaf);
     }
     for (KeywordFile* file : files) {
         if (const std::string* leaf = NewLeaf(file->GetFileName().GetFileName()))

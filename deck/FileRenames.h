@@ -26,13 +26,14 @@ public:
     using Leaves = std::map<std::string, std::string, Service::FileUtils::FileNameLess>;
     static Leaves LeavesOf(const std::map<Service::FileName, Service::FileName>& names);
 
-    /// Finds out what the renames come to; with `generatedOnly`, by generated keywords alone.
+    /// Finds out what the renames come to; with `generatedOnly`, by generated keywords alone. Throws
+    /// `DeckManagerException` for a name that a keyword would have to hold and can't.
     FileRenames(DeckKeywords& keywords, IKeywordFileManager& fileManager, const Leaves& leaves, bool generatedOnly);
     ~FileRenames();
     FileRenames(const FileRenames&) = delete;
     FileRenames& operator=(const FileRenames&) = delete;
 
-    /// A file or a keyword bears one of the old names.
+    /// A file or a grid keyword gets another name, or an INCLUDE bears one of the old ones.
     bool IsAny() const { return m_isAny; }
     /// What it comes to.
     FileRenamePlan Plan() const;

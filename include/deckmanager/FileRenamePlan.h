@@ -33,8 +33,8 @@ struct FileRenamePlan
     std::vector<Change> changes; ///< in the order of the files, INCLUDE keywords ahead of others
 
     /// Changes nothing. Empty without a current deck. Throws `DeckManagerException` where the renames can be known to
-    /// fail: two files would get one name, a new name is that of a file of the deck or a directory, a file is closed to
-    /// edits.
+    /// fail: two files would get one name, a new name is that of a file of the deck or a directory or can't be held by
+    /// the keyword that names the file, a file is closed to edits.
     static FileRenamePlan Of(IDeckKeywordsEditor& editor, const std::map<Service::FileName, Service::FileName>& names,
                              bool generatedOnly);
 };

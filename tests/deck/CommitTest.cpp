@@ -481,6 +481,7 @@ TEST_F(CommitTest, FilesAreRenamed)
     using Names = std::map<FileName, FileName>;
     const auto name = [](const char* leaf) { return FileName(leaf); };
     EXPECT_FALSE(editor.ApplyFileRenames({{name("NONE"), name("X")}, {name("TOP.DATA"), name("TOP.DATA")}}, false));
+    EXPECT_TRUE(editor.ApplyFileRenames({{name("A.INC"), name("A.INC")}}, false));
     // What can't be done leaves all as it is.
     EXPECT_EQ(FailureOf([&] {
                   editor.ApplyFileRenames(Names{{name("A.INC"), name("C.INC")}, {name("B.INC"), name("C.INC")}}, false);
@@ -492,6 +493,10 @@ TEST_F(CommitTest, FilesAreRenamed)
               }),
               "The file " + deck.Dir().Path("sub/A.INC") + " cannot be renamed to " + deck.Dir().Path("sub/B.INC") +
                   ": it is a file of the deck.");
+    EXPECT_EQ(FailureOf([&] {
+                  editor.ApplyFileRenames(Names{{name("A.INC"), name("it's.INC")}}, false);
+              }),
+              "The file sub/A.INC cannot be renamed to it's.INC: no INCLUDE can hold that name.");
     EXPECT_EQ(deck.Dir().Listing(),
               "TOP.DATA grids/ grids/CASE.EGRID grids/CASE.GRID sub/ sub/A.INC sub/B.INC sub/C.INC");
 

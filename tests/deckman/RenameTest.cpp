@@ -105,6 +105,7 @@ TEST_F(Rename, RefusesAndRenamesNothing)
         {{"b.inc=c", "x.DATA=c"}, 1, "another file takes that name"},
         {{"b.inc=sub", "--replace"}, 1, "it is a directory"},
         {{"a.inc=d.inc"}, 1, "a.inc may be sub/a.inc or other/a.inc; all files of one name are renamed together"},
+        {{"b.inc=it's.inc"}, 1, "no INCLUDE can hold that name"},
         {{"b.inc=b.inc"}, 1, "b.inc has that name already."},
         {{"b.inc=sub/b.inc"}, 2, "sub/b.inc is no name of a file alone; its folder stays."},
         {{"b.inc=c", "b.inc=d"}, 2, "b.inc is given two names."},
