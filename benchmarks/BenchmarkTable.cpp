@@ -17,6 +17,7 @@
 #include "benchmarks/DataReading.h"
 #include "benchmarks/DataWriting.h"
 #include "benchmarks/KeywordMemory.h"
+#include "benchmarks/KeywordRemoval.h"
 #include "benchmarks/KeywordSorting.h"
 #include "benchmarks/ProjectReopening.h"
 
@@ -141,6 +142,19 @@ int CompareSorting(const std::filesystem::path& folder, int keywords)
     compare(fmt::format("sort {} keywords", keywords), fmt::format("sort {}", keywords / 2), result.halfSeconds, 2.3);
     compare("the same", "the scan in-process", result.scanSeconds, 2.0);
     return missed;
+}
+
+/// The removal of many keywords against that of a tenth: the time must grow as their number does, and a little more,
+/// since few fit the processor's caches. With the square it would grow by a hundred.
+bool CompareRemoval(const std::filesystem::path& folder, int keywords)
+{
+    const Benchmarks::RemovalResult result = Benchmarks::MeasureRemoval(folder, keywords, keywords / 10, repeats);
+    constexpr double budget = 15;
+    const double ratio = result.seconds / result.fewSeconds;
+    PrintRow(fmt::format("remove {} keywords", keywords), Time(result.seconds), fmt::format("remove {}", keywords / 10),
+             Time(result.fewSeconds), fmt::format("{:.2f}", ratio), fmt::format("{:.1f} x", budget), ratio <= budget,
+             "");
+    return ratio <= budget;
 }
 
 /// A write of ten million reals against its yardstick.
@@ -325,6 +339,7 @@ int main(int argc, char** argv)
         missed += !CompareMerges(deckman, decks, 100);
         missed += !CompareMerges(deckman, decks, 10);
         missed += CompareSorting(decks, 100000);
+        missed += !CompareRemoval(decks, 50000);
         missed += !CompareWriting("write 10 million reals, all digits", Benchmarks::Reals::AllDigits, 1.5);
         missed += !CompareWriting("write 10 million reals, few digits", Benchmarks::Reals::FewDigits, 1.5);
 

@@ -353,10 +353,12 @@ TEST_F(PartialCommitTest, WhatOthersDoMeanwhileStopsTheCommit)
             if (changes) deck.SetData("TABDIMS", " 9 /");
             if (*what == 'l') {
                 // What stands there behind the end is nobody's.
+                m_log.Clear();
                 deck.Commit();
                 std::string expected = written + "WELLDIMS\n 3 /\nDIMENS\n 4 /\n" + rest;
                 if (changes) expected.replace(expected.find("1 /"), 3, " 9 /");
                 EXPECT_EQ(deck.Read(), expected);
+                EXPECT_EQ(m_log.Count(), changes ? 1 : 0);
             } else {
                 EXPECT_THROW(deck.Commit(), DeckManagerException);
                 EXPECT_EQ(deck.Read(), written + rest);
