@@ -6,7 +6,10 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
@@ -326,6 +329,11 @@ TEST_F(CommitTest, KeepsWhatTheFileSystemKnows)
     Service::FileSystem& files = Service::FileSystem::Instance();
     Service::FileSystem::ErrorCode error;
     ASSERT_TRUE(files.MakeLink("real/a.inc", deck.Dir().Path("link.inc"), error));
+    // Only the privileged may give a file to another, and set him as the owner of the new one.
+    const bool isPrivileged = geteuid() == 0;
+    if (isPrivileged) {
+        ASSERT_TRUE(files.SetOwner(deck.Dir().Path("real/a.inc"), 1234, 5678, error));
+    }
     ASSERT_TRUE(files.SetMode(deck.Dir().Path("real/a.inc"), 0640, error));
     deck.Walk(true);
     const Service::FileStatus untouched = Service::FileStatus::Of(deck.Dir().Path("B.INC"));
@@ -334,7 +342,11 @@ TEST_F(CommitTest, KeepsWhatTheFileSystemKnows)
     editor.Commit();
     EXPECT_EQ(deck.Dir().Read("real/a.inc"), "WATER\n\nOIL\n");
     EXPECT_EQ(files.Status(deck.Dir().Path("link.inc"), false, error).kind, Service::FileStatus::Kind::Link);
-    EXPECT_EQ(Service::FileStatus::Of(deck.Dir().Path("real/a.inc")).mode, 0640U);
+    const Service::FileStatus status = Service::FileStatus::Of(deck.Dir().Path("real/a.inc"));
+    EXPECT_EQ(status.mode, 0640U);
+    if (isPrivileged) {
+        EXPECT_EQ(std::pair(status.owner, status.group), std::pair(1234U, 5678U));
+    }
     EXPECT_EQ(Service::FileStatus::Of(deck.Dir().Path("B.INC")).inode, untouched.inode);
     // A foreign file of the temporary's name is moved aside.
     EXPECT_EQ(deck.Dir().Listing(), "B.INC TOP.DATA link.inc real/ real/a.inc real/a_inc___1.tmp");
@@ -362,6 +374,26 @@ TEST_F(CommitTest, FilesThatAreMissingAreMadeUnlessThatIsOff)
         EXPECT_EQ(deck.Dir().Read("FULL.INC"), "OIL\n\n");
         EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE INCLUDE OIL");
     }
+}
+
+TEST_F(CommitTest, AMissingFileThatNobodyChangedStopsNothing)
+{
+    // No such folder can be made.
+    const TestDeck deck(
+        TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'no/NEW.INC' /\nTABDIMS\n1 /\n"}, {"no", "a file"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    editor.SetDataText(deck.At("TABDIMS"), " 7 /");
+    EXPECT_EQ(FailureOf([&] { editor.Commit(); }), "");
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\nINCLUDE\n'no/NEW.INC' /\nTABDIMS\n 7 /\n");
+    EXPECT_TRUE(m_log.Empty());
+    // One with keywords is what somebody has asked for.
+    const auto* oil = Environment::Instance().GetSyntaxTable()->FindSyntax("OIL", true);
+    ASSERT_NE(editor.InsertKeywordText(*oil, deck.File("no/NEW.INC").End(), ""), nullptr);
+    EXPECT_EQ(FailureOf([&] { editor.Commit(); }),
+              "Fails to commit changes due to insufficient privileges to create/modify:\n" +
+                  deck.Dir().Path("no/NEW.INC") + "\n");
+    EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA no");
 }
 
 TEST_F(CommitTest, ReadsAnewWhereOtherKeywordsCameToLight)

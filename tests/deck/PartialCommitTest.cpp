@@ -44,7 +44,7 @@ public:
     }
 
     IDeckKeywordsEditor& Editor() const { return *m_deck.Manager().GetEditor(&m_deck.Deck()); }
-    IDeckKeywords& Keywords() const { return m_deck.Keywords(); }
+    IDeckKeywords& DeckKeywords() const { return m_deck.Keywords(); }
     KeywordFile& File() const { return m_deck.File("A.INC"); }
     std::string Read(const std::string& name = "A.INC") const { return m_deck.Dir().Read(name); }
     std::string Ahead() const { return Read("A_INC__.tmp"); }
@@ -70,6 +70,15 @@ public:
     void SetData(const std::string& name, const std::string& text) const
     {
         EXPECT_TRUE(Editor().SetDataText(At(name), text));
+    }
+    /// The text of the file in a copy of the deck.
+    std::string Exported() const
+    {
+        const std::string folder = m_deck.Dir().Path("copy");
+        EXPECT_TRUE(m_deck.Keywords().ExportToDirectory(folder, Keywords::SimulatorType::Any, false));
+        std::string text = Read("copy/A.INC");
+        std::filesystem::remove_all(folder);
+        return text;
     }
     void GoAhead() const { Editor().CommitFile(&File()); }
     void Commit() const { Editor().Commit(); }
@@ -216,11 +225,19 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
     const std::vector<Case> cases = {
         {"nothing", none, false},
         {"a keyword behind", [](const AheadDeck& deck) { deck.Append("GAS\n"); }, false},
-        {"keywords behind", [](const AheadDeck& deck) { deck.Append("GAS\n"), deck.Append("WATER\n"); }, false},
+        {"keywords behind",
+         [](const AheadDeck& deck) {
+             deck.Append("GAS\n");
+             deck.Append("WATER\n");
+         },
+         false},
         {"data of the first", text("TABDIMS")},
         {"data of one of the second time", text("DIMENS")},
         {"data, and a keyword behind",
-         [](const AheadDeck& deck) { deck.SetData("WELLDIMS", " 9 /"), deck.Append("GAS\n"); }},
+         [](const AheadDeck& deck) {
+             deck.SetData("WELLDIMS", " 9 /");
+             deck.Append("GAS\n");
+         }},
         {"a comment", [](const AheadDeck& deck) { deck.Editor().SetComment(deck.At("DIMENS"), "new"); }},
         {"a tag", [](const AheadDeck& deck) { deck.Editor().TagKeyword(*deck.At("EQLDIMS")); }},
         {"a suppression", [](const AheadDeck& deck) { deck.Editor().Suppress(deck.At("EQLDIMS")); }},
@@ -231,7 +248,10 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
         {"one removed that has others behind", removal("WELLDIMS")},
         {"the last removed", removal("DIMENS")},
         {"the last removed, and another behind",
-         [](const AheadDeck& deck) { deck.Remove("DIMENS"), deck.Append("GAS\n"); }},
+         [](const AheadDeck& deck) {
+             deck.Remove("DIMENS");
+             deck.Append("GAS\n");
+         }},
         {"all removed",
          [](const AheadDeck& deck) {
              while (deck.File().Begin() != deck.File().End())
@@ -288,9 +308,19 @@ TEST_F(PartialCommitTest, ADiscardGoesBackToTheFile)
     const std::vector<std::function<void(const AheadDeck&)>> ways = {
         [](const AheadDeck& deck) { deck.GoAhead(); },
         GoAheadTwice,
-        [&](const AheadDeck& deck) { GoAheadTwice(deck), change(deck); },
-        [&](const AheadDeck& deck) { GoAheadTwice(deck), change(deck), deck.GoAhead(); },
-        [&](const AheadDeck& deck) { deck.Editor().CommentOut(deck.At("TABDIMS")), deck.GoAhead(); },
+        [&](const AheadDeck& deck) {
+            GoAheadTwice(deck);
+            change(deck);
+        },
+        [&](const AheadDeck& deck) {
+            GoAheadTwice(deck);
+            change(deck);
+            deck.GoAhead();
+        },
+        [&](const AheadDeck& deck) {
+            deck.Editor().CommentOut(deck.At("TABDIMS"));
+            deck.GoAhead();
+        },
     };
     for (const auto& way : ways) {
         const AheadDeck deck(tag + written + rest);
@@ -314,8 +344,8 @@ TEST_F(PartialCommitTest, WhatIsWrittenIsReadFromThere)
     const AheadDeck deck(written + rest);
     deck.SetData("TABDIMS", " 7 /");
     const auto valueOf = [&] {
-        const Keywords::IKeywordData* data = deck.Keywords().GetKeywordData(*deck.At("TABDIMS"));
-        return static_cast<const Tarn::Fjel::Core::Keywords::IKeywordRecordData*>(data)->GetItem(0).GetInteger();
+        const Keywords::IKeywordData* data = deck.DeckKeywords().GetKeywordData(*deck.At("TABDIMS"));
+        return static_cast<const Keywords::IKeywordRecordData*>(data)->GetItem(0).GetInteger();
     };
     EXPECT_EQ(valueOf(), 7);
     deck.GoAhead();
@@ -323,7 +353,7 @@ TEST_F(PartialCommitTest, WhatIsWrittenIsReadFromThere)
     text[text.find('7')] = '8';
     deck.Write("A_INC__.tmp", text);
     EXPECT_EQ(valueOf(), 8);
-    EXPECT_EQ(*deck.Keywords().GetDataText(*deck.At("TABDIMS")), " 8 /\n\n-- above E");
+    EXPECT_EQ(*deck.DeckKeywords().GetDataText(*deck.At("TABDIMS")), " 8 /\n\n-- above E");
 }
 
 TEST_F(PartialCommitTest, WhatOthersDoMeanwhileStopsTheCommit)
@@ -353,10 +383,11 @@ TEST_F(PartialCommitTest, WhatOthersDoMeanwhileStopsTheCommit)
             if (changes) deck.SetData("TABDIMS", " 9 /");
             if (*what == 'l') {
                 // What stands there behind the end is nobody's.
-                m_log.Clear();
-                deck.Commit();
                 std::string expected = written + "WELLDIMS\n 3 /\nDIMENS\n 4 /\n" + rest;
                 if (changes) expected.replace(expected.find("1 /"), 3, " 9 /");
+                EXPECT_EQ(deck.Exported(), expected);
+                m_log.Clear();
+                deck.Commit();
                 EXPECT_EQ(deck.Read(), expected);
                 EXPECT_EQ(m_log.Count(), changes ? 1 : 0);
             } else {

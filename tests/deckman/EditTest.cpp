@@ -269,6 +269,16 @@ TEST_F(Edit, TellsWhatItDidAndKeepsTheOldFiles)
     EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA x.DATA~");
 }
 
+TEST_F(Edit, MakesNoFileThatAnIncludeLacks)
+{
+    const std::string text = "RUNSPEC\nINCLUDE\n'sub/none.inc' /\nTABDIMS\n 1 /\n";
+    m_folder.Write("x.DATA", text);
+    const Outcome outcome = Run({"set", "TABDIMS.0", "2"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(m_folder.Read("x.DATA"), Replaced(text, " 1 /", " 2 /"));
+    EXPECT_EQ(m_folder.Listing(), "a.inc x.DATA");
+}
+
 /// A repeated record has no text of its own.
 TEST_F(Edit, WritesAfreshWhatHasNoPlaceInTheText)
 {
