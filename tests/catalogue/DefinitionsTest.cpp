@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -215,6 +216,90 @@ TEST(CatalogueDefinitions, RecordsAreToldApartByWhatTheyAreOf)
     for (const char* name : {"VFPPROD", "VFPINJ", "ACTIONX", "WELSEGS", "COMPSEGS"}) {
         EXPECT_TRUE(Find(name)->HasIdentity()) << name;
     }
+}
+
+/// Items that decks reach by counting, far from the record's head.
+TEST(CatalogueDefinitions, LongRecordsHaveTheirItemsInPlace)
+{
+    const struct
+    {
+        std::string_view name;
+        int count;
+        std::vector<std::pair<int, std::string_view>> items;
+    } records[] = {
+        {"REGDIMS", 10, {{3, "NTFREG"}, {5, "NTCREG"}, {9, "NPLMIX"}}},
+        {"WELLDIMS", 14, {{4, "MXSTAG"}, {10, "MXWLIST"}, {13, "MXNGPP"}}},
+        {"TRACERS", 12, {{4, "DIFFUSION"}, {7, "NONLIN"}, {11, "MXTCFR"}}},
+        {"EQUIL", 12, {{2, "OWC"}, {4, "GOC"}, {8, "ACCURACY"}}},
+        {"AQUCT", 13, {{3, "PERMEABILITY"}, {8, "ANGLE"}, {10, "INFLUENCE_TABLE"}}},
+        {"AQUANCON", 11, {{7, "FACE"}, {8, "INFLUX"}, {10, "ADJOIN"}}},
+        {"NNC", 14, {{6, "TRANSMISSIBILITY"}, {13, "DIFFUSIVITY"}}},
+        {"WELSPECS", 17, {{4, "REF_DEPTH"}, {5, "PHASE"}, {9, "CROSSFLOW"}, {11, "DENSITY"}}},
+        {"COMPDAT", 14, {{5, "STATE"}, {8, "DIAMETER"}, {10, "SKIN"}, {12, "DIRECTION"}}},
+        {"WCONPROD", 20, {{2, "MODE"}, {7, "RESV"}, {8, "BHP"}, {9, "THP"}, {11, "ALQ"}}},
+        {"WCONINJE", 15, {{3, "MODE"}, {6, "BHP"}, {8, "VFP_TABLE"}}},
+        {"WCONHIST", 12, {{3, "ORAT"}, {6, "VFP_TABLE"}, {9, "BHP"}}},
+        {"WCONINJH", 12, {{3, "RATE"}, {4, "BHP"}, {11, "MODE"}}},
+        {"WECON", 16, {{6, "WORKOVER"}, {9, "QUANTITY"}, {12, "MAX_GAS_LIQUID"}, {13, "MIN_LIQUID"}}},
+        {"GCONPROD", 21, {{6, "ACTION"}, {9, "GUIDE_PHASE"}, {13, "RESV"}}},
+        {"GCONINJE", 13, {{6, "VOIDAGE"}, {10, "REINJECTION_GROUP"}, {11, "VOIDAGE_GROUP"}}},
+        {"GUIDERAT", 12, {{2, "A"}, {8, "INCREASE"}, {9, "DAMPING"}}},
+        {"WSEGVALV", 10, {{2, "COEFFICIENT"}, {3, "AREA"}, {8, "STATE"}, {9, "MAX_AREA"}}},
+        {"WSEGAICD", 21, {{3, "STRENGTH"}, {10, "METHOD"}, {12, "RATE_EXPONENT"}, {14, "STATE"}}},
+        {"WSEGSICD", 13, {{3, "STRENGTH"}, {10, "METHOD"}, {12, "STATE"}}},
+    };
+    for (const auto& expected : records) {
+        const IKeywordSyntax* syntax = Find(expected.name);
+        ASSERT_NE(syntax, nullptr) << expected.name;
+        const IKeywordRecordMD* record = RecordOf(syntax->GetMetaData());
+        ASSERT_NE(record, nullptr) << expected.name;
+        EXPECT_EQ(record->GetItemCount(), expected.count) << expected.name;
+        for (const auto& [index, item] : expected.items) {
+            ASSERT_LT(index, record->GetItemCount()) << expected.name;
+            EXPECT_EQ(record->GetItemName(index), item) << expected.name;
+        }
+    }
+}
+
+/// The first letter of a result's name says what the words behind it are.
+TEST(CatalogueDefinitions, ResultsGoByWhatTheirFirstLetterSays)
+{
+    const std::pair<char, std::vector<std::string_view>> families[] = {
+        {'F', {"", "COMPONENT"}},
+        {'G', {"GROUP", "GROUP COMPONENT"}},
+        {'W', {"WELL", "WELL COMPLETION", "WELL COMPONENT"}},
+        {'C', {"WELL I J K"}},
+        {'S', {"WELL SEGMENT"}},
+        {'R', {"REGION", "FROM TO"}},
+        {'B', {"I J K", "I J K COMPONENT"}},
+        {'A', {"AQUIFER", "LIST"}},
+        {'L', {"LGR WELL", "LGR WELL I J K", "LGR I J K"}},
+    };
+    // Switches of the output, and results of the run itself.
+    const std::vector<std::string_view> others = {"ALL",      "CPUTIME",  "ELAPSED", "LINEARS", "LOTUS",
+                                                  "RPTONLY",  "RPTONLYO", "RPTSMRY", "RUNSUM",  "SEPARATE",
+                                                  "STEPTYPE", "SUMTHIN",  "WNEWTON"};
+    int found = 0;
+    for (const IKeywordSyntax* syntax : KeywordSyntaxTable::Instance(false, true)->GetSyntaxes()) {
+        const std::string_view name = syntax->GetName();
+        if (syntax->GetSection() != SectionType::SUMMARY) continue;
+        if (std::find(others.begin(), others.end(), name) != others.end()) continue;
+        const auto family = std::find_if(std::begin(families), std::end(families),
+                                         [&](const auto& candidate) { return candidate.first == name.front(); });
+        if (family == std::end(families)) continue;
+        ++found;
+        std::string words;
+        const IKeywordMD* md = syntax->GetMetaData();
+        if (const IKeywordRecordMD* record = RecordOf(md)) {
+            for (int i = 0; i < record->GetItemCount(); ++i)
+                words += (i > 0 ? " " : "") + record->GetItemName(i);
+        } else if (md) {
+            words = static_cast<const IKeywordListMD*>(md)->GetElementMD()->GetName();
+        }
+        EXPECT_NE(std::find(family->second.begin(), family->second.end(), words), family->second.end())
+            << name << " takes \"" << words << '"';
+    }
+    EXPECT_GT(found, 1000);
 }
 
 TEST(CatalogueDefinitions, ALoneTerminatorEndsAListOfRecords)

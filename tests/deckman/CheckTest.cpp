@@ -86,6 +86,8 @@ TEST(Check, IsQuietOnHealthyDecks)
         {"skipped text",
          {{"TOP.DATA", "RUNSPEC\nSKIP\nNOSUCH 1\nTABDIMS\nx /\nSKIP100\nENDSKIP\nTABDIMS\ny /\n"
                        "ENDSKIP\nOIL\n"}}},
+        {"rock by regions of saturation",
+         {{"TOP.DATA", "RUNSPEC\nTABDIMS\n 2 /\nPROPS\nROCKOPTS\n 2* SATNUM /\nROCK\n 1 2 /\n 1 3 /\n"}}},
         {"a variable", {{"TOP.DATA", "RUNSPEC\nSCHEDULE\nTSTEP\n$STEP /\n"}}},
         {"a long title, and long comments",
          {{"TOP.DATA", "RUNSPEC\nTITLE\n" + std::string(200, 't') + "\nTABDIMS\n1 / " + std::string(200, '-') + "\n"}}},
@@ -102,15 +104,15 @@ TEST(Check, IsQuietOnHealthyDecks)
 }
 
 /// Decks as people write them: a field with its history, a well of many segments in a refined grid, actions and
-/// quantities of the user's own, and one in lower case with tabs.
+/// quantities of the user's own, one in lower case with tabs, one in folders by Windows paths and aliases, and one of
+/// components.
 TEST(Check, IsQuietOnDecksInManyStyles)
 {
     const std::string decks = DECK_SOURCE_DIR "/tests/deckman/decks/";
     const std::pair<const char*, const char*> cases[] = {
-        {"LOMVI.DATA", "173 keywords in 1 file"},
-        {"HORIZONTAL.DATA", "104 keywords in 1 file"},
-        {"ACTIONS.DATA", "82 keywords in 1 file"},
-        {"lower/lower.data", "66 keywords in 2 files"},
+        {"LOMVI.DATA", "173 keywords in 1 file"},           {"HORIZONTAL.DATA", "104 keywords in 1 file"},
+        {"ACTIONS.DATA", "82 keywords in 1 file"},          {"lower/lower.data", "66 keywords in 2 files"},
+        {"torne/TORNE_E7.DATA", "192 keywords in 6 files"}, {"condensate/CONDENSATE.DATA", "121 keywords in 5 files"},
     };
     for (const auto& [deck, counts] : cases) {
         const Outcome outcome = Deckman({"check", decks + deck, "--strict"});

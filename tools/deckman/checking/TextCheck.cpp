@@ -280,8 +280,11 @@ void TextCheck::LookAtRows(const IKeywordListMD& rows, const Keywords::IKeywordD
     if (expression == nullptr || rows.GetTermination() != Termination::None) return;
     std::optional<int> size = SizeOf(*expression);
     if (!size || *size < 1) return;
-    // ROCKOPTS may say that rock goes by its own regions.
-    if (m_keyword->GetName() == "ROCK") size = std::max(*size, SizeOf("RUNSPEC:TABDIMS[12]").value_or(0));
+    // ROCKOPTS may say that rock goes by its own regions, or by those of saturation.
+    if (m_keyword->GetName() == "ROCK") {
+        for (const char* other : {"RUNSPEC:TABDIMS[0]", "RUNSPEC:TABDIMS[12]"})
+            size = std::max(*size, SizeOf(other).value_or(0));
+    }
     long long count = 0;
     int first = 0; // the line of the first row that is too many
     if (IsPlainRow(*rows.GetElementMD())) {
