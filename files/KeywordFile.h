@@ -289,6 +289,7 @@ private:
     bool DecidesOfOthers(const Keyword& keyword) const;
     bool CanContinue() const;
     bool SharesKeywords() const;
+    void AddToRest(const std::string& text);
     void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);
     void RemoveCommentedOut();
     void TakeSnapshot();

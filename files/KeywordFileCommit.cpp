@@ -131,6 +131,13 @@ const RestBehindText* KeywordFile::Rest() const
     return m_commit && m_commit->rest ? &*m_commit->rest : nullptr;
 }
 
+void KeywordFile::AddToRest(const std::string& text)
+{
+    RestOfFile piece;
+    piece.text = text;
+    m_commit->rest->pieces.push_back(std::move(piece));
+}
+
 std::vector<KeywordFile*> KeywordFile::IncludedFiles() const
 {
     std::vector<KeywordFile*> files;

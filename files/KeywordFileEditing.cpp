@@ -296,16 +296,21 @@ std::string KeywordFile::TextAtEnd()
 {
     Contents();
     SourceFile source(*this, nullptr);
-    return source.IsAllHead() && IsListUnchanged() ? source.TextOfHead() : source.TextAhead(nullptr, RootContext());
+    if (source.IsAllHead() && IsListUnchanged()) return source.TextOfHead();
+    return source.TextAhead(nullptr, RootContext()) + source.TextOfRest();
 }
 
 void KeywordFile::AddTextAtEnd(const std::string& text, bool mayHoldKeywords)
 {
     Contents();
-    TakeSnapshot();
-    Blocks blocks = TakeBlocks(nullptr);
-    blocks.push_back({nullptr, std::make_shared<const std::string>(text)});
-    m_blocksAhead[nullptr] = std::move(blocks);
+    if (Rest() != nullptr) {
+        AddToRest(text);
+    } else {
+        TakeSnapshot();
+        Blocks blocks = TakeBlocks(nullptr);
+        blocks.push_back({nullptr, std::make_shared<const std::string>(text)});
+        m_blocksAhead[nullptr] = std::move(blocks);
+    }
     m_commentsSet = true;
     m_scanWillDiffer |= mayHoldKeywords;
 }

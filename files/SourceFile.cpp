@@ -382,6 +382,22 @@ std::string SourceFile::TextAhead(const Keyword* keyword, const Context& context
     return text;
 }
 
+std::string SourceFile::TextOfRest() const
+{
+    std::string text;
+    const RestBehindText* rest = m_file.Rest();
+    const std::unique_ptr<ILineReader> reader = rest != nullptr ? rest->reader->OpenLineReader(true) : nullptr;
+    if (!reader) return text;
+    for (const RestOfFile& piece : rest->pieces) {
+        std::string own = piece.text;
+        if (own.empty()) reader->ReadRange(piece.begin, piece.end - 1, own);
+        // A file's last line may be open.
+        if (!text.empty() && text.back() != '\n') text += '\n';
+        text += own;
+    }
+    return text;
+}
+
 std::vector<RestOfFile> SourceFile::RestOfList(const Context& context)
 {
     std::vector<RestOfFile> rest;

@@ -88,6 +88,8 @@ public:
     void WriteBlocksAhead(const Keyword* keyword, const Context& context);
     /// What that would be at the end of the list.
     std::vector<RestOfFile> RestOfList(const Context& context);
+    /// What is to follow a text that breaks off; empty for one that doesn't.
+    std::string TextOfRest() const;
     /// The end of the file, where its text breaks off ahead of that.
     void WriteRest();
     /// The last keyword that was written ends with the text.

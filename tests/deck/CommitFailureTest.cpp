@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -162,6 +163,24 @@ const std::set<Call>& Operations()
     return operations;
 }
 
+/// Commits in another process, which ends at the n-th of the operations. False when it came to its own end.
+bool EndsAtOperation(int n, const std::set<Call>& operations, IDeckKeywordsEditor& editor)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        FailingFileSystem failing;
+        failing.ExitAt(n, operations, 7);
+        editor.Commit();
+        _exit(0);
+    }
+    int status = 0;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status));
+    if (WEXITSTATUS(status) == 7) return true;
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    return false;
+}
+
 /// The deck as whoever opens it now finds it.
 std::string WalkOfDisk(const EditedDeck& deck)
 {
@@ -175,8 +194,9 @@ std::string WalkOfDisk(const EditedDeck& deck)
 }
 
 /// The commit, of which the n-th operation fails, and with `forever` all behind it until it has given up. Then another,
-/// or a discard. False when there was no such operation.
-bool FailsAtOperation(const Shape& shape, const std::vector<std::string>& expected, bool cancels, bool forever, int n)
+/// or a discard. Gives the kind of the operation; none when there was no such one.
+std::optional<Call> FailsAtOperation(const Shape& shape, const std::vector<std::string>& expected, bool cancels,
+                                     bool forever, int n)
 {
     EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
     FailingFileSystem failing;
@@ -206,11 +226,12 @@ bool FailsAtOperation(const Shape& shape, const std::vector<std::string>& expect
     if (!mayLeaveFiles) {
         EXPECT_EQ(deck.Deck().Dir().Listing(), deck.Listing()) << message;
     }
-    return hasFailed;
+    return hasFailed ? std::optional(failing.FirstFailed()) : std::nullopt;
 }
 
 TEST(CommitFailureTest, EveryOperationMayFail)
 {
+    std::set<Call> met;
     const TestSupport::LogRecorder log;
     int points = 0;
     for (const Shape& shape : shapes) {
@@ -221,7 +242,9 @@ TEST(CommitFailureTest, EveryOperationMayFail)
                     SCOPED_TRACE(testing::Message()
                                  << shape.files << " files, partial " << shape.afterPartialCommit << ", operation " << n
                                  << ", forever " << forever << ", cancel " << cancels);
-                    if (!FailsAtOperation(shape, expected, cancels, forever, n)) break;
+                    const std::optional<Call> failed = FailsAtOperation(shape, expected, cancels, forever, n);
+                    if (!failed) break;
+                    met.insert(*failed);
                     ++points;
                 }
             }
@@ -229,6 +252,9 @@ TEST(CommitFailureTest, EveryOperationMayFail)
     }
     RecordProperty("points", points);
     EXPECT_GT(points, 1600);
+    for (const Call call : {Call::Open, Call::Close, Call::Read, Call::Write, Call::CopyRange, Call::Sync,
+                            Call::SyncDirectory, Call::Rename, Call::Unlink})
+        EXPECT_EQ(met.count(call), 1U) << static_cast<int>(call);
 }
 
 /// Does something to a file after the first piece of it that is copied to the new text.
@@ -372,38 +398,57 @@ TEST(CommitFailureTest, AFileThatChangesWhileItIsScannedIsNotReplaced)
 /// A text so long that it goes to the disk in steps.
 TEST(CommitFailureTest, StepsToTheDiskMayFail)
 {
+    enum Way
+    {
+        CommitAgain,
+        Cancel,
+        EndOfProcess
+    };
     const TestSupport::CleanEnvironment environment;
     LineEnds::SetPolicy(LineEnds::Policy::Keep);
     const TestSupport::LogRecorder log;
-    const std::string numbers(20000000, ' ');
-    for (const char* first : {"1", "123"}) {
-        for (int n = 1;; ++n) {
-            SCOPED_TRACE(testing::Message() << first << ", operation " << n);
-            TestDeck deck({{"TOP.DATA", "RUNSPEC\nTABDIMS\n1 /\n" + numbers + "\nOIL\n"}});
-            IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
-            editor.SetDataText(deck.At("TABDIMS"), std::string(first) + " /");
-            const std::string old = deck.Dir().Read("TOP.DATA");
-            FailingFileSystem disk;
-            disk.FailAt(n, {Call::CopyRange, Call::StartSync}, ENOSPC);
-            bool refused = false;
-            try {
-                editor.Commit();
-            } catch (const DeckManagerException&) {
-                refused = true;
-            }
-            if (!disk.HasFailed()) {
-                EXPECT_GT(n, 2);
-                break;
-            }
-            if (refused) {
-                EXPECT_TRUE(deck.Dir().Read("TOP.DATA") == old);
+    const std::set<Call> steps = {Call::CopyRange, Call::StartSync};
+    const std::string behind = std::string(20000000, ' ').append("\nOIL\n");
+    const std::string old = "RUNSPEC\nTABDIMS\n1 /\n" + behind;
+    int points = 0;
+    // With the second the pages of both texts don't line up.
+    for (const std::string first : {"7", "123"}) {
+        const std::string expected = "RUNSPEC\nTABDIMS\n" + first + " /\n" + behind;
+        for (const Way way : {CommitAgain, Cancel, EndOfProcess}) {
+            for (int n = 1; !testing::Test::HasFailure(); ++n) {
+                SCOPED_TRACE(testing::Message() << first << ", way " << way << ", operation " << n);
+                const TestDeck deck(TestDeck::Texts{{"TOP.DATA", old}});
+                IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+                editor.SetDataText(deck.At("TABDIMS"), first + " /");
+                if (way == EndOfProcess) {
+                    const bool ended = EndsAtOperation(n, steps, editor);
+                    EXPECT_TRUE(deck.Dir().Read("TOP.DATA") == (ended ? old : expected));
+                    if (!ended) break;
+                    ++points;
+                    continue;
+                }
+                FailingFileSystem disk;
+                disk.FailAt(n, steps, ENOSPC);
+                bool refused = false;
+                try {
+                    editor.Commit();
+                } catch (const DeckManagerException&) {
+                    refused = true;
+                }
+                if (!disk.HasFailed()) {
+                    EXPECT_GT(n, 2);
+                    break;
+                }
+                ++points;
+                EXPECT_TRUE(deck.Dir().Read("TOP.DATA") == (refused ? old : expected));
                 EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA");
-                editor.Commit();
+                way == CommitAgain ? editor.Commit() : editor.Discard();
+                EXPECT_TRUE(deck.Dir().Read("TOP.DATA") == (refused && way == Cancel ? old : expected));
             }
-            EXPECT_TRUE(deck.Dir().Read("TOP.DATA") ==
-                        "RUNSPEC\nTABDIMS\n" + std::string(first) + " /\n" + numbers + "\nOIL\n");
         }
     }
+    RecordProperty("points", points);
+    EXPECT_GT(points, 12);
 }
 
 TEST(CommitFailureTest, TheProcessMayEndAtEveryOperation)
@@ -415,19 +460,9 @@ TEST(CommitFailureTest, TheProcessMayEndAtEveryOperation)
             SCOPED_TRACE(testing::Message()
                          << shape.files << " files, partial " << shape.afterPartialCommit << ", operation " << n);
             EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
-            const pid_t child = fork();
-            if (child == 0) {
-                FailingFileSystem failing;
-                failing.ExitAt(n, Operations(), 7);
-                deck.Editor().Commit();
-                _exit(0);
-            }
-            int status = 0;
-            ASSERT_EQ(waitpid(child, &status, 0), child);
-            ASSERT_TRUE(WIFEXITED(status));
+            const bool ended = EndsAtOperation(n, Operations(), deck.Editor());
             const int newFiles = CountNew(deck, expected);
-            if (WEXITSTATUS(status) != 7) {
-                EXPECT_EQ(WEXITSTATUS(status), 0);
+            if (!ended) {
                 EXPECT_EQ(newFiles, deck.Count());
                 break;
             }

@@ -143,6 +143,7 @@ TEST_F(PartialCommitTest, TheCommitGoesOnWhereTheTextBreaksOff)
     const Edit commentOutLast = [](const AheadDeck& deck) {
         EXPECT_TRUE(deck.Editor().CommentOut(deck.At("EQLDIMS")));
     };
+    const Edit words = [](const AheadDeck& deck) { deck.File().AddTextAtEnd("-- last\n", false); };
     const Edit setHeader = [](const AheadDeck& deck) { deck.Editor().SetHeaderComment(&deck.File(), "mine"); };
     const Edit removeAll = [](const AheadDeck& deck) {
         deck.Remove("TABDIMS");
@@ -156,6 +157,7 @@ TEST_F(PartialCommitTest, TheCommitGoesOnWhereTheTextBreaksOff)
         {"new keywords behind", written + rest, change, changed, append, changed + "WELLDIMS\n 3 /\n" + rest},
         {"an open last line", written.substr(0, written.size() - 1), change, changed.substr(0, changed.size() - 1),
          append, changed + "WELLDIMS\n 3 /\n"},
+        {"words behind an open last line", written + "-- end", change, changed, words, changed + "-- end\n-- last\n"},
         {"the tags of the file", tag + written + rest, change, tag + changed, append,
          tag + changed + "WELLDIMS\n 3 /\n" + rest},
         {"a mark", mark + written + rest, change, mark + changed, append, mark + changed + "WELLDIMS\n 3 /\n" + rest},
@@ -259,6 +261,13 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
          }},
         {"one moved", [](const AheadDeck& deck) { deck.Editor().MoveKeyword(deck.At("EQLDIMS"), deck.File().End()); }},
         {"a header", [](const AheadDeck& deck) { deck.Editor().SetHeaderComment(&deck.File(), "mine"); }},
+        {"the tag of the file", [](const AheadDeck& deck) { deck.File().DropFileTag(); }},
+        {"words at the end",
+         [](const AheadDeck& deck) {
+             deck.File().AddTextAtEnd("-- last\n", false);
+             EXPECT_EQ(deck.File().TextAtEnd(), rest + "-- last\n");
+         },
+         false},
         {"a comment above", [](const AheadDeck& deck) { SetCommentAbove(deck.Editor(), deck.At("DIMENS"), "-- c"); }},
         {"a comment above the first",
          [](const AheadDeck& deck) { SetCommentAbove(deck.Editor(), deck.At("TABDIMS"), "-- c"); }},
@@ -269,20 +278,20 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
                 SCOPED_TRACE(testing::Message() << test.what << ", warns " << warns << ", a third time " << ahead);
                 Environment::Instance().LogWarningOnPartialCommitViolation(warns);
                 m_log.Clear();
-                const AheadDeck plain(written + rest);
+                const AheadDeck plain(tag + written + rest);
                 plain.Append("WELLDIMS\n 3 /\n");
                 plain.Append("DIMENS\n 4 /\n");
                 test.edit(plain);
                 plain.Commit();
-                const AheadDeck deck(written + rest);
+                const AheadDeck deck(tag + written + rest);
                 GoAheadTwice(deck);
                 test.edit(deck);
                 if (ahead) {
                     deck.GoAhead();
                     // The new text is in the place of the first, and the file is as it was.
                     EXPECT_EQ(deck.Listing(), "A.INC A_INC__.tmp TOP.DATA");
-                    EXPECT_EQ(deck.Read(), written + rest);
-                    std::string expected = plain.Read();
+                    EXPECT_EQ(deck.Read(), tag + written + rest);
+                    const std::string expected = plain.Read();
                     EXPECT_TRUE(expected.starts_with(deck.Ahead())) << deck.Ahead();
                     EXPECT_EQ(m_log.Count(), test.isChange && warns ? 1 : 0);
                 }

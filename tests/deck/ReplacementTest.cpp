@@ -290,6 +290,23 @@ TEST_F(ReplacementTest, ATextThatIsNotWholeReplacesNothing)
     EXPECT_EQ(Read("A.INC") + Read("B.INC"), "-- a\nTABDIMS\n 700 /\n-- b\nTABDIMS\n 700 /\n");
 }
 
+TEST_F(ReplacementTest, FoldersThatWereMadeGoWithAFailure)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'new/deep/N.INC' /\nTABDIMS\n1 /\n"}});
+    deck.Walk(true);
+    EXPECT_TRUE(EditorOf(deck).SetDataText(deck.At("TABDIMS"), " 7 /"));
+    const auto* oil = Environment::Instance().GetSyntaxTable()->FindSyntax("OIL", true);
+    ASSERT_NE(EditorOf(deck).InsertKeywordText(*oil, deck.File("new/deep/N.INC").End(), ""), nullptr);
+    for (const int n : {1, 2}) {
+        FailingFileSystem disk;
+        disk.FailAt(n, {Call::Sync}, EIO);
+        EXPECT_NE(Failure([&] { EditorOf(deck).Commit(); }), "");
+        EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA");
+    }
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA new/ new/deep/ new/deep/N.INC");
+}
+
 TEST_F(ReplacementTest, WhatCannotBeOverwrittenIsNamed)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'no/NEW.INC' /\nINCLUDE\n'A.INC' /\n"},
