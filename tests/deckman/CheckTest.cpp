@@ -86,6 +86,8 @@ TEST(Check, IsQuietOnHealthyDecks)
         {"skipped text",
          {{"TOP.DATA", "RUNSPEC\nSKIP\nNOSUCH 1\nTABDIMS\nx /\nSKIP100\nENDSKIP\nTABDIMS\ny /\n"
                        "ENDSKIP\nOIL\n"}}},
+        {"multipliers between a region and all others",
+         {{"TOP.DATA", "RUNSPEC\nGRID\nMULTREGT\n 1* 2 0 /\n/ done\n\n-- next\nMULTREGT\n/\nPORO\n 0.1 /\n"}}},
         {"rock by regions of saturation",
          {{"TOP.DATA", "RUNSPEC\nTABDIMS\n 2 /\nPROPS\nROCKOPTS\n 2* SATNUM /\nROCK\n 1 2 /\n 1 3 /\n"}}},
         {"a variable", {{"TOP.DATA", "RUNSPEC\nSCHEDULE\nTSTEP\n$STEP /\n"}}},
