@@ -172,6 +172,27 @@ TEST_F(CommitTest, CommentsThatAreSetShowAndGoWithADiscard)
     EXPECT_EQ(commentAt("RUNSPEC"), "-- header\n");
 }
 
+/// What is put ahead of a keyword's line is written once, and belongs to the keyword ahead.
+TEST_F(CommitTest, WhatWasPutAheadOfAKeywordIsNoPartOfIt)
+{
+    for (const bool isNew : {false, true}) {
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nOIL\nTABDIMS\n1 /\n"}});
+        IDeckKeywordsEditor& editor = EditorOf(deck);
+        if (isNew) Insert(editor, deck.At("OIL"), "EQLDIMS\n 3 /\n");
+        auto& keyword = const_cast<Keyword&>(static_cast<const Keyword&>(**deck.At(isNew ? "EQLDIMS" : "OIL")));
+        keyword.AddLeadingComment(" ahead", false, true);
+        EXPECT_EQ(*keyword.GetText(), isNew ? "-- ahead\nEQLDIMS\n 3 /\n" : "-- ahead\nOIL\n");
+        const std::string own = isNew ? "EQLDIMS\n 3 /\n" : "";
+        for (int i = 0; i < 2; ++i) {
+            editor.Commit();
+            EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\n-- ahead\n" + own + "OIL\nTABDIMS\n1 /\n");
+            EXPECT_EQ(TestDeck::Extents(deck.TopFile()), isNew ? "RUNSPEC@0+17 EQLDIMS@17+13 OIL@30+4 TABDIMS@34+12"
+                                                               : "RUNSPEC@0+17 OIL@17+4 TABDIMS@21+12");
+            EXPECT_FALSE(deck.TopFile().IsModified());
+        }
+    }
+}
+
 TEST_F(CommitTest, TextOfNoKeywordAheadOfACommentStays)
 {
     // The words of a keyword that nobody knows belong to nobody.

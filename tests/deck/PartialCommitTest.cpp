@@ -261,6 +261,12 @@ TEST_F(PartialCommitTest, WhereWhatIsWrittenChangesItIsWrittenAnew)
          }},
         {"one moved", [](const AheadDeck& deck) { deck.Editor().MoveKeyword(deck.At("EQLDIMS"), deck.File().End()); }},
         {"a header", [](const AheadDeck& deck) { deck.Editor().SetHeaderComment(&deck.File(), "mine"); }},
+        {"a comment of one behind that has gone again",
+         [](const AheadDeck& deck) {
+             deck.Append("GAS\n");
+             SetCommentAbove(deck.Editor(), deck.At("GAS"), "-- c");
+             deck.Remove("GAS");
+         }},
         {"the tag of the file", [](const AheadDeck& deck) { deck.File().DropFileTag(); }},
         {"words at the end",
          [](const AheadDeck& deck) {
