@@ -307,6 +307,54 @@ TEST_F(ReplacementTest, FoldersThatWereMadeGoWithAFailure)
     EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA new/ new/deep/ new/deep/N.INC");
 }
 
+/// A file with the generated tag and one without, by a text with it and one without.
+TEST_F(ReplacementTest, AFileMayKeepItsTagWhateverItsNewTextBears)
+{
+    for (const std::string own : {"", "-- Generated\n"}) {
+        for (const std::string other : {"", "\n-- Generated\n"}) {
+            for (const bool keeps : {false, true}) {
+                SCOPED_TRACE(own + "|" + other + (keeps ? "|keeps" : ""));
+                const TestDeck deck(
+                    TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\n"}, {"A.INC", own + "OIL\n"}});
+                deck.Walk(true);
+                std::istringstream text(other + "GAS\n");
+                EditorOf(deck).OverwriteFile(&deck.File("A.INC"), text, true, false, keeps);
+                EXPECT_EQ(deck.Dir().Read("A.INC"), (keeps ? own : other) + "GAS\n");
+                EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GAS");
+                EXPECT_EQ(deck.File("A.INC").IsFileTagged(), !(keeps ? own : other).empty());
+            }
+        }
+    }
+}
+
+/// Where keywords stood, when they had come to stand elsewhere and the commit has failed.
+TEST_F(ReplacementTest, ADiscardGivesBackWhereKeywordsStood)
+{
+    const auto extents = [&] {
+        return TestDeck::Extents(m_deck.TopFile()) + "|" + TestDeck::Extents(m_deck.File("A.INC")) + "|" +
+               *m_deck.Keywords().GetDataText(*m_deck.At("TABDIMS", 1)) + "|" +
+               *m_deck.Keywords().GetDataText(*m_deck.At("TABDIMS", 2));
+    };
+    const std::string before = extents();
+    for (const bool fails : {false, true}) {
+        EXPECT_TRUE(Editor().MoveKeyword(m_deck.At("TABDIMS", 1), m_deck.At("TABDIMS", 2)));
+        EXPECT_TRUE(Editor().Suppress(m_deck.At("TABDIMS", 1)));
+        EXPECT_TRUE(Editor().CommentOut(m_deck.At("TABDIMS", 2)));
+        if (fails) {
+            FailingFileSystem disk;
+            disk.FailAt(2, {Call::Sync}, EIO);
+            EXPECT_NE(Failure([&] { Editor().Commit(); }), "");
+        }
+        Editor().Discard();
+        EXPECT_EQ(extents(), before);
+        EXPECT_FALSE(m_deck.TopFile().IsModified() || m_deck.File("A.INC").IsModified());
+    }
+    EXPECT_TRUE(Editor().SetDataText(m_deck.At("TABDIMS", 3), " 9 /"));
+    Editor().Commit();
+    EXPECT_EQ(Read("TOP.DATA"), m_top);
+    EXPECT_EQ(Read("A.INC") + Read("B.INC"), "-- a\nTABDIMS\n1 /\n-- b\nTABDIMS\n 9 /\n");
+}
+
 TEST_F(ReplacementTest, WhatCannotBeOverwrittenIsNamed)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'no/NEW.INC' /\nINCLUDE\n'A.INC' /\n"},
