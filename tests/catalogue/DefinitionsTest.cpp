@@ -1,5 +1,7 @@
 // Definitions that other code counts on: which keywords there are, and the places and kinds of their items.
 #include <algorithm>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -329,6 +331,31 @@ TEST(CatalogueDefinitions, FewAreUnsureAndThoseTakeWords)
         }
     }
     EXPECT_LE(unsure, 60);
+}
+
+/// A dimension that nobody knows would be shown in the place of a unit.
+TEST(CatalogueDefinitions, UnitsAreMadeOfTheDimensionsThatAreTold)
+{
+    std::ifstream file(DECK_SOURCE_DIR "/docs/catalogue.md");
+    std::stringstream text;
+    text << file.rdbuf();
+    std::string told = text.str();
+    told = told.substr(told.find("## Dimensions"));
+    told.resize(told.find("A test holds"));
+    int found = 0;
+    for (const IKeywordSyntax* syntax : KeywordSyntaxTable::Instance(false, true)->GetSyntaxes()) {
+        for (ConstMetaDataIterator it(syntax->GetMetaData()); !it.AtEnd(); it.Next()) {
+            if (it.Get()->GetType() != MDType::Real) continue;
+            std::string_view unit = static_cast<const IKeywordItemMD*>(it.Get())->GetUnitDimension();
+            for (std::size_t end = 0; !unit.empty(); unit.remove_prefix(std::min(end + 1, unit.size()))) {
+                end = std::min(unit.find_first_of("*/"), unit.size());
+                ++found;
+                EXPECT_NE(told.find("`" + std::string(unit.substr(0, end)) + "`"), std::string::npos)
+                    << syntax->GetName() << ": " << unit;
+            }
+        }
+    }
+    EXPECT_GT(found, 500);
 }
 
 TEST(CatalogueDefinitions, FileNamesKeepTheirCase)
