@@ -290,6 +290,35 @@ TEST_F(ReplacementTest, ATextThatIsNotWholeReplacesNothing)
     EXPECT_EQ(Read("A.INC") + Read("B.INC"), "-- a\nTABDIMS\n 700 /\n-- b\nTABDIMS\n 700 /\n");
 }
 
+TEST_F(ReplacementTest, TwoFilesMayHaveOneTemporaryName)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A_B.C' /\nINCLUDE\n'A.B_C' /\n"},
+                                        {"A_B.C", "TABDIMS\n1 /\n"},
+                                        {"A.B_C", "TABDIMS\n2 /\n"}});
+    EXPECT_TRUE(EditorOf(deck).SetDataText(deck.At("TABDIMS", 1), " 7 /"));
+    EXPECT_TRUE(EditorOf(deck).SetDataText(deck.At("TABDIMS", 2), " 8 /"));
+    EditorOf(deck).CommitFile(&deck.File("A_B.C"));
+    EditorOf(deck).CommitFile(&deck.File("A.B_C"));
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Dir().Read("A_B.C") + deck.Dir().Read("A.B_C"), "TABDIMS\n 7 /\nTABDIMS\n 8 /\n");
+    EXPECT_EQ(deck.Dir().Listing(), "A.B_C A_B.C TOP.DATA");
+}
+
+TEST_F(ReplacementTest, ALinkThatLeadsNowhereIsFilled)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'link.inc' /\n"}, {"real/other.inc", "OIL\n"}});
+    Service::FileSystem& files = Service::FileSystem::Instance();
+    Service::FileSystem::ErrorCode error;
+    ASSERT_TRUE(files.MakeLink("real/none.inc", deck.Dir().Path("link.inc"), error));
+    deck.Walk(true);
+    const auto* tabdims = Environment::Instance().GetSyntaxTable()->FindSyntax("TABDIMS", true);
+    ASSERT_NE(EditorOf(deck).InsertKeywordText(*tabdims, deck.File("link.inc").End(), "TABDIMS\n1 /\n"), nullptr);
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA link.inc real/ real/none.inc real/other.inc");
+    EXPECT_EQ(deck.Dir().Read("real/none.inc"), "TABDIMS\n1 /\n");
+    EXPECT_EQ(files.Status(deck.Dir().Path("link.inc"), false, error).kind, Service::FileStatus::Kind::Link);
+}
+
 TEST_F(ReplacementTest, FoldersThatWereMadeGoWithAFailure)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'new/deep/N.INC' /\nTABDIMS\n1 /\n"}});

@@ -326,6 +326,16 @@ TEST(FileName, OneFileIsOneFileWhateverLeadsToIt)
     // What doesn't exist is the same where its folder is.
     EXPECT_TRUE(temp.File("dir/new/n.inc") == temp.File("alias/new/n.inc"));
     EXPECT_FALSE(temp.File("dir/new.inc") == temp.File("alias/other.inc"));
+    // And a link that leads there is that file.
+    fs::create_symlink("dir/new.inc", temp.Path("ahead.inc"));
+    fs::create_symlink(temp.Path("ahead.inc"), temp.Path("dir/further.inc"));
+    EXPECT_TRUE(temp.File("alias/further.inc") == temp.File("dir/new.inc"));
+    EXPECT_EQ(temp.File("alias/further.inc").CanonicalName(), temp.Path("dir/new.inc"));
+    fs::create_directory_symlink("none", temp.Path("nowhere"));
+    EXPECT_TRUE(temp.File("nowhere/x.inc") == temp.File("none/x.inc"));
+    fs::create_symlink("ring2", temp.Path("ring1"));
+    fs::create_symlink("ring1", temp.Path("ring2"));
+    EXPECT_EQ(temp.File("ring1/x").CanonicalName(), temp.Path("ring1/x"));
     EXPECT_TRUE(Directory(temp.Path("dir")) == Directory(temp.Path("alias")));
     EXPECT_TRUE(Directory(temp.Path("dir")) != temp.Dir());
     EXPECT_TRUE(Directory() == Directory());

@@ -109,21 +109,35 @@ std::vector<std::string_view> SplitParts(std::string_view name)
     return parts;
 }
 
-/// A complete name with its links resolved as far as it exists.
+/// The place that a link leads to, whether or not something stands there; empty for what is no link.
+std::string TargetOf(const std::string& completeName)
+{
+    boost::system::error_code error;
+    const std::string target = boost::filesystem::read_symlink(completeName, error).string();
+    if (error || target.empty() || target.front() == '/') return target;
+    return completeName.substr(0, completeName.rfind('/') + 1) + target;
+}
+
+/// A complete name with its links resolved, those that lead to nothing too.
 std::string Canonical(const std::string& completeName)
 {
     if (HasDrive(completeName)) return completeName;
+    constexpr int mostLinks = 40;
     std::string existing = completeName;
     std::string rest;
-    for (;;) {
+    for (int links = 0;;) {
         const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(existing.c_str(), nullptr), &std::free);
         if (resolved) {
             const std::string head = resolved.get();
             if (rest.empty()) return head;
             return head == "/" ? rest : head + rest;
         }
+        if (std::string target = TargetOf(existing); !target.empty() && ++links <= mostLinks) {
+            existing = std::move(target);
+            continue;
+        }
         const std::size_t slash = existing.rfind('/');
-        if (slash == std::string::npos || existing.size() == 1) return completeName;
+        if (slash == std::string::npos || existing.size() == 1 || links > mostLinks) return completeName;
         rest.insert(0, existing, slash, std::string::npos);
         existing.erase(slash == 0 ? 1 : slash);
     }

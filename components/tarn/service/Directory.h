@@ -93,8 +93,8 @@ public:
     /// Files whose leaf matches the pattern.
     std::vector<std::string> FindFilesByPattern(std::string_view pattern) const;
 
-    /// The name with all links resolved, as far as it exists; what doesn't exist is kept behind that. Two names are
-    /// one directory exactly when these are equal.
+    /// The name with all links resolved, those that lead to nothing too; what doesn't exist is kept behind that. Two
+    /// names are one directory exactly when these are equal.
     std::string CanonicalName() const;
 
     /// The same directory: equal names, or names that lead to the same place.

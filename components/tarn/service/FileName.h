@@ -59,8 +59,8 @@ public:
     /// Undefined when there is no such file.
     Time TimeLastModified() const;
 
-    /// The name with all links resolved, as far as it exists; what doesn't exist is kept behind that. Two names are
-    /// one file exactly when these are equal, so it serves as a key.
+    /// The name with all links resolved, those that lead to nothing too; what doesn't exist is kept behind that. Two
+    /// names are one file exactly when these are equal, so it serves as a key.
     std::string CanonicalName() const;
 
     /// Renames from to to, also across file systems (by a copy, which is removed again if it can't be completed).
