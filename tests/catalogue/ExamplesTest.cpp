@@ -183,26 +183,50 @@ TEST(CatalogueExamples, TablesOfTwoRegionsAreToldApart)
     }
 }
 
-/// The decks that users are shown first: each keyword is known, in its place, and its data fit its definition.
-TEST(CatalogueExamples, ExampleDecksAreReadWithoutAMessage)
+/// The decks that users are shown first, and those in the styles of many people: each keyword is known, in its place,
+/// its data fit its definition, and what is written of them says the same.
+TEST(CatalogueExamples, DecksAreReadWrittenAndReadAgainWithoutAMessage)
 {
-    for (const char* name : {"single/SKERROW.DATA", "field/FIELD.DATA"}) {
+    const struct
+    {
+        const char* name;
+        bool isQuiet; ///< no words behind END, and no quantities of the user's in the place of numbers
+    } decks[] = {
+        {"examples/decks/single/SKERROW.DATA", true},
+        {"examples/decks/field/FIELD.DATA", true},
+        {"tests/deckman/decks/HORIZONTAL.DATA", true},
+        {"tests/deckman/decks/torne/TORNE_E7.DATA", true},
+        {"tests/deckman/decks/condensate/CONDENSATE.DATA", true},
+        {"tests/deckman/decks/LOMVI.DATA", false},
+        {"tests/deckman/decks/ACTIONS.DATA", false},
+        {"tests/deckman/decks/lower/lower.data", false},
+    };
+    for (const auto& [name, isQuiet] : decks) {
         SCOPED_TRACE(name);
         const TestSupport::CleanEnvironment clean;
         DeckManager::Environment::Instance().SetPATHSSupport(true);
         TestSupport::LogRecorder log;
         const auto manager = DeckManager::DeckManagerFactory::Create();
         DeckManager::IDeck* deck =
-            manager->ImportDeck("Example", std::string(DECK_SOURCE_DIR "/examples/decks/") + name, false, false, false);
+            manager->ImportDeck("Example", std::string(DECK_SOURCE_DIR "/") + name, false, false, false);
         ASSERT_NE(deck, nullptr);
+        const DeckManager::Context context(deck->GetDeckKeywords());
         int count = 0;
         DeckManager::KeywordIterator position = deck->GetDeckKeywords()->Begin();
         for (; *position != nullptr; ++position, ++count) {
-            if (position->GetSyntax()->GetMetaData()) {
-                EXPECT_NE(deck->GetDeckKeywords()->GetKeywordData(*position), nullptr) << position->GetName();
+            if (const Keywords::IKeywordSyntax* syntax = position->GetSyntax(); syntax->GetMetaData()) {
+                const Keywords::IKeywordData* data = deck->GetDeckKeywords()->GetKeywordData(*position);
+                ASSERT_NE(data, nullptr) << position->GetName();
+                const std::string written = Written(*data);
+                const auto again = Keywords::KeywordDataFactory::Instance().ConstructSafely(syntax);
+                DeckManager::LineStringReader reader(written);
+                DeckManager::KeywordDataDeserializer::Deserialize(
+                    **position, *again, reader, 0, static_cast<long long>(written.size()), context, false, nullptr);
+                EXPECT_EQ(Written(*again), written) << position->GetName() << " on line " << position->GetLine();
             }
             for (const auto& message : log.Messages()) {
-                if (!message.probe) ADD_FAILURE() << position->GetName() << ": " << message.text;
+                if (!message.probe && isQuiet)
+                    ADD_FAILURE() << position->GetName() << " on line " << position->GetLine() << ": " << message.text;
             }
             log.Clear();
         }
