@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -14,8 +15,10 @@
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
+#include "tests/support/FailingFileSystem.h"
 #include "tests/support/TestDeck.h"
 #include <deckmanager/Context.h>
+#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
@@ -223,14 +226,18 @@ public:
         }
     }
 
-    void Commit()
+    void Commit(bool mayFail)
     {
         m_edits.push_back("commit");
+        if (mayFail) FailToCommit();
         Editor().Commit();
         const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create();
         IDeck* fresh = manager->ImportDeck("Fresh", m_deck->Dir().Path("TOP.DATA"), false, true, false);
         ASSERT_EQ(Describe(m_deck->Deck()), Describe(*fresh));
-        ASSERT_EQ(m_deck->Dir().Listing(), "F1.INC F2.INC F3.INC TOP.DATA");
+        // What could not be removed when it failed is left.
+        if (!mayFail) {
+            ASSERT_EQ(m_deck->Dir().Listing(), "F1.INC F2.INC F3.INC TOP.DATA");
+        }
         const std::string all = Files();
         for (const std::string& comment : m_comments) {
             if (!m_mayLoseComments && all.find(comment) == std::string::npos)
@@ -242,6 +249,38 @@ public:
             ASSERT_NE(all.find(text), std::string::npos) << text;
         }
         NoteDisk();
+    }
+
+    /// A commit of which an operation fails, or all from one on; and, by chance, further edits.
+    void FailToCommit()
+    {
+        {
+            using TestSupport::FailingFileSystem;
+            using Call = FailingFileSystem::Call;
+            // Not what is read: that the files are read anew behind the commit is another matter.
+            std::set<Call> operations = FailingFileSystem::Changes();
+            operations.erase(Call::Open);
+            operations.insert(Call::Close);
+            FailingFileSystem disk;
+            disk.FailAt(static_cast<int>(1 + Below(80)), operations, ENOSPC, Below(2) == 0);
+            bool fails = false;
+            try {
+                Editor().Commit();
+            } catch (const DeckManagerException&) {
+                fails = true;
+            }
+            disk.Pass();
+            if (fails) m_edits.push_back("commit fails");
+            // Where some files have got their texts, what is left to be lost isn't known any more.
+            if (!fails) {
+                NoteDisk();
+            } else if (Files() != m_files) {
+                m_mayLoseComments = true;
+                m_untouched.clear();
+            }
+        }
+        for (std::size_t edits = Below(3); edits > 0; --edits)
+            EditSomething(true);
     }
 
     void Discard()
@@ -310,6 +349,8 @@ private:
     void Touch(const Keyword& keyword, bool isReplaced)
     {
         const auto found = m_own.find(&keyword);
+        // Of a file that has come into the deck since, not all is known.
+        if (found == m_own.end()) m_mayLoseComments |= isReplaced && keyword.HasValidExtent();
         if (found == m_own.end()) return;
         for (auto comment = m_comments.begin(); comment != m_comments.end() && isReplaced;) {
             if (found->second.find(*comment) != std::string::npos)
@@ -438,7 +479,7 @@ KeywordFile* ChanceDeck::IteratorFile(const KeywordFileIterator& place)
     return IteratorAccess::File(place);
 }
 
-void EditAndCommit(unsigned firstSeed, unsigned lastSeed)
+void EditAndCommit(unsigned firstSeed, unsigned lastSeed, bool mayFail = false)
 {
     Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::S100);
     for (unsigned seed = firstSeed; seed <= lastSeed && !testing::Test::HasFailure(); ++seed) {
@@ -448,7 +489,7 @@ void EditAndCommit(unsigned firstSeed, unsigned lastSeed)
             const bool commits = seed % 3 != 0 || round != 1;
             for (unsigned edits = (seed + static_cast<unsigned>(round)) % 9; edits > 0; --edits)
                 deck.EditSomething(commits);
-            commits ? deck.Commit() : deck.Discard();
+            commits ? deck.Commit(mayFail) : deck.Discard();
         }
         if (!testing::Test::HasFailure()) continue;
         std::string edits;
@@ -465,7 +506,14 @@ TEST(CommitPropertyTest, TheDiskIsWhatTheDeckWas)
     EditAndCommit(1, 120);
 }
 
-TEST(CommitPropertyTest, SoItIsWhereLineEndsAreChanged)
+TEST(CommitPropertyTest, SoItIsWhereACommitHasFailed)
+{
+    const TestSupport::CleanEnvironment environment;
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    EditAndCommit(2001, 2120, true);
+}
+
+TEST(CommitPropertyTest, SoItIsWhereLineWhereLineEndsAreChanged)
 {
     const TestSupport::CleanEnvironment environment;
     EditAndCommit(1001, 1060);
