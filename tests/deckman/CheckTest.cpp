@@ -399,6 +399,36 @@ TEST(Check, TellsWhatIsCappedInTheLastKeywordToo)
                 HasSubstr(" PORO warning: 2 more messages of this kind in keyword PORO: Line exceeds"));
 }
 
+TEST(Check, AThousandFaultsOfAKeywordCostNoMoreThanAThousandTimesOne)
+{
+    const auto rows = [](int count, const std::string& head, const std::string& tail) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += head + std::to_string(i) + tail + "\n";
+        return text + "/\n";
+    };
+    struct Case
+    {
+        std::string schedule;
+        std::string sum;
+    };
+    // Where each fault has the search begin anew, each takes more than the seconds that there are.
+    const Case cases[] = {
+        {"WELSPECS\n" + rows(150000, " P", " 1* 1 1 1* OIL /"), "no errors, 150000 warnings."},
+        {"WCONPROD\n" + rows(80000, " P", " OPEN xx"), "2 errors, no warnings."},
+        {"DATES\n" + rows(20000, " 30 FEB 2", " /"), "20000 errors, no warnings."},
+        {"WCONPROD\n" + rows(60000, " P OPEN ORAT WUY", " /") + "UDQ\n" + rows(1000, " DEFINE WUX", " 1 /"),
+         "60000 errors, no warnings."},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.schedule.substr(0, 60));
+        const TempDir folder;
+        folder.Write("TOP.DATA", "RUNSPEC\nSTART\n 1 JAN 2000 /\nSCHEDULE\n" + test.schedule);
+        const Outcome outcome = Shell("ulimit -t 10; deckman check TOP.DATA | tail -n 1", In(folder));
+        EXPECT_THAT(outcome.out, HasSubstr(test.sum)) << outcome.err;
+    }
+}
+
 TEST(Check, StatusTellsErrorsFromWarningsAndFileTrouble)
 {
     const std::string warning = "RUNSPEC\nINCLUDE\n'none.inc' /\n";

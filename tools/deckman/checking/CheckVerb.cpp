@@ -73,6 +73,9 @@ bool IsAction(const Keywords::IKeywordSyntax& syntax)
     return end != nullptr && end->GetName() == "ENDACTIO";
 }
 
+/// The nearest names are looked for so often and no more: among many words that takes a while.
+constexpr int mostHints = 1000;
+
 /// One check of one deck.
 class Check
 {
@@ -115,6 +118,7 @@ private:
     std::string_view m_mutedFile; ///< that of the keyword that is read
     int m_mutedFrom = 0;          ///< from this line on its messages are of another's data; 0: nowhere
     int m_toldOfKeyword = 0;      ///< messages of its reading
+    int m_quantityHints = 0;      ///< how many messages have named the nearest quantities
     int m_hintedRow = 0;          ///< the first line of the row of which the last hint was
 };
 
@@ -163,7 +167,6 @@ void Check::LoadFiles()
     // Binds the sizes of the deck to its own keywords once, and not for each keyword anew.
     m_session.Keywords().GetFiles();
 
-    constexpr std::size_t mostHints = 1000;
     std::unordered_map<std::string, std::string> hints;
     for (const Told& message : told) {
         if (!message.file.empty() && m_lines->IsHidden(message.file, message.line)) continue;
@@ -174,7 +177,8 @@ void Check::LoadFiles()
         // A table of numbers in the wrong place may be thousands of words, of which each comes often.
         if (text.ends_with(" is not recognized.")) {
             const auto [hint, isNew] = hints.try_emplace(std::string(Messages::WordOf(text)));
-            if (isNew && hints.size() < mostHints) hint->second = NearestKeywordHint(hint->first);
+            if (isNew && hints.size() < static_cast<std::size_t>(mostHints))
+                hint->second = NearestKeywordHint(hint->first);
             text += hint->second;
         }
         m_report.Add({message.file, message.line, keyword, message.severity, text});
@@ -331,8 +335,11 @@ bool Check::AddHints(const Messages::Message& message, std::string& text)
     }
     if (const std::string word = Service::Uppercased(Messages::WordForNumber(message.text));
         Messages::IsQuantityName(word)) {
-        const std::vector<std::string_view> known(m_quantities.begin(), m_quantities.end());
-        text += fmt::format(" No UDQ defines {}.{}", word, NearestHint(word, known));
+        text += fmt::format(" No UDQ defines {}.", word);
+        if (m_quantityHints++ < mostHints) {
+            const std::vector<std::string_view> known(m_quantities.begin(), m_quantities.end());
+            text += NearestHint(word, known);
+        }
     }
     return true;
 }

@@ -35,6 +35,7 @@ long long TakeCount(std::string_view& text)
 bool KeywordSource::Read(const DeckManager::IKeyword& keyword)
 {
     m_tokens.clear();
+    m_rowEnds.clear();
     m_isCut = false;
     m_hasCommas = false;
     const long long size = keyword.GetSize();
@@ -69,6 +70,12 @@ const std::vector<KeywordSource::Token>& KeywordSource::Tokens()
     return m_tokens;
 }
 
+const std::vector<std::size_t>& KeywordSource::RowEnds()
+{
+    Tokens();
+    return m_rowEnds;
+}
+
 void KeywordSource::CutLine(std::string_view line, int number)
 {
     const std::size_t first = m_tokens.size();
@@ -88,6 +95,7 @@ void KeywordSource::CutLine(std::string_view line, int number)
         if (line[at] == '/') {
             token.isSlash = true;
             token.text = line.substr(at, 1);
+            m_rowEnds.push_back(m_tokens.size());
             m_tokens.push_back(token);
             break;
         }

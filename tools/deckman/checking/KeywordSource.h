@@ -35,6 +35,8 @@ public:
     /// The words behind the keyword's line, as a simulator would cut them; comments and what stands behind a "/" left
     /// out. Good until the next `Read`.
     const std::vector<Token>& Tokens();
+    /// The places among these of each "/": where the rows end.
+    const std::vector<std::size_t>& RowEnds();
     /// A comma stands among the words: it may stand for a default.
     bool HasCommas() const { return m_hasCommas; }
 
@@ -48,6 +50,7 @@ private:
     bool m_isCut = false;
     bool m_hasCommas = false;
     std::vector<Token> m_tokens;
+    std::vector<std::size_t> m_rowEnds;
 };
 
 } // namespace Deckman

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <limits>
 #include <span>
 #include <utility>
@@ -493,31 +494,33 @@ std::optional<TextCheck::Row> TextCheck::RowAhead(int line)
     if (m_keyword == nullptr) return std::nullopt;
     const IKeywordMD& shape = *m_keyword->GetSyntax()->GetMetaData();
     if (shape.GetType() != MDType::List || RowOf(shape) == nullptr) return std::nullopt;
-    Row row{0, 0};
-    for (const Token& token : m_source.Tokens()) {
-        if (token.line >= line) break;
-        if (token.isSlash)
-            row = {0, 0};
-        else
-            row = {row.first > 0 ? row.first : token.line, token.line};
-    }
-    return row.first > 0 ? std::optional(row) : std::nullopt;
+    const std::vector<Token>& tokens = m_source.Tokens();
+    const auto end = std::lower_bound(tokens.begin(), tokens.end(), line,
+                                      [](const Token& token, int value) { return token.line < value; });
+    const auto behind = static_cast<std::size_t>(end - tokens.begin());
+    const std::vector<std::size_t>& ends = m_source.RowEnds();
+    const auto next = std::lower_bound(ends.begin(), ends.end(), behind);
+    const std::size_t begin = next == ends.begin() ? 0 : *std::prev(next) + 1;
+    return begin < behind ? std::optional(Row{tokens[begin].line, tokens[behind - 1].line}) : std::nullopt;
 }
 
 int TextCheck::LineOfRecord(const DeckManager::IKeyword& keyword, int record)
 {
-    m_keyword = nullptr;
-    if (record < 0 || !m_source.Read(keyword)) return keyword.GetLine();
-    m_keyword = &keyword;
+    if (record < 0) return keyword.GetLine();
+    // A keyword may have many faults.
+    if (m_keyword != &keyword) {
+        m_keyword = nullptr;
+        if (!m_source.Read(keyword)) return keyword.GetLine();
+        m_keyword = &keyword;
+    }
     return LineOfRow(record);
 }
 
 int TextCheck::LineOfRow(int row)
 {
-    for (const Token& token : m_source.Tokens()) {
-        if (token.isSlash && row-- == 0) return token.line;
-    }
-    return m_keyword->GetLine();
+    const std::vector<std::size_t>& ends = m_source.RowEnds();
+    const auto place = static_cast<std::size_t>(row);
+    return place < ends.size() ? m_source.Tokens()[ends[place]].line : m_keyword->GetLine();
 }
 
 /// What an item of RUNSPEC comes to that its keyword leaves out.
