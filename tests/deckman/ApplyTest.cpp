@@ -2,6 +2,7 @@
 #include "tests/support/TempDir.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <random>
 #include <sstream>
 
@@ -101,6 +102,16 @@ TEST_F(Apply, PlacesAreThoseOfTheDeckAsItWas)
         EXPECT_EQ(Shell("patch -s -f -p0 --no-backup-if-mismatch < diff", run).out, "");
         EXPECT_EQ(Deck(), test.deck) << look.out;
     }
+}
+
+TEST_F(Apply, NamesMayLookLikeOptions)
+{
+    std::filesystem::rename(folder.Path("x.DATA"), folder.Path("-x a.DATA"));
+    folder.Write("-the script", "above DIMENS '-- its cells'\nrm a.inc:1\n");
+    const Outcome outcome = Deckman({"apply", "-x a.DATA", "-the script"}, run);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(folder.Read("-x a.DATA"), Replaced(top, "-- above DIMENS", "-- its cells"));
+    EXPECT_THAT(Deckman({"rm", "-x a.DATA", "-no place"}, run).err, HasSubstr("'-no place' is no place in a deck."));
 }
 
 TEST_F(Apply, OneWrongLineStopsAll)

@@ -135,8 +135,13 @@ TEST_F(Rename, RefusesAndRenamesNothing)
         EXPECT_EQ(folder.Read("x.DATA~"), "older");
     }
     std::filesystem::permissions(folder.Path("x.DATA"), perms::all);
-    EXPECT_EQ(Run({"b.inc=free.inc", "--replace"}).status, 0);
+    EXPECT_EQ(Run({"b.inc=free.inc", "--replace", "--backup"}).status, 0);
     EXPECT_EQ(folder.Read("free.inc"), "INCLUDE\n 'other/a.inc' /\n");
+    // What goes is kept too, and what isn't replaced leaves no copy.
+    EXPECT_EQ(folder.Read("free.inc~"), "mine");
+    EXPECT_EQ(folder.Read("x.DATA~"), top);
+    EXPECT_EQ(folder.Listing(),
+              "free.inc free.inc~ grid/ grid/G.EGRID other/ other/a.inc sub/ sub/a.inc x.DATA x.DATA~");
 }
 
 } // namespace DeckmanTests

@@ -162,7 +162,7 @@ std::vector<Value> ValuesOf(std::string_view text)
         int count = 1;
         std::string_view value = word;
         if (star != std::string::npos && star > 0 && Service::AllDigits(std::string_view(word).substr(0, star))) {
-            std::from_chars(word.data(), word.data() + star, count);
+            if (std::from_chars(word.data(), word.data() + star, count).ec != std::errc()) count = mostRepeats + 1;
             value.remove_prefix(star + 1);
             if (value.empty()) value = "1*";
         }

@@ -58,8 +58,9 @@ EditRun::EditRun(DeckSession& session, const Options& options) : m_session(sessi
     }
 }
 
-EditRun::EditRun(DeckSession& session, const Options& options, std::vector<DeckManager::IKeywordFile*> changed)
-    : m_session(session), m_options(options), m_changed(std::move(changed))
+EditRun::EditRun(DeckSession& session, const Options& options, const std::vector<DeckManager::IKeywordFile*>& changed,
+                 std::vector<Service::FileName> replaced)
+    : m_session(session), m_options(options), m_changed(changed), m_replaced(std::move(replaced))
 {
 }
 
@@ -123,28 +124,35 @@ void EditRun::Settle(const std::vector<Backup>& backups, bool isDone) const
     for (const Backup& backup : backups) {
         const std::string& copy = backup.copy.GetFullName();
         // What has been refused, or taken back, stands as it was.
-        if (!isDone && IsSame(backup.file->GetFileName(), backup.copy))
+        if (!isDone && IsSame(backup.file, backup.copy))
             files.Unlink(copy, error);
         else if (!files.Rename(copy, backup.name.GetFullName(), error))
-            m_session.Log().Warning(m_session.PlaceOf(*backup.file), "The old file is kept as " + copy + ".");
+            m_session.Log().Warning(m_session.Log().Shown(backup.file.GetFullName()),
+                                    "The old file is kept as " + copy + ".");
     }
 }
 
 void EditRun::MakeBackups(std::vector<Backup>& backups) const
 {
     for (const DeckManager::IKeywordFile* file : m_changed) {
-        const Service::FileName& name = file->GetFileName();
-        if (!name.FileExists()) continue;
-        const Service::FileName backup(name.GetFullName() + "~");
-        const Service::FileName copy =
-            Service::FileUtils::ConstructUniqueName(Service::FileName(backup.GetFullName() + ".tmp"));
-        const bool isBlocked = backup.FileExists() && !backup.IsFile();
-        if (isBlocked || !Service::FileUtils::Copy(name, copy, false)) {
-            throw Failure(FileFailure, "The file could not be copied for --backup; nothing is changed.",
-                          m_session.PlaceOf(*file));
-        }
-        backups.push_back({file, copy, backup});
+        if (file->GetFileName().FileExists()) MakeBackup(file->GetFileName(), backups);
     }
+    for (const Service::FileName& file : m_replaced) {
+        if (file.IsFile()) MakeBackup(file, backups);
+    }
+}
+
+void EditRun::MakeBackup(const Service::FileName& file, std::vector<Backup>& backups) const
+{
+    const Service::FileName backup(file.GetFullName() + "~");
+    const Service::FileName copy =
+        Service::FileUtils::ConstructUniqueName(Service::FileName(backup.GetFullName() + ".tmp"));
+    const bool isBlocked = backup.FileExists() && !backup.IsFile();
+    if (isBlocked || !Service::FileUtils::Copy(file, copy, false)) {
+        throw Failure(FileFailure, "The file could not be copied for --backup; nothing is changed.",
+                      m_session.Log().Shown(file.GetFullName()));
+    }
+    backups.push_back({file, copy, backup});
 }
 
 void EditRun::RequireWritable() const

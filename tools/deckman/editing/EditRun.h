@@ -25,15 +25,16 @@ class EditRun
 {
 public:
     EditRun(DeckSession& session, const Options& options);
-    /// For a step that changes those files, and commits by itself.
+    /// For a step that changes those files, puts others in the place of `replaced`, and commits by itself.
     EditRun(DeckSession& session, const Options& options,
-            std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*> changed);
+            const std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*>& changed,
+            std::vector<Tarn::Fjel::Core::Service::FileName> replaced);
 
     /// Nothing has changed.
     bool IsEmpty() const { return m_changed.empty(); }
 
-    /// Commits; with --backup each changed file is copied to `FILE~` before. With --dry-run makes the new texts
-    /// instead. Throws `Failure` when that can't be done: the files are then as they were.
+    /// Commits; with --backup each file that changes or goes is copied to `FILE~` before. With --dry-run makes the new
+    /// texts instead. Throws `Failure` when that can't be done: the files are then as they were.
     void Finish();
 
     /// The same with that step in the place of the commit, and without --dry-run.
@@ -57,7 +58,7 @@ private:
 
     struct Backup
     {
-        const Tarn::Fjel::Core::DeckManager::IKeywordFile* file;
+        Tarn::Fjel::Core::Service::FileName file;
         Tarn::Fjel::Core::Service::FileName copy; ///< of the old text, until the new one is in its place
         Tarn::Fjel::Core::Service::FileName name;
     };
@@ -66,11 +67,13 @@ private:
     const std::string& Place() const;
     void Commit(const std::function<void()>& commit);
     void MakeBackups(std::vector<Backup>& backups) const;
+    void MakeBackup(const Tarn::Fjel::Core::Service::FileName& file, std::vector<Backup>& backups) const;
     void Settle(const std::vector<Backup>& backups, bool isDone) const;
 
     DeckSession& m_session;
     const Options& m_options;
     std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*> m_changed;
+    std::vector<Tarn::Fjel::Core::Service::FileName> m_replaced;
     std::vector<NewText> m_texts; ///< of a --dry-run
     std::unordered_map<const Tarn::Fjel::Core::DeckManager::IKeyword*, int> m_lines;
 };

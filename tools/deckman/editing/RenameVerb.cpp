@@ -59,7 +59,7 @@ public:
             RequireWritable();
             return;
         }
-        EditRun(m_session, m_options, ChangedFiles()).Finish([this] {
+        EditRun(m_session, m_options, ChangedFiles(), ReplacedFiles()).Finish([this] {
             m_session.Editor().ApplyFileRenames(m_names, false);
         });
         if (m_options.json) Print();
@@ -132,14 +132,26 @@ private:
         }
     }
 
-    void RequireFree() const
+    /// What stands under the new names, and is none of the files that get another.
+    std::vector<Service::FileName> ReplacedFiles() const
     {
+        std::vector<Service::FileName> files;
         const auto isRenamed = [this](const Service::FileName& name) {
             return std::any_of(m_plan.moves.begin(), m_plan.moves.end(),
                                [&](const FileRenamePlan::Move& move) { return move.from == name; });
         };
         for (const FileRenamePlan::Move& move : m_plan.moves) {
-            if (m_options.replace || !move.to.FileExists() || isRenamed(move.to)) continue;
+            if (move.to.FileExists() && !isRenamed(move.to)) files.push_back(move.to);
+        }
+        return files;
+    }
+
+    void RequireFree() const
+    {
+        if (m_options.replace) return;
+        const std::vector<Service::FileName> replaced = ReplacedFiles();
+        for (const FileRenamePlan::Move& move : m_plan.moves) {
+            if (std::find(replaced.begin(), replaced.end(), move.to) == replaced.end()) continue;
             throw Failure(NotThere, fmt::format("The file {} exists; --replace deletes it.", m_session.Shown(move.to)),
                           m_session.Log().Shown(move.from.GetFullName()));
         }
@@ -191,7 +203,7 @@ private:
 
     void RequireWritable() const
     {
-        EditRun(m_session, m_options, ChangedFiles()).RequireWritable();
+        EditRun(m_session, m_options, ChangedFiles(), {}).RequireWritable();
         for (const FileRenamePlan::Move& move : m_plan.moves) {
             if (::access(move.from.GetDirectory().Name().c_str(), W_OK | X_OK) != 0)
                 throw Failure(FileFailure, "Nothing could be renamed: no permission to write in the file's folder.",

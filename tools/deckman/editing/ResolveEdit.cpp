@@ -125,9 +125,13 @@ private:
         const bool bearsQuotes = value.size() > 1 && value.front() == '\'' && value.find('\'', 1) == value.size() - 1;
         const bool isOne = isQuoted
                                ? value.find('\'') == std::string::npos
-                               : bearsQuotes || (value.find_first_of(" \t/'") == std::string::npos &&
+                               : bearsQuotes || (value.find_first_of(" \t,/'") == std::string::npos &&
                                                  value.find(VeldaneDeckInfo::COMMENT_MARKER) == std::string::npos &&
                                                  (value.find('*') == std::string::npos || value == "1*"));
+        if (value.find_first_of("\r\n") != std::string::npos) {
+            m_trouble = "A value may not go on in a further line.";
+            return;
+        }
         if (isOne) return;
         m_trouble = isQuoted ? fmt::format("The value {} holds a quote, and stands in quotes.", value)
                              : fmt::format("The value {} is not one value; it may need quotes: '{}'.", value, value);

@@ -337,8 +337,17 @@ void Unmark(std::string& word)
 
 void UnmarkTexts(Options& options)
 {
-    for (std::string* word : {&options.text, &options.value, &options.where, &options.target, &options.regex})
+    for (std::string* word :
+         {&options.text, &options.value, &options.where, &options.target, &options.regex, &options.deck,
+          &options.newDeck, &options.file, &options.output, &options.directory, &options.suffix, &options.from,
+          &options.to, &options.projectDir, &options.deckName, &options.newProjectDir, &options.project})
         Unmark(*word);
+    for (std::vector<std::string>* words : {&options.wheres, &options.excluded})
+        std::for_each(words->begin(), words->end(), Unmark);
+    for (auto* pairs : {&options.variables, &options.renames, &options.fileMap}) {
+        for (auto& pair : *pairs)
+            Unmark(pair.first);
+    }
 }
 
 void AddCommonOptions(CLI::App& app, Options& options)
