@@ -223,7 +223,10 @@ KeywordIterator DeckMerger::FindTwin(const KeywordIterator& position, const Keyw
     // What stands behind the end of a deck is no twin of what stands ahead of it.
     const bool isBehindEnd = IsAhead(m_source.GetDeckKeywords()->End(), position);
     if (isBehindEnd != m_search->IsAheadInTarget(m_target.GetDeckKeywords()->End(), found)) return range.end;
-    if (position->GetSyntax()->GetSection() == SectionType::SCHEDULE) {
+    // Some keywords of the schedule may stand in other sections too.
+    if (position->GetSyntax()->GetSection() == SectionType::SCHEDULE ||
+        m_source.GetDeckKeywords()->SectionOf(position) == SectionType::SCHEDULE)
+    {
         const Service::Time ours = m_search->SourceTimeAhead(position);
         const Service::Time theirs = m_search->TargetTimeAhead(found);
         if (!IsSameMoment(ours, theirs) && (ours.IsDef() || theirs.IsDef())) return range.end;
