@@ -44,7 +44,6 @@ std::pair<std::size_t, std::size_t> FileReferencingKeyword::NameToken(std::strin
         const Service::Log::Probe probe;
         const std::string content(line);
         Tokenizer tokenizer;
-        tokenizer.SetTraced(true);
         tokenizer.SetText(&content);
         std::string_view token;
         bool quoted = false;

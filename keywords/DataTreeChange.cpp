@@ -104,11 +104,13 @@ private:
 
     bool IsSame(const Keywords::IKeywordRecordData& a, const Keywords::IKeywordRecordData& b, int depth) const
     {
+        const bool here = IsTarget(depth);
+        if (!here && !a.HasSameItems(b)) return false;
         for (int i = 0; i < a.GetItemCount(); ++i) {
-            if (IsChanged(depth, i)) continue;
+            if (here && i == m_change.index) continue;
             const Keywords::ConstSlot slot = a.GetItem(i);
             const bool same = slot.GetContainer() ? IsSame(a.GetContainer(i), b.GetContainer(i), DepthOf(depth, i))
-                                                  : IsSameSlot(slot, b.GetItem(i));
+                                                  : !here || IsSameSlot(slot, b.GetItem(i));
             if (!same) return false;
         }
         return true;

@@ -222,7 +222,7 @@ private:
     std::shared_ptr<ILineReader> ReaderToCopyFrom() const;
     [[noreturn]] void ThrowUnreadable() const;
     long long OwnEnd(const KeywordStretches& stretches, ILineReader& lines, const Context& context) const;
-    long long TakenSize(const Context& context) const;
+    long long TakenSize(ILineReader& file, const Context& context) const;
     void WriteMarked(ILineWriter& writer, const DataSource& source, const Context& context,
                      Keywords::SimulatorType simulator, long long* restBeginOut) const;
     void WriteBody(ILineWriter& writer, const DataSource& source, const KeywordStretches* stretches, ILineReader* lines,

@@ -181,8 +181,10 @@ KeywordDataDeserializer::DeserializeItem(Keywords::IKeywordRecordData& record, i
     const bool wholeLine = item.type == MDType::RestOfLine;
     if (!item.optional && !wholeLine && store.TakeSimpleToken(token, quoted)) {
         if (token == VeldaneDeckInfo::TERMINATION_TOKEN) return ItemStep::Terminator;
-        if (token != VeldaneDeckInfo::DEFAULT_TOKEN && SetPlainItem(token, item, record, index, state))
+        if (token != VeldaneDeckInfo::DEFAULT_TOKEN && SetPlainItem(token, item, record, index, state)) {
+            if (state.places) state.places->Note(record, index, 1, store);
             return ItemStep::Value;
+        }
     } else if (wholeLine) {
         if (store.IsAtEnd()) return ItemStep::Nothing;
         state.line = store.Line();

@@ -77,6 +77,7 @@ public:
             !m_chain->Inner().TakeSimple(token, quoted))
             return false;
         MarkLineTaken();
+        if (m_traced) TraceToken();
         return true;
     }
 
@@ -164,12 +165,7 @@ public:
     };
 
     /// Keeps the place of the last token from now on.
-    void Trace()
-    {
-        m_traced = true;
-        m_chain->Inner().SetTraced(true);
-    }
-    bool IsTraced() const { return m_traced; }
+    void Trace() { m_traced = true; }
 
     /// The token last taken; of numbers taken in one go all of them. REQUIRES: `Trace` was called.
     const TracedToken& LastToken() const { return m_lastToken; }

@@ -241,32 +241,45 @@ long long Keyword::OwnEnd(const KeywordStretches& stretches, ILineReader& lines,
         stretches.comment.begin == stretches.head || IsCommentChanged() ? stretches.comment.end : stretches.head;
     if (GetName() == "TITLE") return stretches.BehindLineAt(lines, stretches.head);
     if (m_syntax->GetMetaData() == nullptr) return commentEnd;
-    const long long taken = TakenSize(context);
+    const long long taken = TakenSize(lines, context);
     return taken > stretches.data - m_position ? std::min(m_position + taken, stretches.end) : commentEnd;
 }
 
 /// How far into the extent the reader of the data gets. It is asked for that alone: what it has to tell of the data
 /// was told, or will be, when someone reads them.
-long long Keyword::TakenSize(const Context& context) const
+long long Keyword::TakenSize(ILineReader& file, const Context& context) const
 {
     State& state = GetState();
     if (state.takenSize != State::Unknown) return state.takenSize;
     const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
-    const std::unique_ptr<ILineReader> lines = m_reader->OpenLineReader(true);
-    if (!lines) ThrowUnreadable();
+    // Not from `file` itself: what the size of the data depends on may be read through it meanwhile.
+    constexpr long long mostHeld = 64 * 1024;
+    std::unique_ptr<ILineReader> lines;
+    long long begin = m_position;
+    if (m_size <= mostHeld) {
+        std::string extent(static_cast<std::size_t>(m_size), '\0');
+        const long long read = file.Seek(m_position, 0) ? file.ReadRaw(extent.data(), m_size) : 0;
+        extent.resize(static_cast<std::size_t>(std::max(read, 0LL)));
+        lines = std::make_unique<LineStringReader>(std::move(extent));
+        begin = 0;
+    } else {
+        lines = m_reader->OpenLineReader(true);
+        if (!lines) ThrowUnreadable();
+    }
     ReadReport report;
     const Service::Log::Probe probe;
     const ReadingMark mark(state.beingRead);
     try {
         const auto data = Keywords::KeywordDataFactory::Instance().ConstructSafely(*m_syntax);
         KeywordVariables variables;
-        KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true,
+        KeywordDataDeserializer::Deserialize(*this, *data, *lines, begin, m_size, context, true,
                                              m_variablesAllowed ? &variables : nullptr, &report);
     } catch (const std::runtime_error&) {
         // A size can't be told: all that could be data counts.
-        const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+        const KeywordStretches stretches(*lines, begin, m_size, CanHaveComment());
         report = {stretches.BehindLastDataLine(*lines, stretches.head), false};
     }
+    if (report.takenEnd >= 0) report.takenEnd += m_position - begin;
     if (Service::FileInputStream::ReadFailures() != readFailures) ThrowUnreadable();
     NoteTaken(report);
     return state.takenSize;
@@ -301,7 +314,7 @@ void Keyword::WriteMarked(ILineWriter& writer, const DataSource& source, const C
     // What its reader makes nothing of (a title that looks like a comment), and what it has no value for, isn't lost to
     // a rewrite.
     const bool readAfresh = source.fresh && lines && !m_dataChanged && !source.text && m_syntax->GetMetaData();
-    if (readAfresh && (TakenSize(context) < 0 || !GetState().isReadWhole ||
+    if (readAfresh && (TakenSize(*lines, context) < 0 || !GetState().isReadWhole ||
                        (m_variablesAllowed && RefersToVariables(*lines, stretches->head, ownEnd))))
         data.fresh = false;
     if (source.text) {

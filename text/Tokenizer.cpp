@@ -131,11 +131,12 @@ bool Tokenizer::NextView(std::string_view& token, bool* quoted, bool allowCommas
 
 bool Tokenizer::TakeSimple(std::string_view& token, bool& quoted)
 {
-    if (m_ended || m_noSimple) return false;
+    if (m_ended || m_repeatAsToken) return false;
     const char* begin = m_cursor;
     while (begin < m_limit && Service::IsSpace(*begin))
         ++begin;
     if (begin >= m_limit) return false;
+    const char* const first = begin;
     const char* cursor = begin;
     if (*begin == VeldaneDeckInfo::TERMINATION) {
         ++cursor;
@@ -165,6 +166,7 @@ bool Tokenizer::TakeSimple(std::string_view& token, bool& quoted)
         if (token.size() > 2 && token[1] == VeldaneDeckInfo::REPEAT_CHAR) return false; // 1*value
         quoted = false;
     }
+    m_begin = first;
     m_cursor = cursor;
     m_atStart = false;
     return true;

@@ -18,21 +18,10 @@ public:
     bool NextView(std::string_view& token, bool* quoted, bool allowCommas) override;
 
     /// Makes `*` a token of its own. Kept across `SetText`.
-    void SetRepeatAsToken(bool value)
-    {
-        m_repeatAsToken = value;
-        m_noSimple = m_repeatAsToken || m_traced;
-    }
+    void SetRepeatAsToken(bool value) { m_repeatAsToken = value; }
 
-    /// Keeps the place of each token, which `TakeSimple` then leaves to `NextView`. Kept across `SetText`.
-    void SetTraced(bool value)
-    {
-        m_traced = value;
-        m_noSimple = m_repeatAsToken || m_traced;
-    }
-
-    /// Where in the text the last token of `NextView`, or what the last `Consume` took, begins and ends, quotes and
-    /// repeat included. A default that commas make begins with the first of the two, or is empty.
+    /// Where in the text the last token, or what the last `Consume` took, begins and ends, quotes and repeat included.
+    /// A default that commas make begins with the first of the two, or is empty.
     std::size_t TokenBegin() const { return static_cast<std::size_t>(m_begin - m_text->data()); }
     std::size_t TokenEnd() const { return static_cast<std::size_t>(m_cursor - m_text->data()); }
 
@@ -67,10 +56,8 @@ private:
     const char* m_textEnd = nullptr;
     const char* m_limit = nullptr;
     bool m_atStart = false;
-    bool m_noSimple = false; ///< `TakeSimple` takes nothing
     bool m_ended = false;
     bool m_repeatAsToken = false;
-    bool m_traced = false;
     std::string m_scratch;
     const char* m_begin = nullptr; ///< of the last token
 };

@@ -322,6 +322,7 @@ public:
     Keywords::ConstSlot GetItem(int index) const override { return Keywords::ConstSlot(*this, index); }
     Keywords::IKeywordData& GetContainer(int) override { return *this; }
     const Keywords::IKeywordData& GetContainer(int) const override { return *this; }
+    bool HasSameItems(const Keywords::IKeywordRecordData& other) const override { return &other == this; }
     std::unique_ptr<Keywords::IKeywordData> CloneSafely() const override { return nullptr; }
 
 protected:

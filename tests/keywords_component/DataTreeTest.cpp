@@ -84,6 +84,42 @@ TEST(RecordData, HoldsEachKindAndCopiesAll)
     ExpectAllKinds(tree.Record());
 }
 
+TEST(RecordData, ComparesItsItemsBitForBit)
+{
+    // Without containers the numbers are compared in one go.
+    for (const char* shape : {allKinds, R"({"type": "record", "items": [
+             {"name": "YES", "type": "yesNo"}, {"name": "NUMBER", "type": "real"},
+             {"name": "CHOICE", "type": "option", "options": ["A", "B"]}, {"name": "WORD", "type": "string"},
+             {"name": "COUNT", "type": "integer"}]})"})
+    {
+        SmallTree tree(shape);
+        const IKeywordRecordData& record = tree.Record();
+        const auto differs = [&record, &tree](const auto& change) {
+            const std::unique_ptr<IKeywordData> copy = tree.Data().CloneSafely();
+            EXPECT_TRUE(record.HasSameItems(AsRecord(*copy)));
+            change(AsRecord(*copy));
+            return !record.HasSameItems(AsRecord(*copy)) && !AsRecord(*copy).HasSameItems(record);
+        };
+        tree.Record().GetItem(1).SetReal(0.0);
+        tree.Record().GetItem(3).SetString("a string that is longer than fifteen characters");
+        EXPECT_TRUE(differs([](IKeywordRecordData& other) { other.GetItem(0).SetYesNo(0); }));
+        EXPECT_TRUE(differs([](IKeywordRecordData& other) { other.GetItem(1).SetReal(-0.0); }));
+        EXPECT_TRUE(differs([](IKeywordRecordData& other) { other.GetItem(2).SetOption(0); }));
+        EXPECT_TRUE(differs([](IKeywordRecordData& other) { other.GetItem(3).SetString("a string"); }));
+        EXPECT_TRUE(differs([](IKeywordRecordData& other) { other.GetItem(4).SetInteger(1); }));
+        tree.Record().GetItem(3).SetUnset();
+        EXPECT_TRUE(differs([](IKeywordRecordData& other) { other.GetItem(3).SetString(""); }));
+    }
+    SmallTree tree(allKinds);
+    const std::unique_ptr<IKeywordData> copy = tree.Data().CloneSafely();
+    FillAllKinds(AsRecord(*copy));
+    for (int i = 0; i < 5; ++i)
+        AsRecord(*copy).GetItem(i).SetUnset();
+    AsRecord(*copy).GetItem(6).SetUnset();
+    EXPECT_TRUE(tree.Record().HasSameItems(AsRecord(*copy))) << "containers aside";
+    EXPECT_FALSE(tree.Record().HasSameItems(SmallTree(allKinds).Record())) << "of another table";
+}
+
 TEST(RecordData, RefusesWhatIsNotThere)
 {
     SmallTree tree(allKinds);

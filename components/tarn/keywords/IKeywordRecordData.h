@@ -21,6 +21,10 @@ public:
     virtual IKeywordData& GetContainer(int index) = 0;
     virtual const IKeywordData& GetContainer(int index) const = 0;
 
+    /// All items hold the same as those of `other`, reals bit for bit; nested containers aside. False where the
+    /// metadata aren't the same object.
+    virtual bool HasSameItems(const IKeywordRecordData& other) const = 0;
+
 protected:
     using IKeywordData::IKeywordData;
 };

@@ -15,6 +15,11 @@ bool IsString(MDType kind)
     return kind == MDType::String || kind == MDType::RestOfLine;
 }
 
+bool IsContainer(MDType kind)
+{
+    return kind == MDType::Record || kind == MDType::List || kind == MDType::Map || kind == MDType::RawText;
+}
+
 std::size_t SizeOf(MDType kind)
 {
     switch (kind) {
@@ -142,6 +147,26 @@ const IKeywordData& RecordData::GetContainer(int index) const
     return *child;
 }
 
+bool RecordData::HasSameItems(const IKeywordRecordData& other) const
+{
+    if (GetMetaData() != other.GetMetaData()) return false;
+    const auto& record = static_cast<const RecordData&>(other);
+    const RecordLayout& layout = Layout();
+    for (const int index : layout.strings) {
+        const auto& mine = *static_cast<const CompactString*>(Value(index, MDType::String));
+        const auto& others = *static_cast<const CompactString*>(record.Value(index, MDType::String));
+        if (mine.HasValue() != others.HasValue() || mine.View() != others.View()) return false;
+    }
+    // Strings come first, and nothing lies between the values.
+    const std::size_t begin = layout.strings.size() * sizeof(CompactString);
+    if (layout.containers.empty())
+        return std::memcmp(Block() + begin, record.Block() + begin, layout.unset.size() - begin) == 0;
+    return std::all_of(layout.places.begin(), layout.places.end(), [&](const RecordLayout::Place& place) {
+        return IsString(place.kind) || IsContainer(place.kind) ||
+               std::memcmp(Block() + place.offset, record.Block() + place.offset, SizeOf(place.kind)) == 0;
+    });
+}
+
 void RecordData::Assign(const RecordData& source, bool shares, CloneContext& context)
 {
     const RecordLayout& layout = Layout();
@@ -167,10 +192,7 @@ void RecordData::AssignContainerAt(int index, const IKeywordData& source)
 
 IKeywordData* RecordData::Child(int index) const
 {
-    const MDType kind = PlaceAt(index).kind;
-    const bool isContainer =
-        kind == MDType::Record || kind == MDType::List || kind == MDType::Map || kind == MDType::RawText;
-    return isContainer ? ChildPointer(index) : nullptr;
+    return IsContainer(PlaceAt(index).kind) ? ChildPointer(index) : nullptr;
 }
 
 IKeywordData*& RecordData::ChildPointer(int index) const noexcept

@@ -107,6 +107,7 @@ public:
     ConstSlot GetItem(int index) const override;
     IKeywordData& GetContainer(int index) override;
     const IKeywordData& GetContainer(int index) const override;
+    bool HasSameItems(const IKeywordRecordData& other) const override;
 
     void Assign(const RecordData& source, bool shares, CloneContext& context);
 
