@@ -253,7 +253,7 @@ TEST_P(CommitFailureOf, EveryOperationMayFail)
         }
     }
     RecordProperty("points", points);
-    EXPECT_GT(points, shape.files * 80);
+    EXPECT_GE(points, shape.files * 80);
     std::set<Call> calls = {Call::Open, Call::Close,         Call::Read,   Call::Write,
                             Call::Sync, Call::SyncDirectory, Call::Rename, Call::Unlink};
     // The system copies what is long, where it stays as it is.
@@ -279,7 +279,7 @@ TEST_P(CommitFailureOf, TheProcessMayEndAtEveryOperation)
         ++points;
     }
     RecordProperty("points", points);
-    EXPECT_GT(points, shape.files * 20);
+    EXPECT_GE(points, shape.files * 20);
 }
 
 INSTANTIATE_TEST_SUITE_P(Decks, CommitFailureOf,
