@@ -85,7 +85,6 @@ void DeckKeywords::OnKeywordFileChanged(KeywordFileEventArgs& args)
 {
     m_scopes.reset();
     m_names.reset();
-    m_diskOrder.reset();
     switch (args.GetKind()) {
     case KeywordFileEventArgs::Insert:
     case KeywordFileEventArgs::Remove:

@@ -10,7 +10,7 @@ class KeywordFile;
 class KeywordFileReader;
 
 /// The keywords of some files by the places of their text on the disk. Edits move keywords in and between lists; their
-/// text stays where it is until the next commit. Stale after any change of the files.
+/// text stays where it is until the next commit or discard. Stale after these, and where files came or went.
 class DiskOrder
 {
 public:

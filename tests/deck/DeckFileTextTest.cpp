@@ -5,7 +5,9 @@
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
 #include "text/LineStringReader.h"
+#include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
+#include <deckmanager/LineEnds.h>
 #include <tarn/keywords/SimulatorType.h>
 
 // What the view of a deck reads straight from its files: data lines, and the comment above a keyword.
@@ -226,6 +228,23 @@ TEST_F(DeckFileTextTest, WhatStandsAheadOnTheDisk)
     EXPECT_EQ(ahead("WATER"), "-");
     EXPECT_EQ(ahead("DISGAS"), "WATER");
     EXPECT_EQ(DiskOrder({}).Ahead(static_cast<const Keyword&>(**deck.At("GAS"))), nullptr);
+}
+
+/// Removed keywords stay in that order until the commit, and no longer.
+TEST_F(DeckFileTextTest, ACommitChangesWhatStandsAheadOnTheDisk)
+{
+    Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::Any);
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nOIL\nDISGAS\nWATER\nSKIP\nx\nENDSKIP\n\n-- g\nGAS\n"}});
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    for (const char* name : {"OIL", "DISGAS", "WATER"}) {
+        const KeywordFileIterator place = deck.Keywords().GetFileIterator(deck.At(name));
+        EXPECT_TRUE(editor.RemoveKeyword(place));
+        EXPECT_EQ(CommentAbove(deck, "GAS"), "-- g\n");
+    }
+    editor.Commit();
+    EXPECT_EQ(deck.Dir().Read("A.DATA"), "RUNSPEC\nSKIP\nx\nENDSKIP\n\n-- g\nGAS\n");
+    EXPECT_EQ(CommentAbove(deck, "GAS"), "-- g\n");
 }
 
 } // namespace

@@ -1,8 +1,10 @@
 // The edits that change which keywords there are, and where.
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -220,20 +222,19 @@ void EditRm(KeywordEdits& run, const Options& options)
     std::vector<Removal> removals;
     for (const std::string& where : options.wheres)
         removals.push_back(RemovalAt(run, where, options));
-    std::vector<const IKeyword*> whole;
+    std::unordered_set<const IKeyword*> whole;
     for (const Removal& removal : removals) {
-        if (removal.path.empty()) whole.push_back(removal.target.keyword);
+        if (removal.path.empty()) whole.insert(removal.target.keyword);
     }
     std::stable_sort(removals.begin(), removals.end(),
                      [](const Removal& a, const Removal& b) { return a.path > b.path; });
-    std::vector<std::pair<const IKeyword*, std::vector<int>>> done;
+    std::set<std::pair<const IKeyword*, std::vector<int>>> done;
     for (const Removal& removal : removals) {
         const IKeyword* keyword = removal.target.keyword;
-        if (std::find(done.begin(), done.end(), std::pair(keyword, removal.path)) != done.end()) continue;
-        done.emplace_back(keyword, removal.path);
+        if (!done.emplace(keyword, removal.path).second) continue;
         if (removal.path.empty())
             RemoveKeyword(run, removal.target, options.withComment);
-        else if (std::find(whole.begin(), whole.end(), keyword) == whole.end())
+        else if (whole.count(keyword) == 0)
             RemoveElement(run, removal);
     }
 }
