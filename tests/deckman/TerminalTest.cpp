@@ -147,6 +147,14 @@ TEST(OnATerminal, ProgressShowsBeyondASecond)
     EXPECT_EQ(shown.find('\r', wiped + 1), std::string::npos);
 
     EXPECT_FALSE(Has(OnTerminal("(" + slow + ") 2>/dev/null").out, "\r"));
+    // A pager behind a pipe has the terminal for itself, however long it lets the program wait.
+    const TestSupport::TempDir folder;
+    std::string deck = "RUNSPEC\nSCHEDULE\n";
+    for (int i = 0; i < 10000; ++i)
+        deck += "WELTARG\n/\n";
+    folder.Write("x.DATA", deck);
+    const Launch there{folder.Path()};
+    EXPECT_EQ(OnTerminal("deckman ls x.DATA --json | { sleep 1.6; wc -l; }", {}, there).out, "10002\n");
     EXPECT_FALSE(Has(OnTerminal("deckman ls field/FIELD.DATA --no-pager", {}, InDecks()).out, "\r"));
 }
 

@@ -131,6 +131,8 @@ void Output::Write(std::string_view text)
 {
     if (text.empty()) return;
     if (m_isTerminal && !m_begun) BeginOnTerminal(text);
+    // Who reads it may be a pager, on the terminal where the progress would be.
+    if (!m_begun && Terminal::IsPiped()) Progress::End();
     m_begun = true;
     const int target = m_pager.IsRunning() ? m_pager.Input() : STDOUT_FILENO;
     while (!text.empty() && !m_closed && m_failure == 0) {

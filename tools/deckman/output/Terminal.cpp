@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace Deckman::Terminal {
@@ -45,6 +46,14 @@ bool IsProgram(const std::string& name)
 bool IsOutput()
 {
     return ::isatty(STDOUT_FILENO) != 0;
+}
+
+bool IsPiped()
+{
+    struct stat status
+    {
+    };
+    return ::fstat(STDOUT_FILENO, &status) == 0 && (S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode));
 }
 
 bool IsErrors()

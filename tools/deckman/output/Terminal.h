@@ -10,6 +10,8 @@ namespace Terminal {
 
 bool IsOutput();
 bool IsErrors();
+/// Another program reads the output while it is made.
+bool IsPiped();
 
 /// Colours are for people: on a terminal that knows them, and never against the user's wish (NO_COLOR).
 bool HasColours(bool isTerminal);
