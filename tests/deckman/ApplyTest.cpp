@@ -105,6 +105,16 @@ TEST_F(Apply, PlacesAreThoseOfTheDeckAsItWas)
     }
 }
 
+TEST_F(Apply, WhatWasEditedInAFileThatLeavesTheDeckIsKeptAndShown)
+{
+    const std::string script = "set EQLDIMS.0 7\nrm INCLUDE\nabove DIMENS new\n";
+    EXPECT_THAT(Run(script, {"--dry-run"}).out, HasSubstr("--- a.inc\n+++ a.inc\n@@ -1,2 +1,2 @@\n"));
+    EXPECT_EQ(Run(script, {"--backup"}).status, 0);
+    EXPECT_EQ(folder.Read("a.inc"), "EQLDIMS\n 7 /\n");
+    EXPECT_EQ(folder.Read("a.inc~"), included);
+    EXPECT_EQ(folder.Read("x.DATA~"), top);
+}
+
 TEST_F(Apply, NamesMayLookLikeOptions)
 {
     std::filesystem::rename(folder.Path("x.DATA"), folder.Path("-x a.DATA"));

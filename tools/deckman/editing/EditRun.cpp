@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <unordered_set>
 #include <utility>
 
 #include <deckmanager/IDeckKeywordsEditor.h>
@@ -51,11 +52,15 @@ bool IsSame(const Service::FileName& a, const Service::FileName& b)
 
 } // namespace
 
-EditRun::EditRun(DeckSession& session, const Options& options) : m_session(session), m_options(options)
+EditRun::EditRun(DeckSession& session, const Options& options, const std::vector<DeckManager::IKeywordFile*>& before)
+    : m_session(session), m_options(options)
 {
-    for (DeckManager::IKeywordFile* file : session.FilesInDeckOrder()) {
-        if (file->IsModified()) m_changed.push_back(file);
-    }
+    std::vector<DeckManager::IKeywordFile*> files = session.FilesInDeckOrder();
+    const std::unordered_set<const DeckManager::IKeywordFile*> present(files.begin(), files.end());
+    std::copy_if(before.begin(), before.end(), std::back_inserter(files),
+                 [&present](const DeckManager::IKeywordFile* file) { return present.count(file) == 0; });
+    std::copy_if(files.begin(), files.end(), std::back_inserter(m_changed),
+                 [](const DeckManager::IKeywordFile* file) { return file->IsModified(); });
 }
 
 EditRun::EditRun(DeckSession& session, const Options& options, const std::vector<DeckManager::IKeywordFile*>& changed,

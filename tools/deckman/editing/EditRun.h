@@ -24,7 +24,10 @@ struct Options;
 class EditRun
 {
 public:
-    EditRun(DeckSession& session, const Options& options);
+    /// `before` are the files that the deck had ahead of the edits: what was changed in one goes to the disk also when
+    /// the deck has it no more.
+    EditRun(DeckSession& session, const Options& options,
+            const std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*>& before = {});
     /// For a step that changes those files, puts others in the place of `replaced`, and commits by itself.
     EditRun(DeckSession& session, const Options& options,
             const std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*>& changed,

@@ -23,7 +23,7 @@ using Tarn::Fjel::Core::Keywords::SectionType;
 
 KeywordEdits::KeywordEdits(DeckSession& session, const Options& options)
     : m_session(session), m_options(options), m_editor(*session.Manager().GetEditor(&session.EditedDeck())),
-      m_log(session, options.dryRun || options.json)
+      m_log(session, options.dryRun || options.json), m_filesBefore(session.FilesInDeckOrder())
 {
 }
 
@@ -193,7 +193,7 @@ void KeywordEdits::Finish(Output& out)
     const bool isShownWhole = m_options.dryRun && !m_options.json && m_log.IsIntricate();
     const std::vector<ChangeLog::Change> changes =
         (m_options.dryRun || m_options.json) && !isShownWhole ? m_log.Changes() : std::vector<ChangeLog::Change>();
-    EditRun run(m_session, m_options);
+    EditRun run(m_session, m_options, m_filesBefore);
     if (!m_options.dryRun || isShownWhole) run.Finish();
     if (isShownWhole)
         run.PrintDiff(out);

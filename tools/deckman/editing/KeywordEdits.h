@@ -85,8 +85,9 @@ private:
     const Options& m_options;
     Tarn::Fjel::Core::DeckManager::IDeckKeywordsEditor& m_editor;
     ChangeLog m_log;
-    std::map<std::pair<bool, std::string>, WhereLimits> m_limits; ///< by --all and --at
-    int m_line = 0;                                               ///< of a script
+    std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*> m_filesBefore; ///< those of the deck as it was opened
+    std::map<std::pair<bool, std::string>, WhereLimits> m_limits;            ///< by --all and --at
+    int m_line = 0;                                                          ///< of a script
     std::map<std::pair<bool, int>, int> m_goneAt; ///< the lines that removed keywords, by index with --all or without
     bool m_sectionsChanged = false;               ///< the index doesn't know the sections any more
 };
