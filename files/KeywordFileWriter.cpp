@@ -127,6 +127,8 @@ FileWriteResult KeywordFileWriter::WriteForCommit(KeywordFile& file, LineFileWri
         result.rest = source.RestOfList(context);
     else if (!continuing)
         source.WriteBlocksAhead(nullptr, context);
+    // What was written afresh there has ended its line.
+    if (!continuing && result.rest.empty() && source.EndsInOpenLine()) writer.TakeBackLineEnd();
     source.EndLastExtent();
     result.ok = writer.IsGood();
     result.extents = std::move(extents);

@@ -122,6 +122,17 @@ void SourceFile::EndLastExtent()
         m_extents->back().end = m_writer->Tell();
 }
 
+bool SourceFile::EndsInOpenLine()
+{
+    KeywordFileIterator last = m_file.End();
+    if (m_onDisk.empty() || last == m_file.Begin() || m_file.HasOtherBlocksAhead(nullptr)) return false;
+    --last;
+    if (*last != m_onDisk.back()) return false;
+    std::string end;
+    if (ILineReader* reader = Reader()) reader->ReadRange(m_size - 1, m_size - 1, end);
+    return !end.empty() && end != "\n";
+}
+
 void SourceFile::NoteBegin(const Keyword& keyword)
 {
     if (m_extents == nullptr || keyword.IsCommentedOut()) return;

@@ -92,6 +92,8 @@ public:
     std::string TextOfRest() const;
     /// The end of the file, where its text breaks off ahead of that.
     void WriteRest();
+    /// The file's last line has no end, and the keyword at the end of the list is the one at that of the file.
+    bool EndsInOpenLine();
     /// The last keyword that was written ends with the text.
     void EndLastExtent();
     /// What stands ahead of a keyword (null: of the list's end), as text.

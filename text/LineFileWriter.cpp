@@ -59,6 +59,14 @@ bool LineFileWriter::Sync()
     return false;
 }
 
+void LineFileWriter::TakeBackLineEnd()
+{
+    m_lines.FlushLine();
+    const auto size = static_cast<std::int64_t>(BytesOf(GetLineEnd()).size());
+    if (!IsGood() || m_lines.IsLineOpen() || m_lines.Written() < size) return;
+    if (File()->Truncate(Tell() - size)) m_lines.NoteLineEndTakenBack();
+}
+
 Service::FileOutputStream* LineFileWriter::File() const
 {
     return static_cast<Service::FileOutputStream*>(m_lines.Attached());

@@ -32,6 +32,10 @@ public:
     /// Writes what is left and waits until all is on the disk; false when that fails.
     bool Sync();
 
+    /// Takes the line end back that was written last, unless the last line is open already; it is written again when
+    /// anything follows. REQUIRES: what was written last is no copy.
+    void TakeBackLineEnd();
+
     /// The position in the file behind what was written, in bytes. What is in hand doesn't count.
     std::int64_t Tell() const { return m_begin + m_lines.Written(); }
     /// A file is open and has taken all so far.

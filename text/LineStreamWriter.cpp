@@ -64,6 +64,12 @@ void LineStreamWriter::EndOpenLine()
     if (std::exchange(m_lineIsOpen, false)) Put(BytesOf(GetLineEnd()));
 }
 
+void LineStreamWriter::NoteLineEndTakenBack()
+{
+    m_written -= static_cast<std::int64_t>(BytesOf(GetLineEnd()).size());
+    m_lineIsOpen = true;
+}
+
 void LineStreamWriter::Write(const char* text, std::int32_t length, bool indent)
 {
     if (length > 0) WriteToken(std::string_view(text, static_cast<std::size_t>(length)), indent);

@@ -56,6 +56,10 @@ public:
     void EndOpenLine();
     /// The text ahead ends in a line without an end, which is written when anything follows.
     void GoOnBehindOpenLine() { m_lineIsOpen = true; }
+    /// A copy has left its last line without an end, or one was taken back.
+    bool IsLineOpen() const { return m_lineIsOpen; }
+    /// The last bytes that were written, a line end of the target's kind, are gone from the stream.
+    void NoteLineEndTakenBack();
     /// What comes next belongs to the line that a copy has left open.
     void ContinueOpenLine() { m_lineIsOpen = false; }
 
@@ -102,7 +106,7 @@ private:
     Target m_target;
     bool m_keepsBytes = false;
     bool m_leavesLastLineOpen = false;
-    bool m_lineIsOpen = false; ///< a copy has left its last line without an end
+    bool m_lineIsOpen = false; ///< the last line is without an end
     bool m_atLineStart = true;
     std::int32_t m_lineLimit = 0;
     std::int64_t m_written = 0;

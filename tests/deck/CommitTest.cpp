@@ -152,6 +152,56 @@ TEST_F(CommitTest, ChangesOnlyWhatWasEdited)
     }
 }
 
+TEST_F(CommitTest, AnOpenLastLineStaysOpenWhileNothingFollowsIt)
+{
+    struct Case
+    {
+        const char* what;
+        std::string text;
+        Edit edit;
+        std::string expected;
+    };
+    const Edit data = [](auto& editor, auto& deck) { editor.SetDataText(deck.At("DIMENS"), " 4 5 6 /"); };
+    const Edit tag = [](auto& editor, auto& deck) { editor.TagKeyword(*deck.At("OIL")); };
+    const std::vector<Case> cases = {
+        {"data", "RUNSPEC\nDIMENS\n1 2 3 / -- open", data, "RUNSPEC\nDIMENS\n 4 5 6 /"},
+        {"CR LF", "RUNSPEC\r\nDIMENS\r\n1 2 3 /", data, "RUNSPEC\r\nDIMENS\r\n 4 5 6 /"},
+        {"the whole text", "DIMENS\n1 2 3 /", data, "DIMENS\n 4 5 6 /"},
+        {"blanks at the end", "DIMENS\n1 2 3 /\n ", data, "DIMENS\n 4 5 6 /\n "},
+        {"a comment at the end", "DIMENS\n1 2 3 /\n-- end", data, "DIMENS\n 4 5 6 /\n-- end"},
+        {"an ended line", "DIMENS\n1 2 3 /\n", data, "DIMENS\n 4 5 6 /\n"},
+        {"a keyword behind", "DIMENS\n1 2 3 /\nOIL", data, "DIMENS\n 4 5 6 /\nOIL"},
+        {"a tag", "RUNSPEC\nOIL", tag, "RUNSPEC\nOIL" + std::string(34, ' ') + "-- Generated"},
+        {"a suppression", "RUNSPEC\nOIL", [](auto& editor, auto& deck) { editor.Suppress(deck.At("OIL")); },
+         "RUNSPEC\n--@@@OIL"},
+        {"commented out", "RUNSPEC\nOIL", [](auto& editor, auto& deck) { editor.CommentOut(deck.At("OIL")); },
+         "RUNSPEC\n--OIL"},
+        {"moved up", "RUNSPEC\nOIL\nGAS",
+         [](auto& editor, auto& deck) { editor.MoveKeyword(deck.At("GAS"), deck.At("OIL")); }, "RUNSPEC\nGAS\nOIL\n"},
+        {"one behind it", "RUNSPEC\nDIMENS\n1 2 3 /",
+         [&](auto& editor, auto& deck) {
+             data(editor, deck);
+             Insert(editor, deck.Keywords().PhysicalEnd(), "OIL\n");
+         },
+         "RUNSPEC\nDIMENS\n 4 5 6 /\nOIL\n\n"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", test.text}});
+        deck.Walk(true);
+        test.edit(EditorOf(deck), deck);
+        EditorOf(deck).Commit();
+        EXPECT_EQ(deck.Dir().Read("TOP.DATA"), test.expected);
+        EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+        // Its keywords know where they stand now.
+        SetCommentAbove(EditorOf(deck), deck.Keywords().Begin(), "-- above");
+        EditorOf(deck).Commit();
+        EXPECT_EQ(deck.Dir().Read("TOP.DATA").substr(0, 8), "-- above");
+        EXPECT_EQ(deck.Dir().Read("TOP.DATA").substr(test.expected.find('\r') == std::string::npos ? 9 : 10),
+                  test.expected);
+    }
+}
+
 TEST_F(CommitTest, CommentsThatAreSetShowAndGoWithADiscard)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "OIL\n"}});
