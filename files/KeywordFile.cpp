@@ -449,9 +449,69 @@ SectionType KeywordFile::SectionAt(const KeywordFileIterator& position, bool ask
     return askParent ? GetStartSection() : SectionType::None;
 }
 
+namespace {
+
+/// A question goes from file to file by a call for each. When it has come far, the files at the other end of the chain
+/// are asked first: so an answer is never far from there on.
+class FarQuestion
+{
+public:
+    FarQuestion() { ++s_calls; }
+    ~FarQuestion() { --s_calls; }
+    FarQuestion(const FarQuestion&) = delete;
+    FarQuestion& operator=(const FarQuestion&) = delete;
+
+    /// `chain` gives the files that may be asked, the last of them to be asked first.
+    template <class Chain, class Ask>
+    static void AskFarEndFirst(const Chain& chain, const Ask& ask)
+    {
+        constexpr int far = 32;
+        if (s_calls % far != 0) return;
+        const std::vector<const KeywordFile*> files = chain();
+        std::for_each(files.rbegin(), files.rend(), [&ask](const KeywordFile* file) { ask(*file); });
+    }
+
+private:
+    inline static int s_calls = 0;
+};
+
+} // namespace
+
+/// Of the files that include one the first.
+std::vector<const KeywordFile*> KeywordFile::ChainAbove() const
+{
+    std::vector<const KeywordFile*> chain;
+    for (const KeywordFile* file = this; !file->m_links.empty(); chain.push_back(file)) {
+        IKeywordOwner* owner = file->m_links.front()->Owner();
+        file = owner != nullptr ? owner->AsKeywordFile() : nullptr;
+        if (file == nullptr) break;
+    }
+    return chain;
+}
+
+/// Of the files that one includes the last that can decide where it ends.
+std::vector<const KeywordFile*> KeywordFile::ChainBelow() const
+{
+    std::vector<const KeywordFile*> chain;
+    for (const KeywordFile* file = this; file->IsLoaded(); chain.push_back(file)) {
+        const KeywordFileContents::List& keywords = file->m_contents->Keywords();
+        const auto last =
+            std::find_if(keywords.rbegin(), keywords.rend(), [](const std::shared_ptr<IKeyword>& keyword) {
+                const int kind = keyword->GetSyntax()->GetKind();
+                return kind == KeywordKind::Section || kind == KeywordKind::Include;
+            });
+        file = last != keywords.rend() ? IncludedFileOf(last->get()) : nullptr;
+        if (file == nullptr || file->m_endSection.IsValid()) break;
+    }
+    return chain;
+}
+
 SectionType KeywordFile::EndSection() const
 {
     if (!m_endSection.IsValid()) {
+        const FarQuestion question;
+        FarQuestion::AskFarEndFirst([this] { return ChainBelow(); },
+                                    [](const KeywordFile& file) { file.EndSection(); });
         const SectionType section = SectionAt(End(), false);
         m_endSection.Set(section);
     }
@@ -461,6 +521,9 @@ SectionType KeywordFile::EndSection() const
 SectionType KeywordFile::GetStartSection() const
 {
     if (!m_startSection.IsValid()) {
+        const FarQuestion question;
+        FarQuestion::AskFarEndFirst([this] { return ChainAbove(); },
+                                    [](const KeywordFile& file) { file.GetStartSection(); });
         KeywordFileSectionQueryEventArgs args;
         sectionQuery.Raise(args);
         m_startSection.Set(args.sections.empty() ? SectionType::None : args.sections.front());
@@ -471,6 +534,8 @@ SectionType KeywordFile::GetStartSection() const
 KeywordFile& KeywordFile::DataFile() const
 {
     if (!m_dataFile.IsValid()) {
+        const FarQuestion question;
+        FarQuestion::AskFarEndFirst([this] { return ChainAbove(); }, [](const KeywordFile& file) { file.DataFile(); });
         KeywordFileDataFileQueryEventArgs args;
         dataFileQuery.Raise(args);
         m_dataFile.Set(args.dataFile != nullptr ? args.dataFile : const_cast<KeywordFile*>(this));

@@ -299,6 +299,8 @@ private:
     IKeyword* PutIn(const KeywordFileIterator& position, std::unique_ptr<Keyword> keyword);
     void DropAfterEdit(const Keyword& keyword);
     void RaiseOnce(KeywordFileEventArgs& args);
+    std::vector<const KeywordFile*> ChainAbove() const;
+    std::vector<const KeywordFile*> ChainBelow() const;
 
     inline static unsigned long long s_movesBetweenFiles = 0;
 
