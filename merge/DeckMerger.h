@@ -158,7 +158,9 @@ private:
     // --- DeckMergerEnds.cpp
     void CarryTextBehindEnds();
     void MergeCommentsAtEnds();
+    void MergeCommentAboveEndInc(KeywordFile& file);
     void AddAtEnd(KeywordFile& file, const std::string& text, MergeReport::Action action);
+    void NoteAtEnd(MergeReport::Action action, KeywordFile& file, const KeywordFile& target) const;
     KeywordFile& CounterpartOf(KeywordFile& file) const;
 
     IDeckKeywordsEditor& m_editor;

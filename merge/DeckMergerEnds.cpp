@@ -8,6 +8,7 @@
 #include "deck/DeckKeywords.h"
 #include "files/IteratorAccess.h"
 #include "files/KeywordFile.h"
+#include "files/SourceFile.h"
 #include "keywords/Keyword.h"
 #include "merge/DeckMerger.h"
 #include "merge/IncludeMap.h"
@@ -124,6 +125,16 @@ std::string EndTextOf(KeywordFile& file)
     return text;
 }
 
+/// What stands above the ENDINC of a file, to which no walk leads; empty without one.
+std::string TextAboveEndInc(KeywordFile& file)
+{
+    const KeywordFileIterator place = file.WalkEnd();
+    if (place == file.End()) return {};
+    const auto& keyword = static_cast<const Keyword&>(**place);
+    SourceFile source(file, nullptr);
+    return source.IsFirstOnDisk(keyword) ? source.TextOfHead() : source.TextAhead(&keyword, file.RootContext());
+}
+
 } // namespace
 
 /// What stands behind the last END of a file, or behind its ENDINC, is notes. Where they are more than comments they
@@ -145,19 +156,45 @@ void DeckMerger::MergeCommentsAtEnds()
 {
     for (KeywordFile* file : FilesOf(m_source)) {
         if (IsExcluded(*file) || CameWithUserInclude(*file)) continue;
+        MergeCommentAboveEndInc(*file);
         const EndLines lines(EndTextOf(*file));
         if (!lines.comments.empty()) AddAtEnd(*file, lines.comments, MergeReport::Action::Commented);
     }
+}
+
+void DeckMerger::MergeCommentAboveEndInc(KeywordFile& file)
+{
+    const EndLines lines(TextAboveEndInc(file));
+    if (lines.comments.empty()) return;
+    KeywordFile& target = CounterpartOf(file);
+    const KeywordFileIterator place = target.WalkEnd();
+    if (place == target.End()) {
+        AddAtEnd(file, lines.comments, MergeReport::Action::Commented);
+        return;
+    }
+    auto& keyword = static_cast<Keyword&>(*const_cast<IKeyword*>(*place));
+    const std::string existing = TextAboveEndInc(target);
+    const std::string rest = WithoutLines(lines.comments, EndLines(existing).all);
+    if (HoldsLines(existing + "\n" + keyword.GetLeadingComment(), rest)) return;
+    keyword.AddLeadingComment(rest + "\n", true, false);
+    NoteAtEnd(MergeReport::Action::Commented, file, target);
 }
 
 /// `text` stands at the end of a file of the source.
 void DeckMerger::AddAtEnd(KeywordFile& file, const std::string& text, MergeReport::Action action)
 {
     KeywordFile& target = CounterpartOf(file);
-    const std::string existing = target.TextAtEnd();
+    const std::string existing = EndTextOf(target);
     const std::string rest = WithoutLines(text, EndLines(existing).all);
-    if (HoldsLines(existing, rest)) return;
+    // What this merge has put there is not on the disk yet.
+    if (HoldsLines(existing, rest) || HoldsLines(target.TextAtEnd(), rest)) return;
     target.AddTextAtEnd(rest + "\n", action == MergeReport::Action::Carried);
+    NoteAtEnd(action, file, target);
+}
+
+/// What stood at the end of `file` is at that of `target`.
+void DeckMerger::NoteAtEnd(MergeReport::Action action, KeywordFile& file, const KeywordFile& target) const
+{
     if (m_report == nullptr) return;
     const KeywordFileIterator walkEnd = file.WalkEnd();
     const KeywordFileIterator last = walkEnd != file.End() ? walkEnd : LastOf(file);

@@ -124,4 +124,36 @@ TEST(MergeCommentsTest, CommentsAtTheEndsOfFilesGoToTheirCounterparts)
     EXPECT_EQ(written("MINE.INC"), newFiles.back().second);
 }
 
+/// No walk leads to an ENDINC.
+TEST(MergeCommentsTest, CommentsAboveTheEndOfAnIncludedFileStayThere)
+{
+    const TestSupport::CleanEnvironment environment;
+    const std::string head = "TABDIMS~\n1 /\n";
+    const std::vector<Fact> facts = {
+        {"above it", head + "-- mine\nENDINC\n-- behind\n", head + "ENDINC\n", head + "-- mine\nENDINC\n-- behind\n"},
+        {"there is none any more", head + "\n-- mine\nENDINC\nnotes\n", head, head + "-- notes\n-- mine\n"},
+        {"what the generator writes each time is there once", head + "-- gen\n-- mine\nENDINC\n",
+         head + "-- gen\nENDINC\n", head + "-- gen\n-- mine\nENDINC\n"},
+        {"nothing new", head + "-- gen\nENDINC\n", head + "-- gen\nENDINC\n", head + "-- gen\nENDINC\n"},
+        {"nothing else in the file", "-- mine\nENDINC\n", "ENDINC\n", "-- mine\nENDINC\n"},
+        {"a user's comment above a user's keyword", head + "-- above\nEQLDIMS\n1 /\n-- mine\nENDINC\n",
+         head + "ENDINC\n", head + "-- above\nEQLDIMS\n1 /\n-- mine\nENDINC\n"},
+    };
+    const std::string top = "RUNSPEC\nINCLUDE~\n'A.INC' /\nOIL~\n";
+    for (const Fact& fact : facts) {
+        SCOPED_TRACE(fact.what);
+        TwoDecks decks(Texts{{"T.DATA", top}, {"A.INC", fact.oldText}},
+                       Texts{{"T.DATA", top}, {"A.INC", fact.newText}});
+        EXPECT_TRUE(decks.MergeUserKeywords());
+        decks.MergeComments();
+        decks.MergeComments();
+        decks.Manager().GetEditor(&decks.New())->Commit();
+        EXPECT_EQ(WithoutTags(decks.Dir().Read("new/A.INC")), fact.expected);
+        decks.MergeComments();
+        decks.Manager().GetEditor(&decks.New())->Commit();
+        EXPECT_EQ(WithoutTags(decks.Dir().Read("new/A.INC")), fact.expected);
+        EXPECT_EQ(WithoutTags(decks.Dir().Read("new/T.DATA")), top);
+    }
+}
+
 } // namespace
