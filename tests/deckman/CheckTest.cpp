@@ -165,37 +165,33 @@ TEST(Check, NamesWhatIsWrongWithItsPlace)
         // Data, in the file and on the line where they stand.
         {{{"TOP.DATA", "RUNSPEC\nSCHEDULE\nUDQ\nASSIGN FUMAX 100 /\n/\nWCONPROD\nQ OPEN ORAT FUMIN /\n/\n"}},
          {"TOP.DATA:7 WCONPROD error: A problem was encountered when parsing the keyword WCONPROD. Item value "
-          "\"FUMIN\" is not valid. Must be a real number. No UDQ defines FUMIN."}},
+          "\"FUMIN\" is not valid. Must be a real number. It stands for ORAT. No UDQ defines FUMIN."}},
         {{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'sub/a.inc' /\n"}, {"sub/a.inc", "-- one\nTABDIMS\n-- two\n1 x /\n"}},
          {"sub/a.inc:4 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
-          "not valid. Must be a whole number."}},
+          "not valid. Must be a whole number. It stands for NTPVT."}},
         {{{"TOP.DATA", "RUNSPEC\nTABDIMS\n1 1\n\nOIL\n"}},
          {"TOP.DATA:3 TABDIMS warning: Record in keyword TABDIMS not properly terminated"}},
         // A size that a later keyword gives: its faults are its own.
         {{{"TOP.DATA", "PROPS\nSWOF\n0.1 0 1 0\n1 1 0 0 /\nRUNSPEC\nTABDIMS\nx /\n"}},
          {"TOP.DATA:5 RUNSPEC warning: The section RUNSPEC stands behind PROPS.",
           "TOP.DATA:7 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
-          "not "
-          "valid. Must be a whole number."}},
+          "not valid. Must be a whole number. It stands for NTSFUN."}},
         // A read that ends by an exception ends with its keyword.
         {{{"TOP.DATA", "RUNSPEC\nCO2SOL\nGASSOL\n2 /\nPROPS\nSOLUBILT\n50 0.01 /\nDENSITY\nx 1 1 /\n"}},
          {"TOP.DATA:6 SOLUBILT error: Context::EvalSpecial: GASSOL cannot be used with CO2SOL & H2SOL keywords",
           "TOP.DATA:9 DENSITY error: A problem was encountered when parsing the keyword DENSITY. Item value \"x\" is "
-          "not "
-          "valid. Must be a real number."}},
+          "not valid. Must be a real number. It stands for OIL."}},
         // What a simulator skips is not checked for it; for all others it is.
         {{{"TOP.DATA", "RUNSPEC\nOIL\nSKIP100\nNOSUCH 1\nPORO\nx /\nENDSKIP\nCOMPS\n3 /\n"}},
          {"TOP.DATA:8 COMPS warning: Keyword COMPS is not known to the simulator 100."},
          {"--simulator", "100"}},
         {{{"TOP.DATA", "RUNSPEC\nOIL\nSKIP100\nTABDIMS\nx /\nENDSKIP\n"}},
          {"TOP.DATA:5 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
-          "not "
-          "valid. Must be a whole number."}},
+          "not valid. Must be a whole number. It stands for NTSFUN."}},
         // Behind the end on demand only.
         {{{"TOP.DATA", "RUNSPEC\nOIL\nEND\nTABDIMS\nx /\n"}},
          {"TOP.DATA:5 TABDIMS error: A problem was encountered when parsing the keyword TABDIMS. Item value \"x\" is "
-          "not "
-          "valid. Must be a whole number."},
+          "not valid. Must be a whole number. It stands for NTSFUN."},
          {"--all"}},
     };
     for (const auto& c : cases)
@@ -332,7 +328,7 @@ TEST(Check, TimeGoesForwardThroughDatesThatThereAre)
          {"7 error: Time runs backwards: DATES[1] is 1999-03-01, and the deck has come to 2000-02-01."}},
         {" 1 MRA 2000 /\n/\n",
          {"7 error: A problem was encountered when parsing the keyword DATES. Item value \"MRA\" is not valid. Must be "
-          "one of JAN, FEB, MAR, APR, MAY, JUN, JUL, AUG, SEP, OCT, NOV, DEC."}},
+          "one of JAN, FEB, MAR, APR, MAY, JUN, JUL, AUG, SEP, OCT, NOV, DEC. It stands for MONTH."}},
     };
     for (const auto& [text, findings] : cases)
         EXPECT_EQ(FindingsOn(start + text), findings) << text;
@@ -356,7 +352,7 @@ TEST(Check, GroupsRepeatsAndSumsUp)
         "132 characters will be ignored.";
     const std::string notValid =
         "error: A problem was encountered when parsing the keyword WELOPEN. Item value \"x\" is not valid. Must be a "
-        "whole number.\n";
+        "whole number. It stands for I.\n";
     EXPECT_EQ(outcome.out, "TOP.DATA:2: warning: The file none.inc of this INCLUDE does not exist.\n"
                            "TOP.DATA:6: warning: " +
                                tooLong +
@@ -449,6 +445,45 @@ TEST(Check, StatusTellsErrorsFromWarningsAndFileTrouble)
     ASSERT_EQ(lines.size(), 1u);
     EXPECT_EQ(lines[0].at("file"), "closed.inc");
     EXPECT_TRUE(lines[0].at("line").is_null());
+}
+
+TEST(Check, NamesTheItemOfABadValue)
+{
+    struct Case
+    {
+        std::string text;
+        int line;
+        std::string word;
+        std::string item; ///< empty: none is named
+    };
+    const std::string schedule = "RUNSPEC\nSCHEDULE\n";
+    const Case cases[] = {
+        {"RUNSPEC\nDIMENS\n10 x 3 /\n", 3, "x", "NY"},
+        {"RUNSPEC\nEQLDIMS\n2* x /\n", 3, "x", "NDRXVD"},
+        {"RUNSPEC\nGRIDOPTS\nYEP /\n", 3, "YEP", "TRANMULT"},
+        {schedule + "WELSPECS\n'x' G x 2 /\n/\n", 4, "x", "I"},
+        {schedule + "WELSPECS\nP G 1 1 2000 /\n'Q' 'G' 1 1 2* 2* SHUT x /\n/\n", 5, "x", "CROSSFLOW"},
+        {schedule + "WCONPROD\nP OPN ORAT /\n/\n", 4, "OPN", "STATE"},
+        {schedule + "WCONPROD\nP OPEN ORAT 4* x /\n/\n", 4, "x", "RESV"},
+        {schedule + "COMPDAT\nP 4*1 OPEN 1* 2*x /\n/\n", 4, "x", "CONNECTION_TRANSMISSIBILITY"},
+        // Of a table the column, wherever the line begins.
+        {"RUNSPEC\nPROPS\nSWOF\n0.1 0 1 0 0.2\n0.1 x 0 1 1 0 0 /\n", 5, "x", "KROW"},
+        // Rows of different kinds.
+        {schedule + "WELSEGS\nP 2000 2000 1* INC /\n2 2 1 1 10 10 0.1 1E-5 /\n3 3 1 2 x 10 0.1 1E-5 /\n/\n", 6, "x",
+         "LENGTH"},
+        // A comma may stand for a default.
+        {schedule + "WCONPROD\nP OPEN ORAT,,x /\n/\n", 4, "x", ""},
+    };
+    for (const Case& test : cases) {
+        const std::vector<std::string> findings = Findings({{"TOP.DATA", test.text}});
+        ASSERT_EQ(findings.size(), 1u) << test.text << testing::PrintToString(findings);
+        EXPECT_THAT(findings.front(), HasSubstr("TOP.DATA:" + std::to_string(test.line) + " "));
+        EXPECT_THAT(findings.front(), HasSubstr("Item value \"" + test.word + "\" is not valid. Must be "));
+        const std::size_t hint = findings.front().find(" It stands for ");
+        EXPECT_EQ(hint == std::string::npos ? "" : findings.front().substr(hint + 15),
+                  test.item.empty() ? "" : test.item + ".")
+            << test.text;
+    }
 }
 
 } // namespace DeckmanTests

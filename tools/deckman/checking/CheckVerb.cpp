@@ -316,7 +316,8 @@ void Check::GatherQuantities(const DeckManager::IKeyword& udq)
 /// The message is about the name of a quantity in the place of a number.
 bool Check::IsQuantity(const Messages::Message& message) const
 {
-    return !m_quantities.empty() && m_quantities.count(Service::Uppercased(Messages::WordForNumber(message.text))) != 0;
+    const Messages::BadValue value = Messages::BadValueOf(message.text);
+    return value.IsForNumber() && m_quantities.count(Service::Uppercased(value.word)) != 0;
 }
 
 /// Says what would be right where that can be told from what stands around. False for a message that only follows from
@@ -333,8 +334,13 @@ bool Check::AddHints(const Messages::Message& message, std::string& text)
             return true;
         }
     }
-    if (const std::string word = Service::Uppercased(Messages::WordForNumber(message.text));
-        Messages::IsQuantityName(word)) {
+    const Messages::BadValue value = Messages::BadValueOf(message.text);
+    if (!value.word.empty() && message.file == m_mutedFile) {
+        const std::string_view item = m_text.ItemAt(message.line, value.word, value.wanted);
+        if (!item.empty()) text += fmt::format(" It stands for {}.", item);
+    }
+    if (const std::string word = Service::Uppercased(value.word); value.IsForNumber() && Messages::IsQuantityName(word))
+    {
         text += fmt::format(" No UDQ defines {}.", word);
         if (m_quantityHints++ < mostHints) {
             const std::vector<std::string_view> known(m_quantities.begin(), m_quantities.end());

@@ -152,6 +152,38 @@ const IKeywordRecordMD* RowOf(const IKeywordMD& shape)
     return record->GetItemTraits() == nullptr ? record : nullptr;
 }
 
+/// The row of that number of data that are rows of different kinds, one behind the other: the head of a table and its
+/// axes, a well and its segments. Null where that can't be told.
+const IKeywordRecordMD* RowOf(const IKeywordMD& shape, std::size_t number)
+{
+    if (shape.GetType() != MDType::Record) return nullptr;
+    const auto& parts = static_cast<const IKeywordRecordMD&>(shape);
+    for (int i = 0; i < parts.GetItemCount(); ++i) {
+        const IKeywordMD& part = *parts.GetItemMD(i);
+        if (!IsPlainRow(part)) return RowOf(part);
+        if (number == 0) return part.GetType() == MDType::Record ? RowOf(part) : nullptr;
+        --number;
+    }
+    return nullptr;
+}
+
+/// A message that a value must be that can be about such an item.
+bool IsWanted(const IKeywordMD& item, std::string_view wanted)
+{
+    switch (item.GetType()) {
+    case MDType::Integer:
+        return wanted == "a whole number";
+    case MDType::Real:
+        return wanted == "a real number";
+    case MDType::YesNo:
+        return wanted == "either YES or NO";
+    case MDType::Option:
+        return wanted != "a whole number" && wanted != "a real number" && wanted != "either YES or NO";
+    default:
+        return false;
+    }
+}
+
 /// A whole number is read from the head of the word, and what follows would change it: "12abc", "15.5" and "1E3", not
 /// "3.0".
 bool IsCutInteger(std::string_view word)
@@ -494,14 +526,65 @@ std::optional<TextCheck::Row> TextCheck::RowAhead(int line)
     if (m_keyword == nullptr) return std::nullopt;
     const IKeywordMD& shape = *m_keyword->GetSyntax()->GetMetaData();
     if (shape.GetType() != MDType::List || RowOf(shape) == nullptr) return std::nullopt;
+    const std::size_t behind = TokensAt(line).first;
+    const std::size_t begin = RowBegin(behind);
     const std::vector<Token>& tokens = m_source.Tokens();
-    const auto end = std::lower_bound(tokens.begin(), tokens.end(), line,
-                                      [](const Token& token, int value) { return token.line < value; });
-    const auto behind = static_cast<std::size_t>(end - tokens.begin());
-    const std::vector<std::size_t>& ends = m_source.RowEnds();
-    const auto next = std::lower_bound(ends.begin(), ends.end(), behind);
-    const std::size_t begin = next == ends.begin() ? 0 : *std::prev(next) + 1;
     return begin < behind ? std::optional(Row{tokens[begin].line, tokens[behind - 1].line}) : std::nullopt;
+}
+
+/// The first token of a line, and the first one behind it.
+std::pair<std::size_t, std::size_t> TextCheck::TokensAt(int line)
+{
+    const std::vector<Token>& tokens = m_source.Tokens();
+    const auto begin =
+        std::partition_point(tokens.begin(), tokens.end(), [line](const Token& token) { return token.line < line; });
+    const auto end =
+        std::partition_point(begin, tokens.end(), [line](const Token& token) { return token.line == line; });
+    return {static_cast<std::size_t>(begin - tokens.begin()), static_cast<std::size_t>(end - tokens.begin())};
+}
+
+/// The first token of the row, or of the table, in which one stands.
+std::size_t TextCheck::RowBegin(std::size_t token)
+{
+    const std::vector<std::size_t>& ends = m_source.RowEnds();
+    const auto next = std::lower_bound(ends.begin(), ends.end(), token);
+    return next == ends.begin() ? 0 : *std::prev(next) + 1;
+}
+
+std::string_view TextCheck::ItemAt(int line, std::string_view word, std::string_view wanted)
+{
+    if (m_keyword == nullptr || m_source.HasCommas()) return {};
+    const IKeywordMD& shape = *m_keyword->GetSyntax()->GetMetaData();
+    const IKeywordRecordMD* const columns = ColumnsOf(shape);
+    const std::vector<Token>& tokens = m_source.Tokens();
+    const auto [first, last] = TokensAt(line);
+    const std::size_t begin = RowBegin(first);
+    const std::vector<std::size_t>& ends = m_source.RowEnds();
+    auto number = static_cast<std::size_t>(std::lower_bound(ends.begin(), ends.end(), begin) - ends.begin());
+    const auto rowOf = [&] {
+        if (columns != nullptr) return columns;
+        const IKeywordRecordMD* const row = RowOf(shape);
+        return row != nullptr ? row : RowOf(shape, number);
+    };
+    const IKeywordRecordMD* row = rowOf();
+    long long item = 0;
+    for (std::size_t at = begin; at < last; ++at) {
+        const Token& token = tokens[at];
+        if (token.isSlash) {
+            item = 0;
+            ++number;
+            row = rowOf();
+            continue;
+        }
+        if (row == nullptr) continue;
+        if (columns != nullptr) item %= columns->GetItemCount();
+        if (item >= row->GetItemCount()) continue;
+        const int index = static_cast<int>(item);
+        if (at >= first && token.text == word && IsWanted(*row->GetItemMD(index), wanted))
+            return row->GetItemName(index);
+        item += token.count;
+    }
+    return {};
 }
 
 int TextCheck::LineOfRecord(const DeckManager::IKeyword& keyword, int record)

@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <deckmanager/Context.h>
 
@@ -57,6 +58,10 @@ public:
     };
     std::optional<Row> RowAhead(int line);
 
+    /// The item of the keyword at hand for which a word stands that must be something else, as its message says; empty
+    /// when that can't be told. Of several the first. Good while the catalogue is.
+    std::string_view ItemAt(int line, std::string_view word, std::string_view wanted);
+
     /// The line on which the record of that index of a list of records ends; the keyword's own when that can't be told.
     int LineOfRecord(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword, int record);
 
@@ -79,6 +84,8 @@ private:
     void LookAtConditions(const Take& take);
     void LookAtDefinitions(const Tarn::Fjel::Core::Keywords::IKeywordData& udq, const Take& take);
 
+    std::pair<std::size_t, std::size_t> TokensAt(int line);
+    std::size_t RowBegin(std::size_t token);
     int LineOfRow(int row);
     std::optional<int> DefaultOf(const std::string& expression) const;
 

@@ -57,8 +57,9 @@ void Messages::Take(std::string_view givenText, int severity)
         m_taker({location.file, location.line, severity, text});
         return;
     }
-    const std::string quantity = Tarn::Fjel::Core::Service::Uppercased(WordForNumber(text));
-    if (IsQuantityName(quantity)) {
+    const BadValue value = BadValueOf(text);
+    const std::string quantity = Tarn::Fjel::Core::Service::Uppercased(value.word);
+    if (value.IsForNumber() && IsQuantityName(quantity)) {
         text = fmt::format("{} stands in the place of a number, as a quantity of UDQ may.", quantity);
         severity = 0;
     }
@@ -87,15 +88,17 @@ std::string_view Messages::WordOf(std::string_view text)
     return text.substr(0, text.find(' '));
 }
 
-std::string_view Messages::WordForNumber(std::string_view text)
+Messages::BadValue Messages::BadValueOf(std::string_view text)
 {
     constexpr std::string_view opening = ". Item value \"";
-    constexpr std::string_view closing = "\" is not valid. Must be a real number.";
+    constexpr std::string_view middle = "\" is not valid. Must be ";
     const std::size_t begin = text.find(opening);
-    if (begin == std::string_view::npos || !text.ends_with(closing)) return {};
-    text.remove_prefix(begin + opening.size());
-    text.remove_suffix(closing.size());
-    return text;
+    const std::size_t end = text.rfind(middle);
+    if (begin == std::string_view::npos || end == std::string_view::npos || end < begin + opening.size()) return {};
+    std::string_view wanted = text.substr(end + middle.size());
+    if (wanted.ends_with('.')) wanted.remove_suffix(1);
+    const std::size_t word = begin + opening.size();
+    return {text.substr(word, end - word), wanted};
 }
 
 bool Messages::IsQuantityName(std::string_view word)

@@ -60,8 +60,16 @@ public:
     /// The word that a message of the scan is about, be it a keyword or not; empty for other messages.
     static std::string_view WordOf(std::string_view text);
 
-    /// The word that a message says is no number; empty for other messages.
-    static std::string_view WordForNumber(std::string_view text);
+    /// What a message says of the value of an item: the word, and what it must be ("a real number"). Both empty for
+    /// other messages.
+    struct BadValue
+    {
+        std::string_view word;
+        std::string_view wanted;
+
+        bool IsForNumber() const { return wanted == "a real number"; }
+    };
+    static BadValue BadValueOf(std::string_view text);
     /// The word may be the name of a quantity of the user's own, which may stand in the place of a number.
     static bool IsQuantityName(std::string_view word);
 
