@@ -10,7 +10,6 @@
 #include <deckmanager/ILineReader.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -19,12 +18,15 @@ namespace {
 
 constexpr std::size_t longestName = 8;
 
-/// The word at column 1 that stands alone on its line, comments aside; empty for none. Behind an END any words are.
-std::string_view LoneWord(std::string_view line, bool isBehindEnd)
+/// The word at column 1 that stands alone on its line, comments aside; empty for none. Behind a keyword without data
+/// any words are.
+std::string_view LoneWord(std::string_view line, bool hasData)
 {
-    if (isBehindEnd) {
+    if (!hasData) {
         const std::string_view words = Service::Trimmed(line);
-        return VeldaneDeckInfo::BeginsWithCommentMarker(words) ? std::string_view() : words;
+        const bool saysNothing =
+            words.starts_with(VeldaneDeckInfo::TERMINATION) || VeldaneDeckInfo::BeginsWithCommentMarker(words);
+        return saysNothing ? std::string_view() : words;
     }
     if (line.empty() || !Service::IsAlpha(line.front())) return {};
     std::size_t size = 0;
@@ -54,15 +56,15 @@ std::optional<LostWord> FindLostWord(const Keyword& keyword)
     reader->Seek(keyword.Position(), 0);
     text.resize(static_cast<std::size_t>(std::max<std::int64_t>(reader->ReadRaw(text.data(), keyword.Size()), 0)));
     const std::string_view view = text;
-    const bool isEnd = keyword.GetSyntax()->GetKind() == Keywords::KeywordKind::End;
+    const bool hasData = keyword.GetSyntax()->GetMetaData() != nullptr;
     // Most keywords hold no such word at all, and need no read of their data.
     std::size_t begin = text.empty() ? 0 : BehindLine(view, 0);
-    while (begin < text.size() && LoneWord(view.substr(begin, BehindLine(view, begin) - begin), isEnd).empty())
+    while (begin < text.size() && LoneWord(view.substr(begin, BehindLine(view, begin) - begin), hasData).empty())
         begin = BehindLine(view, begin);
     if (begin >= text.size()) return std::nullopt;
     begin = std::max(begin, static_cast<std::size_t>(keyword.OwnSize(owner->RootContext())));
     for (; begin < text.size(); begin = BehindLine(view, begin)) {
-        const std::string_view word = LoneWord(view.substr(begin, BehindLine(view, begin) - begin), isEnd);
+        const std::string_view word = LoneWord(view.substr(begin, BehindLine(view, begin) - begin), hasData);
         if (word.empty()) continue;
         const auto lines = std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(begin), '\n');
         return LostWord{std::string(word), keyword.GetLine() + static_cast<int>(lines)};

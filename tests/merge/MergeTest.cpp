@@ -218,6 +218,10 @@ TEST_F(MergeTest, ACopyIsWhole)
          "RUNSPEC\nOIL~\n", "RUNSPEC\nOIL~\n-- Notes:\n--   WATER it is\n-- well\n"},
         {"words between the end and a keyword behind it", "RUNSPEC\nOIL~\nEND\nNotes of mine\nWATER\n",
          "RUNSPEC\nOIL~\nEND\n", "RUNSPEC\nOIL~\nEND\nWATER\n\n", "", false},
+        {"notes in a region that is skipped", "RUNSPEC\nOIL~\nSKIP\nmy notes\n 1 2 3\nENDSKIP\n/ end\nWATER\n",
+         "RUNSPEC\nOIL~\n", "RUNSPEC\nOIL~\nSKIP\n\nENDSKIP\n\nWATER\n\n", "", false},
+        {"what says nothing behind a keyword without data", "RUNSPEC\nOIL~\n/\nGAS~\n/ text\nWATER\n/\n",
+         "RUNSPEC\nOIL~\nGAS~\n", "RUNSPEC\nOIL~\nGAS~\nWATER\n\n"},
         {"unknown words behind a generated keyword", "RUNSPEC\nDIMENS~\n1 2 3 /\nMYWORD\n 7 /\nOIL~\nWATER\n",
          "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\n", "RUNSPEC\nDIMENS~\n1 2 3 /\nOIL~\nWATER\n\n", "", false},
     });
