@@ -104,6 +104,8 @@ TEST(Help, FitsAScreenAndNamesEveryVerb)
     for (const std::string& verb : AllVerbs()) {
         for (const std::string& word : WordsOf(verb))
             EXPECT_EQ(words.count(word), 1u) << verb;
+        for (const std::string& line : LinesOf(Shell("deckman " + verb + " --help").out))
+            EXPECT_LE(line.size(), 80u) << verb << ": " << line;
     }
 }
 

@@ -111,7 +111,7 @@ constexpr VerbEntry verbs[] = {
      "Replaces the comment above a keyword; empty takes it away.", "", changesAsJson, "",
      "deckman above field/FIELD.DATA EQUIL 'two regions'"},
     {"header", EditHeader, TakesDeck | TakesText | TakesFileOfDeck | TakesBackup | TakesWriting,
-     "Puts a comment between marks at the head of a file, in the place of an earlier one.",
+     "Puts a comment between marks at the head of a file, in place of an earlier one.",
      "The marks begin with the generated tag. Unless --file-tag names a tag of its own for files, the file would count "
      "as generated as a whole; one that holds keywords without a tag is refused then.",
      changesAsJson, "", "deckman header field/FIELD.DATA 'made by the planning script' --file-tag whole"},
@@ -147,7 +147,7 @@ constexpr VerbEntry verbs[] = {
      "What stands in order stays. All files are written, or none.",
      "With --json a line for each keyword that moves: "
      "{\"action\":\"moved\",\"name\",\"file\",\"line\",\"newFile\",\"newLine\"}.",
-     "what would move, and the same with the old files kept",
+     "what would move, then the same with backups",
      "deckman sort unsorted/NORTH.DATA --dry-run\n"
      "deckman sort unsorted/NORTH.DATA --backup"},
     {"flatten", RunFlatten, TakesDeck | TakesOutput | TakesRange | TakesAll | TakesRewrite | TakesWriting,

@@ -165,7 +165,7 @@ void AddEdit(CLI::App& verb, std::uint64_t takes, Options& options)
         verb.add_option_function<std::string>("--before", toTarget(false), "ahead of that keyword")->type_name("WHERE");
         verb.add_option_function<std::string>("--after", toTarget(true), "behind that keyword")->type_name("WHERE");
     }
-    if ((takes & TakesPlace) != 0) AddSection(verb, options, "at the end of that section, which is made if need be");
+    if ((takes & TakesPlace) != 0) AddSection(verb, options, "at the end of that section; it is made if need be");
     if ((takes & TakesFileOfDeck) != 0)
         verb.add_option("--file", options.file, "that file of the deck, and not the top file")->type_name("FILE");
     if ((takes & TakesRenames) != 0) {
