@@ -115,6 +115,26 @@ TEST_F(Apply, WhatWasEditedInAFileThatLeavesTheDeckIsKeptAndShown)
     EXPECT_EQ(folder.Read("x.DATA~"), top);
 }
 
+TEST_F(Apply, ALookShowsThatUnknownWordsStay)
+{
+    const std::string unknown = "\nNOSUCH 1 2\n 3\n-- above\n";
+    folder.Write("x.DATA", "RUNSPEC\nSCHEDULE\nDRSDT\n 2 /\n" + unknown + "NOSIM\n" + unknown + "TUNING\n/\n/\n/\n");
+    const std::string before = folder.Read("x.DATA");
+    for (const std::string edit : {"rm DRSDT", "mv NOSIM --before DRSDT", "insert --before NOSIM 'DRSDT\n 3 /'",
+                                   "above TUNING new", "insert --after DRSDT 'DRSDT\n 3 /'"})
+    {
+        SCOPED_TRACE(edit);
+        folder.Write("diff", Run(edit + "\n", {"--dry-run"}).out);
+        EXPECT_EQ(Run(edit + "\n").status, 0);
+        const std::string made = folder.Read("x.DATA");
+        EXPECT_THAT(made, HasSubstr("NOSUCH"));
+        folder.Write("x.DATA", before);
+        EXPECT_EQ(Shell("patch -s -f -p0 --no-backup-if-mismatch < diff", run).out, "");
+        EXPECT_EQ(folder.Read("x.DATA"), made);
+        folder.Write("x.DATA", before);
+    }
+}
+
 TEST_F(Apply, NamesMayLookLikeOptions)
 {
     std::filesystem::rename(folder.Path("x.DATA"), folder.Path("-x a.DATA"));

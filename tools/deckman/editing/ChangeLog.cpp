@@ -250,6 +250,7 @@ bool ChangeLog::IsIntricate() const
     const auto hasLeft = [](const Record& record) {
         return record.file != nullptr && (record.isGone || record.isMoved);
     };
+    if (m_session.Log().HasUnknownWords()) return !m_records.empty();
     return std::any_of(m_records.begin(), m_records.end(), changesAhead) &&
            std::any_of(m_records.begin(), m_records.end(), hasLeft);
 }

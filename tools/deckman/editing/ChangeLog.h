@@ -50,8 +50,8 @@ public:
     /// In the order of files and lines. REQUIRES: nothing has been committed.
     std::vector<Change> Changes();
 
-    /// Comments have changed beside keywords that came or went, and it takes the whole text to show what becomes of
-    /// them.
+    /// Comments have changed beside keywords that came or went, or something changes beside words that no catalogue
+    /// knows, which stay where they stand: it takes the whole text to show what becomes of them.
     bool IsIntricate() const;
 
     /// As a unified diff.

@@ -46,6 +46,7 @@ std::string WithoutPlace(std::string_view text, std::string_view file)
 
 void Messages::Take(std::string_view givenText, int severity)
 {
+    m_hasUnknownWords = m_hasUnknownWords || givenText.find(" is not recognized") != std::string_view::npos;
     // Behind a deck's end people keep notes.
     if (Log::IsProbing() || (Log::IsAside() && !m_taker && !m_showsAsides)) return;
 

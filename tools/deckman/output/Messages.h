@@ -80,6 +80,9 @@ public:
         m_errors += errors;
     }
 
+    /// A scan has told of a word that no catalogue knows, behind a deck's end too.
+    bool HasUnknownWords() const { return m_hasUnknownWords; }
+
     int Warnings() const { return m_warnings; }
     int Errors() const { return m_errors; }
 
@@ -100,6 +103,7 @@ private:
     Taker m_taker;
     std::unordered_set<std::size_t> m_told; // hashes of what was printed about a place
     bool m_showsAsides = false;
+    bool m_hasUnknownWords = false;
     int m_warnings = 0;
     int m_errors = 0;
 };
