@@ -135,6 +135,15 @@ TEST_F(Apply, ALookShowsThatUnknownWordsStay)
     }
 }
 
+TEST_F(Apply, ALookShowsThatBlankLinesStay)
+{
+    folder.Write("x.DATA", "RUNSPEC\n\n-- a\n\n-- b\n\nDIMENS\n 1 2 3 /\n");
+    EXPECT_EQ(Run("above DIMENS ''\n", {"--dry-run"}).out,
+              "--- x.DATA\n+++ x.DATA\n@@ -3,4 +3 @@\n--- a\n-\n--- b\n \n");
+    EXPECT_EQ(Run("above DIMENS ''\n").status, 0);
+    EXPECT_EQ(folder.Read("x.DATA"), "RUNSPEC\n\n\nDIMENS\n 1 2 3 /\n");
+}
+
 TEST_F(Apply, NamesMayLookLikeOptions)
 {
     std::filesystem::rename(folder.Path("x.DATA"), folder.Path("-x a.DATA"));

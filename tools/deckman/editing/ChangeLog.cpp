@@ -44,6 +44,14 @@ std::string FirstLines(std::string text, int lines)
     return text;
 }
 
+/// The blank lines at the end: they stay where a comment goes.
+std::string_view BlankEnd(std::string_view text)
+{
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    const std::size_t feed = last == std::string_view::npos ? last : text.find('\n', last);
+    return feed == std::string_view::npos ? std::string_view() : text.substr(feed + 1);
+}
+
 bool StandsOnDiskOf(const IKeyword& keyword, const IKeywordFile& file)
 {
     return keyword.GetLine() > 0 && keyword.GetFile() == &file;
@@ -225,6 +233,7 @@ std::vector<ChangeLog::Change> ChangeLog::Changes()
         }
         Change change{record.file, std::max(1, record.line - above), record.name, record.ahead,
                       CommentAbove(*record.keyword)};
+        if (change.after.empty()) change.after = BlankEnd(record.ahead);
         if (after != record.text) {
             change.before += record.text;
             change.after += after;
