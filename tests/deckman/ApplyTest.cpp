@@ -179,6 +179,11 @@ TEST_F(Apply, OneWrongLineStopsAll)
          "script:900: error: x.DATA:2: PORO may not stand in the section RUNSPEC."},
         {"insert --after TABDIMS 'OIL\n 1 /'", 1, "script:900: error: Found unexpected data for keyword 'OIL'"},
         {"set WELTARG[P1].VALUE 1", 1, "WELTARG#1 is the first"},
+        {"set DIMENS --text '-- sizes\n 1 2 3 /'\nnote DIMENS other", 1,
+         "script:902: error: x.DATA:6: The text that was set for DIMENS begins with its comment: note it ahead of "
+         "that."},
+        {"insert --before DIMENS 'TITLE\nx'\nnote TITLE y", 1,
+         "What stands below TITLE is its text, and no comment; above puts one above it."},
         {"mv DIMENS --before DIMENS", 1, "script:900: error: x.DATA:6: DIMENS stands there already"},
         {"rm DIMENS\nrm DIMENS", 1, "script:901: error: DIMENS: Line 900 has removed this keyword."},
         {"insert --after DIMENS OIL\nrm OIL\nabove OIL x", 1,

@@ -109,9 +109,17 @@ void EditUntag(KeywordEdits& run, const Options& options)
 void EditNote(KeywordEdits& run, const Options& options)
 {
     const std::string text = WithLead(GivenText(options), " ", {});
-    ChangeKeyword(run, run.FindKeyword(options.where, options, "note"), [&](const KeywordEdits::Target& target) {
-        return run.Editor().SetComment(target.position, text) && (text.empty() || target.keyword->GetComment() == text);
-    });
+    const KeywordEdits::Target target = run.FindKeyword(options.where, options, "note");
+    const IKeyword& keyword = *target.keyword;
+    ChangeKeyword(run, target,
+                  [&](const KeywordEdits::Target& at) { return run.Editor().SetComment(at.position, text); });
+    if (keyword.GetComment() == text) return;
+    const std::shared_ptr<std::string> data = run.Session().Keywords().GetDataText(&keyword);
+    if (data && Service::TrimmedLeft(*data).starts_with("--"))
+        run.Refuse(keyword, fmt::format("The text that was set for {} begins with its comment: note it ahead of that.",
+                                        keyword.GetName()));
+    run.Refuse(keyword, fmt::format("What stands below {} is its text, and no comment; above puts one above it.",
+                                    keyword.GetName()));
 }
 
 void EditAbove(KeywordEdits& run, const Options& options)
