@@ -252,6 +252,49 @@ bool CompareEdits(const std::string& deckman, const std::filesystem::path& deck)
     return met;
 }
 
+/// Edits of every kind in one script, looked at only, against half as many: the time must not grow with the square.
+bool CompareScripts(const std::string& deckman, const std::filesystem::path& deck, int edits)
+{
+    const auto apply = [&](int count) {
+        const std::filesystem::path script = deck.parent_path() / fmt::format("script{}.txt", count);
+        std::ofstream lines(script);
+        constexpr int kinds = 5;
+        for (int i = 0; i < count / kinds; ++i) {
+            const int index = 100 + 6 * i;
+            lines << fmt::format("set WCONPROD#{}[1].ORAT 7\nabove @{} new\nrm @{} --with-comment\n"
+                                 "mv @{} --after @59900\ninsert --after @{} DRSDT\n",
+                                 1 + 2 * i, index, index + 1, index + 2, index + 3);
+        }
+        return Command{{deckman, "apply", deck.string(), script.string(), "--dry-run"}, {}};
+    };
+    const bool met = CompareTimes(fmt::format("deckman apply, {} edits of all kinds", edits), apply(edits),
+                                  fmt::format("deckman apply, {}", edits / 2), apply(edits / 2), 2.3);
+    for (const int count : {edits, edits / 2})
+        std::filesystem::remove(deck.parent_path() / fmt::format("script{}.txt", count));
+    return met;
+}
+
+/// A keyword that is all faults against one of half as many rows: the time must not grow with the square, 4.
+bool CompareFaults(const std::string& deckman, const std::filesystem::path& folder, const std::string& what,
+                   const std::string& name, const std::string& row, int rows)
+{
+    const auto check = [&](int count) {
+        const std::filesystem::path deck = folder / fmt::format("FAULTS{}.DATA", count);
+        std::ofstream text(deck);
+        text << "RUNSPEC\nSTART\n 1 JAN 2000 /\nSCHEDULE\n" << name << '\n';
+        for (int i = 0; i < count; ++i)
+            text << fmt::format(fmt::runtime(row), i) << '\n';
+        text << "/\n";
+        // The status tells the faults.
+        return Command{{"/bin/sh", "-c", fmt::format("'{}' check '{}' || true", deckman, deck.string())}, {}};
+    };
+    const bool met = CompareTimes(fmt::format("deckman check, {} {}", rows, what), check(rows),
+                                  fmt::format("deckman check, {}", rows / 2), check(rows / 2), 3.0);
+    for (const int count : {rows, rows / 2})
+        std::filesystem::remove(folder / fmt::format("FAULTS{}.DATA", count));
+    return met;
+}
+
 /// A merge against one of half the work, whose time is a budget's yardstick: the time must not grow with the square.
 bool CompareMerges(const std::string& deckman, const std::filesystem::path& decks, std::int64_t share)
 {
@@ -336,6 +379,10 @@ int main(int argc, char** argv)
         missed +=
             !CompareSet("deckman set of an item, 500 MB of arrays", deckman, decks / "ARRAYS.DATA", "DIMENS.0", 1.3);
         missed += !CompareEdits(deckman, decks / "SCHEDULE.DATA");
+        missed += !CompareScripts(deckman, decks / "SCHEDULE.DATA", 20000);
+        missed += !CompareFaults(deckman, decks, "rows without a value", "WELSPECS", " P{} 1* 1 1 1* OIL /", 150000);
+        missed += !CompareFaults(deckman, decks, "rows without a /", "WCONPROD", " P{} OPEN xx", 80000);
+        missed += !CompareFaults(deckman, decks, "dates that are none", "DATES", " 30 FEB 2{} /", 40000);
         missed += !CompareMerges(deckman, decks, 100);
         missed += !CompareMerges(deckman, decks, 10);
         missed += CompareSorting(decks, 100000);

@@ -80,7 +80,7 @@ Run RunHere(const Command& command)
     }
     run.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
     run.peakKiB = usage.ru_maxrss;
-    if (!WIFEXITED(status) || WEXITSTATUS(status) > 1)
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
         Fail(command, WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status))
                                         : "signal " + std::to_string(WTERMSIG(status)));
     return run;

@@ -208,27 +208,6 @@ TEST_F(Apply, OneWrongLineStopsAll)
     EXPECT_EQ(folder.Read("x.DATA~"), top);
 }
 
-/// Where each edit has the deck looked through anew, a verb takes more than the seconds that there are.
-TEST_F(Apply, LongScriptsAreShort)
-{
-    constexpr int count = 10000;
-    std::string text = "RUNSPEC\nSCHEDULE\n";
-    for (int i = 0; i < 6 * count; ++i)
-        text += "-- above " + std::to_string(i) + "\nWELTARG\n P ORAT 1 /\n/\n";
-    folder.Write("x.DATA", text);
-    for (const std::string edit : {"set @#[0].VALUE 2", "above @# new", "rm @# --with-comment", "mv @# --after @59000",
-                                   "insert --after @# DRSDT"})
-    {
-        SCOPED_TRACE(edit);
-        std::string script;
-        for (int i = 0; i < count; ++i)
-            script += Replaced(edit, "#", std::to_string(3 + i)) + "\n";
-        folder.Write("script", script);
-        const Outcome outcome = Shell("ulimit -t 10; deckman apply x.DATA script --dry-run | wc -l", run);
-        EXPECT_GE(std::atoi(outcome.out.c_str()), count) << outcome.err;
-    }
-}
-
 /// Any edits in any order, in one commit or each with its own.
 TEST_F(Apply, OneScriptDoesWhatItsLinesDo)
 {
