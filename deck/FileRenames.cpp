@@ -15,6 +15,7 @@
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IKeywordFileManager.h>
 #include <tarn/keywords/DataAccessUtils.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/FileSystem.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -74,9 +75,12 @@ FileRenames::FileRenames(DeckKeywords& keywords, IKeywordFileManager& fileManage
                          bool generatedOnly)
     : m_keywords(keywords), m_fileManager(fileManager), m_leaves(leaves)
 {
+    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
     FindKeywordFiles(generatedOnly);
     FindGridFiles("ORDGRID", generatedOnly);
     FindGridFiles("GDFILE", generatedOnly);
+    if (Service::FileInputStream::ReadFailures() != readFailures)
+        throw DeckManagerException("The files cannot be renamed: a file of the deck cannot be read.");
 }
 
 FileRenames::~FileRenames() = default;

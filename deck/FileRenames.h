@@ -27,7 +27,7 @@ public:
     static Leaves LeavesOf(const std::map<Service::FileName, Service::FileName>& names);
 
     /// Finds out what the renames come to; with `generatedOnly`, by generated keywords alone. Throws
-    /// `DeckManagerException` for a name that a keyword would have to hold and can't.
+    /// `DeckManagerException` for a name that a keyword would have to hold and can't, and when a file can't be read.
     FileRenames(DeckKeywords& keywords, IKeywordFileManager& fileManager, const Leaves& leaves, bool generatedOnly);
     ~FileRenames();
     FileRenames(const FileRenames&) = delete;

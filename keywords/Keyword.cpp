@@ -208,9 +208,11 @@ std::shared_ptr<std::string> Keyword::GetDataText()
 {
     if (m_state && m_state->heldText) return m_state->heldText;
     if (m_syntax->GetMetaData() == nullptr) return nullptr;
-    GetState().heldText =
-        std::make_shared<std::string>(m_dataChanged || !HasValidExtent() ? WriteDataText() : ReadDataText());
-    return m_state->heldText;
+    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    auto text = std::make_shared<std::string>(m_dataChanged || !HasValidExtent() ? WriteDataText() : ReadDataText());
+    // What could not be read may be read another time.
+    if (Service::FileInputStream::ReadFailures() == readFailures) GetState().heldText = text;
+    return text;
 }
 
 std::shared_ptr<ILineReader> Keyword::BorrowReader() const

@@ -180,18 +180,6 @@ bool EndsAtOperation(int n, const std::set<Call>& operations, IDeckKeywordsEdito
     return false;
 }
 
-/// The deck as whoever opens it now finds it.
-std::string WalkOfDisk(const EditedDeck& deck)
-{
-    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create();
-    IDeck* fresh = manager->ImportDeck("Fresh", deck.Deck().Dir().Path(NameOf(0)), false, true, false);
-    std::string names;
-    IDeckKeywords& keywords = *fresh->GetDeckKeywords();
-    for (KeywordIterator place = keywords.Begin(); place != keywords.PhysicalEnd(); ++place)
-        names += (names.empty() ? "" : " ") + place->GetName();
-    return names;
-}
-
 /// The commit, of which the n-th operation fails, and with `forever` all behind it until it has given up. Then another,
 /// or a discard. Gives the kind of the operation; none when there was no such one.
 std::optional<Call> FailsAtOperation(const Shape& shape, const std::vector<std::string>& expected, bool cancels,
@@ -219,7 +207,7 @@ std::optional<Call> FailsAtOperation(const Shape& shape, const std::vector<std::
         deck.Editor().Discard();
         EXPECT_EQ(CountNew(deck, expected), newFiles);
     }
-    EXPECT_EQ(deck.Deck().Walk(true), WalkOfDisk(deck)) << message;
+    EXPECT_EQ(deck.Deck().Walk(true), deck.Deck().WalkOfDisk()) << message;
     // Only what can't be removed is left.
     const bool mayLeaveFiles = hasFailed && (forever || failing.FirstFailed() == Call::Unlink);
     if (!mayLeaveFiles) {

@@ -64,19 +64,6 @@ protected:
         return {};
     }
 
-    /// The names of the keywords as whoever opens the deck now finds them.
-    static std::string WalkOfDisk(const TestDeck& deck)
-    {
-        const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create();
-        const IDeck* fresh =
-            manager->ImportDeck("Fresh", deck.TopFile().GetFileName().GetFullName(), false, true, false);
-        std::string names;
-        IDeckKeywords& keywords = *fresh->GetDeckKeywords();
-        for (KeywordIterator place = keywords.Begin(); place != keywords.PhysicalEnd(); ++place)
-            names += (names.empty() ? "" : " ") + place->GetName();
-        return names;
-    }
-
     TestSupport::CleanEnvironment m_environment;
     TestSupport::LogRecorder m_log;
 };
@@ -136,7 +123,7 @@ TEST_F(CommitTest, ChangesOnlyWhatWasEdited)
         std::string expected = topText;
         expected.replace(expected.find(test.old), test.old.size(), test.changed);
         EXPECT_EQ(deck.Dir().Read("TOP.DATA"), expected);
-        EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
         EXPECT_EQ(deck.Dir().Listing(), "A.INC TOP.DATA");
         EXPECT_FALSE(deck.TopFile().IsModified());
         // The header has gone into the text: a second one takes its place.
@@ -192,7 +179,7 @@ TEST_F(CommitTest, AnOpenLastLineStaysOpenWhileNothingFollowsIt)
         test.edit(EditorOf(deck), deck);
         EditorOf(deck).Commit();
         EXPECT_EQ(deck.Dir().Read("TOP.DATA"), test.expected);
-        EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
         // Its keywords know where they stand now.
         SetCommentAbove(EditorOf(deck), deck.Keywords().Begin(), "-- above");
         EditorOf(deck).Commit();
@@ -306,7 +293,7 @@ TEST_F(CommitTest, WhatStandsAheadOfTheFirstKeywordStaysThere)
         std::string written = deck.Dir().Read("A.INC");
         if (const std::size_t at = written.find("GAS\n\n"); at != std::string::npos) written.erase(at + 4, 1);
         EXPECT_EQ(written, test.expected);
-        EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
         // Where all has come to stand is known: a second commit changes what it is about.
         written = deck.Dir().Read("A.INC");
         EXPECT_TRUE(editor.SetComment(deck.At("OIL"), "beside"));
@@ -476,10 +463,10 @@ TEST_F(CommitTest, ReadsAnewWhereOtherKeywordsCameToLight)
     Insert(editor, deck.At("WATER"), "SKIP\n");
     Insert(editor, deck.At("GAS"), "ENDSKIP\n");
     editor.Commit();
-    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
     editor.RemoveKeyword(deck.At("GRID"));
     editor.Commit();
-    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
 }
 
 TEST_F(CommitTest, OneFileGoesAhead)
@@ -523,7 +510,7 @@ TEST_F(CommitTest, OneFileGoesAhead)
     append("WATER\n");
     editor.Discard();
     EXPECT_FALSE(deck.Dir().Exists("A_INC__.tmp"));
-    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
     EXPECT_FALSE(deck.File("A.INC").IsModified());
 }
 
@@ -616,7 +603,7 @@ TEST_F(CommitTest, FilesAreRenamed)
               "RUNSPEC\nINCLUDE\n'sub/B.INC' / one\nINCLUDE\n'sub/C.INC' /\nGRID\nGDFILE\n"
               "'grids/NEW' /\nINCLUDE\n'sub/B.INC' /\n");
     EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE OIL INCLUDE WATER GRID GDFILE INCLUDE OIL");
-    EXPECT_EQ(deck.Walk(true), WalkOfDisk(deck));
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
 }
 
 } // namespace

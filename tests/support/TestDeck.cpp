@@ -37,6 +37,19 @@ std::string TestDeck::Walk(bool ignoreLogicalEnds) const
     return names;
 }
 
+std::string TestDeck::WalkOfDisk() const
+{
+    const std::unique_ptr<Decks::IDeckManager> manager = Decks::DeckManagerFactory::Create();
+    const std::string& path = Keywords().GetDataFile()->GetFileName().GetFullName();
+    const Decks::IDeck* const fresh = manager->ImportDeck("Fresh", path, false, true, false);
+    if (fresh == nullptr) throw std::runtime_error("The deck can't be opened anew");
+    std::string names;
+    const Decks::IDeckKeywords& keywords = *fresh->GetDeckKeywords();
+    for (Decks::KeywordIterator place = keywords.Begin(); place != keywords.PhysicalEnd(); ++place)
+        names += (names.empty() ? "" : " ") + place->GetName();
+    return names;
+}
+
 std::string TestDeck::WalkBack() const
 {
     std::string names;

@@ -55,7 +55,9 @@ public:
 
     /// The names of the keywords from `Begin` to the end of the walk, with one blank between.
     std::string Walk(bool ignoreLogicalEnds = false) const;
-    /// The same backwards, from the last keyword to the first.
+    /// The names of all keywords as whoever opens the deck now finds them on the disk.
+    std::string WalkOfDisk() const;
+    /// The same as `Walk` backwards, from the last keyword to the first.
     std::string WalkBack() const;
     /// The position of the n-th keyword of that name (from 1) in the walk that ignores logical ends.
     Decks::KeywordIterator At(const std::string& name, int n = 1) const;
