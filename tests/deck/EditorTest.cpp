@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
 #include "tests/support/LogRecorder.h"
+#include "tests/support/TempDir.h"
 #include "tests/support/TestDeck.h"
 #include <deckmanager/Environment.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
@@ -245,6 +247,39 @@ TEST_F(EditorTest, CommentsAboveAreReadPastRemovedKeywords)
     EXPECT_EQ(deck.Keywords().GetComment(deck.At("EQLDIMS"), false), "-- above E\n");
     ASSERT_TRUE(editor.MoveKeyword(deck.At("EQLDIMS"), deck.At("DIMENS")));
     EXPECT_EQ(deck.Keywords().GetComment(deck.At("EQLDIMS"), false), "-- above E\n");
+}
+
+/// What a host hands on may be part of what the edit changes.
+TEST_F(EditorTest, PositionsMayBeThoseOfKeywordsThatGo)
+{
+    IDeckKeywordsEditor& editor = Editor();
+    KeywordFile& top = m_deck.TopFile();
+    editor.MoveKeyword(top.GetINCLUDEKeywords().front(), top.Begin());
+    EXPECT_EQ(m_deck.Walk(true), "INCLUDE WATER TABDIMS RUNSPEC DIMENS OIL PROPS DENSITY END");
+    editor.Discard();
+    const KeywordIterator first = m_deck.At("WATER");
+    EXPECT_TRUE(editor.RemoveKeywords(first, m_deck.Keywords().LogicalEnd()));
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS OIL INCLUDE END");
+    EXPECT_TRUE(editor.RemoveKeyword(top.GetINCLUDEKeywords().front()));
+    EXPECT_EQ(m_deck.Walk(true), "RUNSPEC DIMENS OIL END");
+    EXPECT_EQ(top.GetINCLUDEKeywords().size(), 0u);
+}
+
+TEST_F(EditorTest, AFileOfAnotherDeckIsNotOverwritten)
+{
+    const TestSupport::TempDir folder;
+    folder.Write("OTHER.DATA", "RUNSPEC\nGAS\n");
+    const IDeck* other = m_deck.Manager().ImportDeck("Other", folder.Path("OTHER.DATA"), false, true, false);
+    IDeckKeywordsEditor& editor = Editor();
+    editor.SetDataText(m_deck.At("DIMENS"), " 4 5 6 /");
+    for (const bool commitFirst : {true, false}) {
+        std::istringstream text("RUNSPEC\nOIL\n");
+        editor.OverwriteFile(other->GetDeckKeywords()->GetDataFile(), text, true, commitFirst, false);
+        EXPECT_EQ(folder.Read("OTHER.DATA"), "RUNSPEC\nGAS\n");
+        // Nor are the edits of the deck brought to the disk for it, or dropped.
+        EXPECT_EQ(m_deck.Dir().Read("TOP.DATA"), topText);
+        EXPECT_EQ(DataTextAt("DIMENS"), " 4 5 6 /");
+    }
 }
 
 TEST_F(EditorTest, AnIncludeDoesNotMoveIntoItsOwnTree)

@@ -18,9 +18,9 @@
 namespace {
 
 using namespace Tarn::Fjel::Core::DeckManager;
+using Tarn::Fjel::Core::Service::FileName;
 using TestSupport::FailingFileSystem;
 using TestSupport::TestDeck;
-using Tarn::Fjel::Core::Service::FileName;
 using Call = FailingFileSystem::Call;
 
 const TestDeck::Texts before{
