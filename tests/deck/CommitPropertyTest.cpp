@@ -445,6 +445,8 @@ private:
         if (file == 0) text += "RUNSPEC" + m_lineEnd;
         for (std::size_t i = Below(6); i > 0; --i) {
             text += KeywordText() + Comments();
+            // What stands behind is dead text, which keeps its place and its bytes.
+            if (Below(14) == 0) text += (file == 0 ? "END" : "ENDINC") + m_lineEnd + Comments();
             // A section keyword that recurs is none.
             if (Below(12) == 0) text += "RUNSPEC" + m_lineEnd + Comments();
             if (Below(12) == 0)
