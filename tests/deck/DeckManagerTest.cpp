@@ -307,6 +307,16 @@ TEST_F(DeckManagerTest, ReadingADeckDeletesNone)
     ASSERT_NE(deck, nullptr);
     EXPECT_EQ((*deck->GetDeckKeywords()->Begin())->GetName(), "RUNSPEC");
     EXPECT_EQ(m_directory.Listing(), "Deck_1.DATA");
+
+    // The first of these names whose place holds nothing that the deck would clear.
+    for (const char* name : {"Deck_1.DATA", "Deck_3.DATA"}) {
+        DeckReader other;
+        m_directory.Write("Deck_3.DATA", "RUNSPEC\n");
+        const IDeck* read = other.Read(name);
+        ASSERT_NE(read, nullptr);
+        EXPECT_EQ(read->GetName(), "Deck_2") << name;
+        EXPECT_EQ(m_directory.Listing(), "Deck_1.DATA Deck_3.DATA");
+    }
 }
 
 TEST_F(DeckManagerTest, KeywordsThatASimulatorDoesNotKnow)

@@ -139,6 +139,8 @@ TEST(Merge, TellsWhatIsOddBeforeItBegins)
     EXPECT_THAT(decks.Run({"--dry-run"}).err, HasSubstr("old/TOP.DATA: warning: Nothing in OLD bears the tag"));
     decks.folder.Write("new/TOP.DATA", "-- Generated\nRUNSPEC\nDIMENS\n1 2 3 /\n");
     EXPECT_THAT(decks.Run({"--dry-run"}).err, HasSubstr("new/TOP.DATA: note: The file is generated as a whole."));
+    decks.folder.Write("old/TOP.DATA", "-- Generated\nRUNSPEC\nOIL\n");
+    EXPECT_THAT(decks.Run({"--dry-run"}).err, HasSubstr("old/TOP.DATA: note: The file is generated as a whole."));
     decks.folder.Write("shared.inc", "WATER  " + tag);
     const std::string include = "RUNSPEC\nINCLUDE " + tag + "'" + decks.folder.Path("shared.inc") + "' /\n";
     decks.folder.Write("old/TOP.DATA", include + "OIL\n");
