@@ -274,7 +274,7 @@ bool CompareScripts(const std::string& deckman, const std::filesystem::path& dec
     return met;
 }
 
-/// A keyword that is all faults against one of half as many rows: the time must not grow with the square, 4.
+/// A keyword that is all faults against one of half as many rows: the time must not grow with the square.
 bool CompareFaults(const std::string& deckman, const std::filesystem::path& folder, const std::string& what,
                    const std::string& name, const std::string& row, int rows)
 {
@@ -289,7 +289,7 @@ bool CompareFaults(const std::string& deckman, const std::filesystem::path& fold
         return Command{{"/bin/sh", "-c", fmt::format("'{}' check '{}' || true", deckman, deck.string())}, {}};
     };
     const bool met = CompareTimes(fmt::format("deckman check, {} {}", rows, what), check(rows),
-                                  fmt::format("deckman check, {}", rows / 2), check(rows / 2), 3.0);
+                                  fmt::format("deckman check, {}", rows / 2), check(rows / 2), 2.3);
     for (const int count : {rows, rows / 2})
         std::filesystem::remove(folder / fmt::format("FAULTS{}.DATA", count));
     return met;

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <functional>
+#include <span>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 #include <tarn/service/Log.h>
@@ -89,11 +91,18 @@ void CheckReport::AddToGroup(const Finding& finding)
     std::string text(Service::TrimmedRight(finding.text));
     if (!finding.keyword.empty() && !Names(text, finding.keyword)) text += fmt::format(" ({})", finding.keyword);
 
-    const auto [known, isNew] = m_groupOf.try_emplace(fmt::format("{}{}", finding.severity, text), m_groups.size());
-    if (isNew) m_groups.push_back({finding.severity, std::move(text), {}, 0});
-    Group& group = m_groups[known->second];
+    auto& known = m_groupOf[finding.severity];
+    auto found = known.find(text);
+    if (found == known.end()) {
+        Group& added = m_groups.emplace_back(Group{finding.severity, std::move(text), {}});
+        found = known.emplace(added.text, &added).first;
+    }
+    Group& group = *found->second;
+    if (group.count < static_cast<long long>(shownPlaces)) {
+        const auto file = m_fileOrder.try_emplace(std::string(finding.file), unnamed).first;
+        group.places[static_cast<std::size_t>(group.count)] = {&file->first, finding.line};
+    }
     ++group.count;
-    if (group.places.size() < shownPlaces) group.places.push_back({std::string(finding.file), finding.line});
 }
 
 void CheckReport::Print(const Group& group)
@@ -102,8 +111,9 @@ void CheckReport::Print(const Group& group)
     std::string text = group.text;
     Messages::MakeHarmless(text);
     Service::StringReplace(text, "\n", "\n    ");
-    for (const Place& place : group.places) {
-        std::string shown = place.file.empty() ? "deckman" : m_session.Log().Shown(place.file);
+    const auto shownCount = static_cast<std::size_t>(std::min<long long>(group.count, shownPlaces));
+    for (const Place& place : std::span(group.places).first(shownCount)) {
+        std::string shown = place.file->empty() ? "deckman" : m_session.Log().Shown(*place.file);
         Messages::MakeHarmless(shown);
         m_out.Append(shown);
         if (place.line > 0) m_out.Append(fmt::format(":{}", place.line));
@@ -113,7 +123,7 @@ void CheckReport::Print(const Group& group)
         m_out.Append(text);
         m_out.Append('\n');
     }
-    const long long more = group.count - static_cast<long long>(group.places.size());
+    const long long more = group.count - static_cast<long long>(shownCount);
     if (more > 0) m_out.Append(fmt::format("    ... and {} more\n", more), Style::Faint);
 }
 
@@ -122,13 +132,17 @@ void CheckReport::Finish(long long keywords, long long files)
     if (m_json) return;
     const auto place = [this](const Group& group) {
         const Place& first = group.places.front();
-        const auto file = m_fileOrder.find(first.file);
-        return std::pair(file != m_fileOrder.end() ? file->second : m_fileOrder.size(), first.line);
+        return std::pair(m_fileOrder.at(*first.file), first.line);
     };
-    std::stable_sort(m_groups.begin(), m_groups.end(),
-                     [&](const Group& left, const Group& right) { return place(left) < place(right); });
+    using Ranked = std::pair<std::pair<std::size_t, int>, const Group*>;
+    std::vector<Ranked> ranked;
+    ranked.reserve(m_groups.size());
     for (const Group& group : m_groups)
-        Print(group);
+        ranked.emplace_back(place(group), &group);
+    std::stable_sort(ranked.begin(), ranked.end(),
+                     [](const Ranked& left, const Ranked& right) { return left.first < right.first; });
+    for (const auto& [rank, group] : ranked)
+        Print(*group);
     m_out.Append(fmt::format("{} in {}: {}, {}.\n", Counted(keywords, "keyword"), Counted(files, "file"),
                              CountedOrNo(m_errors, "error"), CountedOrNo(m_warnings, "warning")));
 }

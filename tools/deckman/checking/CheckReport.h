@@ -1,11 +1,14 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <deque>
+#include <limits>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <vector>
 
 #include "output/Output.h"
 
@@ -31,7 +34,11 @@ public:
     CheckReport(DeckSession& session, Output& out, bool json) : m_session(session), m_out(out), m_json(json) {}
 
     /// What concerns files comes in the order in which they are named here.
-    void AddFile(const std::string& name) { m_fileOrder.try_emplace(name, m_fileOrder.size()); }
+    void AddFile(const std::string& name)
+    {
+        std::size_t& order = m_fileOrder.try_emplace(name, unnamed).first->second;
+        if (order == unnamed) order = m_namedFiles++;
+    }
 
     void Add(const Finding& finding);
 
@@ -44,18 +51,21 @@ public:
 private:
     /// Of one kind of message, how many places are shown.
     static constexpr std::size_t shownPlaces = 3;
+    /// The order of a file that was not named: behind all others.
+    static constexpr std::size_t unnamed = std::numeric_limits<std::size_t>::max();
 
+    /// A deck may have as many groups as keywords: each is one piece of memory, and its text one more.
     struct Place
     {
-        std::string file;
-        int line;
+        const std::string* file = nullptr; ///< of `m_fileOrder`
+        int line = -1;
     };
     struct Group
     {
         int severity;
         std::string text; ///< with the keyword's name
-        std::vector<Place> places;
-        long long count;
+        std::array<Place, shownPlaces> places;
+        long long count = 0;
     };
 
     void AddJson(const Finding& finding);
@@ -66,9 +76,10 @@ private:
     Output& m_out;
     bool m_json;
     std::unordered_map<std::string, std::size_t> m_fileOrder;
+    std::size_t m_namedFiles = 0;
     std::unordered_set<std::size_t> m_told; // hashes of findings
-    std::vector<Group> m_groups;
-    std::unordered_map<std::string, std::size_t> m_groupOf; // by severity and text
+    std::deque<Group> m_groups;
+    std::map<int, std::unordered_map<std::string_view, Group*>> m_groupOf; // by severity and text
     int m_warnings = 0;
     int m_errors = 0;
 };
