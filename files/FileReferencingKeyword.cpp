@@ -79,7 +79,8 @@ const FileReferencingKeyword* FileReferencingKeyword::From(const IKeyword* keywo
 
 std::optional<std::string> FileReferencingKeyword::NamedText(const Context& context) const
 {
-    return NameIn(const_cast<FileReferencingKeyword*>(this)->GetData(context));
+    const Keywords::IKeywordData* data = const_cast<FileReferencingKeyword*>(this)->DataUnlessUnreadable(context);
+    return data != nullptr ? NameIn(data) : std::nullopt;
 }
 
 Service::FileName FileReferencingKeyword::NamedFile(const Context& context) const

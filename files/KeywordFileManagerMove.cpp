@@ -163,8 +163,8 @@ public:
         } catch (const std::exception& failure) {
             ThrowNotMoved(failure, copy);
         }
-        GoOver();
         try {
+            GoOver();
             CorrectOpenFiles(committer);
         } catch (const std::exception& failure) {
             if (m_isCommitted) {
@@ -178,7 +178,9 @@ public:
         }
         if (!copy.Settle())
             Tell("What stood in " + m_paths.NewDir().Name() + " cannot be deleted; it is " + copy.Aside().Name() + ".");
-        if (deleteOld && m_paths.OldDir().Exists()) DeleteOld(copy);
+        // What can't be looked at may be there.
+        const Service::FileStatus old = Service::FileStatus::Of(m_paths.OldDir().Name());
+        if (deleteOld && (old.isUnknown || old.Exists())) DeleteOld(copy);
         CorrectCache();
     }
 
@@ -260,6 +262,7 @@ private:
 
     void GoOver()
     {
+        m_oldTempDir = m_manager.TempProjectDir();
         for (const std::shared_ptr<KeywordFile>& file : m_manager.m_files) {
             const FileName name = file->GetFileName();
             if (m_paths.IsInManagedArea(name.GetDirectory(), {}))
@@ -267,7 +270,6 @@ private:
         }
         m_manager.m_directoryManager->SetProjectDir(m_paths.NewDir());
         m_manager.FilesRenamed();
-        m_oldTempDir = m_manager.TempProjectDir();
         if (m_oldTempDir.IsSet() && m_paths.IsInManagedArea(m_oldTempDir, {}))
             m_manager.SetTempProjectDir(m_paths.Moved(m_oldTempDir));
     }

@@ -20,6 +20,7 @@
 #include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/FileStatus.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/FileUtils.h>
 #include <tarn/service/Log.h>
 
@@ -68,13 +69,16 @@ std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
     KeywordFile* owner = OwnerFile();
     if (owner == nullptr || m_refusedAt == FileRing::DroppedLinks()) return nullptr;
 
-    Keywords::IKeywordData* data = const_cast<KeywordINCLUDE*>(this)->GetData(owner->RootContext());
-    const std::optional<std::string> text = Keywords::DataAccessUtils::GetINCLUDEFileName(data);
-    if (!text) return nullptr;
-
     const std::string& place = owner->GetFileName().GetFullName();
     const Log::Place logPlace(
         place, [](const void* include) { return static_cast<const KeywordINCLUDE*>(include)->GetLine(); }, this);
+    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Keywords::IKeywordData* data = const_cast<KeywordINCLUDE*>(this)->DataUnlessUnreadable(owner->RootContext());
+    if (Service::FileInputStream::ReadFailures() != readFailures)
+        TellOfPath("The path of this INCLUDE cannot be read from its file.");
+    const std::optional<std::string> text = Keywords::DataAccessUtils::GetINCLUDEFileName(data);
+    if (!text) return nullptr;
+
     Service::FileName name;
     try {
         name = Service::FileName(*text);

@@ -139,6 +139,17 @@ Keywords::IKeywordData* Keyword::DataTree(const Context& context) const
     return state.data.get();
 }
 
+Keywords::IKeywordData* Keyword::DataUnlessUnreadable(const Context& context)
+{
+    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    Keywords::IKeywordData* data = DataTree(context);
+    // Data that were there already took no reading.
+    if (Service::FileInputStream::ReadFailures() == readFailures) return data;
+    m_state->data.reset();
+    m_state->variables.reset();
+    return nullptr;
+}
+
 std::unique_ptr<Keywords::IKeywordData> Keyword::ReadData(const Context& context, KeywordVariables* variables)
 {
     if (m_syntax->GetMetaData() == nullptr) return nullptr;

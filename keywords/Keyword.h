@@ -185,6 +185,9 @@ protected:
             std::shared_ptr<KeywordFileReader> reader, long long position, long long size, std::string_view name,
             const KeywordMarks* marks);
 
+    /// `GetData`, and null where a file could not be read for it. Nothing is kept then: the next one may read it.
+    Keywords::IKeywordData* DataUnlessUnreadable(const Context& context);
+
     /// The keyword has a new owner.
     virtual void OnOwnerChanged() {}
 

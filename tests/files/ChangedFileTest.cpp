@@ -111,6 +111,40 @@ TEST_F(ChangedFileTest, ReadErrorIsToldAndTheFileRefusesEdits)
     EXPECT_FALSE(deck.TopFile().IsReadOnly());
 }
 
+/// The path of an INCLUDE is read apart from the scan. Where that fails, a file is missing, and nobody must take what
+/// is left for the deck; the next who asks may find it.
+TEST_F(ChangedFileTest, AnIncludeWhosePathCannotBeReadIsToldAndReadAnotherTime)
+{
+    for (const auto call : {FailingFileSystem::Call::Open, FailingFileSystem::Call::Read}) {
+        int told = 0;
+        for (int n = 1, failed = 1; failed != 0; ++n) {
+            SCOPED_TRACE(n);
+            const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nINCLUDE\n'c.inc' /\nGAS\n"},
+                                 {"b.inc", "OIL\n"},
+                                 {"c.inc", "WATER\n"}});
+            const std::string whole = "RUNSPEC INCLUDE OIL INCLUDE WATER GAS";
+            m_log.Clear();
+            {
+                FailingFileSystem files;
+                files.FailAt(n, {call}, EMFILE);
+                EXPECT_TRUE(deck.Walk() == whole || !m_log.Texts(3).empty()) << deck.Walk();
+                failed = files.HasFailed() ? 1 : 0;
+            }
+            for (const std::string& text : m_log.Texts(3))
+                told += text == "The path of this INCLUDE cannot be read from its file." ? 1 : 0;
+            for (const char* name : {"A.DATA", "b.inc", "c.inc"}) {
+                try {
+                    if (deck.File(name).IsReadOnly()) deck.File(name).Reload();
+                } catch (const std::runtime_error&) {
+                    // Nobody has come to it yet.
+                }
+            }
+            EXPECT_EQ(deck.Walk(), whole);
+        }
+        EXPECT_GE(told, 2);
+    }
+}
+
 TEST_F(ChangedFileTest, FileThatWasGivenUpBringsItsSectionsOnceMore)
 {
     const TestDeck deck({{"A.DATA", "INCLUDE\n'b.inc' /\n"}, {"b.inc", "RUNSPEC\nPATHS\n'A' 'b' /\n/\n"}});
