@@ -8,6 +8,7 @@
 #include "text/KeywordFileReader.h"
 #include "text/LineStringReader.h"
 #include <deckmanager/Context.h>
+#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <tarn/keywords/IKeywordSyntax.h>
@@ -142,12 +143,12 @@ Keywords::IKeywordData* Keyword::DataTree(const Context& context) const
 Keywords::IKeywordData* Keyword::DataUnlessUnreadable(const Context& context)
 {
     const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
-    Keywords::IKeywordData* data = DataTree(context);
-    // Data that were there already took no reading.
-    if (Service::FileInputStream::ReadFailures() == readFailures) return data;
-    m_state->data.reset();
-    m_state->variables.reset();
-    return nullptr;
+    try {
+        return DataTree(context);
+    } catch (const DeckManagerException&) {
+        if (Service::FileInputStream::ReadFailures() == readFailures) throw;
+        return nullptr;
+    }
 }
 
 std::unique_ptr<Keywords::IKeywordData> Keyword::ReadData(const Context& context, KeywordVariables* variables)
@@ -197,15 +198,24 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& contex
         KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
                                              false, variables);
     } else if (!m_dataChanged && HasValidExtent()) {
+        const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
         if (const std::unique_ptr<ILineReader> lines = OpenForData()) {
-            const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
             ReadReport report;
             KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
                                                  &report);
             if (Service::FileInputStream::ReadFailures() == readFailures) NoteTaken(report);
         }
+        RefuseUnlessRead(readFailures);
     }
     return data;
+}
+
+/// Nobody must take what is left for what the file says, and the next who asks may find it.
+void Keyword::RefuseUnlessRead(std::uint64_t readFailuresBefore) const
+{
+    if (Service::FileInputStream::ReadFailures() != readFailuresBefore &&
+        !Environment::Instance().GetAllowIncompleteDeck())
+        ThrowUnreadable();
 }
 
 void Keyword::NoteTaken(const ReadReport& report) const
@@ -221,7 +231,7 @@ std::shared_ptr<std::string> Keyword::GetDataText()
     if (m_syntax->GetMetaData() == nullptr) return nullptr;
     const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
     auto text = std::make_shared<std::string>(m_dataChanged || !HasValidExtent() ? WriteDataText() : ReadDataText());
-    // What could not be read may be read another time.
+    RefuseUnlessRead(readFailures);
     if (Service::FileInputStream::ReadFailures() == readFailures) GetState().heldText = text;
     return text;
 }

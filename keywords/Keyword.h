@@ -185,7 +185,7 @@ protected:
             std::shared_ptr<KeywordFileReader> reader, long long position, long long size, std::string_view name,
             const KeywordMarks* marks);
 
-    /// `GetData`, and null where a file could not be read for it. Nothing is kept then: the next one may read it.
+    /// `GetData`, and null where a file could not be read for it.
     Keywords::IKeywordData* DataUnlessUnreadable(const Context& context);
 
     /// The keyword has a new owner.
@@ -205,6 +205,7 @@ private:
     bool TreeIsData() const;
     std::optional<KeywordElement> FindElement(int index, const Context& context) const;
     std::unique_ptr<ILineReader> OpenForData() const;
+    void RefuseUnlessRead(std::uint64_t readFailuresBefore) const;
     std::string ReadDataText() const;
     std::string WriteDataText() const;
     /// The reader that a pass over the file keeps open, else one of its own; null when the file can't be opened.

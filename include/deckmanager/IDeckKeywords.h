@@ -71,10 +71,12 @@ public:
                                                 bool generatedOnly) const = 0;
 
     /// The keyword's typed data, read and parsed at the first call; owned by the keyword. Null for a keyword without
-    /// data. Throws `DeckManagerException` when a size that the data need cannot be told.
+    /// data. Throws `DeckManagerException` when a size that the data need cannot be told, and when the file cannot be
+    /// read (unless incomplete decks are allowed); a later call reads again.
     virtual Keywords::IKeywordData* GetKeywordData(const IKeyword* keyword) const = 0;
 
-    /// The keyword's data as text, without the keyword line; null for a keyword without data.
+    /// The keyword's data as text, without the keyword line; null for a keyword without data. Throws as
+    /// `GetKeywordData` when the file cannot be read.
     virtual std::shared_ptr<std::string> GetDataText(const IKeyword* keyword) const = 0;
 
     /// The keyword's whole text (`IKeyword::GetText`).

@@ -109,6 +109,7 @@ TEST_F(DeckFileTextTest, TheCommentAboveAKeyword)
         {"a title like a comment", "TITLE\n-- Generated\n-- a title\n-- c\n", "-- c\n"},
         {"a blank title", "TITLE\n\n-- c\n", "-- c\n"},
         {"raw text", python + "-- ' / '\nPYEND\n-- c\n", "-- c\n"},
+        {"text that goes on to the next keyword", "SKIPZR\n1 2 3\n-- c\n", ""},
         {"tag lines", "OIL\n\n-- Generated\n--!!! Program generated\n\n-- c\n-- Generated too\n", "-- c\n"},
         {"CR LF", "OIL\r\n\r\n-- c\r\n\r\n", "-- c\n\n"},
         {"a byte order mark", "\xEF\xBB\xBF", ""},

@@ -155,6 +155,25 @@ TEST_F(DeckKeywordsTest, PositionsBehindTheEndOfAFile)
     EXPECT_EQ(other.Keywords().SectionOf(other.At("PORO")), SectionType::GRID);
 }
 
+/// The place behind an included file is that behind the INCLUDE by which the walk came.
+TEST_F(DeckKeywordsTest, AFileThatIsIncludedTwiceIsLeftByTheWayItWasEntered)
+{
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nOIL\nINCLUDE\n'b.inc' /\nWATER\n"},
+                         {"b.inc", "GAS\nINCLUDE\n'c.inc' /\n"},
+                         {"c.inc", "METRIC\n"}});
+    const char* const behind[] = {"OIL", "WATER"};
+    for (const int n : {1, 2}) {
+        KeywordIterator position = deck.At("METRIC", n);
+        StepOverInclude(position, deck.Deck());
+        EXPECT_EQ(NameAt(position), behind[n - 1]);
+        position = deck.At("GAS", n);
+        StepOverInclude(position, deck.Deck());
+        EXPECT_EQ(NameAt(position), "INCLUDE");
+        StepOverInclude(position, deck.Deck());
+        EXPECT_EQ(NameAt(position), behind[n - 1]);
+    }
+}
+
 TEST_F(DeckKeywordsTest, FilesInTheOrderOfTheirIncludes)
 {
     const TestDeck deck({{"A.DATA", "INCLUDE\n'y.inc' /\nINCLUDE\n'x.inc' /\n"},
@@ -261,13 +280,14 @@ TEST_F(DeckKeywordsTest, EnclosingScope)
 }
 
 /// The rule carried out to the letter, with a call for each nested head.
-KeywordFileIterator LiteralScopeEnd(const KeywordFileIterator& head, const KeywordFileIterator& limit)
+template <typename Iterator>
+Iterator LiteralScopeEnd(const Iterator& head, const Iterator& limit)
 {
     std::vector<std::string> names;
     for (const Keywords::IKeywordSyntax* closer : head->GetSyntax()->GetScopeEndSyntaxes()) {
         names.push_back(closer->GetName());
     }
-    KeywordFileIterator current = head;
+    Iterator current = head;
     bool stay = false;
     for (;;) {
         if (!stay) ++current;
@@ -298,21 +318,33 @@ TEST_F(DeckKeywordsTest, ScopeWalkIsTheLiteralOne)
     unsigned random = 1;
     for (int run = 0; run < 150; ++run) {
         std::string text;
+        std::string inner;
+        std::string after;
         for (int i = 0; i < 12; ++i) {
             random = random * 1664525u + 1013904223u;
-            text += words[(random >> 16) % std::size(words)];
+            (i < 6 ? text : i < 9 ? inner : after) += words[(random >> 16) % std::size(words)];
         }
-        const TestDeck deck(TestDeck::Texts{{"A.DATA", text}});
-        const KeywordFileIterator end = deck.TopFile().End();
-        for (KeywordFileIterator place = deck.TopFile().Begin(); place != end; ++place) {
-            if (!place->GetSyntax()->IsScopeStart()) continue;
-            ASSERT_EQ(FileScopeEnd(place, false), LiteralScopeEnd(place, end)) << place->GetName() << "\n" << text;
+        // A scope goes on behind the end of its file.
+        const TestDeck deck({{"A.DATA", text + "INCLUDE\n'b.inc' /\n" + after}, {"b.inc", inner}});
+        text += "INCLUDE " + inner + "ENDINC " + after;
+        deck.Walk();
+        for (const KeywordFile* file : {&deck.TopFile(), &deck.File("b.inc")}) {
+            const KeywordFileIterator end = file->End();
+            for (KeywordFileIterator place = file->Begin(); place != end; ++place) {
+                if (!place->GetSyntax()->IsScopeStart()) continue;
+                ASSERT_EQ(FileScopeEnd(place, false), LiteralScopeEnd(place, end)) << place->GetName() << "\n" << text;
+            }
         }
 
         // The scope around each place: the nearest head ahead of it, the first keyword aside, that ends behind it.
         const IDeckKeywords& keywords = deck.Keywords();
         const KeywordIterator begin = keywords.Begin();
         for (KeywordIterator position = begin; position != keywords.PhysicalEnd(); ++position) {
+            if (position->GetSyntax()->IsScopeStart() && position->GetSyntax()->GetKind() != 5) {
+                ASSERT_EQ(keywords.GetScopeEnd(position, false), LiteralScopeEnd(position, keywords.PhysicalEnd()))
+                    << position->GetName() << "\n"
+                    << text;
+            }
             if (position == begin) continue;
             KeywordIterator literal = position;
             do {

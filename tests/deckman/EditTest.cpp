@@ -220,6 +220,19 @@ TEST_F(Edit, RefusesAndWritesNothing)
     EXPECT_THAT(m_folder.Read("x.DATA"), HasSubstr("two\nEQLDIMS\n 4 /\n\n-- above"));
 }
 
+/// Whose keywords are all generated has nothing to lose by it.
+TEST_F(Edit, SaysThatAHeaderMakesAFileAGeneratedOne)
+{
+    m_folder.Write("a.inc", "EQLDIMS -- Generated\n 2 /\n");
+    const Outcome outcome = Run({"header", "x", "--file", "a.inc"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(
+        outcome.err,
+        "a.inc: note: The header begins with the tag \"-- Generated\": the file reads as generated as a whole.\n");
+    EXPECT_EQ(m_folder.Read("a.inc"), "-- Generated [\n--x\n-- Generated ]\n\nEQLDIMS -- Generated\n 2 /\n");
+    EXPECT_EQ(m_folder.Read("x.DATA"), top);
+}
+
 TEST_F(Edit, ResolvesVariables)
 {
     const std::string text = "RUNSPEC\nINCLUDE\n '$WHERE/a.inc' /\nSCHEDULE\nWELTARG -- $RATE\n-- $RATE\n"

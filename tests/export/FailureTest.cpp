@@ -236,6 +236,42 @@ TEST_F(FailureTest, AnyCallThatFailsLeavesWhatWasThere)
     }
 }
 
+/// Nobody must take a copy for the deck that lacks what could not be read.
+TEST_F(FailureTest, WhatCannotBeReadIsNotLeftOut)
+{
+    using Export = bool (*)(const TestDeck&);
+    const Export exports[] = {[](const TestDeck& deck) { return Flatten(deck, "new.DATA"); },
+                              [](const TestDeck& deck) { return Copy(deck, "new"); },
+                              [](const TestDeck& deck) { return Clone(deck, "_X"); }};
+    for (const Export act : exports) {
+        const TestDeck whole(SmallDeck());
+        EXPECT_TRUE(act(whole));
+        for (const Call call : {Call::Open, Call::Read}) {
+            // What fails once may be read a second time.
+            for (const bool forever : {false, true}) {
+                int refused = 0;
+                for (int n = 1, failed = 1; failed != 0; ++n) {
+                    SCOPED_TRACE(n);
+                    const TestDeck deck(SmallDeck());
+                    const std::string before = All(deck);
+                    FailingFileSystem disk;
+                    disk.FailAt(n, {call}, EIO, forever);
+                    bool done = false;
+                    try {
+                        done = act(deck);
+                    } catch (const DeckManagerException&) {
+                    }
+                    failed = disk.HasFailed() ? 1 : 0;
+                    disk.Pass();
+                    EXPECT_EQ(All(deck), done ? All(whole) : before);
+                    refused += done ? 0 : 1;
+                }
+                EXPECT_TRUE(refused > 2 || !forever);
+            }
+        }
+    }
+}
+
 TEST_F(FailureTest, LinksAndModesOfTargetsStay)
 {
     TestDeck deck(SmallDeck());

@@ -1,5 +1,9 @@
+#include <cerrno>
+#include <filesystem>
+
 #include "cache/CacheEntry.h"
 #include "files/KeywordFile.h"
+#include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/TestDeck.h"
@@ -369,6 +373,59 @@ TEST_F(CachedLoadTest, AFileThatChangesWhileItIsReadIsNotStored)
     }
     EXPECT_EQ(Load(), Scan());
     EXPECT_EQ(m_scanned, "TOP.DATA ");
+}
+
+TEST_F(CachedLoadTest, AFileThatCannotBeReadToItsEndIsNotStored)
+{
+    std::string text = "RUNSPEC\nINCLUDE\n 'a.inc' /\n";
+    for (int i = 0; i < 9000; ++i) {
+        text += "-- a comment that fills the file\n";
+    }
+    Write("p/TOP.DATA", text + "OIL\n");
+    Write("p/a.inc", text.substr(text.find("--")) + "WATER\n");
+    const std::string scan = Scan();
+    using FailingFileSystem = TestSupport::FailingFileSystem;
+    for (const auto call : {FailingFileSystem::Call::Open, FailingFileSystem::Call::Read}) {
+        int shortened = 0;
+        for (int n = 1, failed = 1; failed != 0; ++n) {
+            SCOPED_TRACE(n);
+            std::filesystem::remove_all(m_directory.Path("p/Cache__"));
+            {
+                FailingFileSystem files;
+                files.FailAt(n, {call}, EIO, true);
+                shortened += Load() != scan ? 1 : 0;
+                failed = files.HasFailed() ? 1 : 0;
+            }
+            EXPECT_EQ(Load(), scan);
+        }
+        EXPECT_GE(shortened, 3);
+    }
+}
+
+/// Each deck has its own sections, and neither loses a keyword to what the other has seen.
+TEST_F(CachedLoadTest, TwoDecksInTurnAreTakenFromTheCacheAsTheyWereScanned)
+{
+    Write("p/A.DATA", "RUNSPEC\nINCLUDE\n 'a.inc' /\nEDIT\n");
+    Write("p/a.inc", "GRID\nPORO\n 1 /\n");
+    Write("p/B.DATA", "RUNSPEC\nGRID\nINCLUDE\n 'b.inc' /\n");
+    Write("p/b.inc", "PORO\n 1 /\nEDIT\n");
+    // The first keyword loads a file; the included one waits for whoever comes to it.
+    const auto inTurn = [this](KeywordFileManager& manager) {
+        const auto a = manager.GetKeywordFile(m_directory.File("p/A.DATA"), true);
+        const auto b = manager.GetKeywordFile(m_directory.File("p/B.DATA"), true);
+        return a->Begin()->GetName() + b->Begin()->GetName() + Describe(manager, a->GetFileName()) +
+               Describe(manager, b->GetFileName());
+    };
+    KeywordFileManager uncached("");
+    const std::string scan = inTurn(uncached);
+    EXPECT_THAT(scan, testing::HasSubstr("EDIT@27+5"));
+    EXPECT_THAT(scan, testing::HasSubstr("EDIT@10+5"));
+    for (const bool fromCache : {false, true}) {
+        WatchedManager manager(m_directory.Path("p"));
+        EXPECT_EQ(inTurn(manager), scan);
+        EXPECT_EQ(manager.Scanned().empty(), fromCache) << manager.Scanned();
+    }
+    EXPECT_TRUE(m_log.Empty());
 }
 
 TEST_F(CachedLoadTest, ALongChainOfFilesIsTakenFromTheCacheToo)

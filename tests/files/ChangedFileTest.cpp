@@ -9,11 +9,13 @@
 #include "tests/support/TestDeck.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IKeyword.h>
+#include <tarn/keywords/IKeywordListData.h>
 
 // Files that go, shrink or cannot be read to their end while a deck is open.
 
 namespace {
 
+using namespace Tarn::Fjel::Core;
 using namespace Tarn::Fjel::Core::DeckManager;
 using TestSupport::FailingFileSystem;
 using TestSupport::TestDeck;
@@ -109,6 +111,48 @@ TEST_F(ChangedFileTest, ReadErrorIsToldAndTheFileRefusesEdits)
     deck.TopFile().Reload();
     EXPECT_EQ(deck.Walk(), "RUNSPEC OIL GAS");
     EXPECT_FALSE(deck.TopFile().IsReadOnly());
+}
+
+/// What could be read of data is not the data: who writes it back would lose the rest.
+TEST_F(ChangedFileTest, DataThatCannotBeReadAreRefusedAndReadAnotherTime)
+{
+    std::string values;
+    for (int i = 0; i < 30000; ++i) {
+        values += i % 10 == 9 ? "0.25\n" : "0.25 ";
+    }
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "RUNSPEC\nDIMENS\n30000 1 1 /\nGRID\nPORO\n" + values + "/\n"}});
+    const std::string told = "The text of keyword PORO cannot be read from the file " + deck.Dir().Path("A.DATA") + ".";
+    using Ask = std::function<std::size_t()>;
+    const IKeyword* poro = *deck.At("PORO");
+    const Ask questions[] = {[&] {
+                                 const auto* data = deck.Keywords().GetKeywordData(poro);
+                                 const auto* list = dynamic_cast<const Keywords::IKeywordListData*>(data);
+                                 return list != nullptr ? static_cast<std::size_t>(list->GetElementCount()) : 0;
+                             },
+                             [&] { return deck.Keywords().GetDataText(poro)->size(); }};
+    const std::size_t answers[] = {30000, values.size() + 1};
+    for (int question = 0; question < 2; ++question) {
+        for (const auto call : {FailingFileSystem::Call::Open, FailingFileSystem::Call::Read}) {
+            int refused = 0;
+            for (int n = 1, failed = 1; failed != 0; ++n) {
+                SCOPED_TRACE(n);
+                deck.TopFile().Reload();
+                poro = *deck.At("PORO");
+                FailingFileSystem files;
+                files.FailAt(n, {call}, EIO);
+                try {
+                    EXPECT_EQ(questions[question](), answers[question]);
+                } catch (const DeckManagerException& failure) {
+                    EXPECT_EQ(failure.what(), told);
+                    ++refused;
+                }
+                failed = files.HasFailed() ? 1 : 0;
+                files.Pass();
+                EXPECT_EQ(questions[question](), answers[question]);
+            }
+            EXPECT_GE(refused, 1);
+        }
+    }
 }
 
 /// The path of an INCLUDE is read apart from the scan. Where that fails, a file is missing, and nobody must take what

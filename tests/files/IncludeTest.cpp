@@ -234,13 +234,28 @@ TEST_F(IncludeTest, OtherDataAreToldWhereThatIsWanted)
     deck.TopFile().fileChanged.Remove(&counter, &EventCounter::Count);
 }
 
+struct Asker
+{
+    void Hear(KeywordFileEventArgs& args)
+    {
+        if (args.GetKind() == KeywordFileEventArgs::Overwrite) found = TestDeck::Extents(file);
+    }
+    const KeywordFile& file;
+    std::string found = {};
+};
+
 TEST_F(IncludeTest, ChangedFileOnDiskIsSeenAfterAReload)
 {
     const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\nEND\n"}, {"b.inc", "OIL\n"}});
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE OIL END");
     deck.Dir().Write("b.inc", "OIL\nGRID\nPORO\n1 /\n");
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE OIL END");
+    // Whoever hears of it finds the new list already.
+    Asker asker{deck.File("b.inc")};
+    deck.File("b.inc").fileChanged.Add(&asker, &Asker::Hear);
     deck.Manager().RefreshDeck("Test");
+    EXPECT_EQ(asker.found, "OIL@0+4 GRID@4+5 PORO@9+9");
+    deck.File("b.inc").fileChanged.Remove(&asker, &Asker::Hear);
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE OIL GRID PORO END");
     EXPECT_EQ(deck.Keywords().SectionOf(deck.At("PORO")), SectionType::GRID);
 }
