@@ -75,11 +75,11 @@ FileRenames::FileRenames(DeckKeywords& keywords, IKeywordFileManager& fileManage
                          bool generatedOnly)
     : m_keywords(keywords), m_fileManager(fileManager), m_leaves(leaves)
 {
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     FindKeywordFiles(generatedOnly);
     FindGridFiles("ORDGRID", generatedOnly);
     FindGridFiles("GDFILE", generatedOnly);
-    if (Service::FileInputStream::ReadFailures() != readFailures)
+    if (reading.SawFailure())
         throw DeckManagerException("The files cannot be renamed: a file of the deck cannot be read.");
 }
 

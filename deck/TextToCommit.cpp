@@ -77,16 +77,16 @@ TextToCommit TextToCommit::Of(const IKeywordFile& file)
     const PassingFile passing;
     LineFileWriter writer;
     if (!writer.Open(passing.Path(), false)) fail(writer.FailureReason());
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     FileWriteResult result =
         KeywordFileWriter::WriteForCommit(keywordFile, writer, keywordFile.RootContext(), false, false);
-    if (Service::FileInputStream::ReadFailures() != readFailures) fail("a file of the deck cannot be read");
+    if (reading.SawFailure()) fail("a file of the deck cannot be read");
     if (!writer.Close() || !result.ok) fail(writer.FailureReason());
 
     TextToCommit made;
     Service::FileInputStream stream(passing.Path());
     made.text.assign(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
-    if (Service::FileInputStream::ReadFailures() != readFailures) fail("its temporary file cannot be read");
+    if (reading.SawFailure()) fail("its temporary file cannot be read");
     const std::unordered_map<const IKeyword*, int> lines = LinesOf(made.text, result.extents);
     for (KeywordFileIterator place = file.Begin(); place != file.End(); ++place) {
         const auto found = lines.find(*place);

@@ -292,7 +292,7 @@ void KeywordFile::WriteToTemporary(bool partial)
     }
     bool isDone = false;
     // A read that fails looks like the end of a text to whoever asks where a keyword ends.
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     if (isOpen) {
         if (!partial) writer.StartSyncEarly();
         try {
@@ -303,7 +303,7 @@ void KeywordFile::WriteToTemporary(bool partial)
             throw;
         }
         isDone = written.result.ok && (partial || writer.Sync());
-        if (Service::FileInputStream::ReadFailures() != readFailures) {
+        if (reading.SawFailure()) {
             isDone = false;
             reason = "a file of the deck cannot be read";
         }
@@ -379,13 +379,13 @@ void KeywordFile::TakeOver()
     if (!continues) {
         FileTagState tag;
         const std::unique_ptr<ILineReader> reader = m_fileReader->OpenLineReader(false);
-        const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+        const Service::ReadWatch reading;
         if (reader) tag.Read(*reader);
         m_headerBegin = reader ? reader->Tell() : -1;
         // The mark of a header that was set may read as a tag.
         if (tag.GetValue()) m_tagState = tag;
         // Where the header begins is then found out by reading it anew, once it is in its place.
-        if (!reader || Service::FileInputStream::ReadFailures() != readFailures) m_scanWillDiffer = true;
+        if (!reader || reading.SawFailure()) m_scanWillDiffer = true;
     }
     RemoveCommentedOut();
     PlaceHeadAndTail();

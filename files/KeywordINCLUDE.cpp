@@ -72,10 +72,9 @@ std::shared_ptr<KeywordFile> KeywordINCLUDE::Resolve() const
     const std::string& place = owner->GetFileName().GetFullName();
     const Log::Place logPlace(
         place, [](const void* include) { return static_cast<const KeywordINCLUDE*>(include)->GetLine(); }, this);
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     const Keywords::IKeywordData* data = const_cast<KeywordINCLUDE*>(this)->DataUnlessUnreadable(owner->RootContext());
-    if (Service::FileInputStream::ReadFailures() != readFailures)
-        TellOfPath("The path of this INCLUDE cannot be read from its file.");
+    if (reading.SawFailure()) TellOfPath("The path of this INCLUDE cannot be read from its file.");
     const std::optional<std::string> text = Keywords::DataAccessUtils::GetINCLUDEFileName(data);
     if (!text) return nullptr;
 

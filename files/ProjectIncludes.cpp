@@ -170,10 +170,10 @@ bool ProjectIncludes::IsPotentiallyKeywordFile(const FileName& name)
                                                                       "FGRID", "FEGRID", "FGSG", "FINIT"};
     const std::string extension = Service::Uppercased(name.GetExtension());
     if (std::find(neverDeckText.begin(), neverDeckText.end(), extension) != neverDeckText.end()) return false;
-    const std::uint64_t readFailures = Service::FileStreamBuffer::ReadFailures();
+    const Service::ReadWatch reading;
     if (!Service::FileInputStream(name.GetFullName())) RefuseUnreadable(name);
     const bool isText = Service::FileUtils::IsAscii(name, 2500);
-    if (Service::FileStreamBuffer::ReadFailures() != readFailures) RefuseUnreadable(name);
+    if (reading.SawFailure()) RefuseUnreadable(name);
     return isText;
 }
 
@@ -222,7 +222,7 @@ std::vector<FileCorrections> ProjectIncludes::Find()
         if (open && open->HasChangedOnDisk() && !open->IsModified()) open = nullptr;
         const std::shared_ptr<KeywordFile>& file = open ? open : closed;
         if (!file) continue;
-        const std::uint64_t readFailures = Service::FileStreamBuffer::ReadFailures();
+        const Service::ReadWatch reading;
         file->Begin();
         const OpenReaderGuard guard(*file);
         if (file->LoadFailed() || (name.FileExists() && !file->OpenedReader(*file->FileReader())))
@@ -231,7 +231,7 @@ std::vector<FileCorrections> ProjectIncludes::Find()
         const std::vector<Directory> bases = BasesOf(name, open.get(), closed.get());
         std::vector<IncludeCorrection> includes = FixInclude(*file, bases, managed);
         if (open && closed && Environment::Instance().SKIPENDSKIPEnabled()) TellOfSkipped(*open, *closed, bases);
-        if (Service::FileStreamBuffer::ReadFailures() != readFailures) RefuseUnreadable(name);
+        if (reading.SawFailure()) RefuseUnreadable(name);
         if (!includes.empty()) found.push_back({file, open != nullptr, std::move(includes)});
     }
     TellOfOutsideFiles(seen);

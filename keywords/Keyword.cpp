@@ -106,7 +106,10 @@ ICommentManager& Keyword::GetCommentManager() const
     State& state = GetState();
     if (!state.commentManager) {
         if (CanHaveComment()) {
-            state.commentManager = std::make_unique<CommentManager>(this);
+            const Service::ReadWatch reading;
+            auto manager = std::make_unique<CommentManager>(this);
+            RefuseUnlessRead(reading);
+            state.commentManager = std::move(manager);
         } else {
             state.commentManager = std::make_unique<CommentManagerDummy>();
         }
@@ -142,11 +145,11 @@ Keywords::IKeywordData* Keyword::DataTree(const Context& context) const
 
 Keywords::IKeywordData* Keyword::DataUnlessUnreadable(const Context& context)
 {
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     try {
         return DataTree(context);
     } catch (const DeckManagerException&) {
-        if (Service::FileInputStream::ReadFailures() == readFailures) throw;
+        if (!reading.SawFailure()) throw;
         return nullptr;
     }
 }
@@ -198,24 +201,22 @@ std::unique_ptr<Keywords::IKeywordData> Keyword::ParseData(const Context& contex
         KeywordDataDeserializer::Deserialize(*this, *data, lines, 0, static_cast<long long>(text->size()), context,
                                              false, variables);
     } else if (!m_dataChanged && HasValidExtent()) {
-        const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+        const Service::ReadWatch reading;
         if (const std::unique_ptr<ILineReader> lines = OpenForData()) {
             ReadReport report;
             KeywordDataDeserializer::Deserialize(*this, *data, *lines, m_position, m_size, context, true, variables,
                                                  &report);
-            if (Service::FileInputStream::ReadFailures() == readFailures) NoteTaken(report);
+            if (!reading.SawFailure()) NoteTaken(report);
         }
-        RefuseUnlessRead(readFailures);
+        RefuseUnlessRead(reading);
     }
     return data;
 }
 
 /// Nobody must take what is left for what the file says, and the next who asks may find it.
-void Keyword::RefuseUnlessRead(std::uint64_t readFailuresBefore) const
+void Keyword::RefuseUnlessRead(const Service::ReadWatch& reading) const
 {
-    if (Service::FileInputStream::ReadFailures() != readFailuresBefore &&
-        !Environment::Instance().GetAllowIncompleteDeck())
-        ThrowUnreadable();
+    if (reading.SawFailure() && !Environment::Instance().GetAllowIncompleteDeck()) ThrowUnreadable();
 }
 
 void Keyword::NoteTaken(const ReadReport& report) const
@@ -229,10 +230,10 @@ std::shared_ptr<std::string> Keyword::GetDataText()
 {
     if (m_state && m_state->heldText) return m_state->heldText;
     if (m_syntax->GetMetaData() == nullptr) return nullptr;
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     auto text = std::make_shared<std::string>(m_dataChanged || !HasValidExtent() ? WriteDataText() : ReadDataText());
-    RefuseUnlessRead(readFailures);
-    if (Service::FileInputStream::ReadFailures() == readFailures) GetState().heldText = text;
+    RefuseUnlessRead(reading);
+    if (!reading.SawFailure()) GetState().heldText = text;
     return text;
 }
 

@@ -13,6 +13,10 @@ class IKeywordData;
 class IKeywordSyntax;
 } // namespace Tarn::Fjel::Core::Keywords
 
+namespace Tarn::Fjel::Core::Service {
+class ReadWatch;
+}
+
 namespace Tarn::Fjel::Core::DeckManager {
 
 class Context;
@@ -205,7 +209,7 @@ private:
     bool TreeIsData() const;
     std::optional<KeywordElement> FindElement(int index, const Context& context) const;
     std::unique_ptr<ILineReader> OpenForData() const;
-    void RefuseUnlessRead(std::uint64_t readFailuresBefore) const;
+    void RefuseUnlessRead(const Service::ReadWatch& reading) const;
     std::string ReadDataText() const;
     std::string WriteDataText() const;
     /// The reader that a pass over the file keeps open, else one of its own; null when the file can't be opened.

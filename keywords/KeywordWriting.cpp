@@ -251,7 +251,7 @@ long long Keyword::TakenSize(ILineReader& file, const Context& context) const
 {
     State& state = GetState();
     if (state.takenSize != State::Unknown) return state.takenSize;
-    const std::uint64_t readFailures = Service::FileInputStream::ReadFailures();
+    const Service::ReadWatch reading;
     // Not from `file` itself: what the size of the data depends on may be read through it meanwhile.
     constexpr long long mostHeld = 64 * 1024;
     std::unique_ptr<ILineReader> lines;
@@ -280,7 +280,7 @@ long long Keyword::TakenSize(ILineReader& file, const Context& context) const
         report = {stretches.BehindLastDataLine(*lines, stretches.head), false};
     }
     if (report.takenEnd >= 0) report.takenEnd += m_position - begin;
-    if (Service::FileInputStream::ReadFailures() != readFailures) ThrowUnreadable();
+    if (reading.SawFailure()) ThrowUnreadable();
     NoteTaken(report);
     return state.takenSize;
 }

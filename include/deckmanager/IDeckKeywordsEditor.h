@@ -172,8 +172,9 @@ public:
     /// differ.
     ///
     /// True when all was carried whole; what was not is told at severity 3. False without a current deck. Files of the
-    /// current deck that are read-only are changed too. Nothing is committed: when a merge throws, or its result
-    /// doesn't suit, `Discard` takes it back. A second merge would put each keyword in once more. `report` may be null.
+    /// current deck that are read-only are changed too. Nothing is committed: when a merge throws, as it does when
+    /// a file cannot be read, or its result doesn't suit, `Discard` takes it back. A second merge would put each
+    /// keyword in once more. `report` may be null.
     virtual bool MergeUserKeywords(const IDeck& source, std::set<KeywordIterator>& replaced,
                                    const std::set<IKeywordFile*>& excluded,
                                    const std::map<std::string, std::string>& includeNames,

@@ -28,7 +28,8 @@ public:
     virtual const Keywords::IKeywordSyntax* GetSyntax() const = 0;
 
     /// The comment between the keyword's line and its first data line, without comment markers; lines end in "\n".
-    /// Empty when there is none.
+    /// Empty when there is none. Throws `DeckManagerException` when the file cannot be read (unless incomplete decks
+    /// are allowed).
     virtual std::string GetComment() const = 0;
 
     /// The keyword, or the file that it stands in, bears the generated tag.

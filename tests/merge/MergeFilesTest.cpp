@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/merge/Merging.h"
+#include "tests/support/FailingFileSystem.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IDeck.h>
 #include <deckmanager/IDeckKeywords.h>
@@ -242,6 +244,52 @@ TEST_F(MergeFilesTest, AMergeThatFailsLeavesTheFlagCleared)
     EXPECT_THROW(decks.MergeUserKeywords(), DeckManagerException);
     decks.New().GetDeckKeywords()->GetDataFile()->SetReadOnly();
     EXPECT_FALSE(decks.Manager().GetEditor(&decks.New())->RemoveKeyword(decks.New().GetDeckKeywords()->Begin()));
+}
+
+/// What can't be read of either deck would be missing in the merged one, or come to stand in another place.
+TEST_F(MergeFilesTest, AMergeThatCannotReadIsRefused)
+{
+    using TestSupport::FailingFileSystem;
+    const std::string dates = "SCHEDULE\nDATES~\n1 JAN 2020 /\n/\n";
+    const Texts oldFiles{
+        {"T.DATA", "RUNSPEC\nTABDIMS~\n1 /\n-- of the user\n" + user + includeA + dates + "WELTARG\n'P' ORAT 1 /\n/\n"},
+        {"A.INC", "DIMENS~\n1 1 1 /\n-- above\nOIL~\n-- below\nGAS\n"}};
+    const Texts newFiles{{"T.DATA", "RUNSPEC\nTABDIMS~\n1 /\n" + includeA + dates + "TSTEP~\n1 /\n"},
+                         {"A.INC", "DIMENS~\n1 1 1 /\nOIL~\n"}};
+    const auto merge = [](TwoDecks& decks) {
+        const bool isWhole = decks.MergeUserKeywords();
+        decks.MergeComments();
+        return isWhole;
+    };
+    TwoDecks whole(oldFiles, newFiles);
+    EXPECT_TRUE(merge(whole));
+    const std::vector<std::string> merged = whole.TextsOf(newFiles);
+    for (const auto call : {FailingFileSystem::Call::Open, FailingFileSystem::Call::Read}) {
+        int n = 1;
+        for (bool failed = true; failed; ++n) {
+            SCOPED_TRACE(n);
+            TwoDecks decks(oldFiles, newFiles);
+            FailingFileSystem files;
+            files.FailAt(n, {call}, EIO);
+            bool isRefused = false;
+            try {
+                merge(decks);
+            } catch (const DeckManagerException&) {
+                isRefused = true;
+            }
+            failed = files.HasFailed();
+            EXPECT_EQ(isRefused, failed);
+            files.Pass();
+            if (failed) {
+                decks.Manager().GetEditor(&decks.New())->Discard();
+                decks.Manager().RefreshDeck("Old");
+                decks.Manager().RefreshDeck("New");
+                EXPECT_TRUE(merge(decks));
+            }
+            EXPECT_EQ(decks.TextsOf(newFiles), merged);
+        }
+        EXPECT_GT(n, 40);
+    }
 }
 
 /// Scopes nest without a bound.

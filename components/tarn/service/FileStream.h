@@ -26,14 +26,22 @@ public:
     FileStatus Status() const { return m_buffer.Status(); }
     /// What the last failed operation met.
     const FileSystem::ErrorCode& LastError() const { return m_buffer.LastError(); }
-    /// How many reads of this process have failed, and openings of files that may be there. A reader that was handed a
-    /// stream takes a failed read for the end of the file; who must know compares this before and after.
-    static std::uint64_t ReadFailures() { return FileStreamBuffer::ReadFailures(); }
 
 private:
     friend class FileOutputStream;
 
     FileStreamBuffer m_buffer;
+};
+
+/// Whether a read of this process has failed since its construction, or the opening of a file that may be there. A
+/// reader that was handed a stream takes a failed read for the end of the file; who must know keeps one of these.
+class ReadWatch
+{
+public:
+    bool SawFailure() const { return FileStreamBuffer::ReadFailures() != m_before; }
+
+private:
+    std::uint64_t m_before = FileStreamBuffer::ReadFailures();
 };
 
 /// A binary output stream on a file. A write that fails (no space, an I/O error) sets the stream's bad flag; with a
