@@ -3,6 +3,8 @@
 #include <iterator>
 #include <utility>
 
+#include <fmt/format.h>
+
 #include "files/FileRing.h"
 #include "files/KeywordFactory.h"
 #include "files/KeywordFile.h"
@@ -11,11 +13,13 @@
 #include "files/SourceFile.h"
 #include "keywords/CommentText.h"
 #include "keywords/ITagMgr.h"
+#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordKind.h>
+#include <tarn/service/FileStream.h>
 #include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -277,12 +281,22 @@ bool KeywordFile::SetCommentAbove(const KeywordFileIterator& position, const std
     if (IsSkipped(node) || (!isFirst && IsSkipped(std::prev(node)))) return false;
 
     const std::string comment = Service::AllBlanks(text) ? std::string() : AsCommentLines(text);
+    // What could not be read of the text would go with the old comment.
+    const Service::ReadWatch reading;
+    const auto refuseUnlessRead = [&] {
+        if (reading.SawFailure()) {
+            throw DeckManagerException(fmt::format("The comment above keyword {} cannot be read from the file {}.",
+                                                   keyword.GetName(), m_fileName.GetFullName()));
+        }
+    };
     SourceFile source(*this, nullptr);
     if (isFirst && source.IsFirstOnDisk(keyword)) {
         const std::string old = m_textInHead ? *m_textInHead : source.TextOfHead();
+        refuseUnlessRead();
         m_textInHead = std::make_shared<const std::string>(WithComment(old, comment));
     } else {
         std::string ahead = WithComment(source.TextAhead(&keyword, RootContext()), comment);
+        refuseUnlessRead();
         TakeSnapshot();
         m_blocksAhead[&keyword] = {{nullptr, std::make_shared<const std::string>(std::move(ahead))}};
     }

@@ -265,6 +265,7 @@ bool Keyword::HasVariables()
     if (!m_variablesAllowed || m_syntax->GetMetaData() == nullptr) return false;
 
     if (m_dataChanged || !HasValidExtent()) GetDataText();
+    const Service::ReadWatch reading;
     // Line by line, so that asking an array of hundreds of megabytes holds no text.
     std::unique_ptr<ILineReader> lines;
     long long end = 0;
@@ -274,13 +275,14 @@ bool Keyword::HasVariables()
     } else if (HasValidExtent()) {
         lines = OpenForData();
         end = m_position + m_size;
-        if (!lines || !LineReaderUtil::AdvanceToDataLine(lines.get(), m_position, m_size)) return false;
+        if (lines && !LineReaderUtil::AdvanceToDataLine(lines.get(), m_position, m_size)) lines.reset();
     }
     std::string line;
     long long position = 0;
     while (lines && lines->ReadNextDataLine(line, &position, true) && position < end) {
         if (Keywords::VariablesString::ContainsVariables(line)) return true;
     }
+    RefuseUnlessRead(reading);
     return false;
 }
 

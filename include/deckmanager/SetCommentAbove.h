@@ -13,7 +13,7 @@ class KeywordIterator;
 ///
 /// Lines that are no comments become such, blank lines stay, and a blank text takes the comment away. Lines ahead of
 /// the old comment that belong to no keyword are left alone. False where the editor refuses every edit, and for a
-/// keyword without a place in a file.
+/// keyword without a place in a file. Throws `DeckManagerException` when the text ahead of the keyword cannot be read.
 bool SetCommentAbove(IDeckKeywordsEditor& editor, const KeywordIterator& position, const std::string& text);
 bool SetCommentAbove(IDeckKeywordsEditor& editor, const KeywordFileIterator& position, const std::string& text);
 
