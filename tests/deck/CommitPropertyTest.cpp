@@ -47,11 +47,11 @@ std::string Describe(IDeck& deck)
     for (; *place != nullptr; ++place) {
         const auto& keyword = static_cast<const Keyword&>(**place);
         const std::shared_ptr<std::string> data = keywords.GetDataText(&keyword);
-        text << keyword.GetName() << " line " << keyword.GetLine() << " at " << keyword.Position() << "+"
-             << keyword.Size() << " in " << keyword.GetFile()->GetFileName().GetFileName() << " tagged "
-             << keyword.IsGenerated() << " suppressed " << keyword.IsSuppressed() << " comment ["
-             << keyword.GetComment() << "] above [" << keywords.GetComment(place, false) << "] data ["
-             << (data ? *data : "none") << "]\n"
+        text << keyword.GetName() << " section " << static_cast<int>(keywords.SectionOf(place)) << " line "
+             << keyword.GetLine() << " at " << keyword.Position() << "+" << keyword.Size() << " in "
+             << keyword.GetFile()->GetFileName().GetFileName() << " tagged " << keyword.IsGenerated() << " suppressed "
+             << keyword.IsSuppressed() << " comment [" << keyword.GetComment() << "] above ["
+             << keywords.GetComment(place, false) << "] data [" << (data ? *data : "none") << "]\n"
              << *keywords.GetRawText(&keyword);
     }
     std::map<std::string, std::string> files;
@@ -71,7 +71,8 @@ std::string Describe(IDeck& deck)
 class ChanceDeck
 {
 public:
-    explicit ChanceDeck(unsigned seed) : m_chance(seed), m_lineEnd(Below(3) == 0 ? "\r\n" : "\n")
+    explicit ChanceDeck(unsigned seed)
+        : m_chance(seed), m_lineEnd(Below(3) == 0 ? "\r\n" : "\n"), m_hasSections(Below(4) == 0)
     {
         std::vector<std::string> texts;
         for (int file = 3; file >= 0; --file)
@@ -103,11 +104,11 @@ public:
         case 0:
         case 1:
             note("insert");
-            editor.InsertKeywordText(SyntaxOf("EQLDIMS"), place, "EQLDIMS\n " + number + " /\n");
+            editor.InsertKeywordText(SyntaxOf(WithData()), place, WithData() + "\n " + number + " /\n");
             break;
         case 2:
             note("insert without data");
-            editor.InsertKeywordText(SyntaxOf("OIL"), place, "OIL\n");
+            editor.InsertKeywordText(SyntaxOf(WithoutData()), place, WithoutData() + "\n");
             break;
         case 3:
             if (keyword == nullptr || IsStructure(*keyword)) break;
@@ -175,8 +176,9 @@ public:
         }
         case 20:
             note("insert with comments");
-            editor.InsertKeywordText(SyntaxOf("EQLDIMS"), place,
-                                     "-- c" + number + "\nEQLDIMS -- beside\n-- c in " + number + "\n 1 /\n");
+            editor.InsertKeywordText(SyntaxOf(WithData()), place,
+                                     "-- c" + number + "\n" + WithData() + " -- beside\n-- c in " + number +
+                                         "\n 1 /\n");
             break;
         case 8:
             if (keyword == nullptr) break;
@@ -302,8 +304,12 @@ private:
     static bool IsStructure(const Keyword& keyword)
     {
         const std::string& name = keyword.GetName();
-        return name == "RUNSPEC" || name == "SKIP" || name == "ENDSKIP" || name == "GRID";
+        return name == "RUNSPEC" || name == "SKIP" || name == "ENDSKIP" || name == "GRID" || name == "PROPS";
     }
+
+    /// A deck of several sections has keywords that are at home in each, which read the same wherever they move.
+    std::string WithData() const { return m_hasSections ? "EXTRAPMS" : "EQLDIMS"; }
+    std::string WithoutData() const { return m_hasSections ? "NOECHO" : "OIL"; }
 
     std::size_t Below(std::size_t n) { return m_chance() % n; }
 
@@ -409,9 +415,21 @@ private:
         const std::string remark = Below(4) == 0 ? " -- r" + number : "";
         const std::string tag = Below(5) == 0 ? "   -- Generated" : "";
         std::string text;
-        switch (Below(9)) {
+        if (m_hasSections) {
+            switch (Below(4)) {
+            case 0:
+                return "NOECHO" + tag + m_lineEnd;
+            case 1:
+                return "MESSAGE" + remark + m_lineEnd + Comments() + " 'Text " + number + "' / behind" + m_lineEnd;
+            default:
+                return "MESSAGES" + remark + tag + m_lineEnd + Comments() + "\t" + number + " /" + m_lineEnd;
+            }
+        }
+        switch (Below(10)) {
         case 0:
             return "OIL" + tag + m_lineEnd;
+        case 6: // text that goes on to the next keyword
+            return "SKIPZR" + remark + m_lineEnd + "any / text " + number + m_lineEnd + m_lineEnd + " more" + m_lineEnd;
         case 1:
             return "TITLE" + remark + m_lineEnd + "A title " + number + m_lineEnd;
         case 2:
@@ -443,6 +461,7 @@ private:
         if (file > 0 && Below(6) == 0) text += "-- Generated" + m_lineEnd;
         text += Comments();
         if (file == 0) text += "RUNSPEC" + m_lineEnd;
+        if (file == 1 && m_hasSections) text += KeywordText() + Comments() + "PROPS" + m_lineEnd;
         for (std::size_t i = Below(6); i > 0; --i) {
             text += KeywordText() + Comments();
             // What stands behind is dead text, which keeps its place and its bytes.
@@ -456,6 +475,7 @@ private:
         if ((file == 1 || file == 2) && Below(2) == 0)
             text += "INCLUDE" + m_lineEnd + "F3.INC /" + m_lineEnd + Comments();
         if (file == 0) {
+            if (m_hasSections) text += "GRID" + m_lineEnd + Comments() + KeywordText();
             text += "INCLUDE" + m_lineEnd + "'F1.INC' /" + m_lineEnd + Comments() + "INCLUDE" + m_lineEnd + "F2.INC /" +
                     m_lineEnd + Comments();
         }
@@ -465,6 +485,7 @@ private:
 
     std::mt19937 m_chance;
     std::string m_lineEnd;
+    bool m_hasSections;
     int m_next = 1;
     std::unique_ptr<TestDeck> m_deck;
     std::vector<std::string> m_edits;
@@ -515,7 +536,7 @@ TEST(CommitPropertyTest, SoItIsWhereACommitHasFailed)
     EditAndCommit(2001, 2120, true);
 }
 
-TEST(CommitPropertyTest, SoItIsWhereLineWhereLineEndsAreChanged)
+TEST(CommitPropertyTest, SoItIsWhereLineEndsAreChanged)
 {
     const TestSupport::CleanEnvironment environment;
     EditAndCommit(1001, 1060);
