@@ -111,10 +111,10 @@ std::shared_ptr<std::string> Keyword::GetText() const
 {
     auto text = std::make_shared<std::string>();
     if (IsWrittenAsItStands()) {
-        const std::unique_ptr<ILineReader> lines =
-            m_reader->OpenLineReader(!Environment::Instance().GetAllowIncompleteDeck());
-        if (!lines) return text;
-        lines->ReadRange(m_position, m_position + m_size - 1, *text);
+        const Service::ReadWatch reading;
+        if (const std::unique_ptr<ILineReader> lines = OpenForData())
+            lines->ReadRange(m_position, m_position + m_size - 1, *text);
+        RefuseUnlessRead(reading);
         if (!text->empty() && text->back() != '\n') text->push_back('\n');
         return text;
     }

@@ -58,7 +58,8 @@ public:
 
     /// The whole keyword as it would be written now: the comment to be put ahead of it, keyword line, data, and what
     /// stands behind these up to the next keyword line, with "\n" line ends. Never null; empty for a keyword of a
-    /// skipped region. Throws `DeckManagerException` when a changed keyword's file can't be read.
+    /// skipped region. Throws `DeckManagerException` when the file can't be read (of an unchanged keyword: unless
+    /// incomplete decks are allowed).
     virtual std::shared_ptr<std::string> GetText() const = 0;
 
     /// The bytes from the keyword's line to the next keyword line of the file. 0 for a keyword of a skipped region, and

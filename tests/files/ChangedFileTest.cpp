@@ -129,9 +129,10 @@ TEST_F(ChangedFileTest, DataThatCannotBeReadAreRefusedAndReadAnotherTime)
                                  const auto* list = dynamic_cast<const Keywords::IKeywordListData*>(data);
                                  return list != nullptr ? static_cast<std::size_t>(list->GetElementCount()) : 0;
                              },
-                             [&] { return deck.Keywords().GetDataText(poro)->size(); }};
-    const std::size_t answers[] = {30000, values.size() + 1};
-    for (int question = 0; question < 2; ++question) {
+                             [&] { return deck.Keywords().GetDataText(poro)->size(); },
+                             [&] { return deck.Keywords().GetRawText(poro)->size(); }};
+    const std::size_t answers[] = {30000, values.size() + 1, values.size() + 7};
+    for (int question = 0; question < 3; ++question) {
         for (const auto call : {FailingFileSystem::Call::Open, FailingFileSystem::Call::Read}) {
             int refused = 0;
             for (int n = 1, failed = 1; failed != 0; ++n) {
