@@ -20,15 +20,6 @@ using TestSupport::TempDir;
 
 const std::string include = "INCLUDE\n '";
 
-/// A run in a directory, whose files any user may reach.
-Launch In(const TempDir& folder)
-{
-    std::filesystem::permissions(folder.Path(), std::filesystem::perms::others_all | std::filesystem::perms::owner_all);
-    Launch run;
-    run.directory = folder.Path();
-    return run;
-}
-
 std::vector<std::string> Names(const std::string& json)
 {
     std::vector<std::string> names;
@@ -320,32 +311,6 @@ TEST(BadInput, OutputThatNobodyTakes)
         EXPECT_EQ(outcome.status, 3) << arguments.front();
         EXPECT_THAT(outcome.err, HasSubstr("standard output: error: "));
     }
-}
-
-TEST(Usage, HelpFitsATerminal)
-{
-    std::vector<std::vector<std::string>> helps{{"--help"}};
-    for (const char* verb : {"ls", "tree", "sections", "scopes", "dates", "show", "get", "find", "diff", "check",
-                             "template", "flatten", "copy", "clone", "read", "syntax"})
-        helps.push_back({verb, "--help"});
-    for (const char* verb : {"init", "add", "ls", "move", "flush"})
-        helps.push_back({"project", verb, "--help"});
-    for (const auto& arguments : helps) {
-        const Outcome help = Deckman(arguments);
-        EXPECT_EQ(help.status, 0);
-        std::istringstream lines(help.out);
-        for (std::string line; std::getline(lines, line);)
-            EXPECT_LE(line.size(), 80u) << arguments.front() << ": " << line;
-    }
-}
-
-TEST(BadInput, NoColoursInAFile)
-{
-    Launch run;
-    run.environment = {{"TERM", "xterm-256color"}};
-    const Outcome outcome = Deckman({"ls", DECK_SOURCE_DIR "/examples/decks/single/SKERROW.DATA"}, run);
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_THAT(outcome.out, Not(HasSubstr("\x1b")));
 }
 
 } // namespace DeckmanTests

@@ -20,14 +20,6 @@ using TestSupport::TempDir;
 
 using Files = std::vector<std::pair<std::string, std::string>>;
 
-Launch In(const TempDir& folder)
-{
-    std::filesystem::permissions(folder.Path(), std::filesystem::perms::others_all | std::filesystem::perms::owner_all);
-    Launch run;
-    run.directory = folder.Path();
-    return run;
-}
-
 /// The findings on a deck whose top file is TOP.DATA, as "file:line keyword severity: text".
 std::vector<std::string> Findings(const Files& files, const std::vector<std::string>& options = {}, int status = -1)
 {
@@ -276,8 +268,7 @@ TEST(Check, NamesTheTerminatorThatIsMissing)
          {"5 error: The keyword COMPDAT is read as data of WELSPECS: is a \"/\" missing ahead of it?"}},
         {well + " A G 1 1 1* OIL\n B G 2 2 1* GAS /\n/\n",
          {"5 error: A problem was encountered when parsing the keyword WELSPECS. Item value \"B\" is not valid. Must "
-          "be "
-          "a real number. Is a \"/\" missing at the end of line 4?"}},
+          "be a real number. Is a \"/\" missing at the end of line 4?"}},
         {"RUNSPEC\nSUMMARY\nWOPR\n P1\nFOPR\nWWCT\n/\n",
          {"5 error: The keyword FOPR is read as data of WOPR: is a \"/\" missing ahead of it?"}},
         {"RUNSPEC\nSUMMARY\nWOPR\n P1\n 'FOPR'\nFOPR P2\n/\n", {}},
@@ -353,24 +344,14 @@ TEST(Check, GroupsRepeatsAndSumsUp)
     const std::string notValid =
         "error: A problem was encountered when parsing the keyword WELOPEN. Item value \"x\" is not valid. Must be a "
         "whole number. It stands for I.\n";
-    EXPECT_EQ(outcome.out, "TOP.DATA:2: warning: The file none.inc of this INCLUDE does not exist.\n"
-                           "TOP.DATA:6: warning: " +
-                               tooLong +
-                               " (PORO)\n"
-                               "TOP.DATA:7: warning: " +
-                               tooLong +
-                               " (PORO)\n"
-                               "TOP.DATA:8: warning: " +
-                               tooLong +
-                               " (PORO)\n"
-                               "    ... and 7 more\n"
-                               "TOP.DATA:16: warning: 15 more messages of this kind in keyword PORO: " +
-                               tooLong +
-                               "\n"
-                               "w.inc:2: " +
-                               notValid + "w.inc:5: " + notValid + "w.inc:8: " + notValid +
-                               "    ... and 27 more\n"
-                               "36 keywords in 2 files: 30 errors, 12 warnings.\n");
+    std::string expected = "TOP.DATA:2: warning: The file none.inc of this INCLUDE does not exist.\n";
+    for (const char* line : {"6", "7", "8"})
+        expected += std::string("TOP.DATA:") + line + ": warning: " + tooLong + " (PORO)\n";
+    expected +=
+        "    ... and 7 more\nTOP.DATA:16: warning: 15 more messages of this kind in keyword PORO: " + tooLong + "\n";
+    for (const char* line : {"2", "5", "8"})
+        expected += std::string("w.inc:") + line + ": " + notValid;
+    EXPECT_EQ(outcome.out, expected + "    ... and 27 more\n36 keywords in 2 files: 30 errors, 12 warnings.\n");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, IsEmpty());
     EXPECT_EQ(JsonLines(Deckman({"check", "TOP.DATA", "--json"}, In(folder)).out).size(), 42u);

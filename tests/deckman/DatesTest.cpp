@@ -67,8 +67,7 @@ const Case cases[] = {
 TEST(Dates, FollowTheScheduleAndTellWhatIsWrongWithIt)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     for (const Case& c : cases) {
         folder.Write("x.DATA", std::string("RUNSPEC\n") + c.runspec + "SCHEDULE\n" + c.schedule);
         const Outcome outcome = Deckman({"dates", "x.DATA", "--json"}, run);
@@ -87,10 +86,8 @@ TEST(Dates, FollowTheScheduleAndTellWhatIsWrongWithIt)
 TEST(Dates, DeckWithoutScheduleIsToldSo)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
     folder.Write("x.DATA", "RUNSPEC\nSTART\n 1 JAN 2020 /\nGRID\n");
-    const Outcome outcome = Deckman({"dates", "x.DATA"}, run);
+    const Outcome outcome = Deckman({"dates", "x.DATA"}, {folder.Path()});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.out, HasSubstr("2020-01-01"));
     EXPECT_THAT(outcome.err, HasSubstr("x.DATA: error: The deck has no SCHEDULE section."));
@@ -99,8 +96,7 @@ TEST(Dates, DeckWithoutScheduleIsToldSo)
 TEST(Dates, DateOfAPlaceComesInManyForms)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     folder.Write("x.DATA", "RUNSPEC\nSTART\n 1 JAN 2020 /\nSCHEDULE\nWELTARG\n A ORAT 0 /\n/\n"
                            "DATES\n 5 JUL 2020 /\n/\nWELTARG\n A ORAT 1 /\n/\nWELTARG\n A ORAT 2 /\n/\n"
                            "DATES\n 5 JUL 2020 12:30:00 /\n/\nWELTARG\n A ORAT 3 /\n/\nOPTIMIZE\nOPTPARS\n/\n");
@@ -125,8 +121,7 @@ TEST(Dates, DateOfAPlaceComesInManyForms)
 TEST(Dates, SkippedTimeKeywordEndsNothing)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     folder.Write("x.DATA", "RUNSPEC\nSTART\n 1 JAN 2020 /\nSCHEDULE\nDATES\n 1 FEB 2020 /\n/\nSKIP\nTSTEP\n 9 /\n"
                            "ENDSKIP\nWELTARG\n A ORAT 1 /\n/\n");
     for (const auto& more : {std::vector<std::string>{}, {"--simulator", "100"}}) {

@@ -142,8 +142,7 @@ std::vector<std::string> Told(const Outcome& outcome)
 TEST(Diff, TellsWhatAUserWouldCallAChange)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     for (const Case& c : cases) {
         folder.Write("old.DATA", c.oldText);
         folder.Write("new.DATA", c.newText);
@@ -166,8 +165,7 @@ TEST(Diff, TellsWhatAUserWouldCallAChange)
 TEST(Diff, FilesMayBeCutInAnotherWay)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     folder.Write("old.DATA", start + Dates("1 FEB 2020", Target(1)) + Target(2) + Target(3) + "END\n");
     folder.Write("new.DATA", "INCLUDE\n 'head.inc' /\nINCLUDE\n 'tail.inc' /\nEND\n" + Target(9));
     folder.Write("head.inc", start + Dates("1 FEB 2020", Target(1)));
@@ -180,8 +178,7 @@ TEST(Diff, FilesMayBeCutInAnotherWay)
 TEST(Diff, EveryPlaceIsFoundByGet)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     for (const Case& c : cases) {
         folder.Write("old.DATA", c.oldText);
         folder.Write("new.DATA", c.newText);
@@ -202,8 +199,7 @@ TEST(Diff, EveryPlaceIsFoundByGet)
 TEST(Diff, BothDecksMustBeThere)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     folder.Write("old.DATA", "RUNSPEC\n");
     EXPECT_EQ(Deckman({"diff", "old.DATA"}, run).status, 2);
     for (const auto& [a, b] : {std::pair("old.DATA", "none.DATA"), std::pair("none.DATA", "old.DATA")}) {
@@ -216,8 +212,6 @@ TEST(Diff, BothDecksMustBeThere)
 TEST(Diff, LargeDecksThatShareNothingTakeNoQuadraticTime)
 {
     const TempDir folder;
-    Launch run;
-    run.directory = folder.Path();
     std::string a = "SCHEDULE\n", b = a;
     for (int i = 0; i < 10000; ++i) {
         a += Target(i % 7);
@@ -226,7 +220,7 @@ TEST(Diff, LargeDecksThatShareNothingTakeNoQuadraticTime)
     folder.Write("old.DATA", a);
     folder.Write("new.DATA", b);
     // The limit of time for a run is the test.
-    EXPECT_EQ(Deckman({"diff", "old.DATA", "new.DATA"}, run).status, 1);
+    EXPECT_EQ(Deckman({"diff", "old.DATA", "new.DATA"}, {folder.Path()}).status, 1);
 }
 
 } // namespace DeckmanTests

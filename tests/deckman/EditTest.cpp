@@ -49,20 +49,13 @@ protected:
     Outcome Run(std::vector<std::string> arguments) const
     {
         arguments.insert(arguments.begin() + 1, "x.DATA");
-        Launch run;
-        run.directory = m_folder.Path();
-        return Deckman(arguments, run);
+        return Deckman(arguments, {m_folder.Path()});
     }
 
     bool IsAsBefore() const { return m_folder.Read("x.DATA") == top && m_folder.Read("a.inc") == included; }
 
     TempDir m_folder;
 };
-
-std::string Replaced(std::string text, const std::string& old, const std::string& now)
-{
-    return text.replace(text.find(old), old.size(), now);
-}
 
 } // namespace
 
@@ -72,63 +65,51 @@ TEST_F(Edit, ChangesThatAndNothingElse)
     {
         std::vector<std::string> arguments;
         std::string x;
-        std::string a;
+        std::string a = included;
     };
+    const auto x = [](const std::string& old, const std::string& now) { return Replaced(top, old, now); };
+    const std::string dimens = "\n-- above DIMENS\nDIMENS\n10 20 30 /\n";
+    const std::string tagged = "TABDIMS" + std::string(30, ' ') + "-- Generated\n";
     const std::vector<Case> cases = {
-        {{"set", "TABDIMS.1", "7"}, Replaced(top, " 1 2*3 5", " 1 7 3 5"), included},
-        {{"set", "TABDIMS.NTPVT", "1*"}, Replaced(top, " 1 2*3 5", " 1 1* 3 5"), included},
+        {{"set", "TABDIMS.1", "7"}, x(" 1 2*3 5", " 1 7 3 5")},
+        {{"set", "TABDIMS.NTPVT", "1*"}, x(" 1 2*3 5", " 1 1* 3 5")},
         {{"set", "EQLDIMS[2]", "9"}, top, Replaced(included, " 2 /", " 2 1* 9 /")},
-        {{"set", "WELTARG#1[P2].VALUE", "2.5"}, Replaced(top, "WRAT 2 /", "WRAT 2.5 /"), included},
-        {{"set", "TABDIMS.0", "1"}, top, included},
-        {{"insert", "--before", "DIMENS", "EQLDIMS\n3 /"},
-         Replaced(top, "\n-- above", "EQLDIMS\n3 /\n\n-- above"),
-         included},
+        {{"set", "WELTARG#1[P2].VALUE", "2.5"}, x("WRAT 2 /", "WRAT 2.5 /")},
+        {{"set", "TABDIMS.0", "1"}, top},
+        {{"insert", "--before", "DIMENS", "EQLDIMS\n3 /"}, x("\n-- above", "EQLDIMS\n3 /\n\n-- above")},
         {{"insert", "--after", "EQLDIMS", "tabdims\n3 /"}, top, included + "TABDIMS\r\n3 /\r\n"},
         {{"insert", "--before", "DIMENS", "-- one\nEQLDIMS -- mine\n 3 /\n\n-- two\nREGDIMS\n 1 /"},
-         Replaced(top, "\n-- above", "-- one\nEQLDIMS -- mine\n 3 /\n\n-- two\nREGDIMS\n 1 /\n\n-- above"),
-         included},
-        {{"insert", "--section", "RUNSPEC", "TITLE\nx"}, Replaced(top, "SCHEDULE\n", "TITLE\nx\nSCHEDULE\n"), included},
+         x("\n-- above", "-- one\nEQLDIMS -- mine\n 3 /\n\n-- two\nREGDIMS\n 1 /\n\n-- above")},
+        {{"insert", "--section", "RUNSPEC", "TITLE\nx"}, x("SCHEDULE\n", "TITLE\nx\nSCHEDULE\n")},
         {{"insert", "--section", "PROPS", "SWOF\n 0 0 1 0 /"},
-         Replaced(top, "SCHEDULE\n", "PROPS\n\nSWOF\n 0 0 1 0 /\nSCHEDULE\n"),
-         included},
-        {{"set", "TABDIMS", "--text", "7 /"}, Replaced(top, " 1 2*3 5 / two", "7 /"), included},
+         x("SCHEDULE\n", "PROPS\n\nSWOF\n 0 0 1 0 /\nSCHEDULE\n")},
+        {{"set", "TABDIMS", "--text", "7 /"}, x(" 1 2*3 5 / two", "7 /")},
         {{"set", "EQLDIMS", "--text", "EQLDIMS\n 4 /\n"}, top, Replaced(included, " 2 /", " 4 /")},
-        {{"set", "WELTARG#1[+]", "'P 3' 1* 5 /"},
-         Replaced(top, "-- second\n", "-- second\n 'P 3' 1*  5 /\n"),
-         included},
-        {{"set", "WELTARG#1[+0]", "P3"}, Replaced(top, "WELTARG\n", "WELTARG\n P3          /\n"), included},
-        {{"rm", "WELTARG#1[P1]"}, Replaced(top, " 'P1' ORAT 1 /\n", ""), included},
-        {{"rm", "WELTARG#2", "EQLDIMS", "WELTARG#2"},
-         Replaced(top, "WELTARG\n 'P1' LRAT 3 /\n/\n", ""),
-         "-- inner\r\n"},
-        {{"header", "one\ntwo", "--file-tag", "whole"},
-         "-- Generated [\n--one\n--two\n-- Generated ]\n\n" + top,
-         included},
+        {{"set", "WELTARG#1[+]", "'P 3' 1* 5 /"}, x("-- second\n", "-- second\n 'P 3' 1*  5 /\n")},
+        {{"set", "WELTARG#1[+0]", "P3"}, x("WELTARG\n", "WELTARG\n P3          /\n")},
+        {{"rm", "WELTARG#1[P1]"}, x(" 'P1' ORAT 1 /\n", "")},
+        {{"rm", "WELTARG#2", "EQLDIMS", "WELTARG#2"}, x("WELTARG\n 'P1' LRAT 3 /\n/\n", ""), "-- inner\r\n"},
+        {{"header", "one\ntwo", "--file-tag", "whole"}, "-- Generated [\n--one\n--two\n-- Generated ]\n\n" + top},
         {{"header", "x", "--file", "a.inc", "--file-tag", "whole"},
          top,
          "-- Generated [\r\n--x\r\n-- Generated ]\r\n\r\n" + included},
         {{"tag", "TABDIMS", "DIMENS"},
-         Replaced(Replaced(top, "TABDIMS\n", "TABDIMS" + std::string(30, ' ') + "-- Generated\n"), "DIMENS\n10",
-                  "DIMENS" + std::string(31, ' ') + "-- Generated\n10"),
-         included},
-        {{"rm", "DIMENS"}, Replaced(top, "DIMENS\n10 20 30 /\n", ""), included},
-        {{"rm", "DIMENS", "--with-comment"}, Replaced(top, "-- above DIMENS\nDIMENS\n10 20 30 /\n", ""), included},
-        {{"mv", "DIMENS", "--before", "TABDIMS"},
-         Replaced(Replaced(top, "\n-- above DIMENS\nDIMENS\n10 20 30 /\n", ""), "TABDIMS\n",
-                  "\n-- above DIMENS\nDIMENS\n10 20 30 /\nTABDIMS\n"),
-         included},
+         Replaced(x("TABDIMS\n", tagged), "DIMENS\n10", "DIMENS" + std::string(31, ' ') + "-- Generated\n10")},
+        {{"rm", "DIMENS"}, x("DIMENS\n10 20 30 /\n", "")},
+        {{"rm", "DIMENS", "--with-comment"}, x(dimens, "\n")},
+        {{"mv", "DIMENS", "--before", "TABDIMS"}, Replaced(x(dimens, ""), "TABDIMS\n", dimens + "TABDIMS\n")},
         {{"mv", "DIMENS", "--after", "EQLDIMS"},
-         Replaced(top, "\n-- above DIMENS\nDIMENS\n10 20 30 /\n", ""),
+         x(dimens, ""),
          included + "\r\n-- above DIMENS\r\nDIMENS\r\n10 20 30 /\r\n"},
         {{"comment-out", "EQLDIMS"}, top, "-- inner\r\n--EQLDIMS -- Generated\r\n-- 2 /\r\n"},
-        {{"suppress", "TABDIMS"}, Replaced(top, "TABDIMS\n 1", "--@@@TABDIMS\n--@@@ 1"), included},
-        {{"unsuppress", "TABDIMS"}, top, included},
-        {{"tag", "TABDIMS"}, Replaced(top, "TABDIMS\n", "TABDIMS" + std::string(30, ' ') + "-- Generated\n"), included},
+        {{"suppress", "TABDIMS"}, x("TABDIMS\n 1", "--@@@TABDIMS\n--@@@ 1")},
+        {{"unsuppress", "TABDIMS"}, top},
+        {{"tag", "TABDIMS"}, x("TABDIMS\n", tagged)},
         {{"untag", "EQLDIMS"}, top, Replaced(included, " -- Generated", "")},
-        {{"note", "TABDIMS", "one\ntwo"}, Replaced(top, "TABDIMS\n", "TABDIMS\n-- one\n-- two\n"), included},
-        {{"above", "DIMENS", "new"}, Replaced(top, "-- above DIMENS", "-- new"), included},
-        {{"above", "DIMENS", ""}, Replaced(top, "-- above DIMENS\n", ""), included},
-        {{"above", "RUNSPEC", "-- other\nhead"}, Replaced(top, "-- header", "-- other\n-- head"), included},
+        {{"note", "TABDIMS", "one\ntwo"}, x("TABDIMS\n", "TABDIMS\n-- one\n-- two\n")},
+        {{"above", "DIMENS", "new"}, x("-- above DIMENS", "-- new")},
+        {{"above", "DIMENS", ""}, x("-- above DIMENS\n", "")},
+        {{"above", "RUNSPEC", "-- other\nhead"}, x("-- header", "-- other\n-- head")},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(testing::PrintToString(test.arguments));
@@ -212,8 +193,7 @@ TEST_F(Edit, RefusesAndWritesNothing)
     }
     EXPECT_EQ(m_folder.Listing(), "a.inc x.DATA");
     // Standard input may be empty.
-    Launch run;
-    run.directory = m_folder.Path();
+    const Launch run{m_folder.Path()};
     EXPECT_EQ(Shell("deckman insert x.DATA --before DIMENS - < /dev/null", run).status, 2);
     EXPECT_EQ(Shell("printf '\\357\\273\\277EQLDIMS\\n 4 /\\n' | deckman insert x.DATA --before DIMENS -", run).status,
               0);
@@ -317,12 +297,10 @@ TEST_F(Edit, WritesAfreshWhatHasNoPlaceInTheText)
 /// Between the read of the deck and the commit, which waits for the script's end.
 TEST_F(Edit, AFileThatChangesMeanwhileIsLeftAlone)
 {
-    Launch run;
-    run.directory = m_folder.Path();
     // With --json everything is looked at ahead of the first edit.
     Shell("mkfifo text; (deckman insert x.DATA --before DIMENS - --json < text; echo $? > status) 2> told & "
           "exec 3> text; echo 'EQLDIMS' >&3; sleep 1; echo '-- other' >> x.DATA; echo ' 3 /' >&3; exec 3>&-; wait",
-          run);
+          {m_folder.Path()});
     EXPECT_EQ(m_folder.Read("status"), "3\n");
     EXPECT_THAT(m_folder.Read("told"), HasSubstr("has been changed on disk since it was read."));
     EXPECT_EQ(m_folder.Read("x.DATA"), top + "-- other\n");
@@ -331,8 +309,7 @@ TEST_F(Edit, AFileThatChangesMeanwhileIsLeftAlone)
 
 TEST_F(Edit, SaysWhenAFileCannotBeWritten)
 {
-    Launch run;
-    run.directory = m_folder.Path();
+    Launch run{m_folder.Path()};
     run.unprivileged = true;
     ASSERT_EQ(Shell("chmod 755 . && chmod 444 a.inc x.DATA", {m_folder.Path()}).status, 0);
     const Outcome outcome = Deckman({"set", "x.DATA", "EQLDIMS.0", "3"}, run);

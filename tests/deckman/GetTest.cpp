@@ -16,11 +16,9 @@ class Get : public testing::Test
 protected:
     Outcome Ask(const std::string& text, std::vector<std::string> arguments) const
     {
-        Launch run;
-        run.directory = m_folder.Path();
         m_folder.Write("x.DATA", text);
         arguments.insert(arguments.begin(), {"get", "x.DATA"});
-        return Deckman(arguments, run);
+        return Deckman(arguments, {m_folder.Path()});
     }
     std::string Json(const std::string& text, const std::string& where) const
     {
@@ -165,14 +163,12 @@ TEST_F(Get, UnitsAreThoseOfTheDeck)
 TEST_F(Get, LongListIsStreamedAndStopsWithItsReader)
 {
     m_folder.Write("x.DATA", "GRID\nPORO\n 100000000*0.25 /\n");
-    Launch run;
-    run.directory = m_folder.Path();
 #if defined(__SANITIZE_ADDRESS__)
     const std::string limit; // the sanitizer reserves more addresses than any limit allows
 #else
     const std::string limit = "ulimit -v 1500000; ";
 #endif
-    const Outcome outcome = Shell(limit + "deckman get x.DATA PORO --json | head -c 12", run);
+    const Outcome outcome = Shell(limit + "deckman get x.DATA PORO --json | head -c 12", {m_folder.Path()});
     EXPECT_EQ(outcome.out, "[0.25,0.25,0");
     EXPECT_EQ(outcome.err, "");
 }

@@ -33,9 +33,7 @@ std::vector<std::string> LinesOf(const std::string& text)
 std::vector<std::string> Offered(std::vector<std::string> words)
 {
     words.insert(words.begin(), {"help", "--complete"});
-    Launch run;
-    run.directory = decks;
-    const Outcome outcome = Deckman(words, run);
+    const Outcome outcome = Deckman(words, {decks});
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.err, "");
     std::vector<std::string> offered = LinesOf(outcome.out);
@@ -104,7 +102,9 @@ TEST(Help, FitsAScreenAndNamesEveryVerb)
     for (const std::string& verb : AllVerbs()) {
         for (const std::string& word : WordsOf(verb))
             EXPECT_EQ(words.count(word), 1u) << verb;
-        for (const std::string& line : LinesOf(Shell("deckman " + verb + " --help").out))
+        const Outcome ofVerb = Shell("deckman " + verb + " --help");
+        EXPECT_EQ(ofVerb.status, 0) << verb;
+        for (const std::string& line : LinesOf(ofVerb.out))
             EXPECT_LE(line.size(), 80u) << verb << ": " << line;
     }
 }
@@ -126,9 +126,7 @@ TEST(Help, EveryExampleWorks)
             usesVerb |= command.find("deckman " + verb + " ") != std::string::npos;
         }
         EXPECT_TRUE(usesVerb) << verb;
-        Launch run;
-        run.directory = copy.Path("decks");
-        const Outcome outcome = Shell(script, run);
+        const Outcome outcome = Shell(script, {copy.Path("decks")});
         EXPECT_EQ(outcome.status, 0) << verb << "\n" << script << outcome.err;
         for (const std::string& line : LinesOf(outcome.err))
             EXPECT_NE(line.find(": note: "), std::string::npos) << verb << ": " << line;
@@ -204,14 +202,12 @@ TEST(Completion, WorksInBash)
 {
     if (!HasProgram("bash")) GTEST_SKIP() << "bash is not installed";
     const auto replies = [](const std::string& words) {
-        Launch run;
-        run.directory = decks;
         const Outcome outcome =
             Shell("bash --norc -c '. \"" + completion +
                       "/deckman.bash\"; COMP_WORDS=(\"" DECKMAN_PROGRAM
                       "\" \"$@\"); COMP_CWORD=$#; _deckman; printf \"%s\\n\" \"${COMPREPLY[@]}\"' - " +
                       words,
-                  run);
+                  {decks});
         EXPECT_EQ(outcome.err, "") << words;
         return outcome.out;
     };
@@ -234,9 +230,8 @@ TEST(Completion, WorksInZshAndFish)
     }
     if (HasProgram("fish")) {
         const TestSupport::TempDir home;
-        Launch run;
-        run.directory = decks;
-        run.environment = {{"HOME", home.Path()}, {"XDG_CONFIG_HOME", home.Path()}, {"XDG_DATA_HOME", home.Path()}};
+        const Launch run{decks,
+                         {{"HOME", home.Path()}, {"XDG_CONFIG_HOME", home.Path()}, {"XDG_DATA_HOME", home.Path()}}};
         const Outcome outcome = Shell("PATH=\"" + fs::path(DECKMAN_PROGRAM).parent_path().string() +
                                           ":$PATH\" fish --no-config -c 'source \"" + completion +
                                           "/deckman.fish\"; complete -C \"deckman get field/FIELD.DATA WELT\"; "

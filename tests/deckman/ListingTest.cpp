@@ -187,8 +187,7 @@ TEST(Listing, FindLooksAtAKeywordsOwnDataOnly)
     folder.Write("TOP.DATA",
                  "RUNSPEC\n\nDIMENS     -- word in the line\n-- word in the data\n 1 2 3 /\n\n-- word above\nOIL\n"
                  "-- word below a keyword without data\n\nGRID\n--@@@NTG\n--@@@ 6*0.9 /\n\nPORO\n 6*0.2 /\n");
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     const auto found = [&](const std::string& expression) {
         std::vector<std::string> names;
         for (const Json& row : JsonLines(Deckman({"find", "TOP.DATA", expression, "--json"}, run).out))
@@ -209,8 +208,7 @@ TEST(Listing, FilesOutsideTheFolderOfTheDeckShowTheirFullName)
     folder.Write("decks/a/TOP.DATA", "RUNSPEC\nINCLUDE\n '../shared/x.inc' /\nINCLUDE\n 'sub/y.inc' /\n");
     folder.Write("decks/shared/x.inc", "OIL\n");
     folder.Write("decks/a/sub/y.inc", "GAS\n");
-    Launch run;
-    run.directory = folder.Path("decks");
+    const Launch run{folder.Path("decks")};
     const auto rows = JsonLines(Deckman({"ls", "a/TOP.DATA", "--json"}, run).out);
     ASSERT_EQ(rows.size(), 5u);
     EXPECT_EQ(rows[2].at("file"), folder.Path("decks/shared/x.inc"));
@@ -226,9 +224,7 @@ TEST(Listing, ScopesMayNestDeeply)
     for (int i = 0; i < 10000; ++i)
         text += "SKIP\n";
     folder.Write("TOP.DATA", text + "OIL\n");
-    Launch run;
-    run.directory = folder.Path();
-    const auto scopes = JsonLines(Deckman({"scopes", "TOP.DATA", "--json"}, run).out);
+    const auto scopes = JsonLines(Deckman({"scopes", "TOP.DATA", "--json"}, {folder.Path()}).out);
     ASSERT_EQ(scopes.size(), 10001u);
     EXPECT_EQ(scopes[10000].dump(), R"({"head":"SKIP","begin":10001,"end":10003,"depth":10000})");
 }

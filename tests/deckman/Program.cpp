@@ -1,9 +1,8 @@
 #include "tests/deckman/Program.h"
 
-#include "tests/support/TempDir.h"
-
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <pty.h>
 #include <sstream>
 #include <stdexcept>
@@ -71,6 +70,12 @@ Outcome Execute(const std::vector<std::string>& command, const Launch& run)
 
 } // namespace
 
+Launch In(const TestSupport::TempDir& folder)
+{
+    std::filesystem::permissions(folder.Path(), std::filesystem::perms::others_all | std::filesystem::perms::owner_all);
+    return {folder.Path()};
+}
+
 Outcome Deckman(const std::vector<std::string>& arguments, const Launch& run)
 {
     std::vector<std::string> command{DECKMAN_PROGRAM};
@@ -120,6 +125,11 @@ std::vector<nlohmann::ordered_json> JsonLines(const std::string& text)
     for (std::string line; std::getline(lines, line);)
         values.push_back(nlohmann::ordered_json::parse(line));
     return values;
+}
+
+std::string Replaced(std::string text, const std::string& old, const std::string& now)
+{
+    return text.replace(text.find(old), old.size(), now);
 }
 
 } // namespace DeckmanTests

@@ -6,6 +6,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "tests/support/TempDir.h"
+
 namespace DeckmanTests {
 
 /// What a finished program left behind.
@@ -25,6 +27,9 @@ struct Launch
     std::string outFile = {}; ///< standard output goes there and not into `out`
 };
 
+/// A run in a directory that any user may enter and change.
+Launch In(const TestSupport::TempDir& folder);
+
 /// Runs deckman with arguments. A run that takes longer than a minute is ended.
 Outcome Deckman(const std::vector<std::string>& arguments, const Launch& run = {});
 /// Runs a command line of the shell in which `deckman` is the built program.
@@ -41,5 +46,7 @@ Outcome OnTerminal(const std::string& command, const Screen& screen = {}, const 
 
 /// One JSON value for each line.
 std::vector<nlohmann::ordered_json> JsonLines(const std::string& text);
+/// The text with the first `old` in it replaced; there must be one.
+std::string Replaced(std::string text, const std::string& old, const std::string& now);
 
 } // namespace DeckmanTests

@@ -19,8 +19,7 @@ Outcome Read(const std::string& text, bool json = true)
 {
     const TempDir folder;
     folder.Write("piece.txt", text);
-    Launch run;
-    run.directory = folder.Path();
+    const Launch run{folder.Path()};
     return json ? Deckman({"read", "piece.txt", "--json"}, run) : Deckman({"read", "piece.txt"}, run);
 }
 

@@ -45,11 +45,6 @@ protected:
     Launch run;
 };
 
-std::string Replaced(std::string text, const std::string& old, const std::string& now)
-{
-    return text.replace(text.find(old), old.size(), now);
-}
-
 } // namespace
 
 TEST_F(Rename, RenamesFilesAndChangesTheLeavesAlone)

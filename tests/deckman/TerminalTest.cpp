@@ -20,10 +20,7 @@ const std::string pagerMark = "paged ";
 
 Launch InDecks(std::vector<std::pair<std::string, std::string>> environment = {})
 {
-    Launch run;
-    run.directory = decks;
-    run.environment = std::move(environment);
-    return run;
+    return {decks, std::move(environment)};
 }
 
 /// A pager that marks what goes through it.

@@ -42,9 +42,7 @@ std::string ReadAll(const fs::path& path)
 
 std::string Played(const std::string& command)
 {
-    Launch run;
-    run.directory = DECK_SOURCE_DIR "/examples/decks";
-    const Outcome outcome = Shell(command, run);
+    const Outcome outcome = Shell(command, {DECK_SOURCE_DIR "/examples/decks"});
     std::string text = prompt + command + "\n" + outcome.out;
     std::istringstream errors(outcome.err);
     for (std::string line; std::getline(errors, line);)

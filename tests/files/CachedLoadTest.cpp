@@ -111,42 +111,44 @@ protected:
 /// A text with everything that shapes a list.
 std::string RandomText(TestText::TextGenerator& random, const std::vector<std::string>& includes)
 {
-    static const std::vector<std::string> pieces = {"RUNSPEC\n",
-                                                    "GRID\n",
-                                                    "EDIT\n",
-                                                    "PROPS\n",
-                                                    "SOLUTION\n",
-                                                    "SCHEDULE\n",
-                                                    "oil\n",
-                                                    "WATER  -- comment\n",
-                                                    "-- comment\n",
-                                                    "\n",
-                                                    "--@@@GAS\n",
-                                                    "--@@@--@@@METRIC\n",
-                                                    "PORO\n 3*0.1\n /\n",
-                                                    "poro_x\n 1 /\n",
-                                                    "DIMENS -- Generated\n 1 2 3 /\n",
-                                                    "METRIC\n\n-- Generated\n",
-                                                    "SKIP\nPERMX\n 1 /\nENDSKIP\n",
-                                                    "SKIP100\nOIL\nSKIP300\nENDSKIP\nENDSKIP\n",
-                                                    "SKIP300\n",
-                                                    "ENDSKIP\n",
-                                                    "WELSPECS\n 'P' 'G' 1 1 1* OIL /\n/\n",
-                                                    "ACTIONX\n 'A' 1 /\n FOPR > 1 /\n/\n",
-                                                    "ENDACTIO\n",
-                                                    "UNKNOWNWORD\n",
-                                                    "  PERMX\n 1 /\n",
-                                                    "TITLE\nGRID\n",
-                                                    "EQUALS\n PORO 1 /\n/\n",
-                                                    "FAULTS\n",
-                                                    "TRACERSX\n",
-                                                    "WELSPECSX\n/\n",
-                                                    "RPTONLYO\n",
-                                                    "END\n",
-                                                    "OIL\r\n",
-                                                    "TUNINGXYZLONG\n",
-                                                    "ENDINC\n",
-                                                    "DATES\n 1 JAN 2020 /\n/\n"};
+    static const std::vector<std::string> pieces = {
+        "RUNSPEC\n",
+        "GRID\n",
+        "EDIT\n",
+        "PROPS\n",
+        "SOLUTION\n",
+        "SCHEDULE\n",
+        "oil\n",
+        "WATER  -- comment\n",
+        "-- comment\n",
+        "\n",
+        "--@@@GAS\n",
+        "--@@@--@@@METRIC\n",
+        "PORO\n 3*0.1\n /\n",
+        "poro_x\n 1 /\n",
+        "DIMENS -- Generated\n 1 2 3 /\n",
+        "METRIC\n\n-- Generated\n",
+        "SKIP\nPERMX\n 1 /\nENDSKIP\n",
+        "SKIP100\nOIL\nSKIP300\nENDSKIP\nENDSKIP\n",
+        "SKIP300\n",
+        "ENDSKIP\n",
+        "WELSPECS\n 'P' 'G' 1 1 1* OIL /\n/\n",
+        "ACTIONX\n 'A' 1 /\n FOPR > 1 /\n/\n",
+        "ENDACTIO\n",
+        "UNKNOWNWORD\n",
+        "  PERMX\n 1 /\n",
+        "TITLE\nGRID\n",
+        "EQUALS\n PORO 1 /\n/\n",
+        "FAULTS\n",
+        "TRACERSX\n",
+        "WELSPECSX\n/\n",
+        "RPTONLYO\n",
+        "END\n",
+        "OIL\r\n",
+        "TUNINGXYZLONG\n",
+        "ENDINC\n",
+        "DATES\n 1 JAN 2020 /\n/\n",
+    };
     std::string text = random.Below(5) == 0 ? "\xEF\xBB\xBF" : "";
     if (random.Below(4) == 0) text += "-- Generated\n";
     for (int count = random.Below(14); count > 0; --count) {
@@ -253,14 +255,18 @@ TEST_F(CachedLoadTest, WhatIsBroughtByAnotherFileIsNoListOfThisOne)
 
 TEST_F(CachedLoadTest, WarningsOfMisplacedKeywordsComeAgainWithTheirPlace)
 {
-    Write("p/TOP.DATA", "RUNSPEC\nOIL\nSCHEDULE\n\nPERMX\n 1 /\n");
+    Write("p/TOP.DATA", "RUNSPEC\nOIL\nRUNSPEC\nSCHEDULE\nPERMX\n 1 /\n");
+    const std::string path = m_directory.Path("p/TOP.DATA");
     for (int load = 0; load < 2; ++load) {
         m_log.Clear();
         Load();
-        ASSERT_EQ(m_log.Count(), 1) << load;
-        EXPECT_EQ(m_log.Messages()[0].text, "Keyword PERMX is not valid for section SCHEDULE");
-        EXPECT_EQ(m_log.Messages()[0].line, 5);
-        EXPECT_EQ(m_log.Messages()[0].file, m_directory.Path("p/TOP.DATA"));
+        // What a scan drops is no part of the list, and told by the scan alone.
+        const int dropped = load == 0 ? 1 : 0;
+        EXPECT_EQ(m_log.CountOf("RUNSPEC should only appear once, ignoring duplicate seen in " + path), dropped);
+        ASSERT_EQ(m_log.Count(), 1 + dropped) << load;
+        EXPECT_EQ(m_log.Messages().back().text, "Keyword PERMX is not valid for section SCHEDULE");
+        EXPECT_EQ(m_log.Messages().back().line, 5);
+        EXPECT_EQ(m_log.Messages().back().file, path);
     }
     EXPECT_EQ(m_scanned, "");
 }
@@ -348,6 +354,29 @@ TEST_F(CachedLoadTest, ExtentsThatNoScanGivesAreNotTaken)
         EXPECT_EQ(Load(), scan);
         EXPECT_EQ(m_scanned, "TOP.DATA ");
     }
+}
+
+TEST_F(CachedLoadTest, ANameThatNoTableKnowsIsPassedOver)
+{
+    Write("p/TOP.DATA", "RUNSPEC\nNOSUCHKW\nOIL\n");
+    Load();
+    WatchedManager manager(m_directory.Path("p"));
+    const std::shared_ptr<KeywordFile> file = manager.GetKeywordFile(m_directory.File("p/TOP.DATA"), true);
+    CacheEntry entry;
+    ASSERT_TRUE(manager.GetCacheEntry(*file, entry));
+    entry.values.front().size = 8;
+    CacheEntry::CacheValue unknown;
+    unknown.name = "NOSUCHKW";
+    unknown.pos = 8;
+    unknown.size = 9;
+    entry.values.insert(entry.values.begin() + 1, unknown);
+    // As a host may store it, who knows nothing of what shapes a list.
+    entry.settings.clear();
+    entry.sections.clear();
+    manager.SetCacheEntry(*file, entry);
+    const std::string stored = manager.Scanned();
+    EXPECT_EQ(TestDeck::Extents(*file), "RUNSPEC@0+8 OIL@17+4");
+    EXPECT_EQ(manager.Scanned(), stored);
 }
 
 TEST_F(CachedLoadTest, AFileThatChangesWhileItIsReadIsNotStored)

@@ -7,6 +7,7 @@
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
+#include "tests/support/Thrown.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordListData.h>
@@ -51,12 +52,8 @@ TEST_F(ChangedFileTest, FileThatGoesBetweenLoadAndReadIsNamed)
         EXPECT_EQ(deck.Walk(), "RUNSPEC DIMENS OIL");
         const std::string path = deck.Dir().Path("A.DATA");
         change(path);
-        try {
-            AskForAll(deck, "DIMENS");
-            ADD_FAILURE() << "nothing thrown";
-        } catch (const DeckManagerException& failure) {
-            EXPECT_EQ(std::string(failure.what()), "KeywordFileReader::LineReader: file does not exist: " + path);
-        }
+        EXPECT_EQ(TestSupport::Thrown<DeckManagerException>([&] { AskForAll(deck, "DIMENS"); }),
+                  "KeywordFileReader::LineReader: file does not exist: " + path);
         EXPECT_EQ(deck.TopFile().HeaderText() + deck.TopFile().TailText(), "");
 
         Environment::Instance().SetAllowIncompleteDeck(true);

@@ -1,11 +1,9 @@
-#include "cache/CacheEntry.h"
 #include "files/KeywordFile.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
 #include "tests/support/UnprivilegedUser.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IKeyword.h>
-#include <deckmanager/KeywordFileManager.h>
 
 namespace {
 
@@ -159,15 +157,13 @@ TEST_F(LoadTest, SkippedRegions)
 
 TEST_F(LoadTest, ManyNestedSkips)
 {
-    std::string text = "RUNSPEC\n";
+    std::string skips, ends;
     for (int i = 0; i < 10000; ++i) {
-        text += "SKIP\n";
-    }
-    for (int i = 0; i < 10000; ++i) {
-        text += "ENDSKIP\n";
+        skips += "SKIP\n";
+        ends += "ENDSKIP\n";
     }
     Environment::Instance().EnableSKIPENDSKIP(true, SimulatorType::S100);
-    const TestDeck deck({{"A.DATA", text + "OIL\n"}});
+    const TestDeck deck({{"A.DATA", "RUNSPEC\n" + skips + ends + "OIL\n"}});
     EXPECT_EQ((*--deck.TopFile().End())->GetName(), "OIL");
 }
 
@@ -230,74 +226,6 @@ TEST_F(LoadTest, KeywordThatIsRefusedLeavesTheFilesUnloaded)
     Environment::Instance().SetPATHSSupport(true);
     EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE PATHS OIL");
     EXPECT_FALSE(deck.TopFile().IsReadOnly());
-}
-
-/// Hands out one stored entry, as a cache would.
-class CachingManager : public KeywordFileManager
-{
-public:
-    explicit CachingManager(const std::string& projectDir) : KeywordFileManager(projectDir) {}
-    bool GetCacheEntry(const IKeywordFile& file, CacheEntry& entry) override
-    {
-        const auto found = m_entries.find(file.GetFileName().GetFileName());
-        if (found == m_entries.end()) return false;
-        entry = found->second;
-        return true;
-    }
-    bool SetCacheEntry(const IKeywordFile& file, const CacheEntry& entry) override
-    {
-        m_entries[file.GetFileName().GetFileName()] = entry;
-        return true;
-    }
-    std::map<std::string, CacheEntry> m_entries;
-};
-
-TEST_F(LoadTest, CachedLoadGivesTheListOfTheScan)
-{
-    const TestSupport::TempDir directory;
-    const std::string tag = "                             -- Generated\n";
-    directory.Write("A.DATA", "-- head\nRUNSPEC\n--@@@OIL\nGAS" + tag +
-                                  "INCLUDE\n'b.inc' /\nPORO\n1 /\nRUNSPEC\nSKIP\nWATER\nENDSKIP\nEDIT\n");
-    directory.Write("b.inc", "-- Generated\nGRID\n-- no data\n");
-    Environment::Instance().EnableSKIPENDSKIP(true, SimulatorType::S100);
-
-    std::map<std::string, CacheEntry> entries;
-    std::string scanned[2];
-    for (std::string& result : scanned) {
-        CachingManager manager(directory.Path());
-        manager.m_entries = entries;
-        const std::shared_ptr<KeywordFile> file = manager.GetKeywordFile(directory.File("A.DATA"), true);
-        result = TestDeck::Extents(*file) + " " + std::to_string(file->HeaderBegin()) + " " +
-                 std::to_string(file->HeaderEnd()) + " " + std::to_string(file->TailBegin());
-        for (KeywordFileIterator place = file->Begin(); place != file->End(); ++place) {
-            result += place->IsSuppressed() ? " s" : " -";
-            result += place->IsGenerated() ? "g" : "";
-            result += KeywordFile::IncludedFileOf(*place) != nullptr ? "i" : "";
-            result += " " + std::to_string(place->GetLine()) + " " +
-                      std::to_string(static_cast<int>(file->SectionAt(place, true)));
-        }
-        entries = manager.m_entries;
-    }
-    EXPECT_EQ(entries.size(), 2u);
-    EXPECT_EQ(scanned[0], scanned[1]);
-    EXPECT_EQ(m_log.CountOf("RUNSPEC should only appear once, ignoring duplicate seen in " + directory.Path("A.DATA")),
-              1);
-
-    // A name that no table knows is passed over.
-    const std::string text = "RUNSPEC\nNOSUCHKW\nOIL\n";
-    directory.Write("C.DATA", text);
-    CachingManager manager(directory.Path());
-    CacheEntry& entry = manager.m_entries["C.DATA"];
-    entry.length = static_cast<long long>(text.size());
-    for (const auto& [name, position, size] :
-         {std::tuple("RUNSPEC", 0, 8), std::tuple("NOSUCHKW", 8, 9), std::tuple("OIL", 17, 4)})
-    {
-        CacheEntry::CacheValue& value = entry.values.emplace_back();
-        value.name = name;
-        value.pos = position;
-        value.size = size;
-    }
-    EXPECT_EQ(TestDeck::Extents(*manager.GetKeywordFile(directory.File("C.DATA"), true)), "RUNSPEC@0+8 OIL@17+4");
 }
 
 } // namespace

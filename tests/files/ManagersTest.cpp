@@ -10,6 +10,7 @@
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/TestDeck.h"
+#include "tests/support/Thrown.h"
 #include "text/LineStringReader.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/KeywordFileManager.h>
@@ -28,6 +29,7 @@ using namespace Tarn::Fjel::Core;
 using namespace Tarn::Fjel::Core::DeckManager;
 using Service::Directory;
 using TestSupport::TempDir;
+using TestSupport::Thrown;
 
 class ManagersTest : public testing::Test
 {
@@ -46,12 +48,9 @@ TEST_F(ManagersTest, ProjectDirectoryMustBeACompletePathAndNoFile)
     const TempDir directory;
     directory.Write("file", "x");
     for (const std::string& path : {std::string("relative/path"), directory.Path("file")}) {
-        try {
-            DirectoryManager manager{Directory(path)};
-            ADD_FAILURE() << path;
-        } catch (const DeckManagerException& failure) {
-            EXPECT_STREQ(failure.what(), "DeckManager project dir must be a complete path and can not be a file.");
-        }
+        EXPECT_EQ(Thrown<DeckManagerException>([&] { DirectoryManager manager{Directory(path)}; }),
+                  "DeckManager project dir must be a complete path and can not be a file.")
+            << path;
     }
 
     DirectoryManager manager{Directory(directory.Path("project"))};
@@ -138,12 +137,8 @@ TEST_F(ManagersTest, FilesMoveWithTheirKeywords)
     KeywordFileManager manager("");
     const std::shared_ptr<KeywordFile> file = manager.GetKeywordFile(directory.File("a.inc"), false);
     const IKeyword* first = *file->Begin();
-    try {
-        manager.MoveKeywordFile(*file, directory.File("taken.inc"));
-        ADD_FAILURE();
-    } catch (const DeckManagerException& failure) {
-        EXPECT_STREQ(failure.what(), "KeywordFile::MoveKeywordFile can not move to an existing file/directory");
-    }
+    EXPECT_EQ(Thrown<DeckManagerException>([&] { manager.MoveKeywordFile(*file, directory.File("taken.inc")); }),
+              "KeywordFile::MoveKeywordFile can not move to an existing file/directory");
     EXPECT_FALSE(file->MoveKeywordFile(directory.File("a.inc")));
 
     manager.MoveKeywordFile(*file, directory.File("b.inc"));
@@ -174,26 +169,19 @@ TEST_F(ManagersTest, KeywordsAreMadeUnderNamesThatTheirSyntaxTakes)
     EXPECT_EQ(made("PORO", "PERMX", false), "PERMX");
     EXPECT_EQ(made("INCLUDE", "ANYTHING", true), "ANYTHING");
 
-    const auto position = [](const std::string& syntax) {
+    for (const char* name : {"PORO", "INCLUDE", "GDFILE", "ORDGRID"}) {
         const std::unique_ptr<Keyword> keyword =
-            KeywordFactory::Create(Syntax(syntax), false, "", true, nullptr, nullptr, -1, -1);
+            KeywordFactory::Create(Syntax(name), false, "", true, nullptr, nullptr, -1, -1);
         EXPECT_EQ(keyword->GetLine(), -1);
         EXPECT_EQ(keyword->GetPosition(), 0);
         EXPECT_EQ(keyword->GetDiskFile(), nullptr);
         EXPECT_TRUE(keyword->GetText()->starts_with(keyword->GetName() + "\n")) << *keyword->GetText();
         EXPECT_FALSE(keyword->IsGenerated() || keyword->IsInGeneratedFile() || keyword->IsDirty());
-    };
-    for (const char* name : {"PORO", "INCLUDE", "GDFILE", "ORDGRID"}) {
-        position(name);
     }
 
-    const auto refusal = [](auto create) -> std::string {
-        try {
-            create(Syntax("PORO"), false, "", nullptr, nullptr, -1, -1, nullptr);
-        } catch (const DeckManagerException& failure) {
-            return failure.what();
-        }
-        return "made";
+    const auto refusal = [](auto create) {
+        return Thrown<DeckManagerException>(
+            [&] { create(Syntax("PORO"), false, "", nullptr, nullptr, -1, -1, nullptr); });
     };
     EXPECT_EQ(refusal(&KeywordFactory::CreateINCLUDE), "KeywordFactory::CreateINCLUDE: only accepts INCLUDE syntax");
     EXPECT_EQ(refusal(&KeywordFactory::CreateGDFILE), "KeywordFactory::CreateGDFILE: only accepts GDFILE syntax");

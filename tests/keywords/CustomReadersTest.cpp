@@ -9,62 +9,39 @@
 
 #include "DataReading.h"
 #include "keywords/DeserializeState.h"
+#include "tests/support/Thrown.h"
 
 using namespace DataReading;
+using TestSupport::Thrown;
 
 namespace {
-
-struct Case
-{
-    const char* text;
-    const char* tree;
-    std::vector<std::string> messages = {};
-};
 
 LooseKeyword BuiltIn(std::string_view name)
 {
     return LooseKeyword(DeckManager::Environment::Instance().GetSyntaxTable()->FindSyntax(name, true));
 }
 
-void Check(std::string_view keyword, const std::vector<Case>& cases)
-{
-    for (const Case& c : cases) {
-        const Outcome outcome = ReadText(BuiltIn(keyword), c.text);
-        EXPECT_EQ(outcome.tree, c.tree) << c.text;
-        EXPECT_EQ(outcome.messages, c.messages) << c.text;
-    }
-}
-
-std::string Thrown(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const DeckManager::DeckManagerException& exception) {
-        return exception.what();
-    }
-    return "nothing";
-}
-
 } // namespace
 
 TEST(CustomReaders, ViscosityCoefficientsAreSplitByTheFormula)
 {
-    Check("OILVISCC",
-          {
-              {"ASTM CORRELATION 1 2 3\n4 5 6 7 8 /\n/\nlog formula 1 2 3 4 /\n",
-               "[[{ASTM CORRELATION [[1 2 3] [4 5 6] [7 8]]}] [{LOG FORMULA [[1 2] [3 4]]}]]"},
-              {"VOGEL CORRELATION 1 2 3 4 5 6 7 /", "[[{VOGEL CORRELATION [[1 2] [3 4] [5]]}]]"},
-              {"VOGEL CORRELATION 1 /", "[[{VOGEL CORRELATION [[1]]}]]"},
-              {"ASTM FORMULA 3*1.5 3* /", "[[{ASTM FORMULA [[1.5 1.5] [1.5 1*] [1* 1*]]}]]"},
-              {"ANDRADE CORRELATION 1 2 3 4 5 /\nANDRADE FORMULA 1 2 3 /",
-               "[[{ANDRADE CORRELATION [[1 2 3] [4 5]]} {ANDRADE FORMULA [[1] [2]]}]]"},
-              {"LOG CORRELATION 1 1* 3 4 /", "[[{LOG CORRELATION [[1 1*] [3 4]]}]]"},
-              {"LOG FORMULA /", "[[{LOG FORMULA []}]]"},
-              // A bad value ends the run, and what follows makes no record.
-              {"LOG FORMULA 1 2 x 3 /\nLOG FORMULA 5 6 /", "[[{LOG FORMULA [[1] [2]]}] [{LOG FORMULA [[5] [6]]}]]"},
-              {"LOG /\n/\n", "[]"},
-              {"900000000*X /", "[]", {"3 Keyword OILVISCC has more data than can be held; the rest is left out."}},
-          });
+    ExpectReads(
+        BuiltIn("OILVISCC"),
+        {
+            {"ASTM CORRELATION 1 2 3\n4 5 6 7 8 /\n/\nlog formula 1 2 3 4 /\n",
+             "[[{ASTM CORRELATION [[1 2 3] [4 5 6] [7 8]]}] [{LOG FORMULA [[1 2] [3 4]]}]]"},
+            {"VOGEL CORRELATION 1 2 3 4 5 6 7 /", "[[{VOGEL CORRELATION [[1 2] [3 4] [5]]}]]"},
+            {"VOGEL CORRELATION 1 /", "[[{VOGEL CORRELATION [[1]]}]]"},
+            {"ASTM FORMULA 3*1.5 3* /", "[[{ASTM FORMULA [[1.5 1.5] [1.5 1*] [1* 1*]]}]]"},
+            {"ANDRADE CORRELATION 1 2 3 4 5 /\nANDRADE FORMULA 1 2 3 /",
+             "[[{ANDRADE CORRELATION [[1 2 3] [4 5]]} {ANDRADE FORMULA [[1] [2]]}]]"},
+            {"LOG CORRELATION 1 1* 3 4 /", "[[{LOG CORRELATION [[1 1*] [3 4]]}]]"},
+            {"LOG FORMULA /", "[[{LOG FORMULA []}]]"},
+            // A bad value ends the run, and what follows makes no record.
+            {"LOG FORMULA 1 2 x 3 /\nLOG FORMULA 5 6 /", "[[{LOG FORMULA [[1] [2]]}] [{LOG FORMULA [[5] [6]]}]]"},
+            {"LOG /\n/\n", "[]"},
+            {"900000000*X /", "[]", {"3 Keyword OILVISCC has more data than can be held; the rest is left out."}},
+        });
 
     Outcome outcome = ReadText(BuiltIn("OILVISCC"), "ASTM FORMULA 1 $A 2 2*$B 3 /", true);
     EXPECT_EQ(outcome.tree, "[[{ASTM FORMULA [[1 1*] [2 1*] [1* 3]]}]]");
@@ -81,16 +58,17 @@ TEST(CustomReaders, ViscosityCoefficientsAreSplitByTheFormula)
 
 TEST(CustomReaders, ADefinitionTakesItsLine)
 {
-    Check("UDQ", {
-                     {"DEFINE WUX A / B /\nASSIGN WUY P1 2.5 /\n/", "[{DEFINE WUX [A / B]} {ASSIGN WUY [P1 2.5]}]"},
-                     {"define wux WOPR*2+3,4 'a b' / text\n/", "[{DEFINE WUX [WOPR * 2+3,4 a b]}]"},
-                     {"DEFINE WUX 1 + 2\n/", "[{DEFINE WUX [1 + 2]}]"},
-                     {"DEFINE WUX 2*3 --2\n/", "[{DEFINE WUX [2 * 3]}]"},
-                     {"DEFINE\n/", "[{DEFINE - []}]"},
-                     {"DEFINE WUX (A) /\nDEFINE WUZ B /",
-                      "[{DEFINE WUX [(A)]} {DEFINE WUZ [B]}]",
-                      {"2 List in keyword UDQ is not properly terminated"}},
-                 });
+    ExpectReads(BuiltIn("UDQ"),
+                {
+                    {"DEFINE WUX A / B /\nASSIGN WUY P1 2.5 /\n/", "[{DEFINE WUX [A / B]} {ASSIGN WUY [P1 2.5]}]"},
+                    {"define wux WOPR*2+3,4 'a b' / text\n/", "[{DEFINE WUX [WOPR * 2+3,4 a b]}]"},
+                    {"DEFINE WUX 1 + 2\n/", "[{DEFINE WUX [1 + 2]}]"},
+                    {"DEFINE WUX 2*3 --2\n/", "[{DEFINE WUX [2 * 3]}]"},
+                    {"DEFINE\n/", "[{DEFINE - []}]"},
+                    {"DEFINE WUX (A) /\nDEFINE WUZ B /",
+                     "[{DEFINE WUX [(A)]} {DEFINE WUZ [B]}]",
+                     {"2 List in keyword UDQ is not properly terminated"}},
+                });
     Outcome outcome = ReadText(BuiltIn("UDQ"), "DEFINE WUX A * $B /\n/", true);
     EXPECT_EQ(outcome.tree, "[{DEFINE WUX [A * 1*]}]");
     EXPECT_TRUE(outcome.variables.HasVariables());
@@ -99,21 +77,21 @@ TEST(CustomReaders, ADefinitionTakesItsLine)
 TEST(CustomReaders, ATableHasTheRowsOfItsDimensions)
 {
     const char* line = "{{TUFL 1} [{LC [1 2 3]}] [{[10 20 30]}]}";
-    Check("UDT", {
-                     {"'TUFL' 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n/", line},
-                     {"T 2 /\nLC 1 2 /\nNV 5 6 7 /\n1 2 /\n3 4 /\n2*5 /\n/\n/\n",
-                      "{{T 2} [{LC [1 2]} {NV [5 6 7]}] [{[1 2]} {[3 4]} {[5 5]} {[]}]}"},
-                     {"T 3 /\nLC 1 /\nNV 5 /\nNV 8 9 /\n1 /\n/\n2 /\n/\n/\n/\n",
-                      "{{T 3} [{LC [1]} {NV [5]} {NV [8 9]}] [{[1]} {[]} {[2]} {[]} {[]}]}"},
-                     {"T", "{{T -} [] []}"},
-                 });
+    ExpectReads(BuiltIn("UDT"), {
+                                    {"'TUFL' 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n/", line},
+                                    {"T 2 /\nLC 1 2 /\nNV 5 6 7 /\n1 2 /\n3 4 /\n2*5 /\n/\n/\n",
+                                     "{{T 2} [{LC [1 2]} {NV [5 6 7]}] [{[1 2]} {[3 4]} {[5 5]} {[]}]}"},
+                                    {"T 3 /\nLC 1 /\nNV 5 /\nNV 8 9 /\n1 /\n/\n2 /\n/\n/\n/\n",
+                                     "{{T 3} [{LC [1]} {NV [5]} {NV [8 9]}] [{[1]} {[]} {[2]} {[]} {[]}]}"},
+                                    {"T", "{{T -} [] []}"},
+                                });
     // A table that doesn't fit is refused where it stands, and the generic reader goes on from there.
-    Check("UDT", {
-                     {"T 1 /\nLC 1 2 3 /\n10 20 /\n/\n/", "{{T 1} [{LC [1 2 3]}] [{[10 20]}]}"},
-                     {"T 1 /\nLC 1 2 3 /\n10 x 30 /\n/\n/", "{{30 1} [{LC [1 2 3]}] [{[10]}]}"},
-                     {"T 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n", "{{T 1} [{LC [1 2 3]}] [{[10 20 30]}]}"},
-                     {"T 5 /\nLC 1 /\n/\n", "{{T 5} [{LC [1]}] []}"},
-                 });
+    ExpectReads(BuiltIn("UDT"), {
+                                    {"T 1 /\nLC 1 2 3 /\n10 20 /\n/\n/", "{{T 1} [{LC [1 2 3]}] [{[10 20]}]}"},
+                                    {"T 1 /\nLC 1 2 3 /\n10 x 30 /\n/\n/", "{{30 1} [{LC [1 2 3]}] [{[10]}]}"},
+                                    {"T 1 /\nLC 1 2 3 /\n10 20 30 /\n/\n", "{{T 1} [{LC [1 2 3]}] [{[10 20 30]}]}"},
+                                    {"T 5 /\nLC 1 /\n/\n", "{{T 5} [{LC [1]}] []}"},
+                                });
     DeckManager::DeserializeState::DefaultLimits() = {1000, 1000, 1000, 10};
     const Outcome outcome = ReadText(BuiltIn("UDT"), "T 2 /\nLC 1 /\nNV 999999999*1 /\n999999999*'/'\n/\n/");
     DeckManager::DeserializeState::DefaultLimits() = {};
@@ -133,7 +111,7 @@ TEST(CustomReaders, AreThoseOfTheTableInForce)
         const LooseKeyword keyword(table.Syntax("OILVISCC"));
         EXPECT_EQ(ReadText(keyword, "LOG FORMULA 1 2 /").tree, "[[{LOG FORMULA [[1] [2]]}]]");
         for (const char* text : {"OTHER FORMULA 1 /", "LOG TABLE 1 /"})
-            EXPECT_EQ(Thrown([&] { ReadText(keyword, text); }),
+            EXPECT_EQ(Thrown<DeckManager::DeckManagerException>([&] { ReadText(keyword, text); }),
                       "DeckManager::CustomDeserializerOILVISCC: unhandled type");
     }
     const struct
@@ -156,7 +134,8 @@ TEST(CustomReaders, AreThoseOfTheTableInForce)
             R"([{{"name": "{}", "sections": "all", "data": {}}}, {{"name": "X", "sections": "all", "data":
                 {{"type": "list", "element": {{"type": "string"}}}}}}])",
             mismatch.keyword, mismatch.shape));
-        EXPECT_EQ(Thrown([&] { ReadText(LooseKeyword(table.Syntax("X")), "A /"); }), mismatch.message);
+        EXPECT_EQ(Thrown<DeckManager::DeckManagerException>([&] { ReadText(LooseKeyword(table.Syntax("X")), "A /"); }),
+                  mismatch.message);
     }
     // The built-in table is back.
     EXPECT_EQ(ReadText(BuiltIn("UDQ"), "DEFINE WUX A*B /\n/").tree, "[{DEFINE WUX [A * B]}]");

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <fmt/format.h>
+#include <gtest/gtest.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordMapData.h>
 #include <tarn/keywords/IKeywordOptionMD.h>
@@ -134,13 +135,33 @@ Outcome ReadExtent(const DeckManager::IKeyword& keyword, const std::string& file
     return Read(keyword, file, start, length, true, false, DeckManager::Context());
 }
 
+std::string TableOf(std::string_view shape)
+{
+    return fmt::format(R"([{{"name": "X", "sections": "all", "data": {}}}])", shape);
+}
+
 Outcome ReadShape(std::string_view shape, const std::string& text, bool withVariables)
 {
-    const TableInForce table(fmt::format(R"([{{"name": "X", "sections": "all", "data": {}}}])", shape));
+    const TableInForce table(TableOf(shape));
     const LooseKeyword keyword(table.Syntax("X"));
     Outcome outcome = ReadText(keyword, text, withVariables);
     outcome.data.reset(); // its metadata go with the table
     return outcome;
+}
+
+void ExpectReads(const DeckManager::IKeyword& keyword, const std::vector<ReadCase>& cases)
+{
+    for (const ReadCase& c : cases) {
+        const Outcome outcome = ReadText(keyword, c.text);
+        EXPECT_EQ(outcome.tree, c.tree) << c.text;
+        EXPECT_EQ(outcome.messages, c.messages) << c.text;
+    }
+}
+
+void ExpectReads(std::string_view shape, const std::vector<ReadCase>& cases)
+{
+    const TableInForce table(TableOf(shape));
+    ExpectReads(LooseKeyword(table.Syntax("X")), cases);
 }
 
 } // namespace DataReading

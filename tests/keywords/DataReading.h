@@ -83,7 +83,19 @@ Outcome ReadExtent(const DeckManager::IKeyword& keyword, const std::string& file
 /// is set, raw text in quotes with "|" for its line ends.
 std::string Describe(const Core::Keywords::IKeywordData& data);
 
-/// Reads a text by the data shape given as catalogue JSON: one table, one keyword X, valid everywhere.
+/// A table of one keyword X, valid everywhere, whose data have the shape given as catalogue JSON.
+std::string TableOf(std::string_view shape);
+/// Reads a text by such a table.
 Outcome ReadShape(std::string_view shape, const std::string& text, bool withVariables = false);
+
+/// A text, the data that come of it, and what is said.
+struct ReadCase
+{
+    const char* text;
+    const char* tree;
+    std::vector<std::string> messages = {};
+};
+void ExpectReads(const DeckManager::IKeyword& keyword, const std::vector<ReadCase>& cases);
+void ExpectReads(std::string_view shape, const std::vector<ReadCase>& cases);
 
 } // namespace DataReading

@@ -4,6 +4,7 @@
 #include <functional>
 #include <limits>
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 #include <tarn/keywords/IKeywordListData.h>
@@ -18,6 +19,7 @@
 #include "tests/keywords/DataReading.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
+#include "tests/support/Thrown.h"
 #include "text/LineStringWriter.h"
 #include <deckmanager/DeckManagerException.h>
 
@@ -26,6 +28,7 @@ namespace {
 using namespace Tarn::Fjel::Core;
 using DeckManager::KeywordDataSerializer;
 using DeckManager::LineStringWriter;
+using TestSupport::Thrown;
 
 std::string WriteTree(const Keywords::IKeywordData& data,
                       Keywords::SimulatorType simulator = Keywords::SimulatorType::Any, bool useVariables = false)
@@ -38,8 +41,7 @@ std::string WriteTree(const Keywords::IKeywordData& data,
 /// Reads a text by a shape, and writes what was read.
 std::string Rewritten(std::string_view shape, const std::string& text)
 {
-    const DataReading::TableInForce table("[{\"name\": \"X\", \"sections\": \"all\", \"data\": " + std::string(shape) +
-                                          "}]");
+    const DataReading::TableInForce table(DataReading::TableOf(shape));
     const DataReading::LooseKeyword keyword(table.Syntax("X"));
     return WriteTree(*DataReading::ReadText(keyword, text).data);
 }
@@ -304,9 +306,7 @@ TEST(DataWriting, UnsetElementsAreDefaults)
     for (const char* type : {R"("string")", R"("integer")", R"("real")", R"("yesNo")", R"("option", "options": ["A"])"})
     {
         const DataReading::TableInForce table(
-            R"([{"name": "X", "sections": "all", "data": {"type": "list", "element": )"
-            R"({"name": "E", "type": )" +
-            std::string(type) + "}}}]");
+            DataReading::TableOf(fmt::format(R"({{"type": "list", "element": {{"name": "E", "type": {}}}}})", type)));
         EXPECT_EQ(Filled("X", unset), "  1* 1* 1* /") << type;
     }
 }
@@ -358,13 +358,8 @@ TEST(DataWriting, WhatCannotBeWrittenIsThrown)
         }
     }
     const auto said = [](const auto& action) {
-        try {
-            action();
-        } catch (const DeckManager::DeckManagerException& failure) {
-            const std::string text = failure.what();
-            return text.substr(0, text.find('"') + 1);
-        }
-        return std::string();
+        const std::string text = Thrown<DeckManager::DeckManagerException>(action);
+        return text.substr(0, text.find('"') + 1);
     };
     const auto* const map = table->FindSyntax("RPTSCHED", true)->GetMetaData();
     EXPECT_EQ(said([&] { write(OddRecord(*record.GetItemMD(0), 0)); }),
@@ -386,7 +381,7 @@ TEST(DataWriting, RepeatOptionsAreFour)
         R"({"name": "C", "type": "integer"}, {"name": "D", "type": "integer"}, {"name": "E", "type": "integer"}, )"
         R"({"type": "list", "name": "L", "elementsDefaultable": true, "element": {"name": "N", "type": "integer"}}]})";
     const auto written = [&](DeckManager::KeywordItemRepeatOptions options) {
-        const DataReading::TableInForce table("[{\"name\": \"X\", \"sections\": \"all\", \"data\": " + shape + "}]");
+        const DataReading::TableInForce table(DataReading::TableOf(shape));
         DeckManager::Environment::Instance().SetKeywordItemRepeatOptions(options);
         return Filled("X", [](Keywords::IKeywordData& data) {
             for (int i = 0; i < 2; ++i)
@@ -406,9 +401,9 @@ TEST(DataWriting, RepeatOptionsAreFour)
 TEST(DataWriting, Maps)
 {
     const TestSupport::CleanEnvironment clean;
-    const DataReading::TableInForce table(
-        R"([{"name": "X", "sections": "all", "data": {"type": "map", "entries": ["PRES", {"name": "FIP*"}, )"
-        R"({"name": "ONLY100", "simulators": ["S100"]}, "BIG", {"name": "VAL", "valueNames": {"2": ["TWO"]}}]}}])");
+    const DataReading::TableInForce table(DataReading::TableOf(
+        R"({"type": "map", "entries": ["PRES", {"name": "FIP*"}, {"name": "ONLY100", "simulators": ["S100"]}, "BIG", )"
+        R"({"name": "VAL", "valueNames": {"2": ["TWO"]}}]})"));
     const auto fill = [](Keywords::IKeywordData& data) {
         auto& map = static_cast<Keywords::IKeywordMapData&>(data);
         map.SetEntry(0, 1);
@@ -523,23 +518,19 @@ TEST(CustomWriters, AnotherShapeIsRefused)
 {
     const TestSupport::CleanEnvironment clean;
     const std::vector<std::pair<std::string, std::string>> cases = {
-        {R"({"name": "INCLUDE", "sections": "all", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]}})",
+        {R"("INCLUDE", "data": {"type": "record", "items": [{"name": "N", "type": "integer"}]})",
          "DeckManager::CustomSerializerINCLUDERecord: unrecognized metadata"},
-        {R"({"name": "INCLUDE", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}})",
+        {R"("INCLUDE", "data": {"type": "list", "element": {"type": "string"}})",
          "DeckManager::CustomSerializerINCLUDERecord: unrecognized metadata"},
-        {R"({"name": "UDQ", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}})",
+        {R"("UDQ", "data": {"type": "list", "element": {"type": "string"}})",
          "DeckManager::CustomDeserializerUDQRecord: unrecognized metadata"},
-        {R"({"name": "UDT", "sections": "all", "data": {"type": "list", "element": {"type": "string"}}})",
+        {R"("UDT", "data": {"type": "list", "element": {"type": "string"}})",
          "DeckManager::CustomDeserializerUDTRecord: syntax mismatch"},
     };
     for (const auto& [keyword, message] : cases) {
-        const DataReading::TableInForce table("[" + keyword + "]");
-        try {
-            DeckManager::CustomSerializers::InForce();
-            FAIL() << keyword;
-        } catch (const DeckManager::DeckManagerException& failure) {
-            EXPECT_EQ(failure.what(), message);
-        }
+        const DataReading::TableInForce table(R"([{"sections": "all", "name": )" + keyword + "}]");
+        EXPECT_EQ(Thrown<DeckManager::DeckManagerException>([] { DeckManager::CustomSerializers::InForce(); }),
+                  message);
     }
 }
 

@@ -10,23 +10,12 @@
 #include <tarn/keywords/KeywordException.h>
 
 #include "DataReading.h"
+#include "tests/support/Thrown.h"
 
 using namespace DataReading;
+using Core::Keywords::KeywordException;
 using Core::Keywords::VariablesString;
-
-namespace {
-
-std::string Thrown(const std::function<void()>& call)
-{
-    try {
-        call();
-    } catch (const Core::Keywords::KeywordException& exception) {
-        return exception.what();
-    }
-    return "nothing";
-}
-
-} // namespace
+using TestSupport::Thrown;
 
 TEST(KeywordVariables, KeepTheLastTextOfAPlaceInOrder)
 {
@@ -59,7 +48,7 @@ TEST(KeywordVariables, KeepTheLastTextOfAPlaceInOrder)
     EXPECT_EQ(ofList->GetVariableIndices(), (std::list<int>{1, 3, 5}));
     EXPECT_EQ(&ofList->GetVariableIndices(), &ofList->GetVariableIndices());
     EXPECT_EQ(ofList->GetVariable(3).GetString(), "$LAST");
-    EXPECT_EQ(Thrown([&] { ofList->GetVariable(2); }), "Variables are not set for the given index");
+    EXPECT_EQ(Thrown<KeywordException>([&] { ofList->GetVariable(2); }), "Variables are not set for the given index");
 
     // What a host is given, a table that it can't change, tells the same.
     const Core::Keywords::IKeywordVariables& asGiven = variables;
@@ -70,12 +59,12 @@ TEST(KeywordVariables, KeepTheLastTextOfAPlaceInOrder)
     auto* const ofMap = dynamic_cast<Core::Keywords::IKeywordMapDataVariables*>(variables.GetDataVariables(map.get()));
     ASSERT_NE(ofMap, nullptr);
     EXPECT_EQ(ofMap->GetVariableKeys(), (std::list<std::string>{"B", "b"}));
-    EXPECT_EQ(Thrown([&] { ofMap->GetVariable("C"); }), "Variable are not set for the given key");
+    EXPECT_EQ(Thrown<KeywordException>([&] { ofMap->GetVariable("C"); }), "Variable are not set for the given key");
 
     auto* const ofRecord =
         dynamic_cast<Core::Keywords::IKeywordRecordDataVariables*>(variables.GetDataVariables(record.get()));
     ASSERT_NE(ofRecord, nullptr);
-    EXPECT_EQ(Thrown([&] { ofRecord->GetVariable(0); }), "Variable are not set for the given index");
+    EXPECT_EQ(Thrown<KeywordException>([&] { ofRecord->GetVariable(0); }), "Variable are not set for the given index");
     EXPECT_EQ(ofRecord->GetVariableIndices(), std::list<int>{2});
 
     // Whoever has references of one kind takes none of another.

@@ -39,17 +39,12 @@ const char* const shapes[] = {
     R"({"type": "list", "element": {"type": "yesNo"}})",
 };
 
-std::string TableOf(std::string_view shape)
-{
-    return fmt::format(R"([{{"name": "ELEMENT", "sections": "all", "data": {}}}])", shape);
-}
-
 /// A keyword of that shape whose data are a text that it holds.
 class TextKeyword
 {
 public:
     TextKeyword(const Keywords::IKeywordSyntax& syntax, const std::string& text, bool withVariables)
-        : m_keyword(syntax, withVariables, nullptr, nullptr, 0, 0, "ELEMENT", nullptr)
+        : m_keyword(syntax, withVariables, nullptr, nullptr, 0, 0, "X", nullptr)
     {
         m_isSet = m_keyword.SetDataText(text, false);
     }
@@ -172,7 +167,7 @@ TEST(ListElementReader, ReadsWhatTheReadOfAllDataReads)
 {
     for (const char* shape : shapes) {
         const TableInForce table(TableOf(shape));
-        const Keywords::IKeywordSyntax& syntax = *table.Syntax("ELEMENT");
+        const Keywords::IKeywordSyntax& syntax = *table.Syntax("X");
         EXPECT_TRUE(rc::check(shape, [&] {
             const std::string end = *rc::gen::weightedElement<std::string>(
                 {{8, "\n/\n"}, {2, " /"}, {1, ""}, {1, "/\n" + std::string(140, '8') + "\n"}});
@@ -191,7 +186,7 @@ TEST(ListElementReader, PassesOverWhatNeedsNoMessage)
 {
     // A text of each kind, and of which shape it isn't healthy.
     const TableInForce table(TableOf(shapes[0]));
-    const Keywords::IKeywordSyntax& syntax = *table.Syntax("ELEMENT");
+    const Keywords::IKeywordSyntax& syntax = *table.Syntax("X");
     const std::string line = " 1.25 -3 1E5 5*0.5 2* 7.\n"; // 11 values, of which 5, 6, 7 are among the copies
     std::string text;
     for (int i = 0; i < 1000; ++i) {
@@ -232,7 +227,7 @@ TEST(ListElementReader, ATokenAsWideAsItsLineStandsAloneWithoutAMessage)
     for (const char* shape : {shapes[0], shapes[4]}) {
         const TableInForce table(TableOf(shape));
         for (std::size_t width = 126; width <= 133; ++width) {
-            TextKeyword keyword(*table.Syntax("ELEMENT"), "7\n" + std::string(width, '8') + "\n9 /", false);
+            TextKeyword keyword(*table.Syntax("X"), "7\n" + std::string(width, '8') + "\n9 /", false);
             for (int index = 0; index < 3; ++index)
                 EXPECT_EQ(keyword.Element(index), keyword.ElementOfAll(index)) << width;
         }
@@ -252,7 +247,7 @@ TEST(ListElementReader, SuitsListsOfNumbersAndStrings)
     };
     for (const auto& [shape, suits] : cases) {
         const TableInForce table(TableOf(shape));
-        EXPECT_EQ(DeckManager::ListElementReader::Suits(*table.Syntax("ELEMENT")->GetMetaData()), suits) << shape;
+        EXPECT_EQ(DeckManager::ListElementReader::Suits(*table.Syntax("X")->GetMetaData()), suits) << shape;
     }
 }
 
@@ -261,8 +256,8 @@ TEST(ListElementReader, ListsThatCannotHoldTheirElementsAreReadWhole)
     const TableInForce table(TableOf(shapes[0]));
     const DeckManager::DeserializeLimits limits = DeckManager::DeserializeState::DefaultLimits();
     DeckManager::DeserializeState::DefaultLimits().elementsOfList = 100;
-    TextKeyword fits(*table.Syntax("ELEMENT"), " 100*7 /", false);
-    TextKeyword tooMany(*table.Syntax("ELEMENT"), " 100*7 8 /", false);
+    TextKeyword fits(*table.Syntax("X"), " 100*7 /", false);
+    TextKeyword tooMany(*table.Syntax("X"), " 100*7 8 /", false);
     EXPECT_EQ(fits.Element(99), "100: value 0x1.cp+2");
     EXPECT_EQ(tooMany.Element(99), tooMany.ElementOfAll(99));
     EXPECT_NE(tooMany.Element(0).find("has more data than can be held"), std::string::npos);

@@ -11,26 +11,11 @@
 
 #include "DataReading.h"
 #include "keywords/DeserializeState.h"
+#include "tests/support/Thrown.h"
 
 using namespace DataReading;
 
 namespace {
-
-struct Case
-{
-    const char* text;
-    const char* tree;
-    std::vector<std::string> messages = {};
-};
-
-void Check(std::string_view shape, const std::vector<Case>& cases)
-{
-    for (const Case& c : cases) {
-        const Outcome outcome = ReadShape(shape, c.text);
-        EXPECT_EQ(outcome.tree, c.tree) << c.text;
-        EXPECT_EQ(outcome.messages, c.messages) << c.text;
-    }
-}
 
 constexpr const char* tooMany = "2 List in keyword X has too many items";
 constexpr const char* notTerminated = "2 List in keyword X is not properly terminated";
@@ -39,12 +24,7 @@ constexpr const char* truncated = "3 Keyword X has more data than can be held; t
 
 std::string Thrown(const DeckManager::IKeyword& keyword, const char* text, const DeckManager::Context& context)
 {
-    try {
-        ReadText(keyword, text, false, context);
-    } catch (const DeckManager::DeckManagerException& exception) {
-        return exception.what();
-    }
-    return "nothing";
+    return TestSupport::Thrown<DeckManager::DeckManagerException>([&] { ReadText(keyword, text, false, context); });
 }
 
 /// Narrower limits until the end of the scope.
@@ -61,63 +41,63 @@ struct Limits
 
 TEST(ListReading, Items)
 {
-    Check(R"({"type": "list", "element": {"type": "integer"}})",
-          {
-              {"1 2 3 /", "[1 2 3]"},
-              {"1 2\n  -- comment\n3\n/", "[1 2 3]"},
-              {"1 2--x\n3/ 4", "[1 2 3]"},
-              {"/", "[]"},
-              {"3*5 3.7 +8 12abc -99999999999 -2147483648/", "[5 5 5 3 8 12 -2147483647 -2147483647]"},
-              {"1 1* 2* 3 '1*' /", "[1 3]", {noDefault}},
-              {"1 x 2*y 4 /",
-               "[1 4]",
-               {"3 \"x\" can not be converted into int", "3 \"y\" can not be converted into int",
-                "3 \"y\" can not be converted into int"}},
-              {"1, 2,,3 /", "[1 2 3]", {noDefault}},
-              {"1 2 '/' 3", "[1 2]"},
-              {"1 2", "[1 2]", {notTerminated}},
-              {"0*5\n'\n1 /", "[1]", {"3 Unbalanced quote while reading keyword data: '"}},
-          });
-    Check(R"({"type": "list", "element": {"type": "real"}, "elementsDefaultable": true})",
-          {
-              {"1 2.5e1 1.5D1 /", "[1 25 15]"},
-              {"2* 3*0.5 '1*' 1 /", "[1* 1* 0.5 0.5 0.5 1* 1]"},
-              {"1 12abc '' 1--2\n3 /", "[1 0 1 3]", {"3 \"12abc\" can not be converted into double"}},
-              {"2000000000*1.0 1/", "[1]", {"3 \"2000000000*1.0\" can not be converted into double"}},
-          });
-    Check(R"({"type": "list", "element": {"type": "yesNo"}})",
-          {{"Y no NO /", "[yes no no]"}, {"Q /", "[]", {"3 \"Q\" can not be converted into bool"}}});
-    Check(R"({"type": "list", "element": {"type": "option", "options": ["ONE", "TWO"]}})",
-          {{"two 2*ONE /", "[TWO ONE ONE]"}, {"Q /", "[]", {"3 \"Q\" can not be converted into int"}}});
-    Check(R"({"type": "list", "element": {"type": "string"}})", {{"a,b 'c d' 2*'e f' /", "[A B C D E F E F]"}});
-    Check(R"({"type": "list", "element": {"type": "string", "allowsCommas": true, "preservesCase": true}})",
-          {{"a,b ,c /", "[a,b ,c]"}});
+    ExpectReads(R"({"type": "list", "element": {"type": "integer"}})",
+                {
+                    {"1 2 3 /", "[1 2 3]"},
+                    {"1 2\n  -- comment\n3\n/", "[1 2 3]"},
+                    {"1 2--x\n3/ 4", "[1 2 3]"},
+                    {"/", "[]"},
+                    {"3*5 3.7 +8 12abc -99999999999 -2147483648/", "[5 5 5 3 8 12 -2147483647 -2147483647]"},
+                    {"1 1* 2* 3 '1*' /", "[1 3]", {noDefault}},
+                    {"1 x 2*y 4 /",
+                     "[1 4]",
+                     {"3 \"x\" can not be converted into int", "3 \"y\" can not be converted into int",
+                      "3 \"y\" can not be converted into int"}},
+                    {"1, 2,,3 /", "[1 2 3]", {noDefault}},
+                    {"1 2 '/' 3", "[1 2]"},
+                    {"1 2", "[1 2]", {notTerminated}},
+                    {"0*5\n'\n1 /", "[1]", {"3 Unbalanced quote while reading keyword data: '"}},
+                });
+    ExpectReads(R"({"type": "list", "element": {"type": "real"}, "elementsDefaultable": true})",
+                {
+                    {"1 2.5e1 1.5D1 /", "[1 25 15]"},
+                    {"2* 3*0.5 '1*' 1 /", "[1* 1* 0.5 0.5 0.5 1* 1]"},
+                    {"1 12abc '' 1--2\n3 /", "[1 0 1 3]", {"3 \"12abc\" can not be converted into double"}},
+                    {"2000000000*1.0 1/", "[1]", {"3 \"2000000000*1.0\" can not be converted into double"}},
+                });
+    ExpectReads(R"({"type": "list", "element": {"type": "yesNo"}})",
+                {{"Y no NO /", "[yes no no]"}, {"Q /", "[]", {"3 \"Q\" can not be converted into bool"}}});
+    ExpectReads(R"({"type": "list", "element": {"type": "option", "options": ["ONE", "TWO"]}})",
+                {{"two 2*ONE /", "[TWO ONE ONE]"}, {"Q /", "[]", {"3 \"Q\" can not be converted into int"}}});
+    ExpectReads(R"({"type": "list", "element": {"type": "string"}})", {{"a,b 'c d' 2*'e f' /", "[A B C D E F E F]"}});
+    ExpectReads(R"({"type": "list", "element": {"type": "string", "allowsCommas": true, "preservesCase": true}})",
+                {{"a,b ,c /", "[a,b ,c]"}});
 }
 
 TEST(ListReading, WithoutATerminator)
 {
-    Check(R"({"type": "list", "termination": "none", "element": {"type": "integer"}})",
-          {{"1 2\n3", "[1 2 3]"}, {"1 2 /\n3", "[1 2]"}});
+    ExpectReads(R"({"type": "list", "termination": "none", "element": {"type": "integer"}})",
+                {{"1 2\n3", "[1 2 3]"}, {"1 2 /\n3", "[1 2]"}});
 
     // A size, written in digits here, or a word ends a nested list.
-    Check(R"({"type": "record", "items": [
+    ExpectReads(R"({"type": "record", "items": [
               {"name": "L", "type": "list", "termination": "none", "size": "2", "element": {"type": "integer"}},
               {"name": "M", "type": "list", "termination": "none", "size": "0", "element": {"type": "integer"}},
               {"name": "N", "type": "list", "termination": "none", "end": {"tokens": ["STOP"], "consume": true},
                "element": {"type": "integer"}},
               {"name": "O", "type": "string"}]})",
-          {
-              {"1 2 3 4 STOP end /", "{[1 2] [] [3 4] END}"},
-              {"1\n2\nSTOP end /", "{[1 2] [] [] END}"},
-              {"5*7 STOP end /", "{[7 7] [] [7 7 7] END}"},
-              {"1 x 2 STOP end /", "{[1] [] [2] END}", {"3 \"x\" can not be converted into int"}},
-              {"1 2 3 /", "{[1 2] [] [3] -}"},
-          });
+                {
+                    {"1 2 3 4 STOP end /", "{[1 2] [] [3 4] END}"},
+                    {"1\n2\nSTOP end /", "{[1 2] [] [] END}"},
+                    {"5*7 STOP end /", "{[7 7] [] [7 7 7] END}"},
+                    {"1 x 2 STOP end /", "{[1] [] [2] END}", {"3 \"x\" can not be converted into int"}},
+                    {"1 2 3 /", "{[1 2] [] [3] -}"},
+                });
 }
 
 TEST(ListReading, RecordsToALoneTerminator)
 {
-    Check(
+    ExpectReads(
         R"({"type": "list", "element": {"type": "record", "items":
               [{"name": "A", "type": "string"}, {"name": "B", "type": "integer"}]}})",
         {
@@ -132,14 +112,14 @@ TEST(ListReading, RecordsToALoneTerminator)
              {"3 A problem was encountered when parsing the keyword X. Item value \"w1\" is not valid. Must be a whole "
               "number."}},
         });
-    Check(R"({"type": "list", "element": {"type": "record", "items":
+    ExpectReads(R"({"type": "list", "element": {"type": "record", "items":
               [{"name": "A", "type": "integer", "default": 3}, {"name": "B", "type": "integer"}]}})",
-          {
-              {"1 2 /\n/\n3 4 /\n/", "[{1 2} {- -} {3 4}]"},
-              {"1 2 /\n/", "[{1 2}]"},
-              {"1 2 /\n/\n/", "[{1 2} {- -}]"},
-              {"/", "[]"},
-          });
+                {
+                    {"1 2 /\n/\n3 4 /\n/", "[{1 2} {- -} {3 4}]"},
+                    {"1 2 /\n/", "[{1 2}]"},
+                    {"1 2 /\n/\n/", "[{1 2} {- -}]"},
+                    {"/", "[]"},
+                });
 }
 
 TEST(ListReading, TablesAndLists)
@@ -147,42 +127,43 @@ TEST(ListReading, TablesAndLists)
     const std::string table = R"({"type": "list", "termination": "none", "autoFill": true, "element":
         {"type": "list", "element": {"type": "record", "termination": "none", "items":
             [{"name": "A", "type": "real"}, {"name": "B", "type": "real"}]}}})";
-    Check(table, {
-                     {"1 2\n3 4 /\n/\n5 6 /", "[[{1 2} {3 4}] [{1 2} {3 4}] [{5 6}]]"},
-                     {"/\n1 2 /\n/\n/", "[[] [{1 2}] [{1 2}] [{1 2}]]"},
-                     {"1 2 3 4\n/", "[[{1 2} {3 4}]]"},
-                     {"1 2\n3 /", "[[{1 2} {3 -}]]"},
-                 });
+    ExpectReads(table, {
+                           {"1 2\n3 4 /\n/\n5 6 /", "[[{1 2} {3 4}] [{1 2} {3 4}] [{5 6}]]"},
+                           {"/\n1 2 /\n/\n/", "[[] [{1 2}] [{1 2}] [{1 2}]]"},
+                           {"1 2 3 4\n/", "[[{1 2} {3 4}]]"},
+                           {"1 2\n3 /", "[[{1 2} {3 -}]]"},
+                       });
     {
-        const TableInForce inForce(fmt::format(R"([{{"name": "X", "sections": "all", "data": {}}}])", table));
+        const TableInForce inForce(TableOf(table));
         DeckManager::Environment::Instance().AutoFillEmptyListElements(false);
         EXPECT_EQ(ReadText(LooseKeyword(inForce.Syntax("X")), "1 2 /\n/\n").tree, "[[{1 2}] []]");
     }
 
-    Check(R"({"type": "list", "element": {"type": "list", "element": {"type": "string"}}})",
-          {
-              {"A B /\nC /\n/", "[[A B] [C]]"},
-              {"A B /\n/\nC /\n/", "[[A B] [] [C]]"},
-              {"A B /\nC /", "[[A B] [C]]", {notTerminated}},
-          });
-    Check(R"({"type": "list", "element": {"type": "list", "element": {"type": "record", "items":
+    ExpectReads(R"({"type": "list", "element": {"type": "list", "element": {"type": "string"}}})",
+                {
+                    {"A B /\nC /\n/", "[[A B] [C]]"},
+                    {"A B /\n/\nC /\n/", "[[A B] [] [C]]"},
+                    {"A B /\nC /", "[[A B] [C]]", {notTerminated}},
+                });
+    ExpectReads(R"({"type": "list", "element": {"type": "list", "element": {"type": "record", "items":
               [{"name": "A", "type": "string"}]}}})",
-          {
-              {"A /\nB /\n/\nC /\n/\n/", "[[{A} {B}] [{C}]]"},
-              {"/", "[]"},
-          });
-    Check(R"({"type": "list", "termination": "none", "element": {"type": "record", "items":
+                {
+                    {"A /\nB /\n/\nC /\n/\n/", "[[{A} {B}] [{C}]]"},
+                    {"/", "[]"},
+                });
+    ExpectReads(R"({"type": "list", "termination": "none", "element": {"type": "record", "items":
               [{"name": "A", "type": "real"}, {"name": "B", "type": "real"}]}})",
-          {{"1 2 /\n3 /", "[{1 2} {3 -}]"}});
+                {{"1 2 /\n3 /", "[{1 2} {3 -}]"}});
 }
 
 TEST(ListReading, ElementsThatTakeNothingEndTheList)
 {
     const std::string record = R"({"type": "record", "termination": "none", "items":
         [{"name": "A", "type": "integer", "optionalOnRead": true}, {"name": "B", "type": "real", "optionalOnRead": true}]})";
-    Check(fmt::format(R"({{"type": "list", "termination": "none", "element": {}}})", record),
-          {{"1 2.5 3 word 4", "[{1 2.5} {3 -}]"}, {"word", "[]"}});
-    Check(fmt::format(R"({{"type": "list", "element": {}}})", record), {{"1 2.5 word 4 /", "[{1 2.5}]", {tooMany}}});
+    ExpectReads(fmt::format(R"({{"type": "list", "termination": "none", "element": {}}})", record),
+                {{"1 2.5 3 word 4", "[{1 2.5} {3 -}]"}, {"word", "[]"}});
+    ExpectReads(fmt::format(R"({{"type": "list", "element": {}}})", record),
+                {{"1 2.5 word 4 /", "[{1 2.5}]", {tooMany}}});
 }
 
 TEST(ListReading, LongRepeatsAreBounded)
@@ -219,8 +200,7 @@ TEST(ListReading, LongRepeatsAreBounded)
 
 TEST(ListReading, ReferencesCountRemovedElements)
 {
-    const TableInForce table(
-        R"([{"name": "X", "sections": "all", "data": {"type": "list", "element": {"type": "integer"}}}])");
+    const TableInForce table(TableOf(R"({"type": "list", "element": {"type": "integer"}})"));
     Outcome outcome = ReadText(LooseKeyword(table.Syntax("X")), "1 x $A 2*$B 4 /", true);
     EXPECT_EQ(outcome.tree, "[1 1* 1* 1* 4]");
     auto* const variables = dynamic_cast<Core::Keywords::IKeywordListDataVariables*>(

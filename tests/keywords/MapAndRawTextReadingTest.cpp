@@ -9,11 +9,8 @@ using namespace DataReading;
 TEST(MapReading, ByNameOrByPosition)
 {
     const char* shape = R"({"type": "map", "entries": ["A", "B", "C"]})";
-    const struct
-    {
-        const char* text;
-        const char* tree;
-    } cases[] = {
+    const std::string unbalanced = "3 Unbalanced quote while reading keyword data: '";
+    const std::vector<ReadCase> cases = {
         {"A=3 b C= /", "{A=3 B=1 C=1}"},
         {"A=7x Q=1 9A B=-2 / C", "{A=7 B=-2}"},
         {"A = 2 B= -3 C =4 /", "{A=2 B=-3 C=4}"},
@@ -28,11 +25,10 @@ TEST(MapReading, ByNameOrByPosition)
         {"999999999*1 /", "{A=1 B=1 C=1}"},
         {"1 2 3 4 5", "{A=1 B=2 C=3}"},
         {"/", "{}"},
-        {"'", "{}"},
+        {"'", "{}", {unbalanced, unbalanced}},
         {"A=99999999999", "{A=2147483647}"},
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ReadShape(shape, c.text).tree, c.tree) << c.text;
+    ExpectReads(shape, cases);
 }
 
 TEST(MapReading, WhatIsPassedOverInSilenceIsNotComplete)
@@ -49,7 +45,7 @@ TEST(MapReading, WhatIsPassedOverInSilenceIsNotComplete)
 
 TEST(MapReading, References)
 {
-    const TableInForce table(R"([{"name": "X", "sections": "all", "data": {"type": "map", "entries": ["A", "B"]}}])");
+    const TableInForce table(TableOf(R"({"type": "map", "entries": ["A", "B"]})"));
     Outcome outcome = ReadText(LooseKeyword(table.Syntax("X")), "A=$V a=$W B=2 /", true);
     EXPECT_EQ(outcome.tree, "{B=2}");
     auto* const variables =

@@ -1,29 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <deckmanager/Environment.h>
-#include <fmt/format.h>
 
 #include "DataReading.h"
 
 using namespace DataReading;
 
 namespace {
-
-struct Case
-{
-    const char* text;
-    const char* tree;
-    std::vector<std::string> messages = {};
-};
-
-void Check(std::string_view shape, const std::vector<Case>& cases)
-{
-    for (const Case& c : cases) {
-        const Outcome outcome = ReadShape(shape, c.text);
-        EXPECT_EQ(outcome.tree, c.tree) << c.text;
-        EXPECT_EQ(outcome.messages, c.messages) << c.text;
-    }
-}
 
 constexpr const char* tooMany = "2 Record in keyword X has too many items";
 constexpr const char* notTerminated = "2 Record in keyword X not properly terminated";
@@ -41,59 +24,59 @@ const std::string realNumber = "Must be a real number";
 
 TEST(RecordReading, IntegersAreReadLeniently)
 {
-    Check(R"({"type": "record", "items": [{"name": "A", "type": "integer", "defaultable": true},
+    ExpectReads(R"({"type": "record", "items": [{"name": "A", "type": "integer", "defaultable": true},
                                           {"name": "B", "type": "integer"}]})",
-          {
-              {"1 2 /", "{1 2}"},
-              {"1 /", "{1 -}"},
-              {"/", "{- -}"},
-              {"1\n-- comment\n  2 -- more\n/", "{1 2}"},
-              {"1--x\n2 /", "{1 2}"},
-              {"3.7 12abc /", "{3 12}"},
-              {"-7 +8 /", "{-7 8}"},
-              {"99999999999 -99999999999 /", "{2147483647 -2147483647}"},
-              {"-2147483648 2 /", "{-2147483647 2}"},
-              {"x 2 /", "{- 2}", {Bad("x", wholeNumber)}},
-              {"'' 2 /", "{- 2}", {Bad("", wholeNumber)}},
-              {"% 2 /", "{- 2}", {Bad("%%", wholeNumber)}},
-              {"1* 2 /", "{- 2}"},
-              {"'1*' 2 /", "{- 2}", {Bad("1*", wholeNumber)}},
-              {"2* /", "{- -}"},
-              {"2*5 /", "{5 5}"},
-              {"0*7 1 2 /", "{1 2}"},
-              {"1 0*7\n2 /", "{1 2}"},
-              {"2*'1*' /", "{- -}"},
-              {",2 /", "{- 2}"},
-              {"1 '/'", "{1 -}"},
-          });
+                {
+                    {"1 2 /", "{1 2}"},
+                    {"1 /", "{1 -}"},
+                    {"/", "{- -}"},
+                    {"1\n-- comment\n  2 -- more\n/", "{1 2}"},
+                    {"1--x\n2 /", "{1 2}"},
+                    {"3.7 12abc /", "{3 12}"},
+                    {"-7 +8 /", "{-7 8}"},
+                    {"99999999999 -99999999999 /", "{2147483647 -2147483647}"},
+                    {"-2147483648 2 /", "{-2147483647 2}"},
+                    {"x 2 /", "{- 2}", {Bad("x", wholeNumber)}},
+                    {"'' 2 /", "{- 2}", {Bad("", wholeNumber)}},
+                    {"% 2 /", "{- 2}", {Bad("%%", wholeNumber)}},
+                    {"1* 2 /", "{- 2}"},
+                    {"'1*' 2 /", "{- 2}", {Bad("1*", wholeNumber)}},
+                    {"2* /", "{- -}"},
+                    {"2*5 /", "{5 5}"},
+                    {"0*7 1 2 /", "{1 2}"},
+                    {"1 0*7\n2 /", "{1 2}"},
+                    {"2*'1*' /", "{- -}"},
+                    {",2 /", "{- 2}"},
+                    {"1 '/'", "{1 -}"},
+                });
 }
 
 TEST(RecordReading, SurplusAndMissingTerminators)
 {
-    Check(R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}]})",
-          {
-              {"1 2\n/", "{1 2}"},
-              {"1 2 3 /", "{1 2}", {tooMany}},
-              {"1 2 3\n/", "{1 2}", {tooMany}},
-              {"1 900000000*2 /", "{1 2}", {tooMany}},
-              {"1 2\n3 /", "{1 2}", {notTerminated}},
-              {"1 2", "{1 2}", {notTerminated}},
-              {"1 2 '", "{1 2}", {"3 Unbalanced quote while reading keyword data: 1 2 '", notTerminated}},
-              {"1", "{1 -}", {notTerminated}},
-          });
+    ExpectReads(R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}]})",
+                {
+                    {"1 2\n/", "{1 2}"},
+                    {"1 2 3 /", "{1 2}", {tooMany}},
+                    {"1 2 3\n/", "{1 2}", {tooMany}},
+                    {"1 900000000*2 /", "{1 2}", {tooMany}},
+                    {"1 2\n3 /", "{1 2}", {notTerminated}},
+                    {"1 2", "{1 2}", {notTerminated}},
+                    {"1 2 '", "{1 2}", {"3 Unbalanced quote while reading keyword data: 1 2 '", notTerminated}},
+                    {"1", "{1 -}", {notTerminated}},
+                });
 }
 
 TEST(RecordReading, RealsTakeTheWholeToken)
 {
-    Check(R"({"type": "record", "items": [{"name": "A", "type": "real"}, {"name": "B", "type": "real"}]})",
-          {
-              {"1.5D3 1.5d3 /", "{1500 1500}"},
-              {"+1.5E3 .5 /", "{1500 0.5}"},
-              {"0x10 1e999 /", "{16 inf}"},
-              {"1.5D3D 2 /", "{- 2}", {Bad("1.5D3D", realNumber)}},
-              {"12abc 2 /", "{- 2}", {Bad("12abc", realNumber)}},
-              {"'' '1*' /", "{0 -}", {Bad("1*", realNumber)}},
-          });
+    ExpectReads(R"({"type": "record", "items": [{"name": "A", "type": "real"}, {"name": "B", "type": "real"}]})",
+                {
+                    {"1.5D3 1.5d3 /", "{1500 1500}"},
+                    {"+1.5E3 .5 /", "{1500 0.5}"},
+                    {"0x10 1e999 /", "{16 inf}"},
+                    {"1.5D3D 2 /", "{- 2}", {Bad("1.5D3D", realNumber)}},
+                    {"12abc 2 /", "{- 2}", {Bad("12abc", realNumber)}},
+                    {"'' '1*' /", "{0 -}", {Bad("1*", realNumber)}},
+                });
 }
 
 TEST(RecordReading, StringsAndOptions)
@@ -101,19 +84,19 @@ TEST(RecordReading, StringsAndOptions)
     const char* shape = R"({"type": "record", "items": [
         {"name": "A", "type": "string", "maxLength": 3}, {"name": "B", "type": "string", "preservesCase": true},
         {"name": "C", "type": "yesNo"}, {"name": "D", "type": "option", "options": ["ONE", "TWO"]}]})";
-    Check(shape, {
-                     {"abcd abcd YES two /", "{ABCD abcd yes TWO}"},
-                     {"'1*' '' n 1* /", "{1*  no -}"},
-                     {"'A''B' N ONE /", "{A B no ONE}"},
-                     {"2*'a b' Y ONE /", "{A B a b yes ONE}"},
-                     {"A B yES ONE /", "{A B - ONE}", {Bad("yES", "Must be either YES or NO")}},
-                 });
+    ExpectReads(shape, {
+                           {"abcd abcd YES two /", "{ABCD abcd yes TWO}"},
+                           {"'1*' '' n 1* /", "{1*  no -}"},
+                           {"'A''B' N ONE /", "{A B no ONE}"},
+                           {"2*'a b' Y ONE /", "{A B a b yes ONE}"},
+                           {"A B yES ONE /", "{A B - ONE}", {Bad("yES", "Must be either YES or NO")}},
+                       });
     // What is wrong with an option, the metadata say.
     const Outcome outcome = ReadShape(shape, "A B Y SIX /");
     ASSERT_EQ(outcome.messages.size(), 1u);
     EXPECT_NE(outcome.messages[0].find("Item value \"SIX\" is not valid. "), std::string::npos);
 
-    const TableInForce table(fmt::format(R"([{{"name": "X", "sections": "all", "data": {}}}])", shape));
+    const TableInForce table(TableOf(shape));
     DeckManager::Environment::Instance().SetLimitStringLengthOnRead(true);
     DeckManager::Environment::Instance().SetUppercaseKeywordStringsOnRead(false);
     EXPECT_EQ(ReadText(LooseKeyword(table.Syntax("X")), "abcd abcd Y ONE /").tree, "{abc abcd yes ONE}");
@@ -121,50 +104,50 @@ TEST(RecordReading, StringsAndOptions)
 
 TEST(RecordReading, AnOptionalItemLeavesWhatItCannotTake)
 {
-    Check(R"({"type": "record", "items": [{"name": "A", "type": "integer", "optionalOnRead": true},
+    ExpectReads(R"({"type": "record", "items": [{"name": "A", "type": "integer", "optionalOnRead": true},
                                           {"name": "B", "type": "string"}]})",
-          {
-              {"5 abc /", "{5 ABC}"},
-              {"abc /", "{- ABC}"},
-              {"1* abc /", "{- -}", {tooMany}},
-              {"3*abc /", "{- ABC}", {tooMany}},
-              {"5 /", "{5 -}"},
-          });
+                {
+                    {"5 abc /", "{5 ABC}"},
+                    {"abc /", "{- ABC}"},
+                    {"1* abc /", "{- -}", {tooMany}},
+                    {"3*abc /", "{- ABC}", {tooMany}},
+                    {"5 /", "{5 -}"},
+                });
 }
 
 TEST(RecordReading, ALineCanBeARecord)
 {
-    Check(R"({"type": "record", "termination": "eol", "items": [{"name": "T", "type": "restOfLine"}]})",
-          {
-              {"  a Title, it's / all -- of it   \nmore", "{  a Title, it's / all -- of it}"},
-              {"/", "{-}"},
-          });
-    Check(R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items":
+    ExpectReads(R"({"type": "record", "termination": "eol", "items": [{"name": "T", "type": "restOfLine"}]})",
+                {
+                    {"  a Title, it's / all -- of it   \nmore", "{  a Title, it's / all -- of it}"},
+                    {"/", "{-}"},
+                });
+    ExpectReads(R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items":
               [{"name": "A", "type": "integer"}, {"name": "T", "type": "restOfLine"}]}})",
-          {{"1 one\n2 /\n3 three", "[{1 1 one} {2 2 /} {3 3 three}]"}});
-    Check(R"({"type": "list", "element": {"type": "record", "termination": "eol", "items":
+                {{"1 one\n2 /\n3 three", "[{1 1 one} {2 2 /} {3 3 three}]"}});
+    ExpectReads(R"({"type": "list", "element": {"type": "record", "termination": "eol", "items":
               [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}]}})",
-          {
-              {"1 2\n3\n4 5 6\n/", "[{1 2} {3 -} {4 5}]"},
-              {"1 2\n3 4 /", "[{1 2} {3 4}]"},
-              {"1 2\n3 /", "[{1 2} {3 -}]"},
-          });
+                {
+                    {"1 2\n3\n4 5 6\n/", "[{1 2} {3 -} {4 5}]"},
+                    {"1 2\n3 4 /", "[{1 2} {3 4}]"},
+                    {"1 2\n3 /", "[{1 2} {3 -}]"},
+                });
 }
 
 TEST(RecordReading, RecordsAndListsNest)
 {
-    Check(R"({"type": "record", "items": [{"name": "A", "type": "integer"},
+    ExpectReads(R"({"type": "record", "items": [{"name": "A", "type": "integer"},
               {"name": "R", "type": "record", "termination": "none", "items":
                 [{"name": "B", "type": "integer"}, {"name": "C", "type": "integer"}]},
               {"name": "L", "type": "list", "element": {"type": "integer"}},
               {"name": "M", "type": "list", "termination": "none", "element": {"type": "string"}}]})",
-          {
-              {"1 2 3 4 5 /\nx y /", "{1 {2 3} [4 5] [X Y]}"},
-              {"1 2 3 /\n/", "{1 {2 3} [] []}"},
-              {"1 2 3 4 /\nx y", "{1 {2 3} [4] [X Y]}", {notTerminated}},
-              // The terminator inside the nested record is the outer record's.
-              {"1 2 /\nx /", "{1 {2 -} [] []}"},
-          });
+                {
+                    {"1 2 3 4 5 /\nx y /", "{1 {2 3} [4 5] [X Y]}"},
+                    {"1 2 3 /\n/", "{1 {2 3} [] []}"},
+                    {"1 2 3 4 /\nx y", "{1 {2 3} [4] [X Y]}", {notTerminated}},
+                    // The terminator inside the nested record is the outer record's.
+                    {"1 2 /\nx /", "{1 {2 -} [] []}"},
+                });
 }
 
 TEST(RecordReading, References)

@@ -58,8 +58,7 @@ TEST(RoundTrip, EveryKeywordOfTheCatalogue)
 /// What a tree of one item of a list, or of one item of a record, comes back as.
 std::string Returned(std::string_view shape, const std::function<void(IKeywordData&)>& fill)
 {
-    const DataReading::TableInForce table("[{\"name\": \"X\", \"sections\": \"all\", \"data\": " + std::string(shape) +
-                                          "}]");
+    const DataReading::TableInForce table(DataReading::TableOf(shape));
     const DataReading::LooseKeyword keyword(table.Syntax("X"));
     const auto tree = Keywords::KeywordDataFactory::Instance().ConstructSafely(keyword.GetSyntax());
     fill(*tree);

@@ -13,6 +13,7 @@
 
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Thrown.h"
 
 using namespace Tarn::Fjel::Core::DeckManager;
 using TestSupport::FailingFileSystem;
@@ -251,12 +252,9 @@ TEST(KeywordFileReader, OpensWhatIsThere)
     EXPECT_TRUE(file.OpenLineReader(true));
     EXPECT_FALSE(KeywordFileReader("").OpenLineReader(true));
     EXPECT_FALSE(KeywordFileReader(dir.Path("none")).OpenLineReader(false));
-    try {
-        KeywordFileReader(dir.Path("none")).OpenLineReader(true);
-        FAIL();
-    } catch (const DeckManagerException& e) {
-        EXPECT_EQ(std::string(e.what()), "KeywordFileReader::LineReader: file does not exist: " + dir.Path("none"));
-    }
+    EXPECT_EQ(
+        TestSupport::Thrown<DeckManagerException>([&] { KeywordFileReader(dir.Path("none")).OpenLineReader(true); }),
+        "KeywordFileReader::LineReader: file does not exist: " + dir.Path("none"));
     // A file that is there and can't be read is the caller's affair.
     FailingFileSystem files;
     files.FailAt(1, {FailingFileSystem::Call::Open}, EACCES);

@@ -9,6 +9,7 @@
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/TestDeck.h"
+#include "tests/support/Thrown.h"
 #include "text/LineFileReader.h"
 #include "text/LineFileWriter.h"
 #include "text/LineStringReader.h"
@@ -385,12 +386,8 @@ TEST(LineWriter, ACopyFromWhatCannotBeReadThrows)
 {
     StuckReader reader;
     LineStringWriter writer;
-    try {
-        writer.Copy(reader, 0, 10);
-        FAIL();
-    } catch (const DeckManagerException& failure) {
-        EXPECT_STREQ(failure.what(), "LineStreamWriter::Copy: fail to read input stream");
-    }
+    EXPECT_EQ(TestSupport::Thrown<DeckManagerException>([&] { writer.Copy(reader, 0, 10); }),
+              "LineStreamWriter::Copy: fail to read input stream");
 }
 
 TEST(LineFileWriter, OpensTruncatesAppendsAndCloses)

@@ -11,6 +11,7 @@
 
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/Thrown.h"
 #include "tests/text/ScannerTable.h"
 
 using namespace Tarn::Fjel::Core;
@@ -265,12 +266,8 @@ TEST_F(Scanner, DataThatCouldBeTakenForKeywordsAreSteppedOver)
 TEST_F(Scanner, AliasesOfPathsNeedTheHostsConsent)
 {
     LogRecorder log;
-    try {
-        Behind("PATHS", "'A' 'b' /\n/\n");
-        FAIL();
-    } catch (const DeckManagerException& e) {
-        EXPECT_STREQ(e.what(), "PATHS is not supported");
-    }
+    EXPECT_EQ(TestSupport::Thrown<DeckManagerException>([] { Behind("PATHS", "'A' 'b' /\n/\n"); }),
+              "PATHS is not supported");
     EXPECT_EQ(log.Texts(3), (std::vector<std::string>{"PATHS is not supported"}));
     Environment::Instance().SetPATHSSupport(true);
     EXPECT_EQ(Behind("PATHS", "'A' 'b' /\n/\nB"), "B");
