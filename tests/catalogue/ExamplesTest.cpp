@@ -80,6 +80,18 @@ std::string Written(const Keywords::IKeywordData& data)
     return text;
 }
 
+/// What is written of the data reads as data of which the same is written.
+void ExpectWrittenAsRead(const DeckManager::IKeyword& keyword, const Keywords::IKeywordData& data,
+                         const DeckManager::Context& context, const std::string& place)
+{
+    const std::string written = Written(data);
+    const auto again = Keywords::KeywordDataFactory::Instance().ConstructSafely(keyword.GetSyntax());
+    DeckManager::LineStringReader reader(written);
+    DeckManager::KeywordDataDeserializer::Deserialize(keyword, *again, reader, 0,
+                                                      static_cast<long long>(written.size()), context, false, nullptr);
+    EXPECT_EQ(Written(*again), written) << place;
+}
+
 TEST(CatalogueExamples, AreFoundReadWrittenAndReadAgainWithoutAMessage)
 {
     const TestSupport::CleanEnvironment clean;
@@ -115,12 +127,7 @@ TEST(CatalogueExamples, AreFoundReadWrittenAndReadAgainWithoutAMessage)
         EXPECT_TRUE(report.isComplete);
         EXPECT_EQ(report.takenEnd, static_cast<long long>(example.size()))
             << section << " " << position->GetName() << " leaves a part of its example unread";
-        const std::string written = Written(*data);
-        const auto again = Keywords::KeywordDataFactory::Instance().ConstructSafely(syntax);
-        DeckManager::LineStringReader secondReader(written);
-        DeckManager::KeywordDataDeserializer::Deserialize(
-            **position, *again, secondReader, 0, static_cast<long long>(written.size()), context, false, nullptr);
-        EXPECT_EQ(Written(*again), written) << section << " " << position->GetName();
+        ExpectWrittenAsRead(**position, *data, context, section + " " + position->GetName());
         for (const auto& message : log.Messages()) {
             if (!message.probe) ADD_FAILURE() << section << " " << position->GetName() << ": " << message.text;
         }
@@ -214,15 +221,11 @@ TEST(CatalogueExamples, DecksAreReadWrittenAndReadAgainWithoutAMessage)
         int count = 0;
         DeckManager::KeywordIterator position = deck->GetDeckKeywords()->Begin();
         for (; *position != nullptr; ++position, ++count) {
-            if (const Keywords::IKeywordSyntax* syntax = position->GetSyntax(); syntax->GetMetaData()) {
+            if (position->GetSyntax()->GetMetaData()) {
                 const Keywords::IKeywordData* data = deck->GetDeckKeywords()->GetKeywordData(*position);
                 ASSERT_NE(data, nullptr) << position->GetName();
-                const std::string written = Written(*data);
-                const auto again = Keywords::KeywordDataFactory::Instance().ConstructSafely(syntax);
-                DeckManager::LineStringReader reader(written);
-                DeckManager::KeywordDataDeserializer::Deserialize(
-                    **position, *again, reader, 0, static_cast<long long>(written.size()), context, false, nullptr);
-                EXPECT_EQ(Written(*again), written) << position->GetName() << " on line " << position->GetLine();
+                ExpectWrittenAsRead(**position, *data, context,
+                                    position->GetName() + " on line " + std::to_string(position->GetLine()));
             }
             for (const auto& message : log.Messages()) {
                 if (!message.probe && isQuiet)

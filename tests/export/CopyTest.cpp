@@ -449,16 +449,12 @@ TEST_F(CopyTest, RangesOfADeck)
         TestDeck::Texts{{"A.DATA", "-- head\nRUNSPEC\n-- 1\nINCLUDE\n'x.inc' /\n-- 2\nGRID\n-- 3\nEDIT\nEND\nPROPS\n"},
                         {"x.inc", "-- x\nOIL\n\n-- 4\nGAS\n\n-- 5\n"}});
     const std::string out = deck.Dir().Path("r/out.DATA");
-    const auto range = [&](const KeywordIterator& begin, const KeywordIterator& end) {
+    const auto range = [&](const auto& begin, const auto& end) { // of the deck, or of one file
         EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), begin, end, out, SimulatorType::Any));
         return deck.Dir().Read("r/out.DATA");
     };
     const auto whole = [&](const KeywordIterator& begin, const KeywordIterator& end) {
         EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), begin, end, out, ExportOptions(), nullptr));
-        return deck.Dir().Read("r/out.DATA");
-    };
-    const auto inFile = [&](const KeywordFileIterator& begin, const KeywordFileIterator& end) {
-        EXPECT_TRUE(Exporter::ExportToSingleFile(deck.Keywords(), begin, end, out, SimulatorType::Any));
         return deck.Dir().Read("r/out.DATA");
     };
     EXPECT_EQ(range(deck.At("GAS"), deck.At("EDIT")), "GAS\n\n-- 5\n-- 2\nGRID\n-- 3\n");
@@ -477,9 +473,9 @@ TEST_F(CopyTest, RangesOfADeck)
     EXPECT_EQ(deck.Dir().Read("r/out.DATA"), "GAS\nGRID\n");
     // In one file an include brings nothing in.
     KeywordFile& top = deck.TopFile();
-    EXPECT_EQ(inFile(top.Begin(), top.End()), "RUNSPEC\n-- 1\n-- 2\nGRID\n-- 3\nEDIT\nEND\nPROPS\n");
-    EXPECT_EQ(inFile(deck.Keywords().GetFileIterator(deck.At("EDIT")), top.Begin()), "EDIT\nEND\nPROPS\n");
-    EXPECT_EQ(inFile(deck.Keywords().GetFileIterator(deck.At("EDIT")), KeywordFileIterator()), "EDIT\nEND\nPROPS\n");
+    EXPECT_EQ(range(top.Begin(), top.End()), "RUNSPEC\n-- 1\n-- 2\nGRID\n-- 3\nEDIT\nEND\nPROPS\n");
+    EXPECT_EQ(range(deck.Keywords().GetFileIterator(deck.At("EDIT")), top.Begin()), "EDIT\nEND\nPROPS\n");
+    EXPECT_EQ(range(deck.Keywords().GetFileIterator(deck.At("EDIT")), KeywordFileIterator()), "EDIT\nEND\nPROPS\n");
     EXPECT_FALSE(Exporter::ExportToSingleFile(deck.Keywords(), " \t"));
     EXPECT_TRUE(m_log.Empty());
 }

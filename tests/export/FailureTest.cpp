@@ -7,6 +7,7 @@
 #include "tests/export/Exporting.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
+#include "tests/support/Thrown.h"
 #include "tests/support/UnprivilegedUser.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Exporter.h>
@@ -50,6 +51,15 @@ protected:
     static bool Clone(const TestDeck& deck, const std::string& suffix)
     {
         return !Exporter::CopyToSameDir(deck.Keywords(), suffix, ExportOptions(), nullptr).empty();
+    }
+
+    using Export = bool (*)(const TestDeck&);
+    /// What throws is not done.
+    static bool IsDone(Export act, const TestDeck& deck)
+    {
+        bool done = false;
+        TestSupport::Thrown<DeckManagerException>([&] { done = act(deck); });
+        return done;
     }
 
     TestSupport::CleanEnvironment m_environment;
@@ -205,7 +215,6 @@ TEST_F(FailureTest, AnyCallThatFailsLeavesWhatWasThere)
 {
     const std::set<Call> calls{Call::Open,      Call::Close, Call::Write,  Call::CopyRange,
                                Call::StartSync, Call::Sync,  Call::Rename, Call::MakeDirectory};
-    using Export = bool (*)(const TestDeck&);
     const Export exports[] = {[](const TestDeck& deck) { return Flatten(deck, "old/A.DATA"); },
                               [](const TestDeck& deck) { return Copy(deck, "old"); },
                               [](const TestDeck& deck) { return Copy(deck, "new/copy"); },
@@ -218,11 +227,7 @@ TEST_F(FailureTest, AnyCallThatFailsLeavesWhatWasThere)
             const std::string before = All(deck);
             FailingFileSystem disk;
             disk.FailAt(n, calls, EIO);
-            bool done = false;
-            try {
-                done = act(deck);
-            } catch (const DeckManagerException&) {
-            }
+            const bool done = IsDone(act, deck);
             const bool failed = disk.HasFailed();
             disk.Pass();
             // A call may fail without loss: nobody needs what a file was like that is replaced.
@@ -239,7 +244,6 @@ TEST_F(FailureTest, AnyCallThatFailsLeavesWhatWasThere)
 /// Nobody must take a copy for the deck that lacks what could not be read.
 TEST_F(FailureTest, WhatCannotBeReadIsNotLeftOut)
 {
-    using Export = bool (*)(const TestDeck&);
     const Export exports[] = {[](const TestDeck& deck) { return Flatten(deck, "new.DATA"); },
                               [](const TestDeck& deck) { return Copy(deck, "new"); },
                               [](const TestDeck& deck) { return Clone(deck, "_X"); }};
@@ -256,11 +260,7 @@ TEST_F(FailureTest, WhatCannotBeReadIsNotLeftOut)
                     const std::string before = All(deck);
                     FailingFileSystem disk;
                     disk.FailAt(n, {call}, EIO, forever);
-                    bool done = false;
-                    try {
-                        done = act(deck);
-                    } catch (const DeckManagerException&) {
-                    }
+                    const bool done = IsDone(act, deck);
                     failed = disk.HasFailed() ? 1 : 0;
                     disk.Pass();
                     EXPECT_EQ(All(deck), done ? All(whole) : before);

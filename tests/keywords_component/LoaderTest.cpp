@@ -7,6 +7,8 @@
 #include <tarn/keywords/KeywordSyntaxTable.h>
 #include <tarn/keywords/Metadata.h>
 
+#include "tests/support/Thrown.h"
+
 namespace Tarn::Fjel::Core::Keywords {
 namespace {
 
@@ -14,12 +16,7 @@ using testing::HasSubstr;
 
 std::string ErrorOf(const std::string& json)
 {
-    try {
-        KeywordSyntaxTable::FromText(json, "my.json");
-    } catch (const KeywordException& problem) {
-        return problem.what();
-    }
-    return "no error";
+    return TestSupport::Thrown<KeywordException>([&] { KeywordSyntaxTable::FromText(json, "my.json"); });
 }
 
 std::string WithData(const std::string& data)

@@ -7,6 +7,7 @@
 
 #include "tests/merge/Merging.h"
 #include "tests/support/FailingFileSystem.h"
+#include "tests/support/Thrown.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IDeck.h>
 #include <deckmanager/IDeckKeywords.h>
@@ -271,12 +272,7 @@ TEST_F(MergeFilesTest, AMergeThatCannotReadIsRefused)
             TwoDecks decks(oldFiles, newFiles);
             FailingFileSystem files;
             files.FailAt(n, {call}, EIO);
-            bool isRefused = false;
-            try {
-                merge(decks);
-            } catch (const DeckManagerException&) {
-                isRefused = true;
-            }
+            const bool isRefused = !TestSupport::Thrown<DeckManagerException>([&] { merge(decks); }).empty();
             failed = files.HasFailed();
             EXPECT_EQ(isRefused, failed);
             files.Pass();

@@ -32,11 +32,6 @@ using TestSupport::FailingFileSystem;
 using TestText::TextGenerator;
 using Call = FailingFileSystem::Call;
 
-std::string Include(const std::string& path)
-{
-    return "INCLUDE\n '" + path + "' /\n";
-}
-
 /// A small project with an open deck that has edits, another open one, one that is closed, and a link.
 struct SmallProject
 {
@@ -61,6 +56,14 @@ struct SmallProject
     }
 
     std::string NewDir() const { return tree.Dir().Path("new/deep/p"); }
+    /// Moves it on a disk whose n-th call of these kinds fails; whether one did.
+    bool MoveWithFailure(int n, const std::set<Call>& kinds, bool forever)
+    {
+        FailingFileSystem disk;
+        disk.FailAt(n, kinds, EIO, forever);
+        thrown = Refusal(*manager, NewDir());
+        return disk.HasFailed();
+    }
     template <class Use>
     void Tabdims(Use use) const
     {
@@ -117,6 +120,7 @@ struct SmallProject
     std::unique_ptr<IDeckManager> manager;
     IDeck* deck = nullptr;
     IDeckKeywordsEditor* editor = nullptr;
+    std::string thrown; ///< by the last move
 };
 
 class MoveFailureTest : public testing::Test
@@ -142,18 +146,8 @@ TEST_F(MoveFailureTest, EveryOperationThatFailsLeavesOneWholeProjectThatIsNamed)
             SCOPED_TRACE("operation " + std::to_string(n));
             SmallProject project;
             m_log.Clear();
-            std::string thrown;
-            bool hasFailed = false;
-            {
-                FailingFileSystem disk;
-                disk.FailAt(n, kinds, EIO);
-                try {
-                    project.manager->MoveProjectDir(project.NewDir(), true);
-                } catch (const DeckManagerException& failure) {
-                    thrown = failure.what();
-                }
-                hasFailed = disk.HasFailed();
-            }
+            const bool hasFailed = project.MoveWithFailure(n, kinds, false);
+            const std::string& thrown = project.thrown;
             if (thrown.empty()) {
                 ++moved;
                 project.ExpectMoved();
@@ -186,18 +180,8 @@ TEST_F(MoveFailureTest, ADiskThatFailsFromThenOnLosesNothing)
     for (int n = 1;; n += 1 + n / 16) {
         SCOPED_TRACE("operation " + std::to_string(n));
         SmallProject project;
-        std::string thrown;
-        bool hasFailed = false;
-        {
-            FailingFileSystem disk;
-            disk.FailAt(n, FailingFileSystem::Changes(), EIO, true);
-            try {
-                project.manager->MoveProjectDir(project.NewDir(), true);
-            } catch (const DeckManagerException& failure) {
-                thrown = failure.what();
-            }
-            hasFailed = disk.HasFailed();
-        }
+        const bool hasFailed = project.MoveWithFailure(n, FailingFileSystem::Changes(), true);
+        const std::string& thrown = project.thrown;
         if (thrown.empty()) {
             project.ExpectMoved();
         } else {
@@ -240,14 +224,7 @@ TEST_F(MoveFailureTest, AProcessThatEndsLeavesOneWholeProject)
 TEST_F(MoveFailureTest, AFullDiskAndMissingPermissionsAreToldWithTheFile)
 {
     SmallProject project;
-    const auto reasonFor = [&](const std::string& place) -> std::string {
-        try {
-            project.manager->MoveProjectDir(place, true);
-        } catch (const DeckManagerException& failure) {
-            return failure.what();
-        }
-        return "";
-    };
+    const auto reasonFor = [&](const std::string& place) { return Refusal(*project.manager, place); };
     {
         FailingFileSystem disk;
         disk.LimitSpace(10);

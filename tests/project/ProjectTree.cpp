@@ -7,7 +7,9 @@
 #include <sstream>
 
 #include "files/KeywordFile.h"
+#include "tests/support/Thrown.h"
 #include "tests/text/TextGenerator.h"
+#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IDeckKeywords.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordFileManager.h>
@@ -50,6 +52,16 @@ std::string Padded(TextGenerator& random, const std::string& path)
 }
 
 } // namespace
+
+std::string Include(const std::string& path)
+{
+    return "INCLUDE\n '" + path + "' /\n";
+}
+
+std::string Refusal(IDeckManager& manager, const std::string& newDir)
+{
+    return TestSupport::Thrown<DeckManagerException>([&] { manager.MoveProjectDir(newDir, true); });
+}
 
 std::vector<KeywordIterator> KeywordsNamed(const IDeck& deck, const std::string& name)
 {

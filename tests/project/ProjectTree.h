@@ -6,6 +6,7 @@
 
 #include "tests/support/TempDir.h"
 #include <deckmanager/IDeck.h>
+#include <deckmanager/IDeckManager.h>
 #include <deckmanager/KeywordIterator.h>
 
 namespace TestText {
@@ -17,6 +18,12 @@ namespace ProjectTests {
 /// The keywords of that name in a deck.
 std::vector<Tarn::Fjel::Core::DeckManager::KeywordIterator>
 KeywordsNamed(const Tarn::Fjel::Core::DeckManager::IDeck& deck, const std::string& name);
+
+/// The text of an INCLUDE of that path.
+std::string Include(const std::string& path);
+
+/// What a move of the project is refused with; empty when it moves.
+std::string Refusal(Tarn::Fjel::Core::DeckManager::IDeckManager& manager, const std::string& newDir);
 
 /// A project `zone/proj` with decks in it, and files beside it that they include.
 class ProjectTree
