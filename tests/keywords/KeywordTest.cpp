@@ -117,6 +117,16 @@ TEST_F(KeywordTest, OtherDataHaveNoneOfTheReferences)
     EXPECT_EQ(keyword.GetVariables(Context()), nullptr);
 }
 
+/// Blocks of text go to a file with the line ends of Windows, and to whoever asks without.
+TEST_F(KeywordTest, TextOfATreeHasPlainLineEnds)
+{
+    const TestDeck deck(TestDeck::Texts{{"A.DATA", "SCHEDULE\nPYINPUT\na = 1\nb = 2\nPYEND\nTSTEP\n1 /\n"}});
+    Keyword& keyword = At(deck, "PYINPUT");
+    EXPECT_TRUE(keyword.SetData(keyword.GetData(Context())->CloneSafely(), false));
+    EXPECT_EQ(*keyword.GetDataText(), "a = 1\nb = 2\nPYEND");
+    EXPECT_EQ(*keyword.GetText(), "PYINPUT\na = 1\nb = 2\nPYEND\n");
+}
+
 TEST_F(KeywordTest, ChangesOfTagAndCommentAreDropped)
 {
     const std::string tag = "                             -- Generated\n";
