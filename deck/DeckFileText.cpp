@@ -69,15 +69,6 @@ std::ptrdiff_t CommentLineCount(const Keyword& keyword, ILineReader& reader)
     return std::count(comment.begin(), comment.end(), '\n') + 1;
 }
 
-/// The start of the text behind a byte order mark.
-long long TextBegin(ILineReader& reader)
-{
-    std::string head;
-    const auto size = static_cast<long long>(LineStreamReader::ByteOrderMark.size());
-    reader.ReadRange(0, size - 1, head);
-    return head == LineStreamReader::ByteOrderMark ? size : 0;
-}
-
 /// Gathers the comment lines from the reader's position up to `end`. False when no line begins there.
 bool CollectComment(ILineReader& reader, long long end, std::string& comment)
 {
@@ -246,7 +237,7 @@ std::string DeckKeywords::GetComment(const KeywordIterator& position, bool strip
         if (ahead != nullptr) {
             SkipKeywordData(*ahead, *reader);
         } else {
-            reader->Seek(std::min(TextBegin(*reader), keyword->Position()), 0);
+            reader->Seek(std::min<long long>(LineStreamReader::MarkSize(*reader), keyword->Position()), 0);
         }
     }
     if (!reader || !CollectComment(*reader, keyword->Position(), comment)) {

@@ -370,13 +370,9 @@ bool FileScan::IsDuplicateSection(const std::string& name)
 /// Enters the section in the deck's book; where it stands there already, the result is the file that has brought it.
 std::shared_ptr<const KeywordFile> FileScan::NoteSection(SectionType section)
 {
-    KeywordFile& top = m_file.DataFile();
-    std::weak_ptr<const KeywordFile>& seen = top.m_sectionsSeen[static_cast<std::size_t>(section)];
-    // A file that was reset, or has left the deck, has taken its sections along.
-    std::shared_ptr<const KeywordFile> bringer = seen.lock();
-    if (bringer && bringer->IsLoaded() && &bringer->DataFile() == &top) return bringer;
-    seen = m_file.weak_from_this();
-    return nullptr;
+    std::shared_ptr<const KeywordFile> bringer = m_file.BringerOf(section);
+    if (!bringer) m_file.DataFile().m_sectionsSeen[static_cast<std::size_t>(section)] = m_file.weak_from_this();
+    return bringer;
 }
 
 void FileScan::AddPending(long long size)

@@ -151,6 +151,8 @@ public:
     bool IsToBeReadAnew() const { return m_isToBeReadAnew; }
     /// The file holds section keywords that recur in the deck, or in the file. False for a file that isn't loaded.
     bool HasRecurringSections() const;
+    /// The file that has brought the section into the deck; null: none has it.
+    std::shared_ptr<const KeywordFile> BringerOf(Keywords::SectionType section) const;
 
     /// Replaces the whole file by the rest of a stream; uncommitted edits are lost. With `replace` false an existing
     /// file is left alone, and only the edits go. `keepTag`: the file keeps its generated tag, whatever the stream
@@ -292,6 +294,7 @@ private:
     void AddToRest(const std::string& text);
     void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);
     void RemoveCommentedOut();
+    void NoteSections();
     void TakeSnapshot();
     void DropSnapshot();
     Blocks TakeBlocks(const std::shared_ptr<IKeyword>& keyword);

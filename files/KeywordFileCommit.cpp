@@ -91,6 +91,13 @@ bool IsBlocked(const FileName& file)
     return status.isUnknown || (status.Exists() && !(status.IsRegularFile() && CanAppend(file)));
 }
 
+SectionType SectionOfKeyword(const IKeyword& keyword)
+{
+    SectionType section = SectionType::None;
+    if (keyword.GetSyntax()->GetKind() == KeywordKind::Section) FindSection(keyword.GetName(), section);
+    return section;
+}
+
 void Tell(const FileName& file, const std::string& text)
 {
     const Log::Place place(file.GetFullName(), -1);
@@ -389,8 +396,36 @@ void KeywordFile::TakeOver()
     }
     RemoveCommentedOut();
     PlaceHeadAndTail();
+    NoteSections();
     // Others may keep where keywords stand.
     LinkCounter::Changed();
+}
+
+/// For whoever is read next, the deck has the sections that its texts have now. As in a scan, the last keyword of a
+/// file brings none.
+void KeywordFile::NoteSections()
+{
+    auto& seen = DataFile().m_sectionsSeen;
+    for (std::weak_ptr<const KeywordFile>& bringer : seen) {
+        if (bringer.lock().get() == this) bringer.reset();
+    }
+    const List& keywords = m_contents->Keywords();
+    for (const std::shared_ptr<IKeyword>& keyword : keywords) {
+        const SectionType section = SectionOfKeyword(*keyword);
+        if (section != SectionType::None && keyword != keywords.back() && !BringerOf(section))
+            seen[static_cast<std::size_t>(section)] = weak_from_this();
+    }
+}
+
+std::shared_ptr<const KeywordFile> KeywordFile::BringerOf(SectionType section) const
+{
+    const KeywordFile& top = DataFile();
+    std::shared_ptr<const KeywordFile> bringer = top.m_sectionsSeen[static_cast<std::size_t>(section)].lock();
+    // A file that was reset, or has left the deck, has taken its sections along, and others may have been edited away.
+    if (!bringer || !bringer->IsLoaded() || &bringer->DataFile() != &top) return nullptr;
+    const List& keywords = bringer->m_contents->Keywords();
+    const auto isIt = [section](const auto& keyword) { return SectionOfKeyword(*keyword) == section; };
+    return std::any_of(keywords.begin(), keywords.end(), isIt) ? bringer : nullptr;
 }
 
 /// A section keyword that recurs is listed where it is the last of its file, and else not.
@@ -398,13 +433,11 @@ bool KeywordFile::HasRecurringSections() const
 {
     if (!m_contents) return false;
     if (m_hasDroppedSections) return true;
-    const KeywordFile& top = DataFile();
     std::set<SectionType> sections;
     for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
-        SectionType section = SectionType::None;
-        if (keyword->GetSyntax()->GetKind() != KeywordKind::Section || !FindSection(keyword->GetName(), section))
-            continue;
-        const std::shared_ptr<const KeywordFile> bringer = top.m_sectionsSeen[static_cast<std::size_t>(section)].lock();
+        const SectionType section = SectionOfKeyword(*keyword);
+        if (section == SectionType::None) continue;
+        const std::shared_ptr<const KeywordFile> bringer = BringerOf(section);
         if ((bringer && bringer.get() != this) || !sections.insert(section).second) return true;
     }
     return false;
@@ -505,10 +538,13 @@ void KeywordFile::OverwriteFile(std::istream& stream, bool replace, bool keepTag
         if (keepTag) {
             LineStreamReader lines;
             lines.Attach(&stream);
+            const std::int64_t mark = LineStreamReader::MarkSize(lines);
             FileTagState unused;
             unused.Read(lines);
-            const long long behindTag = lines.Tell();
+            const long long behindTag = std::max<long long>(lines.Tell(), mark);
             if (std::optional<LineEnd> lineEnd = FirstLineEnd(lines)) writer.SetLineEnd(*lineEnd);
+            writer.SetLeavesLastLineOpen(true);
+            writer.Copy(lines, 0, mark - 1);
             m_tagState.Write(writer);
             stream.clear();
             stream.seekg(behindTag);

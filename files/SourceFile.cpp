@@ -43,15 +43,6 @@ std::string AsComments(std::string_view text)
     return comments;
 }
 
-/// A byte order mark at the head of the text, in bytes.
-std::int64_t MarkSize(ILineReader& reader)
-{
-    const auto size = static_cast<std::int64_t>(LineStreamReader::ByteOrderMark.size());
-    std::string head;
-    reader.ReadRange(0, size - 1, head);
-    return head == LineStreamReader::ByteOrderMark ? size : 0;
-}
-
 } // namespace
 
 SourceFile::SourceFile(KeywordFile& file, LineFileWriter* writer, std::vector<WrittenExtent>* extents)
@@ -164,7 +155,7 @@ void SourceFile::CopyHead(bool continued, std::string_view ahead)
     const std::string* const comment = m_file.TextSetInHead();
     if (m_headEnd == 0 && !tagChanged && block.empty() && comment == nullptr) return;
     ILineReader* reader = Reader();
-    const std::int64_t mark = reader != nullptr ? MarkSize(*reader) : 0;
+    const std::int64_t mark = reader != nullptr ? LineStreamReader::MarkSize(*reader) : 0;
     std::int64_t begin = 0;
     if (!continued && (tagChanged || !ahead.empty())) Copy(0, mark);
     if (continued || tagChanged || !ahead.empty()) {
@@ -204,14 +195,15 @@ std::string SourceFile::TextOfHead()
 {
     ILineReader* reader = m_headEnd > 0 ? Reader() : nullptr;
     std::string text;
-    if (reader != nullptr) reader->ReadRange(PlacesInHead(MarkSize(*reader)).comment, m_headEnd - 1, text);
+    if (reader != nullptr)
+        reader->ReadRange(PlacesInHead(LineStreamReader::MarkSize(*reader)).comment, m_headEnd - 1, text);
     return text;
 }
 
 bool SourceFile::HasDataInHead()
 {
     ILineReader* reader = m_headEnd > 0 ? Reader() : nullptr;
-    if (reader == nullptr || !reader->Seek(MarkSize(*reader), 0)) return false;
+    if (reader == nullptr || !reader->Seek(LineStreamReader::MarkSize(*reader), 0)) return false;
     std::string line;
     long long position = 0;
     return reader->ReadNextDataLine(line, &position, true) && position < m_headEnd;
@@ -220,7 +212,7 @@ bool SourceFile::HasDataInHead()
 bool SourceFile::BeginsWithTag()
 {
     ILineReader* reader = m_headEnd > 0 ? Reader() : nullptr;
-    if (reader == nullptr || !reader->Seek(MarkSize(*reader), 0)) return false;
+    if (reader == nullptr || !reader->Seek(LineStreamReader::MarkSize(*reader), 0)) return false;
     std::string line;
     long long position = 0;
     while (reader->ReadNextLine(line, &position, true) && position < m_headEnd) {

@@ -40,10 +40,7 @@ void KeywordFileReader::ReadLineStarts()
     LineStreamReader* lines = reader ? reader->Lines() : nullptr;
     if (!lines) return;
     // Behind a byte order mark the first line begins where its text does: there its keyword stands.
-    constexpr auto markSize = static_cast<long long>(LineStreamReader::ByteOrderMark.size());
-    std::string head;
-    lines->ReadRange(0, markSize - 1, head);
-    const long long textBegin = head == LineStreamReader::ByteOrderMark ? markSize : 0;
+    const long long textBegin = LineStreamReader::MarkSize(*lines);
     std::string_view line;
     long long position = 0;
     while (lines->NextLineView(line, &position)) {

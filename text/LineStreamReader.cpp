@@ -412,6 +412,14 @@ long long LineStreamReader::Extract(long long count, Sink sink)
     return done;
 }
 
+std::int64_t LineStreamReader::MarkSize(ILineReader& reader)
+{
+    constexpr auto size = static_cast<std::int64_t>(ByteOrderMark.size());
+    std::string head;
+    reader.ReadRange(0, size - 1, head);
+    return head == ByteOrderMark ? size : 0;
+}
+
 void LineStreamReader::ReadRange(long long first, long long last, std::string& text)
 {
     text.clear();

@@ -30,6 +30,9 @@ public:
     /// What the first line of a text may begin with; dropped there, and counted by the positions.
     static constexpr std::string_view ByteOrderMark = "\xEF\xBB\xBF";
 
+    /// The size of the mark at the head of a text, in bytes; 0: there is none. The reader stays where it is.
+    static std::int64_t MarkSize(ILineReader& reader);
+
     LineStreamReader() = default;
     /// A stream that was attached without ownership is left where the reader stands.
     ~LineStreamReader() override;

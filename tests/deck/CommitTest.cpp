@@ -469,6 +469,38 @@ TEST_F(CommitTest, ReadsAnewWhereOtherKeywordsCameToLight)
     EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
 }
 
+/// A file that is read later takes a section for one that recurs where the deck has it, and only there.
+TEST_F(CommitTest, SectionsThatWereMovedAreFoundWhereTheyAre)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\nINCLUDE\n'B.INC' /\nSCHEDULE\n"},
+                                        {"A.INC", "GRID\nNOECHO\n"},
+                                        {"B.INC", "ECHO\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    const auto overwrite = [&](const std::string& name, const std::string& text) {
+        std::istringstream stream(text);
+        editor.OverwriteFile(&deck.File(name), stream, true, false, false);
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+    };
+    ASSERT_TRUE(editor.RemoveKeyword(deck.At("GRID")));
+    editor.Commit();
+    overwrite("B.INC", "GRID\nECHO\n");
+    ASSERT_TRUE(editor.RemoveKeyword(deck.At("GRID")));
+    ASSERT_NE(editor.GetOrCreateSection(Keywords::SectionType::GRID, nullptr), nullptr);
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("GRID"), deck.At("NOECHO")));
+    editor.Commit();
+    // To another file, and nothing recurs: no keyword is made anew.
+    const IKeyword* const moved = *deck.At("GRID");
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("GRID"), deck.At("ECHO")));
+    editor.Commit();
+    EXPECT_EQ(*deck.At("GRID"), moved);
+    ASSERT_TRUE(editor.MoveKeyword(deck.At("GRID"), deck.At("NOECHO")));
+    editor.Commit();
+    EXPECT_EQ(*deck.At("GRID"), moved);
+    overwrite("B.INC", "GRID\nECHO\n");
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GRID NOECHO INCLUDE ECHO SCHEDULE");
+}
+
 TEST_F(CommitTest, OneFileGoesAhead)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "-- head\nWELLDIMS\n5 /\n-- end\n"}});

@@ -336,19 +336,22 @@ TEST_F(ReplacementTest, FoldersThatWereMadeGoWithAFailure)
     EXPECT_EQ(deck.Dir().Listing(), "TOP.DATA new/ new/deep/ new/deep/N.INC");
 }
 
-/// A file with the generated tag and one without, by a text with it and one without.
+/// A file with the generated tag and one without, by a text with it and one without; the mark at the head of a text
+/// stays there.
 TEST_F(ReplacementTest, AFileMayKeepItsTagWhateverItsNewTextBears)
 {
     for (const std::string own : {"", "-- Generated\n"}) {
         for (const std::string other : {"", "\n-- Generated\n"}) {
-            for (const bool keeps : {false, true}) {
-                SCOPED_TRACE(own + "|" + other + (keeps ? "|keeps" : ""));
+            for (const int keepsAndMark : {0, 1, 2, 3}) {
+                const bool keeps = keepsAndMark % 2 == 1;
+                const std::string mark = keepsAndMark > 1 ? "\xEF\xBB\xBF" : "";
+                SCOPED_TRACE(own + "|" + other + (keeps ? "|keeps" : "") + (mark.empty() ? "" : "|mark"));
                 const TestDeck deck(
                     TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\n"}, {"A.INC", own + "OIL\n"}});
                 deck.Walk(true);
-                std::istringstream text(other + "GAS\n");
+                std::istringstream text(mark + other + "GAS\n");
                 EditorOf(deck).OverwriteFile(&deck.File("A.INC"), text, true, false, keeps);
-                EXPECT_EQ(deck.Dir().Read("A.INC"), (keeps ? own : other) + "GAS\n");
+                EXPECT_EQ(deck.Dir().Read("A.INC"), mark + (keeps ? own : other) + "GAS\n");
                 EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GAS");
                 EXPECT_EQ(deck.File("A.INC").IsFileTagged(), !(keeps ? own : other).empty());
             }
