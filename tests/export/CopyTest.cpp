@@ -46,6 +46,7 @@ struct Case
 TEST_F(CopyTest, FilesLieSideBySideAndDifferInTheNamesAlone)
 {
     const std::string bom = "\xEF\xBB\xBF";
+    const std::string bytes("GAS \0 \r\nPORO\r\n1\0 2 /\n-- \r \n", 27);
     const Case cases[] = {
         {"a tree of files, and all that stands around a name",
          {{"A.DATA", "-- head\nRUNSPEC\nINCLUDE -- why\n-- c\n  'sub/b.inc'  /  it\n-- above\nGRID\n\n-- last\n"},
@@ -98,10 +99,10 @@ TEST_F(CopyTest, FilesLieSideBySideAndDifferInTheNamesAlone)
         {"marks, tags, line ends, bytes",
          {{"A.DATA", bom + "-- Generated\n\n-- head\nRUNSPEC                              -- "
                            "Generated\r\n\tOIL\nINCLUDE\n'a/x.inc' /\n"},
-          {"a/x.inc", bom + "GAS \0 \r\nPORO\r\n" + std::string("1\0 2 /\n", 7) + "-- \r \n"}},
+          {"a/x.inc", bom + bytes}},
          {{"A.DATA", bom + "-- Generated\n\n-- head\nRUNSPEC                              -- "
                            "Generated\r\n\tOIL\nINCLUDE\n'x.inc' /\n"},
-          {"x.inc", bom + "GAS \0 \r\nPORO\r\n" + std::string("1\0 2 /\n", 7) + "-- \r \n"}}},
+          {"x.inc", bom + bytes}}},
         {"a grid file under two names",
          {{"A.DATA", "GRID\nGDFILE\n'h/C.EGRID' /\nGDFILE\n'g/C.EGRID' /\nGDFILE\n'm/C.GRID' /\nGDFILE\n'n/C.GRID' "
                      "/\nGDFILE\n'g/C' /\n"},

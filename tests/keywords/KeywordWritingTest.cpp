@@ -86,6 +86,11 @@ protected:
 
 const std::string tag = std::string(31, ' ') + "-- Generated"; // behind a name of six letters
 
+std::function<void(Keyword&)> SetText(const std::string& text)
+{
+    return [text](Keyword& k) { EXPECT_TRUE(k.SetDataText(text, false)); };
+}
+
 /// One edit of the keyword DIMENS (or that of another name), and what stands in the file afterwards.
 struct Case
 {
@@ -140,7 +145,7 @@ TEST_F(KeywordWritingTest, WhatHasNotChangedIsCopied)
 TEST_F(KeywordWritingTest, NewDataReplaceWhatTheirReaderTook)
 {
     const auto tree = [](Keyword& k) { SetFirstItem(k, 9); };
-    const auto text = [](Keyword& k) { EXPECT_TRUE(k.SetDataText("  9 2\n3 /\n", false)); };
+    const auto text = SetText("  9 2\n3 /\n");
     Check({
         {"tree", "DIMENS\n 1 2 3 /\nOIL\n", tree, "DIMENS\n  9 2 3 /\nOIL\n"},
         {"text, with the indent of its first line", "DIMENS\n 1 2 3 /\nOIL\n", text, "DIMENS\n  9 2\n3 /\nOIL\n"},
@@ -154,8 +159,8 @@ TEST_F(KeywordWritingTest, NewDataReplaceWhatTheirReaderTook)
          "DIMENS\n-- a\n\n  -- b\n  9 2 3 /\n-- c\nOIL\n"},
         {"text without a comment keeps them", "DIMENS\n-- a\n\n  -- b\n 1 2 3 /\n", text,
          "DIMENS\n-- a\n\n  -- b\n  9 2\n3 /\n"},
-        {"text with a comment replaces them", "DIMENS\n-- a\n\n  -- b\n 1 2 3 /\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("  -- c\n9 /", false)); }, "DIMENS\n  -- c\n9 /\n"},
+        {"text with a comment replaces them", "DIMENS\n-- a\n\n  -- b\n 1 2 3 /\n", SetText("  -- c\n9 /"),
+         "DIMENS\n  -- c\n9 /\n"},
         {"an unknown keyword stays", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n", tree,
          "DIMENS\n  9 2 3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n"},
         {"and behind text", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 5 /\n-- a\nOIL\n", text,
@@ -173,18 +178,15 @@ TEST_F(KeywordWritingTest, NewDataReplaceWhatTheirReaderTook)
          "DIMENS" + tag + "\n\n  9 2 3 /\n"},
         {"a suppressed keyword stays suppressed", "--@@@DIMENS -- x\n-- a\n--@@@1 2 3 /\n\n-- b\nOIL\n", tree,
          "--@@@DIMENS -- x\n-- a\n--@@@  9 2 3 /\n\n-- b\nOIL\n"},
-        {"a title and what looks like its comment", "TITLE\n-- old\n-- above\nOIL\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("new", false)); }, "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
-        {"a title without text", "TITLE\n\n-- above\nOIL\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("new", false)); }, "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
-        {"a list and its end", "SCHEDULE\nWELSPECS\n'V' 'G' 1 1 /\n/\n\n-- b\nTSTEP\n1 /\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("'W' /\n/", false)); },
+        {"a title and what looks like its comment", "TITLE\n-- old\n-- above\nOIL\n", SetText("new"),
+         "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
+        {"a title without text", "TITLE\n\n-- above\nOIL\n", SetText("new"), "TITLE\nnew\n-- above\nOIL\n", "TITLE"},
+        {"a list and its end", "SCHEDULE\nWELSPECS\n'V' 'G' 1 1 /\n/\n\n-- b\nTSTEP\n1 /\n", SetText("'W' /\n/"),
          "SCHEDULE\nWELSPECS\n'W' /\n/\n\n-- b\nTSTEP\n1 /\n", "WELSPECS"},
         {"letters beyond those that count", "SCHEDULE\nWELSPECS_LONG -- w\n'V' 'G' 1 1 /\n/\nTSTEP\n1 /\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("'W' /\n/", false)); },
-         "SCHEDULE\nWELSPECS_LONG -- w\n'W' /\n/\nTSTEP\n1 /\n", "WELSPECS"},
-        {"an array", "GRID\nPORO\n2*0.1\n0.2\n/\n-- b\nPERMX\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("3*1/", false)); }, "GRID\nPORO\n3*1/\n-- b\nPERMX\n", "PORO"},
+         SetText("'W' /\n/"), "SCHEDULE\nWELSPECS_LONG -- w\n'W' /\n/\nTSTEP\n1 /\n", "WELSPECS"},
+        {"an array", "GRID\nPORO\n2*0.1\n0.2\n/\n-- b\nPERMX\n", SetText("3*1/"), "GRID\nPORO\n3*1/\n-- b\nPERMX\n",
+         "PORO"},
         {"blanked text", "DIMENS\n 1 2 3 /\n\n-- a\nOIL\n",
          [](Keyword& k) {
              EXPECT_TRUE(k.SetDataText("9 /", false));
@@ -220,8 +222,7 @@ TEST_F(KeywordWritingTest, TextThatComesBackHasTheBlockWithIt)
         {"which was changed, without a comment", "DIMENS\n 1 2 3 /\nNOSUCHKW\n 4 /\n\nOIL\n", replace("4 /", "5 /"),
          "DIMENS\n 1 2 3 /\nNOSUCHKW\n 5 /\n\nOIL\n"},
         {"a terminator too many is no sign of it", "DIMENS\n 1 2 3 /\n/\nNOSUCHKW\n 4 /\n-- a\nOIL\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("9 9 9\n/", false)); },
-         "DIMENS\n9 9 9\n/\n/\nNOSUCHKW\n 4 /\n-- a\nOIL\n"},
+         SetText("9 9 9\n/"), "DIMENS\n9 9 9\n/\n/\nNOSUCHKW\n 4 /\n-- a\nOIL\n"},
         {"of a suppressed keyword", "--@@@DIMENS\n--@@@ 1 2 3 /\n-- a\nOIL\n", replace("1 2", "9 9"),
          "--@@@DIMENS\n--@@@ 9 9 3 /\n-- a\nOIL\n"},
         {"of one made active ahead", "--@@@DIMENS\n--@@@ 1 2 3 /\n-- a\nOIL\n",
@@ -425,19 +426,18 @@ TEST_F(KeywordWritingTest, DataWhoseSizeCannotBeTold)
             "--@@@X\n-- c\n--@@@1 2\n--@@@3 /\n\n-- b\n", "X"}});
     const ForceRewrite::Scope rewrite(true);
     Check({{"a rewrite copies it", text, [](Keyword&) {}, text, "X"},
-           {"and what was set", text, [](Keyword& k) { EXPECT_TRUE(k.SetDataText("4  5 /", false)); },
-            "X\n-- c\n4  5 /\n\n-- b\n", "X"}});
+           {"and what was set", text, SetText("4  5 /"), "X\n-- c\n4  5 /\n\n-- b\n", "X"}});
 }
 
 TEST_F(KeywordWritingTest, RawTextEndsWithItsTerminator)
 {
-    const auto text = [](Keyword& k) { EXPECT_TRUE(k.SetDataText("b\nPYEND", false)); };
+    const auto text = SetText("b\nPYEND");
     Check({
         {"terminated", "SCHEDULE\nPYINPUT\na\n-- x\nPYEND\n-- above\nDATES\n", text,
          "SCHEDULE\nPYINPUT\nb\nPYEND\n-- above\nDATES\n", "PYINPUT"},
         {"text without one, which would swallow what follows", "SCHEDULE\nPYINPUT\na\nPYEND\n-- above\nTSTEP\n1 /\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("b # PYEND\n PYEND", false)); },
-         "SCHEDULE\nPYINPUT\nb # PYEND\n PYEND\nPYEND\n-- above\nTSTEP\n1 /\n", "PYINPUT"},
+         SetText("b # PYEND\n PYEND"), "SCHEDULE\nPYINPUT\nb # PYEND\n PYEND\nPYEND\n-- above\nTSTEP\n1 /\n",
+         "PYINPUT"},
         {"a tree of a suppressed one", "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n",
          [](Keyword& k) { EXPECT_TRUE(k.SetData(k.GetAndResetData(Context()), false)); },
          "SCHEDULE\n--@@@PYINPUT\n--@@@ a\n--@@@PYEND\n-- above\nTSTEP\n1 /\n", "PYINPUT"},
@@ -503,18 +503,15 @@ TEST_F(KeywordWritingTest, ForceRewriteWritesFromTheTree)
     Check({
         {"from the file", "DIMENS -- x\n-- c\n1 2 -- y\n3/\n\n-- b\nOIL\n\n\n", none,
          "DIMENS -- x\n-- c\n  1 2 3 /\n\n-- b\nOIL\n\n\n"},
-        {"from text with comments", "DIMENS\n1 2 3/\n-- b\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("-- d\n4 --e\n5 6 /", false)); },
+        {"from text with comments", "DIMENS\n1 2 3/\n-- b\n", SetText("-- d\n4 --e\n5 6 /"),
          "DIMENS\n-- d\n  4 5 6 /\n-- b\n"},
         {"references to variables stay", "DIMENS\n$NX 2 -- y\n3/\n-- b\n", none, "DIMENS\n$NX 2 -- y\n3/\n-- b\n"},
-        {"in text too", "DIMENS\n1 2 3/\n-- $b\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("$NX 5 -- d\n6 /", false)); }, "DIMENS\n$NX 5 -- d\n6 /\n-- $b\n"},
+        {"in text too", "DIMENS\n1 2 3/\n-- $b\n", SetText("$NX 5 -- d\n6 /"), "DIMENS\n$NX 5 -- d\n6 /\n-- $b\n"},
         {"a title that no reader sees", "TITLE\n-- x\n--b\nOIL\n", none, "TITLE\n-- x\n--b\nOIL\n", "TITLE"},
         {"suppressed", "--@@@DIMENS\n--@@@1 2 3/\n", none, "--@@@DIMENS\n--@@@  1 2 3 /\n"},
-        {"text that doesn't read stays", "DIMENS\n1 2 3/\n-- b\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("4 x  6 /", false)); }, "DIMENS\n4 x  6 /\n-- b\n"},
-        {"text with more than there is room for, too", "DIMENS\n1 2 3/\n-- b\n",
-         [](Keyword& k) { EXPECT_TRUE(k.SetDataText("4 5  6 7 /", false)); }, "DIMENS\n4 5  6 7 /\n-- b\n"},
+        {"text that doesn't read stays", "DIMENS\n1 2 3/\n-- b\n", SetText("4 x  6 /"), "DIMENS\n4 x  6 /\n-- b\n"},
+        {"text with more than there is room for, too", "DIMENS\n1 2 3/\n-- b\n", SetText("4 5  6 7 /"),
+         "DIMENS\n4 5  6 7 /\n-- b\n"},
     });
 }
 
@@ -543,7 +540,7 @@ TEST_F(KeywordWritingTest, LineEnds)
     LineEnds::SetPolicy(LineEnds::Policy::Keep);
     const std::function<void(Keyword&)> edits[] = {
         [](Keyword& k) { SetFirstItem(k, 9); },
-        [](Keyword& k) { EXPECT_TRUE(k.SetDataText("9\n8 /", false)); },
+        SetText("9\n8 /"),
         [](Keyword& k) { k.GetTagMgr().SetTag(true); },
         [](Keyword& k) { k.SetSuppressed(true); },
         [](Keyword& k) { k.CommentOut(); },

@@ -35,33 +35,6 @@ Lines AllLines(Reader& reader)
 
 } // namespace
 
-TEST(LineReader, AFinalLineEndGivesOneMoreEmptyLineAndOnlyThenTheEnd)
-{
-    struct Case
-    {
-        std::string text;
-        Lines lines;
-    };
-    const Case cases[] = {
-        {"", {""}},
-        {"\n", {"", ""}},
-        {"A", {"A"}},
-        {"A\n", {"A", ""}},
-        {"A\r\n\r\nB", {"A", "", "B"}},
-        {"A\r\r\n", {"A\r", ""}},
-        {std::string("A\0B\nC", 5), {std::string("A\0B", 3), "C"}},
-    };
-    for (const Case& c : cases) {
-        LineStringReader reader(c.text);
-        EXPECT_EQ(AllLines(reader), c.lines) << c.text;
-        EXPECT_TRUE(reader.Eof());
-    }
-    LineStringReader reader("A\n");
-    std::string line;
-    ASSERT_TRUE(reader.ReadNextLine(line, nullptr, false));
-    EXPECT_FALSE(reader.Eof());
-}
-
 TEST(LineReader, LongLinesAreCutAndTheNextLineIsFound)
 {
     for (const std::size_t size : {1023u, 1024u, 1025u, 3000u, 1000000u}) {

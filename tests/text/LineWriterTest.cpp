@@ -123,18 +123,13 @@ TEST(LineWriter, TokensAreLaidOut)
         std::string text;
     };
     const std::string nine = "123456789 ";
+    // The rules at a glance; texts by chance are held to them below.
     const std::vector<Case> cases = {
-        {"1 2 3 /", 4, 4, "  1 2 3 /"},
         {"5 5 5 5", 4, 4, "  5 5 5 5"},
         {"5 5 5 5 5", 4, 4, "  5*5"},
         {"5 5 5 5 5", 0, 4, "  5 5 5 5 5"},
-        {"5 5", 1, 0, "  2*5"},
-        {"5 5 5 5 5 6 6", 4, 4, "  5*5 6 6"},
         {"1* 1* 1* 1* 1* 1* 1* 2", 4, 4, "  7* 2"},
-        {"1* 1* 2", 4, 1, "  2* 2"},
-        {"1* 1* 1* 1* 1* 2", 4, 0, "  1* 1* 1* 1* 1* 2"},
         {"1 2 1* 1* | /", 4, 4, "  1 2 /"},
-        {"1* 1* 1* 1* 1* 1* | /", 4, 4, "  /"},
         {"1 1* 2 | 1* | /", 4, 4, "  1 1* 2 /"},
         {"1 1* 1* /", 4, 4, "  1 1* 1* /"},
         // A line holds 72 characters: two blanks, and seven tokens of nine with their blanks.
