@@ -77,14 +77,14 @@ std::string Shortened(std::string tree)
     return result;
 }
 
-std::string Unconvertible(const char* token, const char* type)
+std::string NoReal(const std::string& token)
 {
-    return fmt::format("\"{}\" can not be converted into {}", token, type);
+    return "3 \"" + token + "\" can not be converted into double";
 }
 
 std::string Truncated(const char* keyword)
 {
-    return fmt::format("Keyword {} has more data than can be held; the rest is left out.", keyword);
+    return fmt::format("3 Keyword {} has more data than can be held; the rest is left out.", keyword);
 }
 
 } // namespace
@@ -99,84 +99,62 @@ TEST(BadInput, IsToldAndReadingGoesOn)
     const auto padded = [](std::size_t columns, const std::string& tail) {
         return std::string(columns - tail.size(), ' ') + tail;
     };
+    const std::string longName = "A_NAME_OF_MORE_THAN_FIFTEEN";
     const struct
     {
         const char* what;
-        const char* section;
-        const char* keyword;
-        std::string text;
-        const char* tree;
+        std::string text; ///< the section, the keyword, and its data
+        std::string tree;
         std::vector<std::string> messages; ///< each behind its line
     } cases[] = {
-        {"a count of ten digits",
-         "GRID",
-         "PORO",
-         "0.1 2000000000*1.0 0.2 /",
-         "[ 0.1 0.2 ]",
-         {"3 " + Unconvertible("2000000000*1.0", "double")}},
+        {"a count of ten digits", "GRID\nPORO\n0.1 2000000000*1.0 0.2 /", "[ 0.1 0.2 ]", {NoReal("2000000000*1.0")}},
         {"the same without a terminator",
-         "GRID",
-         "PORO",
-         "99999999999*1",
+         "GRID\nPORO\n99999999999*1",
          "[  ]",
-         {"3 " + Unconvertible("99999999999*1", "double"), "3 List in keyword PORO is not properly terminated"}},
+         {NoReal("99999999999*1"), "3 List in keyword PORO is not properly terminated"}},
         {"more integers than a list holds",
-         "REGIONS",
-         "SATNUM",
-         "7 900000000*1 2 /",
+         "REGIONS\nSATNUM\n7 900000000*1 2 /",
          "[ 7 59 x 1 ]",
-         {"3 " + Truncated("SATNUM")}},
-        {"more defaults than a list holds", "GRID", "PORO", "900000000* /", "[ 60 x 1* ]", {"3 " + Truncated("PORO")}},
+         {Truncated("SATNUM")}},
+        {"more defaults than a list holds", "GRID\nPORO\n900000000* /", "[ 60 x 1* ]", {Truncated("PORO")}},
         {"more strings than a list holds",
-         "SUMMARY",
-         "WBHP",
-         "999999999*A_NAME_OF_MORE_THAN_FIFTEEN B /",
-         "[ 60 x A_NAME_OF_MORE_THAN_FIFTEEN ]",
-         {"3 " + Truncated("WBHP")}},
+         "SUMMARY\nWBHP\n999999999*" + longName + " B /",
+         "[ 60 x " + longName + " ]",
+         {Truncated("WBHP")}},
         {"more values than a record has items",
-         "RUNSPEC",
-         "REGDIMS",
-         "900000000*1 /",
+         "RUNSPEC\nREGDIMS\n900000000*1 /",
          "{1 8 x 1 1}",
          {"3 Record in keyword REGDIMS has too many items"}},
         {"more records than a repeat may make",
-         "PROPS",
-         "SWFN",
-         "900000000*0.5 /",
+         "PROPS\nSWFN\n900000000*0.5 /",
          "[ [{,} 38 x {,} {,}] ]",
-         {"3 " + Truncated("SWFN")}},
-        {"a repeat of nothing", "GRID", "PORO", "0*5\n0.1 0*5 0.2 /", "[ 0.1 0.2 ]", {}},
-        {"a repeat of nothing in a record", "RUNSPEC", "EQLDIMS", "0*7 2 /", "{2 - - - -}", {}},
+         {Truncated("SWFN")}},
+        {"a repeat of nothing", "GRID\nPORO\n0*5\n0.1 0*5 0.2 /", "[ 0.1 0.2 ]", {}},
+        {"a repeat of nothing in a record", "RUNSPEC\nEQLDIMS\n0*7 2 /", "{2 - - - -}", {}},
         {"a quote alone",
-         "GRID",
-         "PORO",
-         "0.1\n'\n0.2 /",
+         "GRID\nPORO\n0.1\n'\n0.2 /",
          "[ 0.1 0.2 ]",
          {"4 Unbalanced quote while reading keyword data: '"}},
-        {"a byte 0 in a number",
-         "GRID",
-         "PORO",
-         "0.1 0" + nul + ".3 0.2 /",
-         "[ 0.1 0.2 ]",
-         {"3 " + std::string("\"0") + nul + ".3\" can not be converted into double"}},
-        {"a line of 132 columns", "GRID", "PORO", padded(132, "0.1") + "\n0.2 /", "[ 0.1 0.2 ]", {}},
-        {"a line of 133 columns", "GRID", "PORO", padded(133, "0.19") + "\n0.2 /", "[ 0.1 0.2 ]", {"3 " + longLine}},
+        {"a byte 0 in a number", "GRID\nPORO\n0.1 0" + nul + ".3 0.2 /", "[ 0.1 0.2 ]", {NoReal("0" + nul + ".3")}},
+        {"a line of 132 columns", "GRID\nPORO\n" + padded(132, "0.1") + "\n0.2 /", "[ 0.1 0.2 ]", {}},
+        {"a line of 133 columns", "GRID\nPORO\n" + padded(133, "0.19") + "\n0.2 /", "[ 0.1 0.2 ]", {"3 " + longLine}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
-        const TestDeck deck(TestDeck::Texts{
-            {"A.DATA", fmt::format("{}\n{}\n{}\nSCHEDULE\nTSTEP\n 1 2 /\n", c.section, c.keyword, c.text)}});
+        const TestDeck deck(TestDeck::Texts{{"A.DATA", c.text + "\nSCHEDULE\nTSTEP\n 1 2 /\n"}});
         deck.Walk();
+        const std::size_t second = c.text.find('\n') + 1;
+        const std::string keyword = c.text.substr(second, c.text.find('\n', second) - second);
         std::string tree;
         {
             const TestSupport::LogRecorder log;
-            tree = Shortened(Ask(deck, c.keyword));
+            tree = Shortened(Ask(deck, keyword));
             EXPECT_EQ(Messages(log), c.messages);
             EXPECT_EQ(tree, c.tree);
         }
         const TestSupport::LogRecorder log;
         EXPECT_EQ(Ask(deck, "TSTEP"), "[1 2]");
-        EXPECT_EQ(Shortened(Ask(deck, c.keyword)), tree); // once more, without a message
+        EXPECT_EQ(Shortened(Ask(deck, keyword)), tree); // once more, without a message
         EXPECT_EQ(Messages(log), std::vector<std::string>{});
         Core::Service::MessageCapper::instance().reset();
     }

@@ -189,18 +189,50 @@ TEST(DataWriting, WordsAreQuotedWhereTheyMust)
     }
 }
 
+/// Shapes as catalogue JSON, made of their fields.
+std::string ListShape(const std::string& fields)
+{
+    return R"({"type": "list", )" + fields + "}";
+}
+
+std::string ListOf(const std::string& element, const std::string& fields = {})
+{
+    return ListShape(fields + R"("element": )" + element);
+}
+
+std::string RecordOf(const std::string& items, const std::string& fields = {})
+{
+    return R"({"type": "record", )" + fields + R"("items": [)" + items + "]}";
+}
+
+/// An integer of each name of one letter.
+std::string Integers(const std::string& names)
+{
+    std::string items;
+    for (const char name : names)
+        items += fmt::format(R"({}{{"name": "{}", "type": "integer"}})", items.empty() ? "" : ", ", name);
+    return items;
+}
+
 TEST(DataWriting, LayoutOfContainers)
 {
     const TestSupport::CleanEnvironment clean;
+    const std::string open = R"("termination": "none", )";
     const std::string reals = R"("element": {"type": "real", "name": "R"})";
-    const std::string row = R"({"type": "record", "items": [{"name": "W", "type": "string"}, )"
-                            R"({"name": "N", "type": "integer", "defaultable": true}, )"
-                            R"({"name": "X", "type": "real", "defaultable": true}, )"
-                            R"({"name": "Y", "type": "yesNo", "defaultable": true}]})";
-    const std::string openRow = R"({"type": "record", "termination": "none", "items": [{"name": "A", "type": "real"}, )"
-                                R"({"name": "B", "type": "real", "defaultable": true}]})";
+    const std::string row = RecordOf(R"({"name": "W", "type": "string"}, )"
+                                     R"({"name": "N", "type": "integer", "defaultable": true}, )"
+                                     R"({"name": "X", "type": "real", "defaultable": true}, )"
+                                     R"({"name": "Y", "type": "yesNo", "defaultable": true})");
+    const std::string openRow =
+        RecordOf(R"({"name": "A", "type": "real"}, {"name": "B", "type": "real", "defaultable": true})", open);
     const std::string defaultable =
         R"({"name": "D", "type": "integer", "default": 1}, {"name": "E", "type": "integer", "default": 1})";
+    const std::string head = RecordOf(defaultable, R"("name": "H", )");
+    const std::string list = ListShape(R"("name": "L", )" + reals);
+    const std::string onLine = ListShape(R"("name": "L", "startsOnNewLine": false, )" + reals);
+    const std::string onLineToo = ListShape(R"("name": "M", "startsOnNewLine": false, )" + reals);
+    const std::string openList = ListShape(R"("name": "F", )" + open + reals);
+    const std::string openDefaults = ListShape(R"("name": "F", "elementsDefaultable": true, )" + open + reals);
     struct Case
     {
         std::string shape, in, out;
@@ -211,78 +243,49 @@ TEST(DataWriting, LayoutOfContainers)
         {row, "W1 2 /", "  W1 2 /"},
         {row, "W1 1* 2 /", "  W1 1* 2 /"},
         {row, "1* /", "  /"},
-        {R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}, )"
-         R"({"name": "C", "type": "integer"}, {"name": "D", "type": "integer"}, {"name": "E", "type": "integer"}]})",
-         "5*7 /", "  5*7 /"},
+        {RecordOf(Integers("ABCDE")), "5*7 /", "  5*7 /"},
         // A record without termination writes them.
         {openRow, "1.5", "  1.5 1*"},
         // Records to a lone "/", which stands on a line of its own.
-        {R"({"type": "list", "element": )" + row + "}", "W1 2 /\nW2 3 /\n/", "  W1 2 /\n  W2 3 /\n  /"},
-        {R"({"type": "list", "element": )" + row + "}", "/", "  /"},
+        {ListOf(row), "W1 2 /\nW2 3 /\n/", "  W1 2 /\n  W2 3 /\n  /"},
+        {ListOf(row), "/", "  /"},
         // All unset, but a lone "/" would end the list.
-        {R"({"type": "list", "element": )" + row + "}", "W1 /\n1* /\nW2 /\n/", "  W1 /\n  1* /\n  W2 /\n  /"},
-        {R"({"type": "list", "element": {"type": "record", "items": [{"name": "A", "type": "integer"}, {"type": "list", )"
-         R"("name": "L", )" +
-             reals + "}]}}",
-         "1*\n/\n/\n2\n1 /\n/\n/", "  1*\n  /\n  /\n  2\n  1 /\n  /\n  /"},
-        {R"({"type": "list", "element": {"type": "record", "items": [)" + defaultable + "]}}", "2 /\n/\n/\n/",
-         "  2 /\n  /\n  /\n  /"},
-        {R"({"type": "list", "termination": "none", "element": )" + row + "}", "W1 2 /\nW2 3 /", "  W1 2 /\n  W2 3 /"},
+        {ListOf(row), "W1 /\n1* /\nW2 /\n/", "  W1 /\n  1* /\n  W2 /\n  /"},
+        {ListOf(RecordOf(Integers("A") + ", " + list)), "1*\n/\n/\n2\n1 /\n/\n/",
+         "  1*\n  /\n  /\n  2\n  1 /\n  /\n  /"},
+        {ListOf(RecordOf(defaultable)), "2 /\n/\n/\n/", "  2 /\n  /\n  /\n  /"},
+        {ListOf(row, open), "W1 2 /\nW2 3 /", "  W1 2 /\n  W2 3 /"},
         // Lists of items: "/" behind the last value, or on a new line where the metadata say so of containers only.
-        {R"({"type": "list", )" + reals + "}", "1 2 3 3 3 3 3 /", "  1 2 5*3 /"},
-        {R"({"type": "list", )" + reals + "}", "3 3 3 3 /", "  3 3 3 3 /"},
-        {R"({"type": "list", )" + reals + "}", "/", "  /"},
-        {R"({"type": "list", "elementsDefaultable": true, )" + reals + "}", "1 7* /", "  1 7* /"},
-        {R"({"type": "list", "elementsDefaultable": true, )" + reals + "}", "1 2* /", "  1 1* 1* /"},
-        {R"({"type": "list", "terminatorOnNewLine": false, "element": )" + row + "}", "W1 /\n/", "  W1 / /"},
-        {R"({"type": "list", "terminatorOnNewLine": true, )" + reals + "}", "1 /", "  1 /"},
+        {ListShape(reals), "1 2 3 3 3 3 3 /", "  1 2 5*3 /"},
+        {ListShape(reals), "3 3 3 3 /", "  3 3 3 3 /"},
+        {ListShape(reals), "/", "  /"},
+        {ListShape(R"("elementsDefaultable": true, )" + reals), "1 7* /", "  1 7* /"},
+        {ListShape(R"("elementsDefaultable": true, )" + reals), "1 2* /", "  1 1* 1* /"},
+        {ListOf(row, R"("terminatorOnNewLine": false, )"), "W1 /\n/", "  W1 / /"},
+        {ListShape(R"("terminatorOnNewLine": true, )" + reals), "1 /", "  1 /"},
         // A table of open rows, and a list of such tables.
-        {R"({"type": "list", "termination": "none", "element": {"type": "list", "element": )" + openRow + "}}",
-         "1 2 3 4 /\n5 /", "  1 2\n  3 4\n  /\n  5 1*\n  /"},
+        {ListOf(ListOf(openRow), open), "1 2 3 4 /\n5 /", "  1 2\n  3 4\n  /\n  5 1*\n  /"},
         // A record with a record and lists in it.
-        {R"({"type": "record", "termination": "none", "items": [{"type": "record", "name": "H", "items": [)" +
-             defaultable + R"(]}, {"type": "list", "name": "L", )" + reals + R"(}, {"name": "N", "type": "integer"}]})",
-         "2 /\n1 2 /\n5", "  2 /\n  1 2 /\n  5"},
-        {R"({"type": "record", "items": [{"type": "record", "name": "H", "items": [)" + defaultable +
-             R"(]}, {"type": "list", "name": "L", )" + reals + "}]}",
-         "2 /\n1 2 /\n/", "  2 /\n  1 2 /\n  /"},
-        {R"({"type": "record", "items": [{"type": "list", "name": "L", "startsOnNewLine": false, )" + reals +
-             R"(}, {"type": "list", "name": "M", "startsOnNewLine": false, )" + reals + "}]}",
-         "1 /\n2 /\n/", "  1 / 2 /\n  /"},
+        {RecordOf(head + ", " + list + ", " + Integers("N"), open), "2 /\n1 2 /\n5", "  2 /\n  1 2 /\n  5"},
+        {RecordOf(head + ", " + list), "2 /\n1 2 /\n/", "  2 /\n  1 2 /\n  /"},
+        {RecordOf(onLine + ", " + onLineToo), "1 /\n2 /\n/", "  1 / 2 /\n  /"},
         // What stands ahead of a list on its line isn't the last of the record.
-        {R"({"type": "record", "items": [)" + defaultable +
-             R"(, {"type": "list", "name": "L", )"
-             R"("startsOnNewLine": false, )" +
-             reals + "}]}",
-         "3 1* /\n/", "  3 1* /\n  /"},
+        {RecordOf(defaultable + ", " + onLine), "3 1* /\n/", "  3 1* /\n  /"},
         // A list without termination of its own at the end of a record: its defaults count.
-        {R"({"type": "record", "items": [{"name": "W", "type": "string"}, {"type": "list", "name": "F", )"
-         R"("termination": "none", "elementsDefaultable": true, )" +
-             reals + "}]}",
-         "W1 1 2* /", "  W1\n  1 1* 1* /"},
+        {RecordOf(R"({"name": "W", "type": "string"}, )" + openDefaults), "W1 1 2* /", "  W1\n  1 1* 1* /"},
         // A row without values is no end of the rows.
-        {R"({"type": "list", "element": {"type": "record", "items": [{"type": "list", "name": "F", )"
-         R"("termination": "none", "elementsDefaultable": true, )" +
-             reals + "}]}}",
-         "1 2 /\nx /\n3 /\n/", "  1 2 /\n  1* /\n  3 /\n  /"},
-        {R"({"type": "list", "element": {"type": "record", "items": [{"type": "list", "name": "F", )"
-         R"("termination": "none", )" +
-             reals + "}]}}",
-         "1 2 /\nx /\n3 /\n/", "  1 2 /\n  1* /\n  3 /\n  /"},
+        {ListOf(RecordOf(openDefaults)), "1 2 /\nx /\n3 /\n/", "  1 2 /\n  1* /\n  3 /\n  /"},
+        {ListOf(RecordOf(openList)), "1 2 /\nx /\n3 /\n/", "  1 2 /\n  1* /\n  3 /\n  /"},
         // One line for a record that ends with its line, and a text for one that has nothing to show.
-        {R"({"type": "list", "termination": "none", "element": {"type": "record", "termination": "eol", "items": [)" +
-             defaultable + "]}}",
-         "1 2\n1* 1*\n3", "  1 2\n  1*\n  3"},
+        {ListOf(RecordOf(defaultable, R"("termination": "eol", )"), open), "1 2\n1* 1*\n3", "  1 2\n  1*\n  3"},
         // What its metadata make optional isn't written while unset.
-        {R"({"type": "record", "items": [{"name": "A", "type": "integer", "optionalOnRead": true, "optionalOnWrite": true}, )"
-         R"({"name": "B", "type": "string"}]})",
+        {RecordOf(R"({"name": "A", "type": "integer", "optionalOnRead": true, "optionalOnWrite": true}, )"
+                  R"({"name": "B", "type": "string"})"),
          "X /", "  X /"},
-        {R"({"type": "list", "element": {"name": "W", "type": "string"}})", "'A B' 5*'C D' E 12 /",
-         "  'A B' 5*'C D' E '12' /"},
-        {R"({"type": "list", "element": {"name": "O", "type": "option", "options": ["YES", "2P"]}})", "yes 2P /",
-         "  YES '2P' /"},
-        {R"({"type": "record", "termination": "none", "items": [{"name": "T", "type": "restOfLine"}]})",
-         "A title  of many  words", "A title  of many  words"},
+        {ListOf(R"({"name": "W", "type": "string"})"), "'A B' 5*'C D' E 12 /", "  'A B' 5*'C D' E '12' /"},
+        {ListOf(R"({"name": "O", "type": "option", "options": ["YES", "2P"]})"), "yes 2P /", "  YES '2P' /"},
+        {RecordOf(R"({"name": "T", "type": "restOfLine"})", open), "A title  of many  words",
+         "A title  of many  words"},
     };
     for (const Case& c : cases)
         EXPECT_EQ(Rewritten(c.shape, c.in), c.out) << c.shape << "\n" << c.in;
@@ -376,10 +379,8 @@ TEST(DataWriting, WhatCannotBeWrittenIsThrown)
 TEST(DataWriting, RepeatOptionsAreFour)
 {
     const TestSupport::CleanEnvironment clean;
-    const std::string shape =
-        R"({"type": "record", "items": [{"name": "A", "type": "integer"}, {"name": "B", "type": "integer"}, )"
-        R"({"name": "C", "type": "integer"}, {"name": "D", "type": "integer"}, {"name": "E", "type": "integer"}, )"
-        R"({"type": "list", "name": "L", "elementsDefaultable": true, "element": {"name": "N", "type": "integer"}}]})";
+    const std::string list = ListOf(Integers("N"), R"("name": "L", "elementsDefaultable": true, )");
+    const std::string shape = RecordOf(Integers("ABCDE") + ", " + list);
     const auto written = [&](DeckManager::KeywordItemRepeatOptions options) {
         const DataReading::TableInForce table(DataReading::TableOf(shape));
         DeckManager::Environment::Instance().SetKeywordItemRepeatOptions(options);
@@ -437,7 +438,7 @@ TEST(DataWriting, ALongListFillsItsLines)
     std::string text;
     for (int i = 0; i < 30; ++i)
         text += std::to_string(1000 + i) + "\n";
-    EXPECT_EQ(Rewritten(R"({"type": "list", "element": {"type": "integer", "name": "N"}})", text + "/"),
+    EXPECT_EQ(Rewritten(ListOf(Integers("N")), text + "/"),
               "  1000 1001 1002 1003 1004 1005 1006 1007 1008 1009 1010 1011 1012 1013\n"
               "  1014 1015 1016 1017 1018 1019 1020 1021 1022 1023 1024 1025 1026 1027\n"
               "  1028 1029 /");
