@@ -3,14 +3,12 @@
 #include <boost/lexical_cast.hpp>
 #include <deckmanager/Context.h>
 #include <deckmanager/DeckManagerException.h>
-#include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/Environment.h>
-#include <deckmanager/IDeck.h>
 #include <deckmanager/IDeckKeywords.h>
 
 #include "DataReading.h"
 #include "tests/support/LogRecorder.h"
-#include "tests/support/TempDir.h"
+#include "tests/support/TestDeck.h"
 
 using namespace DataReading;
 using DeckManager::Context;
@@ -18,24 +16,10 @@ using DeckManager::Context;
 namespace {
 
 /// A deck from text, and the context on it.
-class DeckOfText
+struct DeckOfText : TestSupport::TestDeck
 {
-public:
-    explicit DeckOfText(const std::string& text)
-        : m_manager(DeckManager::DeckManagerFactory::Create()),
-          m_deck(m_manager->ImportDeck("D", m_directory.Write("D.DATA", text), false, false, false)),
-          context(m_deck->GetDeckKeywords())
-    {
-    }
+    explicit DeckOfText(const std::string& text) : TestDeck(Texts{{"D.DATA", text}}, false), context(&Keywords()) {}
 
-    const DeckManager::IDeckKeywords& Keywords() const { return *m_deck->GetDeckKeywords(); }
-
-private:
-    TestSupport::TempDir m_directory;
-    std::unique_ptr<DeckManager::IDeckManager> m_manager;
-    DeckManager::IDeck* m_deck;
-
-public:
     Context context;
 };
 
@@ -247,15 +231,8 @@ TEST(Context, ResolvesPathAliasesWhereAFileIsNamed)
     {
         const DeckOfText deck(
             "RUNSPEC\nPATHS\n 'inc' 'sub/dir' /\n 'deep' '$inc/more' /\n/\nINCLUDE\n '$DEEP/a.inc' /\nOIL\n");
-        const DeckManager::IKeyword* paths = nullptr;
-        const DeckManager::IKeyword* include = nullptr;
-        const DeckManager::IKeyword* oil = nullptr;
-        for (auto at = deck.Keywords().Begin(); at != deck.Keywords().End(); ++at) {
-            if (at->GetName() == "PATHS") paths = *at;
-            if (at->GetName() == "INCLUDE") include = *at;
-            if (at->GetName() == "OIL") oil = *at;
-        }
-        ASSERT_TRUE(paths && include && oil);
+        const DeckManager::IKeyword* const include = *deck.At("INCLUDE");
+        const DeckManager::IKeyword* const oil = *deck.At("OIL");
         Context context;
         std::string out;
         EXPECT_FALSE(context.ResolvePathAliases(include, "$inc/a", out));
@@ -263,7 +240,7 @@ TEST(Context, ResolvesPathAliasesWhereAFileIsNamed)
         context.NoteKeyword(nullptr);
         context.NoteKeyword(oil);
         EXPECT_FALSE(context.ResolvePathAliases(include, "$inc/a", out));
-        context.NoteKeyword(paths);
+        context.NoteKeyword(*deck.At("PATHS"));
         context.Bind(&deck.Keywords()); // the aliases stay
         const Context copy = context;
         EXPECT_TRUE(copy.ResolvePathAliases(include, "$DEEP/a.inc", out));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <sstream>
+#include <tuple>
 
 #include <deckmanager/Environment.h>
 
@@ -20,26 +21,27 @@ namespace {
 const std::vector<std::string> symbols = {
     "A", "/", "'", "-", "@", "\n", "\r", " ", "--@@@", std::string(1, '\0'), "\xEF\xBB\xBF"};
 
+/// What comes of an operation, and how the reader stands then.
+template <class Reader, class Operation>
+auto Take(Reader& reader, const Operation& operation)
+{
+    std::string text = "was";
+    long long pos = -7;
+    const long long result = operation(reader, text, pos);
+    return std::tuple(result, text, pos, reader.Tell(), reader.Eof(), reader.IsGood(), reader.LineNumber());
+}
+
 /// Reads everything with both readers, and holds each step of the one to the other.
 template <class Reader>
 void ExpectSameLines(Reader& fast, LiteralLineReader& slow, bool dataLines, bool strip, const std::string& text)
 {
-    for (int step = 0; step < 5000; ++step) {
-        std::string fastLine = "was";
-        std::string slowLine = "was";
-        long long fastPos = -7;
-        long long slowPos = -7;
-        const bool fastRead =
-            dataLines ? fast.ReadNextDataLine(fastLine, &fastPos, strip) : fast.ReadNextLine(fastLine, &fastPos, strip);
-        const bool slowRead =
-            dataLines ? slow.ReadNextDataLine(slowLine, &slowPos, strip) : slow.ReadNextLine(slowLine, &slowPos, strip);
-        ASSERT_EQ(fastRead, slowRead) << text;
-        ASSERT_EQ(fastLine, slowLine) << text;
-        ASSERT_EQ(fastPos, slowPos) << text;
-        ASSERT_EQ(fast.Tell(), slow.Tell()) << text;
-        ASSERT_EQ(fast.Eof(), slow.Eof()) << text;
-        ASSERT_EQ(fast.LineNumber(), slow.LineNumber()) << text;
-        if (!fastRead) return;
+    const auto read = [&](auto& reader, std::string& line, long long& pos) {
+        return dataLines ? reader.ReadNextDataLine(line, &pos, strip) : reader.ReadNextLine(line, &pos, strip);
+    };
+    for (int i = 0; i < 5000; ++i) {
+        const auto step = Take(fast, read);
+        ASSERT_EQ(step, Take(slow, read)) << text;
+        if (!std::get<0>(step)) return;
     }
     FAIL() << "no end of " << text;
 }
@@ -116,63 +118,34 @@ TEST(LineReaderEquivalence, AnyOperationsInAnyOrder)
         LiteralLineReader slow(text);
         std::string trail;
         for (int step = 0; step < 60; ++step) {
-            std::string fastText = "was";
-            std::string slowText = "was";
-            long long fastPos = -7;
-            long long slowPos = -7;
-            long long fastResult = 0;
-            long long slowResult = 0;
             const int operation = random.Below(8);
             const int offset = random.Below(4) == 0 ? random.Below(size + 300) : random.Below(1500);
+            const bool strip = random.Below(2) != 0;
+            const int length = random.Below(5000);
             trail += std::to_string(operation) + ":" + std::to_string(offset) + " ";
-            switch (operation) {
-            case 0:
-                fastResult = fast.ReadNextDataLine(fastText, &fastPos, true);
-                slowResult = slow.ReadNextDataLine(slowText, &slowPos, true);
-                break;
-            case 1:
-                fastResult = fast.Seek(offset, 0);
-                slowResult = slow.Seek(offset, 0);
-                break;
-            case 2:
-                fastResult = fast.Seek(offset, 1);
-                slowResult = slow.Seek(offset, 1);
-                break;
-            case 3:
-                fastResult = fast.Seek(offset - 5, 2);
-                slowResult = slow.Seek(offset - 5, 2);
-                break;
-            case 4: {
-                const bool strip = random.Below(2) != 0;
-                fastResult = fast.ReadChars(fastText, offset, strip);
-                slowResult = slow.ReadChars(slowText, offset, strip);
-                break;
-            }
-            case 5: {
-                fastText.assign(static_cast<std::size_t>(offset), '\0');
-                slowText.assign(static_cast<std::size_t>(offset), '\0');
-                fastResult = fast.ReadRaw(fastText.data(), offset);
-                slowResult = slow.ReadRaw(slowText.data(), offset);
-                break;
-            }
-            case 6: {
-                const int length = random.Below(5000);
-                fast.ReadRange(offset, offset + length, fastText);
-                slow.ReadRange(offset, offset + length, slowText);
-                break;
-            }
-            default:
-                fastResult = fast.ReadNextLine(fastText, &fastPos, false);
-                slowResult = slow.ReadNextLine(slowText, &slowPos, false);
-                break;
-            }
-            ASSERT_EQ(fastResult, slowResult) << "round " << round << ": " << trail;
-            ASSERT_EQ(fastText, slowText) << "round " << round << ": " << trail;
-            ASSERT_EQ(fastPos, slowPos) << "round " << round << ": " << trail;
-            ASSERT_EQ(fast.Tell(), slow.Tell()) << "round " << round << ": " << trail;
-            ASSERT_EQ(fast.Eof(), slow.Eof()) << "round " << round << ": " << trail;
-            ASSERT_EQ(fast.IsGood(), slow.IsGood()) << "round " << round << ": " << trail;
-            ASSERT_EQ(fast.LineNumber(), slow.LineNumber()) << "round " << round << ": " << trail;
+            const auto act = [&](auto& reader, std::string& read, long long& pos) -> long long {
+                switch (operation) {
+                case 0:
+                    return reader.ReadNextDataLine(read, &pos, true);
+                case 1:
+                    return reader.Seek(offset, 0);
+                case 2:
+                    return reader.Seek(offset, 1);
+                case 3:
+                    return reader.Seek(offset - 5, 2);
+                case 4:
+                    return reader.ReadChars(read, offset, strip);
+                case 5:
+                    read.assign(static_cast<std::size_t>(offset), '\0');
+                    return reader.ReadRaw(read.data(), offset);
+                case 6:
+                    reader.ReadRange(offset, offset + length, read);
+                    return 0;
+                default:
+                    return reader.ReadNextLine(read, &pos, false);
+                }
+            };
+            ASSERT_EQ(Take(fast, act), Take(slow, act)) << "round " << round << ": " << trail;
         }
     }
 }
