@@ -421,8 +421,9 @@ std::shared_ptr<const KeywordFile> KeywordFile::BringerOf(SectionType section) c
 {
     const KeywordFile& top = DataFile();
     std::shared_ptr<const KeywordFile> bringer = top.m_sectionsSeen[static_cast<std::size_t>(section)].lock();
-    // A file that was reset, or has left the deck, has taken its sections along, and others may have been edited away.
+    // A file that was reset, or has left the deck, has taken its sections along, and an edit may have taken one away.
     if (!bringer || !bringer->IsLoaded() || &bringer->DataFile() != &top) return nullptr;
+    if (bringer->IsListUnchanged()) return bringer;
     const List& keywords = bringer->m_contents->Keywords();
     const auto isIt = [section](const auto& keyword) { return SectionOfKeyword(*keyword) == section; };
     return std::any_of(keywords.begin(), keywords.end(), isIt) ? bringer : nullptr;
