@@ -32,8 +32,8 @@ using namespace MergeTests;
 class RecordingSearch : public IPositionSearch
 {
 public:
-    RecordingSearch(std::unique_ptr<IPositionSearch> search, const MergeWork& work, std::vector<std::string>& notes)
-        : m_search(std::move(search)), m_work(work), m_notes(notes)
+    RecordingSearch(std::unique_ptr<IPositionSearch> search, std::vector<std::string>& notes)
+        : m_search(std::move(search)), m_notes(notes)
     {
     }
 
@@ -117,7 +117,6 @@ private:
     }
 
     std::unique_ptr<IPositionSearch> m_search;
-    const MergeWork& m_work;
     std::vector<std::string>& m_notes;
 };
 
@@ -152,7 +151,7 @@ Result Merged(const DeckPairs& pairs)
     const TestSupport::LogRecorder log;
     IDeckKeywordsEditor& editor = *decks.Manager().GetEditor(&decks.New());
     const auto makeSearch = [&](MergeWork& work) {
-        return std::make_unique<RecordingSearch>(std::make_unique<Search>(work), work, result.notes);
+        return std::make_unique<RecordingSearch>(std::make_unique<Search>(work), result.notes);
     };
     {
         DeckMerger merger(editor, decks.Old(), decks.includeNames, &decks.report, makeSearch);

@@ -256,6 +256,8 @@ TEST_F(MoveFailureTest, ProjectsByChanceMoveWholeWhereverTheyGo)
         SCOPED_TRACE("round " + std::to_string(round));
         ProjectTree tree;
         tree.Generate(random, 1 + random.Below(4), 3 + random.Below(20));
+        tree.ScannedIn(tree.OldDir());
+        ASSERT_EQ(tree.ScannedIn(tree.OldDir()), "");
         const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(tree.OldDir());
         // Some decks are open, and the last of these has an edit.
         IDeckKeywordsEditor* editor = nullptr;
@@ -277,14 +279,19 @@ TEST_F(MoveFailureTest, ProjectsByChanceMoveWholeWhereverTheyGo)
         const bool deleteOld = random.Below(4) != 0;
         const std::string includes = tree.IncludesOf(tree.OldDir());
         const auto before = ProjectTree::ContentOf(tree.OldDir());
+        m_log.Clear();
         const std::string newDir = tree.Dir().Path(random.OneOf(places));
         manager->MoveProjectDir(newDir, deleteOld);
+        for (const auto& message : m_log.Messages())
+            EXPECT_TRUE(message.probe || message.text.find("72 characters") != std::string::npos) << message.text;
         ASSERT_EQ(fs::exists(tree.OldDir()), !deleteOld);
         if (!deleteOld) {
             ASSERT_EQ(ProjectTree::ContentOf(tree.OldDir()), before);
             fs::remove_all(tree.OldDir());
         }
         ASSERT_EQ(tree.IncludesOf(newDir), includes);
+        // What the cache knew of the files it still does.
+        ASSERT_EQ(tree.ScannedIn(newDir), "");
         // Every line is what it was, but for names and what was edited.
         int changed = 0;
         for (const auto& [name, text] : ProjectTree::ContentOf(newDir)) {
@@ -327,6 +334,10 @@ TEST_F(MoveFailureTest, ProjectsByChanceMoveWholeWhereverTheyGo)
             }
             EXPECT_TRUE(*place == nullptr && *other == nullptr);
         }
+        // Back again, the way that was taken.
+        manager->MoveProjectDir(tree.OldDir(), true);
+        EXPECT_EQ(tree.IncludesOf(tree.OldDir()), includes);
+        EXPECT_EQ(tree.ScannedIn(tree.OldDir()), "");
     }
 }
 

@@ -4,10 +4,8 @@
 #include "files/KeywordFile.h"
 #include "files/MovedPaths.h"
 #include "tests/project/ProjectTree.h"
-#include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
-#include "tests/text/TextGenerator.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
@@ -23,20 +21,6 @@ namespace {
 namespace fs = std::filesystem;
 using namespace Tarn::Fjel::Core;
 using namespace Tarn::Fjel::Core::DeckManager;
-using TestText::TextGenerator;
-
-/// Tells which files had to be scanned.
-class WatchedManager : public KeywordFileManager
-{
-public:
-    using KeywordFileManager::KeywordFileManager;
-    bool SetCacheEntry(const IKeywordFile& file, const CacheEntry& entry) override
-    {
-        scanned += file.GetFileName().GetFullName() + " ";
-        return KeywordFileManager::SetCacheEntry(file, entry);
-    }
-    std::string scanned;
-};
 
 class ProjectMoveTest : public testing::Test
 {
@@ -55,26 +39,6 @@ protected:
     void Move(const std::string& newDir, bool deleteOld = true) const
     {
         DeckManagerFactory::Create(m_tree.OldDir())->MoveProjectDir(newDir, deleteOld);
-    }
-
-    /// The files that a walk over all decks of the project has to scan.
-    std::string Scanned(const std::string& projectDir) const
-    {
-        WatchedManager manager(projectDir);
-        for (const std::string& top : m_tree.Tops()) {
-            const std::shared_ptr<KeywordFile> file =
-                manager.GetKeywordFile(Service::FileName(projectDir + "/" + top), true);
-            LoadBelow(*file, 0);
-        }
-        return manager.scanned;
-    }
-
-    static void LoadBelow(const KeywordFile& file, int depth)
-    {
-        for (const KeywordFileIterator& include : file.GetINCLUDEKeywords()) {
-            const KeywordFile* included = KeywordFile::IncludedFileOf(*include);
-            if (included != nullptr && depth < 30) LoadBelow(*included, depth + 1);
-        }
     }
 
     TestSupport::CleanEnvironment m_environment;
@@ -350,7 +314,7 @@ TEST_F(ProjectMoveTest, WhatASimulatorSkipsIsCorrectedToo)
     m_tree.WriteTop("e/e.DATA", text("../../../out/o.inc"));
     Environment::Instance().EnableSKIPENDSKIP(true, Keywords::SimulatorType::S300);
     const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
-    Scanned(m_tree.OldDir());
+    m_tree.ScannedIn(m_tree.OldDir());
     const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
     IDeck* open = manager->OpenExistingDeck("e", true);
     const IKeyword* water = *KeywordsNamed(*open, "WATER").front();
@@ -514,7 +478,7 @@ TEST_F(ProjectMoveTest, OpenDecksGoAlongAndTheirEditsAreWrittenToTheNewPlace)
     editor->Commit();
     EXPECT_THAT(Read("zone/deep/p/d/d.DATA"), testing::EndsWith("TABDIMS\n 9 /\n"));
     EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
-    EXPECT_EQ(Scanned(newDir), "");
+    EXPECT_EQ(m_tree.ScannedIn(newDir), "");
     EXPECT_TRUE(m_log.Empty());
 }
 
@@ -590,53 +554,6 @@ TEST_F(ProjectMoveTest, ALongNameIsKeptAheadOfTheEndOfTheLine)
                                                                  name + "\n/\nINCLUDE -- c\n" + name +
                                                                  "\n -- no end\nOIL\n");
     EXPECT_THAT(m_tree.IncludesOf(newDir), testing::HasSubstr(":2 -> P/d/a.inc\n"));
-}
-
-TEST_F(ProjectMoveTest, AProjectOf200FilesKeepsItsIncludesAndItsCache)
-{
-    const TestSupport::FailingFileSystem disk; // fails nowhere, and has nobody wait for the disk
-    TextGenerator random(3);
-    m_tree.Generate(random, 20, 200);
-    const std::map<std::string, std::string> others = {
-        {"D0/image", std::string("\x89PNG\0", 5) + Include("../../../out/o1.inc")},
-        {"D0/Makefile", "include ../../../out/o1.inc\n../../out/o1.inc: all\n"},
-        {"Cache__/x.inc", Include("../../../out/o1.inc")},
-        {"top.inc", Include("../../out/o1.inc")},
-    };
-    for (const auto& [name, text] : others)
-        Write("zone/proj/" + name, text);
-    const std::string includes = m_tree.IncludesOf(m_tree.OldDir());
-    ASSERT_THAT(includes, testing::HasSubstr("D19"));
-    Scanned(m_tree.OldDir());
-    EXPECT_EQ(Scanned(m_tree.OldDir()), "");
-    const std::string newDir = Path("some/other/place/p");
-    Environment::Instance().SetPreventEmptyFileCreation(true);
-    const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(m_tree.OldDir());
-    IDeck* edited = nullptr;
-    for (int i = 0; i < 5; ++i) {
-        const std::string& top = m_tree.Tops()[static_cast<std::size_t>(i)];
-        edited = manager->ImportDeck(top, m_tree.OldDir() + "/" + top, false, true, false);
-        edited->GetDeckKeywords()->GetFiles();
-    }
-    const auto water = KeywordsNamed(*edited, "WATER");
-    for (const KeywordIterator& place : water)
-        manager->GetEditor(edited)->Suppress(place);
-    m_log.Clear();
-    manager->MoveProjectDir(newDir, true);
-    for (const auto& [name, text] : others)
-        EXPECT_EQ(Read("some/other/place/p/" + name), text) << name;
-    EXPECT_GT(water.size(), 3u);
-    for (const KeywordIterator& place : water)
-        EXPECT_THAT(*place->GetText(), testing::StartsWith("--@@@WATER"));
-    for (const auto& message : m_log.Messages())
-        EXPECT_TRUE(message.probe || message.text.find("72 characters") != std::string::npos) << message.text;
-    EXPECT_EQ(m_tree.IncludesOf(newDir), includes);
-    EXPECT_FALSE(m_tree.Dir().Exists("zone/proj"));
-    EXPECT_EQ(Scanned(newDir), "");
-    // Back again, the way that was taken.
-    manager->MoveProjectDir(m_tree.OldDir(), true);
-    EXPECT_EQ(m_tree.IncludesOf(m_tree.OldDir()), includes);
-    EXPECT_EQ(Scanned(m_tree.OldDir()), "");
 }
 
 } // namespace ProjectTests

@@ -51,6 +51,27 @@ std::string Padded(TextGenerator& random, const std::string& path)
     return random.Below(5) == 0 && slash != std::string::npos ? path.substr(0, slash) + "/" + path.substr(slash) : path;
 }
 
+/// Tells which files had to be scanned.
+class WatchedManager : public KeywordFileManager
+{
+public:
+    using KeywordFileManager::KeywordFileManager;
+    bool SetCacheEntry(const IKeywordFile& file, const CacheEntry& entry) override
+    {
+        scanned += file.GetFileName().GetFullName() + " ";
+        return KeywordFileManager::SetCacheEntry(file, entry);
+    }
+    std::string scanned;
+};
+
+void LoadBelow(const KeywordFile& file, int depth)
+{
+    for (const KeywordFileIterator& include : file.GetINCLUDEKeywords()) {
+        const KeywordFile* included = KeywordFile::IncludedFileOf(*include);
+        if (included != nullptr && depth < 30) LoadBelow(*included, depth + 1);
+    }
+}
+
 } // namespace
 
 std::string Include(const std::string& path)
@@ -174,6 +195,14 @@ std::string ProjectTree::IncludesOf(const std::string& projectDir) const
         Walk(*manager.GetKeywordFile(Service::FileName(projectDir + "/" + top), true), projectDir, seen, out);
     }
     return out.str();
+}
+
+std::string ProjectTree::ScannedIn(const std::string& projectDir) const
+{
+    WatchedManager manager(projectDir);
+    for (const std::string& top : m_tops)
+        LoadBelow(*manager.GetKeywordFile(Service::FileName(projectDir + "/" + top), true), 0);
+    return manager.scanned;
 }
 
 std::map<std::string, std::string> ProjectTree::ContentOf(const std::string& directory)

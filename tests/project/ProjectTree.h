@@ -44,6 +44,8 @@ public:
 
     /// What each INCLUDE of the decks of a project leads to, a line each: the project is `P`.
     std::string IncludesOf(const std::string& projectDir) const;
+    /// The files that a walk over all decks of the project has to scan, and enters in its cache.
+    std::string ScannedIn(const std::string& projectDir) const;
     /// All that lies in a directory, links as links, without cache files: by relative name.
     static std::map<std::string, std::string> ContentOf(const std::string& directory);
 
