@@ -30,7 +30,6 @@ protected:
     {
         folder.Write("x.DATA", top);
         folder.Write("a.inc", included);
-        run.directory = folder.Path();
     }
 
     Outcome Run(const std::string& script, std::vector<std::string> options = {}) const
@@ -42,7 +41,7 @@ protected:
     std::string Deck() const { return folder.Read("x.DATA") + folder.Read("a.inc"); }
 
     TempDir folder;
-    Launch run;
+    Launch run{folder.Path()};
 };
 
 } // namespace

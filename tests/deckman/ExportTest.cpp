@@ -28,12 +28,11 @@ struct Deck
         folder.Write("b/x.inc", "-- b\nGAS\n");
         for (const char* directory : {"", "a", "b"})
             std::filesystem::permissions(folder.Path(directory), std::filesystem::perms::all);
-        run.directory = folder.Path();
     }
     Outcome Run(const std::vector<std::string>& arguments) const { return Deckman(arguments, run); }
 
     TempDir folder;
-    Launch run;
+    Launch run{folder.Path()};
 };
 
 const std::string flat =

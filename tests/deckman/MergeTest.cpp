@@ -29,7 +29,6 @@ struct Decks
         folder.Write("old/mine.inc", "WATER\nINCLUDE\n'sub/more.inc' /\n");
         folder.Write("old/sub/more.inc", "GAS\n");
         folder.Write("new/TOP.DATA", newText);
-        run.directory = folder.Path();
     }
     Outcome Run(std::vector<std::string> more = {}) const
     {
@@ -41,7 +40,7 @@ struct Decks
     const std::string merged =
         "RUNSPEC\nDIMENS  " + tag + "4 5 6 /\n-- mine\nTABDIMS\n 2 /\nINCLUDE\n'mine.inc' /\nEND\n";
     TempDir folder;
-    Launch run;
+    Launch run{folder.Path()};
 };
 
 TEST(Merge, CarriesInPlace)

@@ -30,12 +30,11 @@ struct Place
         folder.Write("src/inc/a.inc", "OIL\nGAS\n");
         for (const char* directory : {"", "src", "src/inc"})
             std::filesystem::permissions(folder.Path(directory), std::filesystem::perms::all);
-        run.directory = folder.Path();
     }
     Outcome Run(const std::vector<std::string>& arguments) const { return Deckman(arguments, run); }
 
     TempDir folder;
-    Launch run;
+    Launch run{folder.Path()};
 };
 
 } // namespace

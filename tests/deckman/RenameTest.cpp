@@ -32,7 +32,6 @@ protected:
         folder.Write("free.inc", "mine");
         for (const char* directory : {"", "sub", "other", "grid"})
             std::filesystem::permissions(folder.Path(directory), std::filesystem::perms::all);
-        run.directory = folder.Path();
     }
 
     Outcome Run(std::vector<std::string> arguments) const
@@ -42,7 +41,7 @@ protected:
     }
 
     TempDir folder;
-    Launch run;
+    Launch run{folder.Path()};
 };
 
 } // namespace

@@ -48,7 +48,6 @@ protected:
         folder.Write("in/grid.inc", gridText);
         for (const char* directory : {"", "in"})
             std::filesystem::permissions(folder.Path(directory), std::filesystem::perms::all);
-        run.directory = folder.Path();
     }
     Outcome Run(const std::vector<std::string>& options) const
     {
@@ -71,7 +70,7 @@ protected:
     }
 
     TempDir folder;
-    Launch run;
+    Launch run{folder.Path()};
 };
 
 } // namespace

@@ -1,16 +1,15 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "cache/CacheEntry.h"
 #include "files/KeywordFile.h"
 #include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/TestDeck.h"
+#include "tests/support/WatchedManager.h"
 #include "tests/text/TextGenerator.h"
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/IKeyword.h>
-#include <deckmanager/KeywordFileManager.h>
 #include <tarn/service/FileStatus.h>
 #include <tarn/service/FileSystem.h>
 
@@ -21,24 +20,7 @@ using namespace Tarn::Fjel::Core::DeckManager;
 using Keywords::SimulatorType;
 using TestSupport::TempDir;
 using TestSupport::TestDeck;
-
-/// A manager that tells how its files came to their lists.
-class WatchedManager : public KeywordFileManager
-{
-public:
-    using KeywordFileManager::KeywordFileManager;
-
-    bool SetCacheEntry(const IKeywordFile& file, const CacheEntry& entry) override
-    {
-        m_scanned += file.GetFileName().GetFileName() + " ";
-        return KeywordFileManager::SetCacheEntry(file, entry);
-    }
-    /// The files that were scanned to the end and stored.
-    const std::string& Scanned() const { return m_scanned; }
-
-private:
-    std::string m_scanned;
-};
+using TestSupport::WatchedManager;
 
 void Describe(const KeywordFile& file, std::string& text, int depth)
 {

@@ -8,6 +8,7 @@
 
 #include "files/KeywordFile.h"
 #include "tests/support/Thrown.h"
+#include "tests/support/WatchedManager.h"
 #include "tests/text/TextGenerator.h"
 #include <deckmanager/DeckManagerException.h>
 #include <deckmanager/IDeckKeywords.h>
@@ -50,19 +51,6 @@ std::string Padded(TextGenerator& random, const std::string& path)
     const std::size_t slash = path.find('/', 1);
     return random.Below(5) == 0 && slash != std::string::npos ? path.substr(0, slash) + "/" + path.substr(slash) : path;
 }
-
-/// Tells which files had to be scanned.
-class WatchedManager : public KeywordFileManager
-{
-public:
-    using KeywordFileManager::KeywordFileManager;
-    bool SetCacheEntry(const IKeywordFile& file, const CacheEntry& entry) override
-    {
-        scanned += file.GetFileName().GetFullName() + " ";
-        return KeywordFileManager::SetCacheEntry(file, entry);
-    }
-    std::string scanned;
-};
 
 void LoadBelow(const KeywordFile& file, int depth)
 {
@@ -199,10 +187,10 @@ std::string ProjectTree::IncludesOf(const std::string& projectDir) const
 
 std::string ProjectTree::ScannedIn(const std::string& projectDir) const
 {
-    WatchedManager manager(projectDir);
+    TestSupport::WatchedManager manager(projectDir);
     for (const std::string& top : m_tops)
         LoadBelow(*manager.GetKeywordFile(Service::FileName(projectDir + "/" + top), true), 0);
-    return manager.scanned;
+    return manager.Scanned();
 }
 
 std::map<std::string, std::string> ProjectTree::ContentOf(const std::string& directory)
