@@ -85,6 +85,7 @@ bool Continue(SourceFile& source, LineFileWriter& writer, const Context& context
     KeywordFileIterator place = file.Begin();
     for (std::size_t i = 0; i < written.size(); ++i)
         ++place;
+    if (!written.empty() && place != end) source.EndData(KeywordFileContents::AsKeyword(written.back()));
     for (; place != end; ++place) {
         if (!writer.IsGood()) return false;
         source.ComeTo(place, context);

@@ -231,13 +231,24 @@ void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Ke
     if (keyword.IsWrittenAsItStands() && keyword.Reader() == m_file.FileReader()) {
         NoteBegin(keyword);
         Copy(keyword.Position(), EndToCopy(keyword, context));
-        return;
+    } else {
+        Flush();
+        if (m_writer == nullptr) return;
+        keyword.WriteLeadingComment(*m_writer);
+        NoteBegin(keyword);
+        keyword.WriteBehindComment(*m_writer, nullptr, context, simulator, m_ownTextOnly);
     }
+    if (m_isFollowedAnew) EndData(keyword);
+}
+
+/// The data of the last keyword of a file may go on to the end of that.
+void SourceFile::EndData(const Keyword& keyword)
+{
+    if (m_writer == nullptr || (keyword.Reader() == m_file.FileReader() && !IsLastOnDisk(keyword))) return;
+    const std::string missing = keyword.MissingEnd();
+    if (missing.empty()) return;
     Flush();
-    if (m_writer == nullptr) return;
-    keyword.WriteLeadingComment(*m_writer);
-    NoteBegin(keyword);
-    keyword.WriteBehindComment(*m_writer, nullptr, context, simulator, m_ownTextOnly);
+    m_writer->WriteText(missing);
 }
 
 void SourceFile::WriteReference(const FileReferencingKeyword& keyword, const std::string& dataText,
@@ -267,6 +278,7 @@ void SourceFile::ComeTo(const Keyword* keyword, const Keyword* follower, const C
     m_blocksWritten =
         m_file.IsListUnchanged() || (!m_file.HasOtherBlocksAhead(follower) && StandAsOnDisk(*keyword, follower));
     m_ownTextOnly = !m_blocksWritten;
+    m_isFollowedAnew = m_ownTextOnly && follower != nullptr;
 }
 
 void SourceFile::ComeTo(const KeywordFileIterator& place, const Context& context)

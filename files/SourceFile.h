@@ -69,6 +69,8 @@ public:
 
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
+    /// Behind the last keyword of the file on the disk goes another one: what its data lack at their end is written.
+    void EndData(const Keyword& keyword);
     void CopyGap(const Keyword& keyword);
     /// Only the head stands ahead of the keyword.
     bool IsFirstOnDisk(const Keyword& keyword) const;
@@ -140,7 +142,8 @@ private:
     const std::vector<const Keyword*>& m_onDisk;
     std::int64_t m_size = 0; ///< of the file
     bool m_ownTextOnly = false;
-    bool m_blocksWritten = true; ///< those ahead of the keyword that comes next
+    bool m_isFollowedAnew = false; ///< by a keyword that doesn't stand behind it on the disk
+    bool m_blocksWritten = true;   ///< those ahead of the keyword that comes next
     std::int64_t m_headEnd = 0;
     std::int64_t m_begin = 0; ///< what is held back
     std::int64_t m_end = 0;

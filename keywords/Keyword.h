@@ -166,6 +166,9 @@ public:
     void WriteTrailingText(ILineWriter& writer, const Context& context) const;
     /// How many bytes of the extent stand ahead of that; 0 without an extent.
     long long OwnSize(const Context& context) const;
+    /// What the text that is written for a keyword at the end of a file lacks when another keyword follows it: without
+    /// that, this one would be read as data.
+    std::string MissingEnd() const;
     /// `Write` copies the extent and does nothing else.
     bool IsWrittenAsItStands() const;
     /// A keyword of a skipped region: it has a place in the file and no text.

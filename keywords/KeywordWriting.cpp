@@ -12,6 +12,7 @@
 
 #include <fmt/format.h>
 
+#include "keywords/DataEnd.h"
 #include "keywords/DataLine.h"
 #include "keywords/ForceRewrite.h"
 #include "keywords/HeldText.h"
@@ -31,10 +32,8 @@
 #include <deckmanager/Environment.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
-#include <tarn/keywords/IKeywordRawTextMD.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/KeywordDataFactory.h>
-#include <tarn/keywords/KeywordUtils.h>
 #include <tarn/keywords/VariablesString.h>
 #include <tarn/service/FileStream.h>
 #include <tarn/service/Log.h>
@@ -63,14 +62,12 @@ bool RefersToVariables(ILineReader& lines, long long begin, long long end)
     return false;
 }
 
-/// The terminator that raw text needs and the text has no line of: without it, the keywords below would be text too.
-std::string MissingTerminator(const Keywords::IKeywordMD* metadata, std::string_view text)
+/// All of a keyword's text behind its line and its tag lines.
+std::string TextOf(ILineReader& lines, const KeywordStretches& stretches)
 {
-    std::string terminator;
-    if (Keywords::KeywordUtils::GetMDType(metadata) != Keywords::MDType::RawText) return terminator;
-    static_cast<const Keywords::IKeywordRawTextMD*>(metadata)->GetTerminator(terminator);
-    if (text.starts_with(terminator) || text.find("\n" + terminator) != std::string_view::npos) terminator.clear();
-    return terminator;
+    std::string text;
+    lines.ReadRange(stretches.head, stretches.end - 1, text);
+    return text;
 }
 
 } // namespace
@@ -378,12 +375,29 @@ void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const Key
         CopyStretch(writer, *lines, headEnd, ownEnd, IsActivated());
     } else if (source.text) {
         writer.WriteText(*source.text);
-        writer.WriteText(MissingTerminator(m_syntax->GetMetaData(), *source.text));
+        const std::string missing = MissingDataEnd(*m_syntax, *source.text);
+        // At the end of a file data may go on to that.
+        if (!missing.empty() && (!stretches || MissingDataEnd(*m_syntax, TextOf(*lines, *stretches)).empty()))
+            writer.WriteText(missing);
     } else if (const Keywords::IKeywordData* data = DataTree(context)) {
         KeywordDataSerializer::Serialize(*data, writer, m_variablesAllowed, simulator);
     }
     writer.EndLine();
     if (!stretches && !source.text) writer.NewLine();
+}
+
+std::string Keyword::MissingEnd() const
+{
+    if (m_commentedOut || m_syntax->GetMetaData() == nullptr || !HasValidExtent()) return {};
+    std::string missing;
+    if (m_state && m_state->textIsData) {
+        missing = MissingDataEnd(*m_syntax, *m_state->heldText);
+    } else if (!m_dataChanged) {
+        const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
+        const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
+        missing = MissingDataEnd(*m_syntax, TextOf(*lines, stretches));
+    }
+    return m_suppressed ? MarkLines(missing, LineMark::Suppress) : missing;
 }
 
 /// What stands between the keyword line and the data: the comment, and others.

@@ -189,6 +189,52 @@ TEST_F(CommitTest, AnOpenLastLineStaysOpenWhileNothingFollowsIt)
     }
 }
 
+/// A keyword that comes to stand behind data without an end would be read as one of them.
+TEST_F(CommitTest, DataAreEndedWhereAKeywordFollows)
+{
+    struct Case
+    {
+        const char* what;
+        std::string text;
+        Edit edit;
+        std::string expected;
+    };
+    const std::string wells = "SCHEDULE\nWELSPECS\n 'P' 'G' 1 1 1* OIL /\n";
+    const auto append = [](auto& editor, auto& deck) { Insert(editor, deck.Keywords().PhysicalEnd(), "NOECHO\n"); };
+    const auto set = [](const std::string& name, const std::string& data) -> Edit {
+        return [name, data](auto& editor, auto& deck) { editor.SetDataText(deck.At(name), data); };
+    };
+    const std::vector<Case> cases = {
+        {"a list", wells + "-- end\n", append, wells + "/\nNOECHO\n\n-- end\n"},
+        {"an ended list", wells + "/\n", append, wells + "/\nNOECHO\n\n"},
+        {"a record", "SCHEDULE\nRPTSCHED\n PRES", append, "SCHEDULE\nRPTSCHED\n PRES\n/\nNOECHO\n\n"},
+        {"a title without its line", "RUNSPEC\nTITLE", append, "RUNSPEC\nTITLE\n\nNOECHO\n\n"},
+        {"raw text", "RUNSPEC\nPYINPUT\nimport x\n", append, "RUNSPEC\nPYINPUT\nimport x\nPYEND\nNOECHO\n\n"},
+        {"suppressed and moved", "SCHEDULE\nNOECHO\n--@@@RPTSCHED\n--@@@ PRES",
+         [](auto& editor, auto& deck) { editor.MoveKeyword(deck.At("RPTSCHED"), deck.At("NOECHO")); },
+         "SCHEDULE\n--@@@RPTSCHED\n--@@@ PRES\n--@@@/\nNOECHO\n"},
+        {"gone ahead", wells,
+         [&](auto& editor, auto& deck) {
+             editor.TagKeyword(*deck.At("SCHEDULE"));
+             editor.CommitFile(&deck.TopFile());
+             append(editor, deck);
+         },
+         "SCHEDULE" + std::string(29, ' ') + "-- Generated" + wells.substr(8) + "/\nNOECHO\n\n"},
+        {"set text", wells + "/\nNOECHO\n", set("WELSPECS", " 'I' 'G' 1 1 1* GAS /"),
+         "SCHEDULE\nWELSPECS\n 'I' 'G' 1 1 1* GAS /\n/\nNOECHO\n"},
+        {"where none follows", "SCHEDULE\nRPTSCHED\n PRES", set("RPTSCHED", " SWAT"), "SCHEDULE\nRPTSCHED\n SWAT"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.what);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", test.text}});
+        deck.Walk(true);
+        test.edit(EditorOf(deck), deck);
+        EditorOf(deck).Commit();
+        EXPECT_EQ(deck.Dir().Read("TOP.DATA"), test.expected);
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+    }
+}
+
 TEST_F(CommitTest, CommentsThatAreSetShowAndGoWithADiscard)
 {
     const TestDeck deck(TestDeck::Texts{{"TOP.DATA", topText}, {"A.INC", "OIL\n"}});

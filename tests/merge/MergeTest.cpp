@@ -211,7 +211,7 @@ TEST_F(MergeTest, ACopyIsWhole)
         {"a suppressed one", "RUNSPEC\nOIL~\n--@@@EQLDIMS\n--@@@ 5 /\nGAS~\n", "RUNSPEC\nOIL~\nGAS~\n",
          "RUNSPEC\nOIL~\n--@@@EQLDIMS\n--@@@ 5 /\nGAS~\n"},
         {"it ends at a tag", "SCHEDULE\nWELSPECS\n'A' G 1 1 /\n WELOPEN ~\n 'A' OPEN /\n/\n", "SCHEDULE\n",
-         "SCHEDULE\nWELSPECS\n'A' G 1 1 /\n", "", false},
+         "SCHEDULE\nWELSPECS\n'A' G 1 1 /\n/\n", "", false},
         {"notes behind the end", "RUNSPEC\nOIL~\nWATER\nEND\n\nNotes of mine:\nMYWORD\n-- well\n",
          "RUNSPEC\nOIL~\nEND\n", "RUNSPEC\nOIL~\nWATER\n\nEND\nNotes of mine:\nMYWORD\n-- well\n"},
         {"notes behind the end, where the new deck has none", "RUNSPEC\nOIL~\nEND\n\nNotes:\n  WATER it is\n-- well\n",
