@@ -84,14 +84,16 @@ TemporaryText TemporaryText::OpenNext(LineFileWriter& writer) const
     return OpenAt(writer, m_path + "_2");
 }
 
-TemporaryText TemporaryText::OpenAt(LineFileWriter& writer, std::string path)
+/// Two files may have one temporary name: A_B.C and A.B_C. And what stands there may be what another process is writing.
+TemporaryText TemporaryText::OpenAt(LineFileWriter& writer, const std::string& path)
 {
-    // Two files may have one temporary name: A_B.C and A.B_C.
-    if (PathsInUse().count(path) > 0) path = FreeNameLike(path);
-    ErrorCode error;
-    if (Stands(path) && !FileSystem::Instance().Rename(path, FreeNameLike(path), error)) return {};
-    if (!writer.Open(path, false)) return {};
-    return TemporaryText(std::move(path));
+    constexpr int mostTries = 100;
+    for (int i = 0; i < mostTries; ++i) {
+        std::string free = FreeNameLike(path);
+        if (writer.OpenNew(free)) return TemporaryText(std::move(free));
+        if (!Stands(free)) break;
+    }
+    return {};
 }
 
 bool TemporaryText::CanOpen(const FileName& file)

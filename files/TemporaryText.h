@@ -23,8 +23,8 @@ public:
     TemporaryText& operator=(TemporaryText&& other) noexcept;
     ~TemporaryText();
 
-    /// Opens `writer` on an empty file beside `file`. What stands there under its name, and isn't that of a file of
-    /// this process, is moved aside. None when that can't be done.
+    /// Opens `writer` on a new file beside `file`, under a name like that one where it is taken: what stands there may
+    /// be another process's. None when that can't be done.
     static TemporaryText Open(LineFileWriter& writer, const Service::FileName& file);
     /// The same for a file that is to replace this one, which stays readable until `Replace`.
     TemporaryText OpenNext(LineFileWriter& writer) const;
@@ -51,7 +51,7 @@ public:
 
 private:
     explicit TemporaryText(std::string path);
-    static TemporaryText OpenAt(LineFileWriter& writer, std::string path);
+    static TemporaryText OpenAt(LineFileWriter& writer, const std::string& path);
 
     std::string m_path;
 };

@@ -14,6 +14,16 @@ LineFileWriter::~LineFileWriter()
 
 bool LineFileWriter::Open(const std::string& path, bool append, std::size_t bufferSize)
 {
+    return OpenAs(path, append ? Start::AtEnd : Start::Empty, bufferSize);
+}
+
+bool LineFileWriter::OpenNew(const std::string& path, std::size_t bufferSize)
+{
+    return OpenAs(path, Start::New, bufferSize);
+}
+
+bool LineFileWriter::OpenAs(const std::string& path, Start start, std::size_t bufferSize)
+{
     Close();
     m_failureReason.clear();
     LineEnd lineEnd = LineEnd::CrLf;
@@ -21,7 +31,9 @@ bool LineFileWriter::Open(const std::string& path, bool append, std::size_t buff
 
     using Mode = Service::FileOutputStream::Mode;
     auto file = std::make_unique<Service::FileOutputStream>(bufferSize > 0 ? bufferSize : DefaultBufferSize);
-    if (!file->Open(path, append ? Mode::AppendExisting : Mode::Truncate)) {
+    const bool append = start == Start::AtEnd;
+    const Mode mode = append ? Mode::AppendExisting : start == Start::New ? Mode::New : Mode::Truncate;
+    if (!file->Open(path, mode)) {
         NoteFailure(*file);
         return false;
     }

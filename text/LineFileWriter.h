@@ -24,6 +24,8 @@ public:
     /// opened. Lines end with CR LF; where files keep their own line ends, as those of the file that was there, else as
     /// the platform has them. `bufferSize` in bytes.
     bool Open(const std::string& path, bool append, std::size_t bufferSize = DefaultBufferSize);
+    /// Likewise a file of which there is none yet: false where anything stands there.
+    bool OpenNew(const std::string& path, std::size_t bufferSize = DefaultBufferSize);
     /// Writes what is left and closes. False when something could not be written, now or before. Nothing happens, and
     /// true comes back, when no file is open.
     bool Close();
@@ -54,6 +56,13 @@ public:
     void ContinueOpenLine() { m_lines.ContinueOpenLine(); }
 
 private:
+    enum class Start
+    {
+        Empty,
+        AtEnd,
+        New,
+    };
+    bool OpenAs(const std::string& path, Start start, std::size_t bufferSize);
     Service::FileOutputStream* File() const;
     void NoteFailure(const Service::FileOutputStream& file);
 

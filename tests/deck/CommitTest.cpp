@@ -452,9 +452,9 @@ TEST_F(CommitTest, KeepsWhatTheFileSystemKnows)
         EXPECT_EQ(std::pair(status.owner, status.group), std::pair(1234U, 5678U));
     }
     EXPECT_EQ(Service::FileStatus::Of(deck.Dir().Path("B.INC")).inode, untouched.inode);
-    // A foreign file of the temporary's name is moved aside.
-    EXPECT_EQ(deck.Dir().Listing(), "B.INC TOP.DATA link.inc real/ real/a.inc real/a_inc___1.tmp");
-    EXPECT_EQ(deck.Dir().Read("real/a_inc___1.tmp"), "not ours");
+    // A foreign file of the temporary's name stays: another process may be writing it.
+    EXPECT_EQ(deck.Dir().Listing(), "B.INC TOP.DATA link.inc real/ real/a.inc real/a_inc__.tmp");
+    EXPECT_EQ(deck.Dir().Read("real/a_inc__.tmp"), "not ours");
     // The file is still one object, whatever it is called by.
     Insert(editor, deck.At("OIL"), "GAS\n");
     const auto again = deck.Manager().GetEditor(&deck.Deck());
