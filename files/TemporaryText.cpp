@@ -84,7 +84,8 @@ TemporaryText TemporaryText::OpenNext(LineFileWriter& writer) const
     return OpenAt(writer, m_path + "_2");
 }
 
-/// Two files may have one temporary name: A_B.C and A.B_C. And what stands there may be what another process is writing.
+/// Two files may have one temporary name: A_B.C and A.B_C. And what stands there may be what another process is
+/// writing.
 TemporaryText TemporaryText::OpenAt(LineFileWriter& writer, const std::string& path)
 {
     constexpr int mostTries = 100;

@@ -220,6 +220,14 @@ DataTextEdit::Reading DataTextEdit::ReadAgain(const Reading& before, const std::
     return after;
 }
 
+ItemToken DataTextEdit::AsRead(const ItemToken& token, const Way& way) const
+{
+    if (token.String().find('$') == std::string::npos) return token;
+    std::string path;
+    m_settings.context.ResolvePathAliases(m_settings.keyword, token.String(), path);
+    return path == token.String() ? token : Token(Value::Text(path), way);
+}
+
 std::string DataTextEdit::Set(const Path& path, const Value& value)
 {
     Way way = Follow(path);
@@ -255,11 +263,12 @@ std::string DataTextEdit::Set(const Path& path, const Value& value)
     } else {
         Stop(Outcome::NotInText, "The element repeats one that stands elsewhere in the text.");
     }
+    const ItemToken read = AsRead(token, way);
     return Finish(reading, splice, change, [&](const Reading& after, const Keywords::IKeywordData& changed) {
         if (inList && static_cast<const Keywords::IKeywordListData&>(changed).IsElementDefaulted(index) !=
-                          (token.IsDefault() || token.IsVariable()))
+                          (read.IsDefault() || read.IsVariable()))
             return false;
-        return HasVariableOf(token, after.variables, changed, index) && token.IsHeldBy(SlotOf(changed, index));
+        return HasVariableOf(read, after.variables, changed, index) && read.IsHeldBy(SlotOf(changed, index));
     });
 }
 

@@ -74,6 +74,8 @@ private:
     const Keywords::IKeywordListData& List(const Reading& reading, const std::vector<int>& way) const;
 
     ItemToken Token(const Value& value, const Way& way) const;
+    /// What must come of a token when it is read: of a path, the one for which its alias stands.
+    ItemToken AsRead(const ItemToken& token, const Way& way) const;
     std::string TokenText(const ItemToken& token, const TextSplice& splice, bool keepsQuotes) const;
 
     TextSplice PlaceMissingItem(const Reading& reading, const Way& parent, int index, const std::string& token) const;

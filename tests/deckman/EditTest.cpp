@@ -110,6 +110,9 @@ TEST_F(Edit, ChangesThatAndNothingElse)
         {{"above", "DIMENS", "new"}, x("-- above DIMENS", "-- new")},
         {{"above", "DIMENS", ""}, x("-- above DIMENS\n", "")},
         {{"above", "RUNSPEC", "-- other\nhead"}, x("-- header", "-- other\n-- head")},
+        {{"note", "TABDIMS", ""}, top},
+        {{"above", "DIMENS", "above DIMENS"}, top},
+        {{"above", "TABDIMS", ""}, top},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(testing::PrintToString(test.arguments));
@@ -151,7 +154,11 @@ TEST_F(Edit, RefusesAndWritesNothing)
         {{"set", "DIMENS", "--text", "3 x /\n"}, 1, "x.DATA:7: error: A problem was encountered when parsing"},
         {{"set", "DIMENS", "--text", " \n"}, 2, "The text of the data is expected, and there is none."},
         {{"set", "DIMENS.0", "--text", "3 /"}, 2, "set --text takes a whole keyword, and no item of one."},
-        {{"set", "DIMENS.0"}, 2, "A VALUE or --text TEXT is expected."},
+        {{"set", "DIMENS.0"}, 2, "A VALUE or --text TEXT is expected; 1* is the default."},
+        {{"set", "DIMENS.NU", "1"}, 1, "x.DATA:7: error: DIMENS has no item NU."},
+        {{"set", "WELTARG#1", "--text", "-- from elsewhere\nWCONINJE\n 'I1' WATER /\n/"},
+         1,
+         "x.DATA:12: error: The text begins with WCONINJE, which is another keyword; as part of the data of WELTARG"},
         {{"set", "DIMENS.0", "1", "--text", "3 /"}, 2, "A VALUE or --text is expected, and not both."},
         {{"set", "DIMENS[+]", "1"}, 1, "x.DATA:7: error: DIMENS is no list"},
         {{"set", "WELTARG#1[+7]", "P1"}, 1, "x.DATA:12: error: "},
@@ -178,10 +185,18 @@ TEST_F(Edit, RefusesAndWritesNothing)
         {{"insert", "--before", "DIMENS", "NOSUCHXX"}, 1, "The text begins with NOSUCHXX, which is no keyword."},
         {{"insert", "--before", "DIMENS", "-- only\n\n"}, 2, "The text of a keyword is expected, and there is none."},
         {{"insert", "--before", "DIMENS", "OIL\n3 /"}, 1, "Found unexpected data for keyword 'OIL'"},
-        {{"mv", "DIMENS", "--before", "DIMENS"}, 1, "DIMENS stands there already, or cannot go there."},
-        {{"rm", "DIMENS.0"}, 1, "x.DATA:7: error: DIMENS[0] is no element of a list."},
+        {{"mv", "DIMENS", "--before", "DIMENS"}, 1, "x.DATA:7: error: DIMENS stands there already."},
+        {{"rm", "DIMENS.0"}, 1, "DIMENS[0] is no element of a list. To leave an item to its default, set it to 1*."},
         {{"rm", "OIL"}, 1, "There is no OIL in the deck."},
         {{"above", "DIMENS"}, 2, "TEXT is required"},
+        {{"above", "DIMENS", "--new"},
+         2,
+         "above has no option --new. A text that begins with - goes behind the word --."},
+        {{"resolve", "--set", "A=1", "A=2"}, 2, "--set: A is given two values."},
+        // What would break the deck.
+        {{"set", "INCLUDE.FILE", "x.DATA"}, 1, "Nothing is changed: the edit would bring this error into the deck."},
+        {{"set", "INCLUDE.FILE", "."}, 1, "Nothing is changed: the edit would bring this error into the deck."},
+        {{"insert", "INCLUDE\n'x.DATA' /", "--after", "EQLDIMS"}, 1, "closes a ring of files: "},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(testing::PrintToString(test.arguments));
@@ -266,6 +281,68 @@ TEST_F(Edit, TellsWhatItDidAndKeepsTheOldFiles)
     EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA x.DATA~");
 }
 
+/// Nothing is written for an edit that says what the file says already.
+TEST_F(Edit, WhatIsSoAlreadyIsNotWritten)
+{
+    ASSERT_EQ(Run({"note", "TABDIMS", "one\n two"}).status, 0);
+    const std::string noted = m_folder.Read("x.DATA");
+    EXPECT_THAT(noted, HasSubstr("TABDIMS\n-- one\n-- two\n 1 2*3"));
+    const std::vector<std::vector<std::string>> idle = {{"note", "TABDIMS", "one\ntwo", "--backup"},
+                                                        {"note", "DIMENS", "", "--backup"},
+                                                        {"above", "DIMENS", "above DIMENS", "--backup"},
+                                                        {"above", "WELTARG#1", "", "--backup"}};
+    for (const std::vector<std::string>& arguments : idle) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        EXPECT_EQ(m_folder.Listing(), "a.inc x.DATA") << testing::PrintToString(arguments);
+    }
+    // A comment goes back as `show` gave it.
+    const Outcome shown = Run({"show", "TABDIMS", "--json"});
+    EXPECT_THAT(shown.out, HasSubstr("\"comment\":\" one\\n two\""));
+    EXPECT_EQ(Run({"note", "TABDIMS", " one\n two"}).status, 0);
+    EXPECT_EQ(m_folder.Read("x.DATA"), noted);
+    EXPECT_EQ(Run({"note", "TABDIMS", "--", "--one"}).status, 0);
+    EXPECT_THAT(m_folder.Read("x.DATA"), HasSubstr("TABDIMS\n-- --one\n 1 2*3"));
+}
+
+TEST_F(Edit, SaysWhoseACommentWillBe)
+{
+    const Outcome outcome = Run({"above", "TABDIMS", "sizes"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "x.DATA:2: note: RUNSPEC has no data, and what stands straight below it reads as its "
+                           "comment: note RUNSPEC changes that, and above TABDIMS does not.\n");
+    EXPECT_EQ(Run({"note", "RUNSPEC", ""}).status, 0);
+    EXPECT_TRUE(IsAsBefore());
+    m_folder.Write("x.DATA", "RUNSPEC\n\nTABDIMS\n 1 /\n");
+    EXPECT_EQ(Run({"above", "TABDIMS", "sizes"}).err, "");
+    EXPECT_EQ(m_folder.Read("x.DATA"), "RUNSPEC\n\n-- sizes\nTABDIMS\n 1 /\n");
+}
+
+/// Its keywords stand there once, however often the deck has them.
+TEST_F(Edit, AFileThatIsIncludedTwiceIsOne)
+{
+    const std::string include = "INCLUDE\n'a.inc' /\n";
+    m_folder.Write("x.DATA", "SCHEDULE\n" + include + "WELTARG\n/\n" + include + "WELTARG\n/\n");
+    m_folder.Write("a.inc", "WELOPEN\n 'P1' OPEN /\n/\n");
+    EXPECT_EQ(Run({"set", "WELOPEN[P1].1", "SHUT"}).status, 0);
+    EXPECT_EQ(m_folder.Read("a.inc"), "WELOPEN\n 'P1' SHUT /\n/\n");
+    EXPECT_EQ(Run({"rm", "WELTARG"}).status, 1);
+}
+
+/// A path may be given by an alias, and is written so.
+TEST_F(Edit, SetsPathsWithAliases)
+{
+    m_folder.Write("x.DATA", "RUNSPEC\nPATHS\n 'SUB' 'sub' /\n/\nINCLUDE\n 'a.inc' / first\n");
+    const auto file = [&] { return m_folder.Read("x.DATA").substr(39); };
+    ASSERT_EQ(file(), " 'a.inc' / first\n");
+    EXPECT_EQ(Run({"set", "INCLUDE.FILE", "$SUB/b.inc"}).err, "");
+    EXPECT_EQ(file(), " '$SUB/b.inc' / first\n");
+    EXPECT_EQ(Run({"set", "INCLUDE.FILE", "'$sub/c d.inc'"}).err, "");
+    EXPECT_EQ(file(), " '$sub/c d.inc' / first\n");
+    EXPECT_EQ(Run({"set", "INCLUDE.FILE", "$OTHER/b.inc"}).status, 0);
+    EXPECT_EQ(file(), " '$OTHER/b.inc' / first\n");
+}
+
 TEST_F(Edit, MakesNoFileThatAnIncludeLacks)
 {
     const std::string text = "RUNSPEC\nINCLUDE\n'sub/none.inc' /\nTABDIMS\n 1 /\n";
@@ -333,6 +410,25 @@ TEST_F(Edit, SaysWhenAFileCannotBeWritten)
         EXPECT_TRUE(IsAsBefore());
     }
     ASSERT_EQ(Shell("chmod 755 .", {m_folder.Path()}).status, 0);
+}
+
+/// A place may be another one in a deck of which a part can't be seen.
+TEST_F(Edit, NothingIsChangedInADeckThatCannotBeReadWhole)
+{
+    Launch run{m_folder.Path()};
+    run.unprivileged = true;
+    ASSERT_EQ(Shell("chmod 777 . && chmod 666 x.DATA && chmod 000 a.inc", {m_folder.Path()}).status, 0);
+    const std::vector<std::vector<std::string>> edits = {{"set", "x.DATA", "DIMENS.0", "3"},
+                                                         {"set", "x.DATA", "DIMENS.0", "3", "--dry-run"}};
+    for (const std::vector<std::string>& arguments : edits) {
+        const Outcome outcome = Deckman(arguments, run);
+        EXPECT_EQ(outcome.status, 3);
+        EXPECT_EQ(outcome.out, "");
+        EXPECT_THAT(outcome.err,
+                    HasSubstr("x.DATA: error: Nothing is changed: not all files of the deck can be read."));
+        EXPECT_EQ(m_folder.Read("x.DATA"), top);
+        EXPECT_EQ(m_folder.Listing(), "a.inc x.DATA");
+    }
 }
 
 } // namespace DeckmanTests

@@ -20,6 +20,7 @@ using namespace Deckman;
 ExitStatus Edit(OnEdits edit, DeckSession& session, const Options& options, Output& out)
 {
     KeywordEdits run(session, options);
+    run.Prepare(options);
     edit(run, options);
     run.Finish(out);
     return Done;

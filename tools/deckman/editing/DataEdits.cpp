@@ -4,6 +4,7 @@
 #include <charconv>
 #include <vector>
 
+#include <deckmanager/DeckUtils.h>
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordText.h>
@@ -44,6 +45,18 @@ std::string TextOf(KeywordEdits& run, const IKeyword& keyword)
 DataTextEditor::Path AsPath(const std::vector<int>& numbers)
 {
     return {numbers.begin(), numbers.end()};
+}
+
+/// A look into the data of a keyword; a path that leads nowhere is told with the keyword's place.
+template <class Look>
+auto InData(const KeywordEdits& run, const IKeyword& keyword, const Look& look)
+{
+    try {
+        return look();
+    } catch (const Failure& failure) {
+        if (!failure.Place().empty() || keyword.GetLine() <= 0) throw;
+        throw Failure(failure.Status(), failure.what(), run.Session().PlaceOf(keyword));
+    }
 }
 
 /// What is wrong with the data is told by whoever reads all of them; an edit concerns one item.
@@ -179,7 +192,7 @@ void AddElement(KeywordEdits& run, const Addition& addition, const Options& opti
     const IKeyword& keyword = *target.keyword;
     const std::string text = TextOf(run, keyword);
     const Keywords::IKeywordData& data = DataOf(run, keyword);
-    const ItemPath::Item item = target.items.Find(data, keyword.GetName());
+    const ItemPath::Item item = InData(run, keyword, [&] { return target.items.Find(data, keyword.GetName()); });
     if (!item.IsContainer() || item.container->GetType() != MDType::List)
         run.Refuse(keyword, fmt::format("{} is no list, to which something could be added.", addition.list));
     const MDType element = static_cast<const Keywords::IKeywordListData&>(*item.container).GetElementType();
@@ -201,6 +214,22 @@ std::string_view WithoutKeywordLine(std::string_view text, const std::string& na
     return isOwn && line.size() < text.size() ? text.substr(line.size() + 1) : text;
 }
 
+/// The keyword whose line a text begins with, as the one that another keyword's `show` prints does. Words without data
+/// are names of groups and phases too.
+std::string KeywordAtHead(std::string_view text, Keywords::SectionType section)
+{
+    std::string_view line = text;
+    while (!text.empty()) {
+        line = text.substr(0, text.find('\n'));
+        if (!Service::AllBlanks(line) && !line.starts_with("--")) break;
+        text.remove_prefix(std::min(text.size(), line.size() + 1));
+    }
+    const auto lines = DeckManager::DeckUtils::findKeywordLines(text, section);
+    const bool isFirst = !lines.empty() && lines.front().begin == 0 && lines.front().syntax != nullptr;
+    const bool isAlone = isFirst && Service::NoCaseStringEqual(Service::TrimmedRight(line), lines.front().name);
+    return isAlone && lines.front().syntax->GetMetaData() != nullptr ? lines.front().name : std::string();
+}
+
 void SetText(KeywordEdits& run, const Options& options)
 {
     const KeywordEdits::Target target = run.FindKeyword(options.where, options, "set --text");
@@ -210,6 +239,13 @@ void SetText(KeywordEdits& run, const Options& options)
     if (Service::AllBlanks(text)) throw Failure(WrongUsage, "The text of the data is expected, and there is none.");
     const std::shared_ptr<std::string> before = run.Session().Keywords().GetDataText(&keyword);
     if (before && *before == text) return;
+    const Keywords::IKeywordMD* metadata = keyword.GetSyntax()->GetMetaData();
+    const bool isFree = metadata == nullptr || metadata->GetType() == MDType::RawText;
+    if (const std::string other = isFree ? std::string() : KeywordAtHead(text, target.section); !other.empty()) {
+        run.Refuse(keyword, fmt::format("The text begins with {}, which is another keyword; as part of the data of {} "
+                                        "it is to be indented, or in quotes.",
+                                        other, keyword.GetName()));
+    }
     run.Log().Touch(keyword);
     if (!run.Editor().SetDataText(target.position, text))
         run.Refuse(keyword, fmt::format("{} cannot have this text for its data.", keyword.GetName()));
@@ -231,7 +267,8 @@ std::string GivenText(const Options& options)
 DataTextEditor::Path PathTo(KeywordEdits& run, const KeywordEdits::Target& target)
 {
     const IKeyword& keyword = *target.keyword;
-    return AsPath(target.items.Numbers(DataOf(run, keyword), keyword.GetName()));
+    const Keywords::IKeywordData& data = DataOf(run, keyword);
+    return AsPath(InData(run, keyword, [&] { return target.items.Numbers(data, keyword.GetName()); }));
 }
 
 void TakeText(KeywordEdits& run, const KeywordEdits::Target& target, const DataTextEditor::Result& result)

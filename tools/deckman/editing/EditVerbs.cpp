@@ -11,8 +11,10 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
+#include <deckmanager/KeywordText.h>
 #include <deckmanager/SetCommentAbove.h>
 #include <fmt/format.h>
+#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/Strings.h>
 
 #include "command/Verbs.h"
@@ -61,6 +63,32 @@ std::string WithLead(const std::string& text, std::string_view lead, std::string
     return lines;
 }
 
+/// The comment above a keyword, from its first line that isn't blank to its last.
+std::string LinesAbove(const KeywordEdits& run, const KeywordEdits::Target& target)
+{
+    std::string text = run.Session().Keywords().GetComment(run.DeckPosition(target), true);
+    std::erase(text, '\r');
+    while (!text.empty() && Service::AllBlanks(std::string_view(text).substr(0, text.find('\n'))))
+        text.erase(0, std::min(text.find('\n'), text.size() - 1) + 1);
+    Service::StringTrimRight(text);
+    return text;
+}
+
+/// Straight below a keyword without data stands the comment of that one, to whoever reads the file.
+void TellWhoseComment(const KeywordEdits& run, const KeywordEdits::Target& target)
+{
+    DeckManager::KeywordFileIterator position = target.position;
+    if (position == target.keyword->GetFile()->Begin()) return;
+    const IKeyword& ahead = **--position;
+    const bool hasData = ahead.GetSyntax()->GetMetaData() != nullptr;
+    if (hasData || ahead.GetLine() <= 0 || !DeckManager::KeywordText(ahead).TrailingBlock().empty()) return;
+    run.Session().Log().Note(
+        run.Session().PlaceOf(ahead),
+        fmt::format("{0} has no data, and what stands straight below it reads as its comment: note "
+                    "{0} changes that, and above {1} does not.",
+                    ahead.GetName(), target.keyword->GetName()));
+}
+
 /// What the deck's files keep hidden can't be marked, and is left alone where the whole deck is meant.
 bool IsPassedBy(const Options& options, const IKeyword& keyword)
 {
@@ -102,15 +130,22 @@ void EditUntag(KeywordEdits& run, const Options& options)
         if (target.keyword->IsInGeneratedFile())
             run.Refuse(*target.keyword, "The file is generated as a whole, and each of its keywords with it.");
         run.Editor().UntagKeyword(target.keyword);
+        const DeckManager::IKeywordFile* file = run.Session().Keywords().GetIncludedFile(target.keyword);
+        if (file != nullptr && target.keyword->IsGenerated()) {
+            run.Refuse(*target.keyword, fmt::format("{} is generated as a whole, and its INCLUDE with it.",
+                                                    run.Session().PlaceOf(*file)));
+        }
         return !target.keyword->IsGenerated() || IsPassedBy(options, *target.keyword);
     });
 }
 
 void EditNote(KeywordEdits& run, const Options& options)
 {
-    const std::string text = WithLead(GivenText(options), " ", {});
+    // A blank at the head of a line is the one behind the marker, as `show` gives it.
+    const std::string text = WithLead(GivenText(options), " ", " ");
     const KeywordEdits::Target target = run.FindKeyword(options.where, options, "note");
     const IKeyword& keyword = *target.keyword;
+    if (keyword.GetComment() == text) return;
     ChangeKeyword(run, target,
                   [&](const KeywordEdits::Target& at) { return run.Editor().SetComment(at.position, text); });
     if (keyword.GetComment() == text) return;
@@ -126,10 +161,12 @@ void EditAbove(KeywordEdits& run, const Options& options)
 {
     const std::string text = WithLead(GivenText(options), "-- ", "--");
     const KeywordEdits::Target target = run.FindKeyword(options.where, options, "above");
+    if (LinesAbove(run, target) == text) return;
     run.Log().TouchAbove(*target.keyword);
     if (!DeckManager::SetCommentAbove(run.Editor(), target.position, text)) {
         run.Refuse(*target.keyword, fmt::format("No comment can be put above {} here.", target.keyword->GetName()));
     }
+    if (!text.empty()) TellWhoseComment(run, target);
 }
 
 void EditHeader(KeywordEdits& run, const Options& options)

@@ -36,6 +36,7 @@ void KeywordEdits::Prepare(const Options& line)
     if (!line.file.empty() || namesFile(line.where) || namesFile(line.target) ||
         std::any_of(line.wheres.begin(), line.wheres.end(), namesFile))
         Places(true);
+    m_errorsBefore = m_session.Log().Errors();
 }
 
 PlaceIndex& KeywordEdits::Places(bool all) const
@@ -106,15 +107,18 @@ void KeywordEdits::RequireOne(const Where& where, const std::string& text, const
     const SectionType section = places.At(index)->section;
     std::string shown;
     std::size_t count = 0;
+    // A file that is included twice holds its keywords once.
+    std::unordered_set<const IKeyword*> keywords;
     places.ForEachNamed(name, [&](int other, const PlaceIndex::Entry& entry) {
         if (!limits.Hold(other) || (namesSection && entry.section != section)) return true;
+        keywords.insert(entry.keyword);
         if (++count > mostShown) return true;
         const bool isOpened = entry.file >= 0;
         shown += isOpened ? fmt::format("\n{} is at {}, also @{}", count, m_session.PlaceOf(*entry.keyword), other)
                           : fmt::format("\n{} is one that this script has inserted", count);
         return true;
     });
-    if (count < 2) return;
+    if (keywords.size() < 2) return;
     if (count > mostShown) shown += "\n...";
     throw Failure(NotThere,
                   fmt::format("{} stands in the deck {} times; {}#1 is the first, {}#2 the second.{}", name, count,
@@ -194,6 +198,9 @@ void KeywordEdits::Finish(Output& out)
     const std::vector<ChangeLog::Change> changes =
         (m_options.dryRun || m_options.json) && !isShownWhole ? m_log.Changes() : std::vector<ChangeLog::Change>();
     EditRun run(m_session, m_options, m_filesBefore);
+    if (m_session.Log().Errors() > m_errorsBefore)
+        throw Failure(NotThere, "Nothing is changed: the edit would bring this error into the deck.", m_options.deck);
+    m_session.RequireReadable();
     if (!m_options.dryRun || isShownWhole) run.Finish();
     if (isShownWhole)
         run.PrintDiff(out);

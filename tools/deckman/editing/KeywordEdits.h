@@ -69,7 +69,8 @@ public:
     /// Refuses an edit of a keyword, with its place.
     [[noreturn]] void Refuse(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword, const std::string& reason) const;
 
-    /// Tells what has changed, and commits unless nothing is to be done. Throws `Failure` when that fails.
+    /// Tells what has changed, and commits unless nothing is to be done. Throws `Failure` when that fails, when the
+    /// edits have brought an error into the deck, and when some file of it can't be read.
     void Finish(Output& out);
 
 private:
@@ -87,7 +88,8 @@ private:
     ChangeLog m_log;
     std::vector<Tarn::Fjel::Core::DeckManager::IKeywordFile*> m_filesBefore; ///< those of the deck as it was opened
     std::map<std::pair<bool, std::string>, WhereLimits> m_limits;            ///< by --all and --at
-    int m_line = 0;                                                          ///< of a script
+    int m_errorsBefore = 0;
+    int m_line = 0;                               ///< of a script
     std::map<std::pair<bool, int>, int> m_goneAt; ///< the lines that removed keywords, by index with --all or without
     bool m_sectionsChanged = false;               ///< the index doesn't know the sections any more
 };

@@ -21,6 +21,7 @@
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordKind.h>
 #include <tarn/service/Strings.h>
 
 #include "command/Verbs.h"
@@ -42,13 +43,15 @@ struct Gap
 {
     KeywordFileIterator position; ///< what comes goes ahead of it
     SectionType section;
-    std::string place; ///< for messages
+    std::string place;                   ///< for messages
+    const IKeyword* neighbour = nullptr; ///< the keyword beside which it was asked for, if so
 };
 
 Gap GapBeside(KeywordEdits& run, const Options& options, std::string_view verb)
 {
     const KeywordEdits::Target target = run.FindKeyword(options.target, options, verb);
-    Gap gap{target.position, run.SectionAt(target, options.after), run.Session().PlaceOf(*target.keyword)};
+    Gap gap{target.position, run.SectionAt(target, options.after), run.Session().PlaceOf(*target.keyword),
+            target.keyword};
     if (options.after) ++gap.position;
     return gap;
 }
@@ -196,7 +199,10 @@ void RemoveElement(KeywordEdits& run, const Removal& removal)
     const std::shared_ptr<std::string> text = run.Session().Keywords().GetDataText(&keyword);
     if (!text) run.Refuse(keyword, fmt::format("{} has no data, and so no items.", keyword.GetName()));
     const DataTextEditor::Path path(removal.path.begin(), removal.path.end());
-    TakeText(run, removal.target, DataTextEditor::ForKeyword(run.Session().Keywords(), keyword).Remove(*text, path));
+    DataTextEditor::Result result = DataTextEditor::ForKeyword(run.Session().Keywords(), keyword).Remove(*text, path);
+    if (result.outcome == DataTextEditor::Outcome::NoSuchItem)
+        result.reason += " To leave an item to its default, set it to 1*.";
+    TakeText(run, removal.target, result);
 }
 
 void RemoveKeyword(KeywordEdits& run, const KeywordEdits::Target& target, bool withComment)
@@ -247,9 +253,19 @@ void EditMv(KeywordEdits& run, const Options& options)
     const auto& table = *DeckManager::Environment::Instance().GetSyntaxTable();
     if (gap.section != SectionType::None && table.FindSyntax(keyword.GetName(), gap.section, true) == nullptr)
         run.Refuse(keyword, fmt::format("{} may not stand in the section {}.", keyword.GetName(), NameOf(gap.section)));
+    KeywordFileIterator behind = from.position;
+    const bool isSameFile = gap.neighbour->GetFile() == keyword.GetFile();
+    if (isSameFile && (gap.position == from.position || gap.position == ++behind))
+        run.Refuse(keyword, fmt::format("{} stands there already.", keyword.GetName()));
     run.NoteMove(keyword);
-    if (!run.Editor().MoveKeyword(from.position, gap.position))
-        run.Refuse(keyword, fmt::format("{} stands there already, or cannot go there.", keyword.GetName()));
+    if (!run.Editor().MoveKeyword(from.position, gap.position)) {
+        const bool isInclude = keyword.GetSyntax()->GetKind() == Keywords::KeywordKind::Include;
+        run.Refuse(keyword, isInclude ? "An INCLUDE cannot go into a file that it brings in, nor into or out of a "
+                                        "region that is skipped."
+                                      : fmt::format("{} cannot go there: nothing is moved into a region that is "
+                                                    "skipped, nor out of one.",
+                                                    keyword.GetName()));
+    }
 }
 
 } // namespace Deckman

@@ -1,6 +1,7 @@
 // The edit that replaces references to variables.
 
 #include <cstddef>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -147,6 +148,11 @@ private:
 
 void EditResolve(KeywordEdits& run, const Options& options)
 {
+    std::map<std::string_view, std::string_view> given;
+    for (const auto& [name, value] : options.variables) {
+        if (given.try_emplace(name, value).first->second != value)
+            throw Failure(WrongUsage, fmt::format("--set: {} is given two values.", name));
+    }
     Values values(options);
     for (const KeywordEdits::Target& target : run.AllKeywords(options)) {
         const IKeyword& keyword = *target.keyword;

@@ -76,7 +76,7 @@ std::string NearestKeywordHint(std::string_view word)
 
 std::string NearestOrAllHint(std::string_view word, std::span<const std::string_view> candidates, std::string_view what)
 {
-    constexpr std::size_t mostTold = 12;
+    constexpr std::size_t mostTold = 16;
     if (std::string near = NearestHint(word, candidates); !near.empty()) return near;
     std::string hint;
     std::size_t names = 0;

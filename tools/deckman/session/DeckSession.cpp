@@ -193,4 +193,11 @@ bool DeckSession::HasUnreadableFile() const
     return false;
 }
 
+void DeckSession::RequireReadable() const
+{
+    if (HasUnreadableFile())
+        throw Failure(FileFailure, "Nothing is changed: not all files of the deck can be read.",
+                      PlaceOf(*m_keywords->GetDataFile()));
+}
+
 } // namespace Deckman

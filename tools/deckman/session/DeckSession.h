@@ -85,6 +85,8 @@ public:
 
     /// Some file of the deck exists and can't be read.
     bool HasUnreadableFile() const;
+    /// Throws `Failure` then: what can't be read may be what a change is about, or would be counted with it.
+    void RequireReadable() const;
 
 private:
     void Open(const std::string& path, const std::string& projectDir);

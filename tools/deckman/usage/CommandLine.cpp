@@ -202,7 +202,7 @@ void CheckEdit(const Options& options)
     }
     if ((takes & TakesValue) != 0 && options.hasText == !options.value.empty())
         throw CLI::ValidationError(name, options.hasText ? "A VALUE or --text is expected, and not both."
-                                                         : "A VALUE or --text TEXT is expected.");
+                                                         : "A VALUE or --text TEXT is expected; 1* is the default.");
     if ((takes & TakesWhole) != 0 && options.wheres.empty() && !options.all)
         throw CLI::ValidationError(name, "WHERE is expected, or --all for the whole deck.");
 }
@@ -408,15 +408,17 @@ std::string Complaint(const CLI::App& app, const CLI::App& verb, const CLI::Pars
 {
     std::string text = error.what();
     std::erase(text, textMark);
-    if (dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
+    const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+    if (isMissing || dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr) {
         for (const std::string& word : app.remaining(true)) {
-            if (!word.starts_with('-')) continue;
+            if (!word.starts_with('-') || word == "-") continue;
             const std::vector<std::string> names = OptionNames(app, verb);
             if (std::find(names.begin(), names.end(), word) != names.end())
                 return fmt::format("{} stands behind -- and is taken for a word of the command.", word);
-            return fmt::format(
-                "{} has no option {}.{}", NameOf(verb), word,
-                NearestHint(word.substr(0, word.find('=')), std::vector<std::string_view>(names.begin(), names.end())));
+            const std::string hint =
+                NearestHint(word.substr(0, word.find('=')), std::vector<std::string_view>(names.begin(), names.end()));
+            return fmt::format("{} has no option {}.{}{}", NameOf(verb), word, hint,
+                               isMissing ? " A text that begins with - goes behind the word --." : "");
         }
     } else if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr && text.starts_with("--")) {
         return fmt::format("{} needs a value.", text.substr(0, text.find(':')));
