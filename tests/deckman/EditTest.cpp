@@ -281,6 +281,19 @@ TEST_F(Edit, TellsWhatItDidAndKeepsTheOldFiles)
     EXPECT_EQ(m_folder.Listing(), "a.inc a.inc~ x.DATA x.DATA~");
 }
 
+/// As `show` gave it, marks and all.
+TEST_F(Edit, TakesTheTextOfASuppressedKeyword)
+{
+    ASSERT_EQ(Run({"suppress", "WELTARG#1"}).status, 0);
+    const std::string asleep = m_folder.Read("x.DATA");
+    const Launch run{m_folder.Path()};
+    EXPECT_EQ(Shell("deckman show x.DATA WELTARG#1 | deckman set x.DATA WELTARG#1 --text -", run).status, 0);
+    EXPECT_EQ(m_folder.Read("x.DATA"), asleep);
+    const std::string edit = "deckman show x.DATA WELTARG#1 | sed s/ORAT/GRAT/ | deckman set x.DATA WELTARG#1 --text -";
+    EXPECT_EQ(Shell(edit, run).err, "");
+    EXPECT_EQ(m_folder.Read("x.DATA"), Replaced(asleep, "ORAT", "GRAT"));
+}
+
 /// Nothing is written for an edit that says what the file says already.
 TEST_F(Edit, WhatIsSoAlreadyIsNotWritten)
 {

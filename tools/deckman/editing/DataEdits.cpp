@@ -8,7 +8,9 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordText.h>
+#include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/ReadKeywordData.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <fmt/format.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
@@ -206,12 +208,19 @@ void AddElement(KeywordEdits& run, const Addition& addition, const Options& opti
 
 // --- the whole text ------------------------------------------------------------------------------
 
-/// A text that begins with the keyword's own line, as `show` prints it, without that.
-std::string_view WithoutKeywordLine(std::string_view text, const std::string& name)
+/// A text that begins with the keyword's own line, as `show` prints it, without that; and without the marks of a
+/// suppressed keyword.
+std::string WithoutKeywordLine(std::string text, const std::string& name)
 {
-    const std::string_view line = text.substr(0, text.find('\n'));
-    const bool isOwn = Service::NoCaseStringEqual(line.substr(0, line.find_first_of(" \t")), name);
-    return isOwn && line.size() < text.size() ? text.substr(line.size() + 1) : text;
+    const std::string_view mark = DeckManager::VeldaneDeckInfo::SUPPRESS_MARKER;
+    const bool isMarked = text.starts_with(mark);
+    std::string_view line = std::string_view(text).substr(0, text.find('\n'));
+    if (isMarked) line.remove_prefix(mark.size());
+    const bool isOwn = Service::NoCaseStringEqual(line.substr(0, line.find_first_of(" \t\r")), name);
+    if (!isOwn) return text;
+    if (isMarked) DeckManager::LineReaderUtil::ActivateLines(text);
+    const std::size_t end = text.find('\n');
+    return end != std::string::npos ? text.substr(end + 1) : text;
 }
 
 /// The keyword whose line a text begins with, as the one that another keyword's `show` prints does. Words without data
@@ -234,8 +243,7 @@ void SetText(KeywordEdits& run, const Options& options)
 {
     const KeywordEdits::Target target = run.FindKeyword(options.where, options, "set --text");
     const IKeyword& keyword = *target.keyword;
-    const std::string given = GivenText(options);
-    const std::string text(WithoutKeywordLine(given, keyword.GetName()));
+    const std::string text = WithoutKeywordLine(GivenText(options), keyword.GetName());
     if (Service::AllBlanks(text)) throw Failure(WrongUsage, "The text of the data is expected, and there is none.");
     const std::shared_ptr<std::string> before = run.Session().Keywords().GetDataText(&keyword);
     if (before && *before == text) return;
