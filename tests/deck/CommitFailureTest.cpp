@@ -287,7 +287,7 @@ public:
     int Open(const std::string& path, OpenMode mode, ErrorCode& error) override
     {
         const int handle = FailingFileSystem::Open(path, mode, error);
-        if (mode == OpenMode::WriteTruncate) m_target = handle;
+        if (mode == OpenMode::WriteNew) m_target = handle;
         return handle;
     }
     std::int64_t Write(int handle, const void* data, std::size_t size, ErrorCode& error) override
