@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -294,14 +295,16 @@ RC_GTEST_PROP(LineWriterProperty, TheLayoutIsThatOfTheRules, ())
             literal.FlushItems();
             writer.FlushItems();
             break;
-        case 2:
-            literal.valueLimit = *rc::gen::inRange(0, 6);
-            EXPECT_GE(writer.SetValueRepeatLimit(literal.valueLimit), 0);
+        case 2: {
+            const int before = std::exchange(literal.valueLimit, *rc::gen::inRange(0, 6));
+            RC_ASSERT(writer.SetValueRepeatLimit(literal.valueLimit) == before);
             break;
-        case 3:
-            literal.defaultLimit = *rc::gen::inRange(0, 6);
-            writer.SetDefaultRepeatLimit(literal.defaultLimit);
+        }
+        case 3: {
+            const int before = std::exchange(literal.defaultLimit, *rc::gen::inRange(0, 6));
+            RC_ASSERT(writer.SetDefaultRepeatLimit(literal.defaultLimit) == before);
             break;
+        }
         case 4:
             literal.dropDefaults = !literal.dropDefaults;
             EXPECT_NE(writer.SetDropTrailingDefaults(literal.dropDefaults), literal.dropDefaults);
