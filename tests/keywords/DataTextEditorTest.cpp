@@ -120,6 +120,7 @@ TEST(DataTextEditor, ItemsOfARecord)
         {items, "'A B' 1 /", {0}, "C", "'C' 1 /"},
         {items, "A 1 /", {0}, "B C", "'B C' 1 /"},
         {items, "A 1 /", {0}, "'1*'", "'1*' 1 /"},
+        {items, "A 1 /", {0}, "'C'", "'C' 1 /"},     // as it was given
         {items, "A 1 /", {0}, "PORO", "'PORO' 1 /"}, // at a line's head it would be a keyword
         {items, " A 1 /", {0}, "PORO", " PORO 1 /"},
         {items, "A 1 2 shut YES /", {3}, "open", "A 1 2 open YES /"},
