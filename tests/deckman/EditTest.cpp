@@ -331,6 +331,20 @@ TEST_F(Edit, SaysWhoseACommentWillBe)
     EXPECT_EQ(m_folder.Read("x.DATA"), "RUNSPEC\n\n-- sizes\nTABDIMS\n 1 /\n");
 }
 
+TEST_F(Edit, SaysWhatWouldDo)
+{
+    const std::string deck = "SCHEDULE\nSKIP\nWELTARG\n/\nENDSKIP\nUDQ\n DEFINE FUA FOPR /\n/\n";
+    m_folder.Write("x.DATA", deck);
+    const std::string closed = " What --simulator skips is closed to edits; without that option it is not.";
+    EXPECT_THAT(Run({"rm", "SKIP", "--simulator", "100"}).err,
+                HasSubstr("x.DATA:2: error: SKIP cannot be removed." + closed));
+    EXPECT_THAT(Run({"suppress", "ENDSKIP", "--simulator", "100"}).err,
+                HasSubstr("x.DATA:5: error: ENDSKIP cannot be edited here." + closed));
+    EXPECT_THAT(Run({"set", "UDQ[+]", "DEFINE FUB FUA + 1"}).err,
+                HasSubstr("A single value can not stand for a list or a record. --text sets all data of the keyword."));
+    EXPECT_EQ(m_folder.Read("x.DATA"), deck);
+}
+
 /// Its keywords stand there once, however often the deck has them.
 TEST_F(Edit, AFileThatIsIncludedTwiceIsOne)
 {

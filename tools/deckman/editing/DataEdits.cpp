@@ -188,6 +188,14 @@ std::vector<Value> ValuesOf(std::string_view text)
     return values;
 }
 
+/// A record of an expression, as those of UDQ, is more than its items.
+DataTextEditor::Result WithHint(DataTextEditor::Result result)
+{
+    if (result.outcome == Outcome::BadValue && result.reason.ends_with("can not stand for a list or a record."))
+        result.reason += " --text sets all data of the keyword.";
+    return result;
+}
+
 void AddElement(KeywordEdits& run, const Addition& addition, const Options& options)
 {
     const KeywordEdits::Target target = run.Find(addition.list, options);
@@ -201,7 +209,7 @@ void AddElement(KeywordEdits& run, const Addition& addition, const Options& opti
     const DataTextEditor::Path path = AsPath(target.items.Numbers(data, keyword.GetName()));
     const DataTextEditor editor = EditorFor(run, keyword);
     if (element == MDType::Record)
-        TakeText(run, target, editor.InsertRecord(text, path, addition.index, ValuesOf(options.value)));
+        TakeText(run, target, WithHint(editor.InsertRecord(text, path, addition.index, ValuesOf(options.value))));
     else
         TakeText(run, target, editor.InsertElement(text, path, addition.index, Value::Text(options.value)));
 }

@@ -32,8 +32,7 @@ using Change = std::function<bool(const KeywordEdits::Target&)>;
 void ChangeKeyword(KeywordEdits& run, const KeywordEdits::Target& target, const Change& change)
 {
     run.Log().Touch(*target.keyword);
-    if (!change(target))
-        run.Refuse(*target.keyword, fmt::format("{} cannot be edited here.", target.keyword->GetName()));
+    if (!change(target)) run.RefuseClosed(*target.keyword, "edited here");
 }
 
 /// All keywords that the options name, each once; without any, where that is allowed, those of the whole deck.

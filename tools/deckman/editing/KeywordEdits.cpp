@@ -185,6 +185,15 @@ void KeywordEdits::NoteMove(const IKeyword& keyword)
     NoteSections(keyword);
 }
 
+void KeywordEdits::RefuseClosed(const IKeyword& keyword, std::string_view what) const
+{
+    // A region that is skipped shows by its skip keywords alone, and these have no text of their own.
+    const bool isSkipped = keyword.GetSize() == 0 && keyword.GetLine() > 0;
+    Refuse(keyword,
+           fmt::format("{} cannot be {}.{}", keyword.GetName(), what,
+                       isSkipped ? " What --simulator skips is closed to edits; without that option it is not." : ""));
+}
+
 void KeywordEdits::Refuse(const IKeyword& keyword, const std::string& reason) const
 {
     // A new one has no line yet.

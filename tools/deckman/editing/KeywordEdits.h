@@ -66,6 +66,8 @@ public:
     void NoteRemoval(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword);
     void NoteMove(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword);
 
+    /// Refuses an edit of a keyword for which the editor is closed, with its place: `what` can't be done to it.
+    [[noreturn]] void RefuseClosed(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword, std::string_view what) const;
     /// Refuses an edit of a keyword, with its place.
     [[noreturn]] void Refuse(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword, const std::string& reason) const;
 

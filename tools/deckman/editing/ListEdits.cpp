@@ -208,16 +208,14 @@ void RemoveElement(KeywordEdits& run, const Removal& removal)
 void RemoveKeyword(KeywordEdits& run, const KeywordEdits::Target& target, bool withComment)
 {
     const IKeyword& keyword = *target.keyword;
-    const std::string name = keyword.GetName();
-    const std::string place = run.Session().PlaceOf(keyword);
     bool isDone = true;
     if (withComment && !run.Session().Keywords().GetComment(run.DeckPosition(target), true).empty()) {
         run.Log().TouchAbove(keyword);
         isDone = DeckManager::SetCommentAbove(run.Editor(), target.position, {});
     }
     run.NoteRemoval(keyword);
-    if (!isDone || !run.Editor().RemoveKeyword(target.position))
-        throw Failure(NotThere, fmt::format("{} cannot be removed.", name), place);
+    // One that can't be removed is still there.
+    if (!isDone || !run.Editor().RemoveKeyword(target.position)) run.RefuseClosed(keyword, "removed");
 }
 
 } // namespace
