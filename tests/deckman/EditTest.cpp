@@ -194,6 +194,10 @@ TEST_F(Edit, RefusesAndWritesNothing)
          "above has no option --new. A text that begins with - goes behind the word --."},
         {{"resolve", "--set", "A=1", "A=2"}, 2, "--set: A is given two values."},
         // What would break the deck.
+        {{"insert", "--after", "DIMENS", "RUNSPEC"},
+         1,
+         "x.DATA:7: error: The deck has a section RUNSPEC already, at x.DATA:2."},
+        {{"insert", "INCLUDE\n/", "--after", "EQLDIMS"}, 1, "a.inc:2: error: This INCLUDE names no file."},
         {{"set", "INCLUDE.FILE", "x.DATA"}, 1, "Nothing is changed: the edit would bring this error into the deck."},
         {{"set", "INCLUDE.FILE", "."}, 1, "Nothing is changed: the edit would bring this error into the deck."},
         {{"insert", "INCLUDE\n'x.DATA' /", "--after", "EQLDIMS"}, 1, "closes a ring of files: "},
@@ -292,6 +296,42 @@ TEST_F(Edit, TakesTheTextOfASuppressedKeyword)
     const std::string edit = "deckman show x.DATA WELTARG#1 | sed s/ORAT/GRAT/ | deckman set x.DATA WELTARG#1 --text -";
     EXPECT_EQ(Shell(edit, run).err, "");
     EXPECT_EQ(m_folder.Read("x.DATA"), Replaced(asleep, "ORAT", "GRAT"));
+}
+
+TEST_F(Edit, WhatIsGeneratedAsAWholeStaysSo)
+{
+    const std::string whole = "-- Generated\nEQLDIMS\n 2 /\n";
+    m_folder.Write("a.inc", whole);
+    m_folder.Write("x.DATA", Replaced(top, "TABDIMS", "TABDIMS -- Generated"));
+    EXPECT_EQ(Run({"untag", "INCLUDE"}).status, 1);
+    EXPECT_EQ(Run({"untag", "EQLDIMS"}).status, 1);
+    const Outcome outcome = Run({"untag", "--all"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "a.inc: warning: The file is generated as a whole, and stays so.\n");
+    EXPECT_EQ(m_folder.Read("x.DATA"), top);
+    EXPECT_EQ(m_folder.Read("a.inc"), whole);
+}
+
+/// The file is no file of the deck any more when its edits are told.
+TEST_F(Edit, TellsOfAFileWhoseIncludeGoesToo)
+{
+    const Outcome outcome = Run({"rm", "EQLDIMS", "INCLUDE", "--json"});
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    const auto lines = JsonLines(outcome.out);
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0].value("file", ""), "x.DATA");
+    EXPECT_EQ(lines[1].value("file", ""), "a.inc");
+    EXPECT_EQ(m_folder.Read("a.inc"), "-- inner\r\n");
+}
+
+TEST_F(Edit, TellsWhatIsDoubtfulInATextThatItIsGiven)
+{
+    const std::string warning = " warning: Record in keyword EQLDIMS has too many items\n";
+    const std::string text = "EQLDIMS\n 1 2 3 4 5 6 7 8 9 /";
+    EXPECT_EQ(Run({"set", "EQLDIMS", "--text", text, "--dry-run"}).err, "a.inc:2:" + warning);
+    EXPECT_EQ(Run({"insert", "--after", "DIMENS", text, "--strict"}).err, "x.DATA:7:" + warning);
+    Restore();
+    EXPECT_EQ(Run({"insert", "--after", "EQLDIMS", "EQLDIMS\n 1"}).err, "");
 }
 
 /// Nothing is written for an edit that says what the file says already.

@@ -245,6 +245,8 @@ std::vector<ChangeLog::Change> ChangeLog::Changes()
     std::unordered_map<const IKeywordFile*, std::size_t> order;
     for (const IKeywordFile* file : m_session.FilesInDeckOrder())
         order.emplace(file, order.size());
+    for (const Change& change : changes)
+        m_shownNames.try_emplace(change.file, m_session.Shown(change.file->GetFileName()));
     const auto placeOf = [&order](const Change& change) {
         return std::tuple(order.try_emplace(change.file, order.size()).first->second, change.line);
     };
@@ -289,7 +291,7 @@ void ChangeLog::PrintJson(const std::vector<Change>& changes, Output& out) const
     };
     for (const Change& change : changes) {
         out.Append("{\"action\":\"changed\",\"file\":");
-        AppendJsonString(out, m_session.Shown(change.file->GetFileName()));
+        AppendJsonString(out, m_shownNames.at(change.file));
         out.Append(fmt::format(",\"line\":{},\"name\":", change.line));
         appendText(change.name);
         out.Append(",\"old\":");

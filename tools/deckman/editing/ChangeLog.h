@@ -56,7 +56,8 @@ public:
 
     /// As a unified diff.
     void PrintDiff(const std::vector<Change>& changes, Output& out) const;
-    /// A line each: {"action":"changed","file","line","name","old","new"}.
+    /// A line each: {"action":"changed","file","line","name","old","new"}. Files that a commit has let go since need
+    /// not exist any more.
     void PrintJson(const std::vector<Change>& changes, Output& out) const;
 
 private:
@@ -94,6 +95,7 @@ private:
     std::deque<Record> m_records;
     std::unordered_map<const Tarn::Fjel::Core::DeckManager::IKeyword*, Record*> m_byKeyword;
     std::vector<const Tarn::Fjel::Core::DeckManager::IKeywordFile*> m_headers;
+    std::unordered_map<const Tarn::Fjel::Core::DeckManager::IKeywordFile*, std::string> m_shownNames; ///< of changes
 };
 
 } // namespace Deckman

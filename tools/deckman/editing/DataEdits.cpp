@@ -12,10 +12,12 @@
 #include <deckmanager/ReadKeywordData.h>
 #include <deckmanager/VeldaneDeckInfo.h>
 #include <fmt/format.h>
+#include <tarn/keywords/DataAccessUtils.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordListMD.h>
 #include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/service/Log.h>
 #include <tarn/service/Strings.h>
@@ -266,6 +268,7 @@ void SetText(KeywordEdits& run, const Options& options)
     if (!run.Editor().SetDataText(target.position, text))
         run.Refuse(keyword, fmt::format("{} cannot have this text for its data.", keyword.GetName()));
     RequireReadable(run, keyword);
+    TellWarnings(run, keyword, run.Session().PlaceOf(keyword));
 }
 
 } // namespace
@@ -301,6 +304,31 @@ void RequireReadable(const KeywordEdits& run, const IKeyword& keyword)
 {
     const std::string trouble = TroubleIn(run, keyword, Log::Error);
     if (!trouble.empty() && !IsAboutQuantity(trouble)) run.Refuse(keyword, trouble);
+    const bool isInclude = keyword.GetSyntax()->GetKind() == Keywords::KeywordKind::Include;
+    const DeckManager::IDeckKeywords& keywords = run.Session().Keywords();
+    if (isInclude && !keywords.HasVariables(&keyword) &&
+        !Keywords::DataAccessUtils::GetINCLUDEFileName(keywords.GetKeywordData(&keyword)))
+        run.Refuse(keyword, "This INCLUDE names no file.");
+}
+
+void TellWarnings(const KeywordEdits& run, const IKeyword& keyword, const std::string& place)
+{
+    if (keyword.GetSyntax()->GetKind() == Keywords::KeywordKind::Include) return; // the library reads it by itself
+    std::vector<std::string> warnings;
+    {
+        const Messages::Diversion diversion(run.Session().Log(), [&](const Messages::Message& message) {
+            // A missing end is written all the same.
+            const bool isOfEnd = message.text.ends_with("properly terminated");
+            if (message.severity == Log::Warning && !isOfEnd) warnings.emplace_back(message.text);
+        });
+        try {
+            DeckManager::ReadKeywordData(run.Session().Keywords(), keyword);
+        } catch (const Service::Exception&) {
+            return;
+        }
+    }
+    for (const std::string& warning : warnings)
+        run.Session().Log().Warning(place, warning);
 }
 
 void EditSet(KeywordEdits& run, const Options& options)

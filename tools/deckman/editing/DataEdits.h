@@ -25,4 +25,8 @@ void TakeText(KeywordEdits& run, const KeywordEdits::Target& target,
 /// of the deck can tell is no error.
 void RequireReadable(const KeywordEdits& run, const Tarn::Fjel::Core::DeckManager::IKeyword& keyword);
 
+/// Tells the warnings of that read, at `place`.
+void TellWarnings(const KeywordEdits& run, const Tarn::Fjel::Core::DeckManager::IKeyword& keyword,
+                  const std::string& place);
+
 } // namespace Deckman

@@ -126,11 +126,18 @@ void EditTag(KeywordEdits& run, const Options& options)
 void EditUntag(KeywordEdits& run, const Options& options)
 {
     ChangeKeywords(run, options, "untag", [&](const KeywordEdits::Target& target) {
-        if (target.keyword->IsInGeneratedFile())
-            run.Refuse(*target.keyword, "The file is generated as a whole, and each of its keywords with it.");
+        const bool isWholeDeck = options.wheres.empty();
+        if (target.keyword->IsInGeneratedFile()) {
+            if (!isWholeDeck)
+                run.Refuse(*target.keyword, "The file is generated as a whole, and each of its keywords with it.");
+            run.Session().Log().Warning(run.Session().PlaceOf(*target.keyword->GetFile()),
+                                        "The file is generated as a whole, and stays so.");
+            return true;
+        }
         run.Editor().UntagKeyword(target.keyword);
         const DeckManager::IKeywordFile* file = run.Session().Keywords().GetIncludedFile(target.keyword);
         if (file != nullptr && target.keyword->IsGenerated()) {
+            if (isWholeDeck) return true;
             run.Refuse(*target.keyword, fmt::format("{} is generated as a whole, and its INCLUDE with it.",
                                                     run.Session().PlaceOf(*file)));
         }

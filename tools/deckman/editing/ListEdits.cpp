@@ -132,6 +132,21 @@ std::vector<Piece> Cut(const std::string& text, const Gap& gap)
     return pieces;
 }
 
+/// A section that is there already would be gone on with, and what stands below be in it.
+void RequireNewSections(const KeywordEdits& run, const std::vector<Piece>& pieces, const Gap& gap)
+{
+    const DeckManager::IDeckKeywords& keywords = run.Session().Keywords();
+    for (const Piece& piece : pieces) {
+        if (piece.syntax->GetKind() != Keywords::KeywordKind::Section) continue;
+        const DeckManager::KeywordIterator& begin = keywords.SectionBegin(piece.section);
+        if (begin == keywords.End()) continue;
+        const IKeyword& present = **begin;
+        const std::string place =
+            present.GetLine() > 0 ? run.Session().PlaceOf(present) : run.Session().PlaceOf(*present.GetFile());
+        throw Failure(NotThere, fmt::format("The deck has a section {} already, at {}.", piece.name, place), gap.place);
+    }
+}
+
 void InsertPiece(KeywordEdits& run, Piece piece, const Gap& gap)
 {
     const bool isSuppressed =
@@ -158,6 +173,7 @@ void InsertPiece(KeywordEdits& run, Piece piece, const Gap& gap)
     } catch (const Failure& failure) {
         throw Failure(failure.Status(), failure.what(), gap.place);
     }
+    TellWarnings(run, *inserted, gap.place);
 }
 
 } // namespace
@@ -168,7 +184,9 @@ void EditInsert(KeywordEdits& run, const Options& options)
     if (Service::AllBlanks(text)) throw Failure(WrongUsage, "The text of a keyword is expected, and there is none.");
     const Gap gap =
         options.filter.section ? GapAtEndOf(run, *options.filter.section) : GapBeside(run, options, "insert");
-    for (Piece& piece : Cut(text, gap))
+    std::vector<Piece> pieces = Cut(text, gap);
+    RequireNewSections(run, pieces, gap);
+    for (Piece& piece : pieces)
         InsertPiece(run, std::move(piece), gap);
 }
 
