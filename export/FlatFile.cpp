@@ -195,6 +195,8 @@ void FlatFile::Push(KeywordFile& file, const KeywordFileIterator& position)
     const bool isBehindEnd = file.WalkEnd() < position;
     m_levels.push_back(
         {std::make_unique<SourceFile>(file, m_writer), position, isBehindEnd ? file.End() : file.WalkEnd()});
+    // What the including file goes on with.
+    if (m_levels.size() > 1) m_levels.back().source->GoesOn();
     if (m_report != nullptr) {
         m_report->files.push_back({ExportReport::Action::Written, file.GetFileName().GetFullName(), {}, nullptr});
     }

@@ -290,6 +290,7 @@ void KeywordFile::SaveToCache(const Service::FileStatus& status) const
 
 void KeywordFile::Reload()
 {
+    UndoMovesBetweenFiles();
     ResetContents();
     KeywordFileOverwriteEventArgs args(*this);
     RaiseOnce(args);

@@ -298,6 +298,9 @@ private:
     void TakeSnapshot();
     void DropSnapshot();
     Blocks TakeBlocks(const std::shared_ptr<IKeyword>& keyword);
+    void UndoMovesBetweenFiles();
+    void DropBlocksOf(const KeywordFileReader& reader);
+    void TakeHome(KeywordFile& other, const Keyword& keyword);
     bool TakesEditAt(const KeywordFileIterator& position) const;
     IKeyword* PutIn(const KeywordFileIterator& position, std::unique_ptr<Keyword> keyword);
     void DropAfterEdit(const Keyword& keyword);

@@ -53,6 +53,8 @@ struct KeywordFile::CommitState
     long long size = 0;
     /// It breaks off, and this is to follow.
     std::optional<RestBehindText> rest;
+    /// The header that was set and stands in it.
+    std::string headerBlock;
     /// It could not take the file's place, and its name has been told.
     bool isTold = false;
 
@@ -158,6 +160,8 @@ std::vector<KeywordFile*> KeywordFile::IncludedFiles() const
 void KeywordFile::ResetContents()
 {
     if (m_commit && !m_commit->isTold) m_commit->pending.Remove();
+    // A header outlives the edits, and is still to be written.
+    if (m_commit && m_headerBlock.empty()) m_headerBlock = std::move(m_commit->headerBlock);
     m_commit.reset();
     DropPositions();
     DropSnapshot();
@@ -380,7 +384,7 @@ void KeywordFile::TakeOver()
     const bool scanWillDiffer = m_scanWillDiffer;
     DropSnapshot();
     m_scanWillDiffer = scanWillDiffer;
-    m_headerBlock.clear();
+    if (!m_headerBlock.empty()) commit.headerBlock = std::exchange(m_headerBlock, {});
 
     m_tagState.Commit();
     if (!continues) {

@@ -1,5 +1,6 @@
 // The part of `KeywordFile` that changes its list.
 
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
@@ -236,6 +237,49 @@ bool KeywordFile::MoveKeyword(const KeywordFileIterator& source, KeywordFile& ta
     KeywordFileMoveEventArgs args(*this, target, keyword);
     RaiseOnce(args);
     return true;
+}
+
+/// A list that is about to be read anew keeps no keyword of another file, which would be lost, and has none of its own
+/// left in others, where it would stand twice.
+void KeywordFile::UndoMovesBetweenFiles()
+{
+    if (!m_contents || !m_snapshotTaken) return;
+    const List mine = m_snapshot;
+    for (const std::shared_ptr<IKeyword>& listed : mine) {
+        const Keyword& keyword = KeywordFileContents::AsKeyword(listed);
+        KeywordFile* other = keyword.Owner() != nullptr ? keyword.Owner()->AsKeywordFile() : nullptr;
+        if (other == nullptr || other == this) continue;
+        other->RemoveKeyword(other->Find(listed.get()));
+        other->DropBlocksOf(*m_fileReader);
+    }
+    const List present = m_contents->Keywords();
+    for (const std::shared_ptr<IKeyword>& listed : present) {
+        const Keyword& keyword = KeywordFileContents::AsKeyword(listed);
+        if (keyword.Owner() != this || !keyword.HasValidExtent() || keyword.Reader() == m_fileReader) continue;
+        if (KeywordFile* home = keyword.GetDiskFile()) home->TakeHome(*this, keyword);
+    }
+}
+
+/// What stood ahead of the keywords of that text stays there.
+void KeywordFile::DropBlocksOf(const KeywordFileReader& reader)
+{
+    for (auto& [keyword, blocks] : m_blocksAhead) {
+        blocks.remove_if([&reader](const KeptBlock& block) {
+            return block.below && KeywordFileContents::AsKeyword(block.below).Reader().get() == &reader;
+        });
+    }
+}
+
+/// The keyword comes back from a file to which it was moved: to where it stood, among those that stand here still.
+void KeywordFile::TakeHome(KeywordFile& other, const Keyword& keyword)
+{
+    const auto isKeyword = [&keyword](const std::shared_ptr<IKeyword>& listed) { return listed.get() == &keyword; };
+    auto next = std::find_if(m_snapshot.begin(), m_snapshot.end(), isKeyword);
+    if (next == m_snapshot.end()) return;
+    KeywordFileIterator place = End();
+    for (++next; next != m_snapshot.end() && place == End(); ++next)
+        place = Find(next->get());
+    other.MoveKeyword(other.Find(&keyword), *this, place);
 }
 
 /// Whether a scan of the text finds other keywords when this one comes or goes: those of a region that is skipped, and

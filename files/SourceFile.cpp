@@ -238,7 +238,7 @@ void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Ke
         NoteBegin(keyword);
         keyword.WriteBehindComment(*m_writer, nullptr, context, simulator, m_ownTextOnly);
     }
-    if (m_isFollowedAnew) EndData(keyword);
+    if (m_isFollowedAnew || m_goesOn) EndData(keyword);
 }
 
 /// The data of the last keyword of a file may go on to the end of that.
@@ -318,7 +318,7 @@ void SourceFile::CopyBlockAhead(const Keyword* below, const Context& context)
 {
     if (below != nullptr && below->Reader() != m_file.FileReader()) {
         KeywordFile* other = below->GetDiskFile();
-        if (other == nullptr) return;
+        if (other == nullptr || other->FileReader() != below->Reader()) return;
         Flush();
         SourceFile source(*other, m_writer, m_extents);
         source.m_keepsBytes = false;
@@ -389,7 +389,8 @@ std::string SourceFile::TextAhead(const Keyword* keyword, const Context& context
             text += *block.text;
         } else if (below == nullptr || below->Reader() == m_file.FileReader()) {
             text += StretchText(StretchAhead(below, context));
-        } else if (KeywordFile* other = below->GetDiskFile()) {
+        } else if (KeywordFile* other = below->GetDiskFile();
+                   other != nullptr && other->FileReader() == below->Reader()) {
             SourceFile source(*other, nullptr);
             text += source.StretchText(source.StretchAhead(below, context));
         }

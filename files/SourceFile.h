@@ -67,6 +67,8 @@ public:
     /// A range begins with the keyword that comes next: what stands ahead of it is no part of the range.
     void SkipBlocksAhead() { m_blocksWritten = true; }
 
+    /// Behind what is written of the file, more follows that isn't of its list.
+    void GoesOn() { m_goesOn = true; }
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
     /// Behind the last keyword of the file on the disk goes another one: what its data lack at their end is written.
@@ -142,6 +144,7 @@ private:
     const std::vector<const Keyword*>& m_onDisk;
     std::int64_t m_size = 0; ///< of the file
     bool m_ownTextOnly = false;
+    bool m_goesOn = false;
     bool m_isFollowedAnew = false; ///< by a keyword that doesn't stand behind it on the disk
     bool m_blocksWritten = true;   ///< those ahead of the keyword that comes next
     std::int64_t m_headEnd = 0;

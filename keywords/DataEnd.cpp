@@ -48,7 +48,14 @@ std::string MissingDataEnd(const Keywords::IKeywordSyntax& syntax, std::string_v
     if (!whole.empty() && whole.back() != '\n') whole += '\n';
     if (!IsOpen(syntax, whole)) return {};
     const std::string line = LineAtEnd(syntax.GetMetaData());
-    return IsOpen(syntax, whole + line) ? std::string() : line;
+    // Where a list ends with a terminator of its own, the last of its records may lack one, too.
+    constexpr int mostLines = 3;
+    std::string lines;
+    for (int i = 0; i < mostLines; ++i) {
+        lines += line;
+        if (!IsOpen(syntax, whole + lines)) return lines;
+    }
+    return {};
 }
 
 } // namespace Tarn::Fjel::Core::DeckManager

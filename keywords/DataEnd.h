@@ -9,7 +9,7 @@ class IKeywordSyntax;
 
 namespace Tarn::Fjel::Core::DeckManager {
 
-/// The line that the text of a keyword's data lacks at its end: a scan that doesn't find it takes the keyword lines
+/// The lines that the text of a keyword's data lacks at its end: a scan that doesn't find them takes the keyword lines
 /// that follow for data. Empty for a text that lacks none.
 std::string MissingDataEnd(const Keywords::IKeywordSyntax& syntax, std::string_view text);
 

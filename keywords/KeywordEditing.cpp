@@ -225,6 +225,8 @@ void Keyword::Commit(const std::shared_ptr<KeywordFileReader>& reader, long long
     m_position = m_commentedOut ? -1 : position;
     m_size = m_commentedOut ? -1 : size;
     m_line = 0;
+    // What the scan has learnt of the tag holds no more.
+    if (IsTagChanged()) m_tagKnown = false;
     if (HasTagMgr()) GetTagMgr().CommitTag();
     if (m_state) {
         m_state->commentManager.reset();

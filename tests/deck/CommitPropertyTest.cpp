@@ -100,7 +100,7 @@ public:
             m_edits.push_back(what + " " + (keyword != nullptr ? keyword->GetName() : "(end)") + " in " +
                               file.GetFileName().GetFileName() + " (" + number + ")");
         };
-        switch (Below(21)) {
+        switch (Below(22)) {
         case 0:
         case 1:
             note("insert");
@@ -137,6 +137,11 @@ public:
             note("data");
             Touch(*keyword, true);
             editor.SetDataText(place, keyword->GetName() == "TITLE" ? "Run " + number : " " + number + " /");
+            break;
+        case 21:
+            note("insert open data");
+            editor.InsertKeywordText(SyntaxOf(WithOpenData()), place,
+                                     WithOpenData() + "\n W" + number + (Below(2) == 0 ? " /" : ""));
             break;
         case 16: {
             if (keyword == nullptr || IsStructure(*keyword) || keyword->GetSyntax()->GetMetaData() == nullptr) break;
@@ -309,6 +314,7 @@ private:
 
     /// A deck of several sections has keywords that are at home in each, which read the same wherever they move.
     std::string WithData() const { return m_hasSections ? "EXTRAPMS" : "EQLDIMS"; }
+    std::string WithOpenData() const { return m_hasSections ? "MESSAGE" : "WELSPECS"; }
     std::string WithoutData() const { return m_hasSections ? "NOECHO" : "OIL"; }
 
     std::size_t Below(std::size_t n) { return m_chance() % n; }
@@ -455,6 +461,25 @@ private:
         return text;
     }
 
+    /// Data whose end only that of the file is: whatever stands behind them would be more of them.
+    std::string OpenText()
+    {
+        const std::string number = std::to_string(m_next++);
+        if (m_hasSections) return "MESSAGE" + m_lineEnd + Comments() + " W" + number + m_lineEnd;
+        switch (Below(5)) {
+        case 0:
+            return "TITLE" + m_lineEnd;
+        case 1:
+            return "PYINPUT" + m_lineEnd + "x = " + number + m_lineEnd;
+        case 2:
+            return "--@@@WELSPECS" + m_lineEnd + "--@@@ W" + number + " /" + m_lineEnd;
+        case 3:
+            return "START" + m_lineEnd + " 1 JAN" + m_lineEnd;
+        default:
+            return "WELSPECS" + m_lineEnd + Comments() + " W" + number + " /" + m_lineEnd;
+        }
+    }
+
     std::string Text(int file)
     {
         std::string text = Below(8) == 0 ? "\xEF\xBB\xBF" : "";
@@ -479,6 +504,7 @@ private:
             text += "INCLUDE" + m_lineEnd + "'F1.INC' /" + m_lineEnd + Comments() + "INCLUDE" + m_lineEnd + "F2.INC /" +
                     m_lineEnd + Comments();
         }
+        if (Below(4) == 0) text += OpenText() + Comments();
         if (Below(4) == 0 && text.ends_with(m_lineEnd)) text.resize(text.size() - m_lineEnd.size());
         return text;
     }

@@ -139,6 +139,18 @@ TEST_F(CommitTest, ChangesOnlyWhatWasEdited)
     }
 }
 
+TEST_F(CommitTest, ATagThatWasCommittedGoesWithTheOthers)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nTABDIMS\n1 /\n"}});
+    EditorOf(deck).TagKeyword(*deck.At("TABDIMS"));
+    EditorOf(deck).Commit();
+    EXPECT_NE(deck.Dir().Read("TOP.DATA").find("-- Generated"), std::string::npos);
+    Environment::Instance().WriteGeneratedTags(false);
+    EditorOf(deck).SetDataText(deck.At("TABDIMS"), " 2 /");
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\nTABDIMS\n 2 /\n");
+}
+
 TEST_F(CommitTest, AnOpenLastLineStaysOpenWhileNothingFollowsIt)
 {
     struct Case
@@ -208,6 +220,8 @@ TEST_F(CommitTest, DataAreEndedWhereAKeywordFollows)
         {"a list", wells + "-- end\n", append, wells + "/\nNOECHO\n\n-- end\n"},
         {"an ended list", wells + "/\n", append, wells + "/\nNOECHO\n\n"},
         {"a record", "SCHEDULE\nRPTSCHED\n PRES", append, "SCHEDULE\nRPTSCHED\n PRES\n/\nNOECHO\n\n"},
+        {"a list whose last record is open", "SCHEDULE\nACTIONX\n A 1 /\n WOPR W > 1\n", append,
+         "SCHEDULE\nACTIONX\n A 1 /\n WOPR W > 1\n/\n/\nNOECHO\n\n"},
         {"a title without its line", "RUNSPEC\nTITLE", append, "RUNSPEC\nTITLE\n\nNOECHO\n\n"},
         {"raw text", "RUNSPEC\nPYINPUT\nimport x\n", append, "RUNSPEC\nPYINPUT\nimport x\nPYEND\nNOECHO\n\n"},
         {"suppressed and moved", "SCHEDULE\nNOECHO\n--@@@RPTSCHED\n--@@@ PRES",

@@ -411,6 +411,39 @@ TEST_F(EditorTest, EditsBelowAnIncludeOutliveIt)
     }
 }
 
+/// The keywords that were moved between it and others stand where they are read from: none is lost, none twice.
+TEST_F(EditorTest, AFileThatIsReadAnewMidwayTakesNoKeywordAlong)
+{
+    LineEnds::SetPolicy(LineEnds::Policy::Keep);
+    const TestDeck::Texts texts{{"T.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nINCLUDE\nB.INC /\n"},
+                                {"A.INC", "OIL\n\n-- above\nTABDIMS\n1 /\nINCLUDE\nC.INC /\nGAS\n"},
+                                {"B.INC", "WATER\n\n-- above\nDIMENS\n1 2 3 /\n"},
+                                {"C.INC", "NOECHO\n"}};
+    for (const char* name : {"A.INC", "B.INC"}) {
+        for (const bool goesAhead : {false, true}) {
+            SCOPED_TRACE(testing::Message() << name << ", ahead " << goesAhead);
+            const TestDeck deck(texts);
+            const std::string before = deck.Walk(true);
+            IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+            const bool isSource = std::string(name) == "A.INC";
+            editor.SetDataText(deck.At(isSource ? "DIMENS" : "TABDIMS"), " 7 /");
+            if (goesAhead) editor.CommitFile(&deck.File(name));
+            ASSERT_TRUE(editor.MoveKeyword(deck.At("TABDIMS"), deck.At("DIMENS")));
+            ASSERT_TRUE(editor.MoveKeyword(deck.At("INCLUDE", 2), deck.At("DIMENS")));
+            deck.File(name).Reload();
+            EXPECT_EQ(deck.Walk(true), before);
+            editor.Commit();
+            EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+            for (const auto& [file, text] : texts) {
+                std::string expected = text;
+                if (file != name && file == "B.INC") expected.replace(text.find("1 2 3"), 5, " 7");
+                if (file != name && file == "A.INC") expected.replace(text.find("1 /"), 1, " 7");
+                EXPECT_EQ(deck.Dir().Read(file), expected);
+            }
+        }
+    }
+}
+
 TEST_F(EditorTest, FilesThatGoIntoEachOtherTheOtherWayRoundCloseNoRing)
 {
     const TestDeck deck(TestDeck::Texts{{"T.DATA", "RUNSPEC\nINCLUDE\nA.INC /\nDIMENS\n1 2 3 /\n"},

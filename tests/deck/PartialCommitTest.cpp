@@ -353,6 +353,19 @@ TEST_F(PartialCommitTest, ADiscardGoesBackToTheFile)
     }
 }
 
+TEST_F(PartialCommitTest, AHeaderOutlivesTheDiscardOfWhatItStandsIn)
+{
+    const AheadDeck deck(written + rest);
+    deck.Editor().SetHeaderComment(&deck.File(), "mine");
+    deck.SetData("TABDIMS", " 9 /");
+    deck.GoAhead();
+    deck.Editor().Discard();
+    EXPECT_EQ(deck.Read(), written + rest);
+    deck.Commit();
+    EXPECT_EQ(deck.Read(), "-- Generated [\n--mine\n-- Generated ]\n\n" + written + rest);
+    deck.ExpectAsRead();
+}
+
 /// Nothing is kept in memory of what is written: who asks is answered from there.
 TEST_F(PartialCommitTest, WhatIsWrittenIsReadFromThere)
 {
