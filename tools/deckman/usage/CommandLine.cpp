@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -498,7 +499,15 @@ Options ScriptLineParser::Parse(const std::vector<std::string>& words)
         CheckEdit(options);
     } catch (const CLI::ParseError& error) {
         const CLI::App* verb = ChosenVerb(m_grammar->app);
-        throw Failure(WrongUsage, verb != nullptr ? Complaint(m_grammar->app, *verb, error) : error.what());
+        std::string text = verb != nullptr ? Complaint(m_grammar->app, *verb, error) : error.what();
+        constexpr std::string_view ofScripts[] = {"--dry-run", "--backup",    "--eol",         "--json",    "--strict",
+                                                  "--project", "--simulator", "--keyword-tag", "--file-tag"};
+        const bool isOfScript = std::any_of(std::begin(ofScripts), std::end(ofScripts), [&](std::string_view option) {
+            return text.starts_with(fmt::format("{} has no option {}.", words.front(), option)) ||
+                   text.starts_with(fmt::format("{} has no option {}=", words.front(), option));
+        });
+        if (isOfScript) text += " It is one of apply, and holds for all lines.";
+        throw Failure(WrongUsage, text);
     }
     const bool takesText = (known->takes & TakesText) != 0 || options.hasText;
     if (takesText && options.text == "-")
