@@ -85,7 +85,11 @@ bool Continue(SourceFile& source, LineFileWriter& writer, const Context& context
     KeywordFileIterator place = file.Begin();
     for (std::size_t i = 0; i < written.size(); ++i)
         ++place;
-    if (!written.empty() && place != end) source.EndData(KeywordFileContents::AsKeyword(written.back()));
+    if (!written.empty() && place != end) {
+        const Keyword& last = KeywordFileContents::AsKeyword(written.back());
+        source.EndData(last);
+        source.NoteWritten(last);
+    }
     for (; place != end; ++place) {
         if (!writer.IsGood()) return false;
         source.ComeTo(place, context);

@@ -17,6 +17,7 @@
 #include <deckmanager/LineEnds.h>
 #include <deckmanager/LineReaderUtil.h>
 #include <deckmanager/VeldaneDeckInfo.h>
+#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/Strings.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
@@ -234,11 +235,28 @@ void SourceFile::WriteKeyword(const Keyword& keyword, const Context& context, Ke
     } else {
         Flush();
         if (m_writer == nullptr) return;
+        if (!keyword.HasValidExtent()) KeepApart(keyword.GetLeadingComment());
         keyword.WriteLeadingComment(*m_writer);
         NoteBegin(keyword);
         keyword.WriteBehindComment(*m_writer, nullptr, context, simulator, m_ownTextOnly);
     }
     if (m_isFollowedAnew || m_goesOn) EndData(keyword);
+    NoteWritten(keyword);
+}
+
+/// What is written afresh for a keyword without data ends in a blank line.
+void SourceFile::NoteWritten(const Keyword& keyword)
+{
+    if (!keyword.IsCommentedOut())
+        m_takesComment = keyword.GetSyntax()->GetMetaData() == nullptr && keyword.HasValidExtent();
+}
+
+/// Straight below a keyword without data a comment would be that one's, and not the one above the keyword that follows.
+void SourceFile::KeepApart(const std::string& comment)
+{
+    const bool isNext = std::exchange(m_takesComment, false);
+    if (isNext && VeldaneDeckInfo::BeginsWithCommentMarker(Service::TrimmedLeft(comment.substr(0, comment.find('\n')))))
+        m_writer->NewLine();
 }
 
 /// The data of the last keyword of a file may go on to the end of that.
@@ -309,7 +327,9 @@ void SourceFile::WriteBlocksAhead(const Keyword* keyword, const Context& context
             continue;
         }
         Flush();
-        if (m_writer != nullptr) m_writer->WriteText(*block.text);
+        if (m_writer == nullptr) continue;
+        if (keyword != nullptr) KeepApart(*block.text);
+        m_writer->WriteText(*block.text);
     }
 }
 
@@ -322,11 +342,14 @@ void SourceFile::CopyBlockAhead(const Keyword* below, const Context& context)
         Flush();
         SourceFile source(*other, m_writer, m_extents);
         source.m_keepsBytes = false;
+        source.m_takesComment = m_takesComment;
         source.CopyBlockAhead(below, context);
         source.Flush();
+        m_takesComment = source.m_takesComment;
         return;
     }
     const RestOfFile stretch = StretchAhead(below, context);
+    if (stretch.begin < stretch.end) m_takesComment = false;
     Copy(stretch.begin, stretch.gap);
     if (stretch.gap < stretch.end) EndExtents();
     Copy(stretch.gap, stretch.end);
@@ -480,6 +503,7 @@ void SourceFile::CopyGap(const Keyword& keyword)
     const std::int64_t size = GapSize(keyword);
     const std::int64_t begin = keyword.Position() + keyword.Size();
     if (size <= 0) return;
+    m_takesComment = false;
     EndExtents();
     Copy(begin, begin + size);
 }

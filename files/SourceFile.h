@@ -71,6 +71,8 @@ public:
     void GoesOn() { m_goesOn = true; }
     /// What the keyword hands on when it is left out.
     void LeaveOut(const Keyword& keyword, const Context& context);
+    /// What is written next goes behind the keyword.
+    void NoteWritten(const Keyword& keyword);
     /// Behind the last keyword of the file on the disk goes another one: what its data lack at their end is written.
     void EndData(const Keyword& keyword);
     void CopyGap(const Keyword& keyword);
@@ -126,6 +128,7 @@ private:
     std::int64_t Tell();
     void EndExtents();
     void NoteBegin(const Keyword& keyword);
+    void KeepApart(const std::string& comment);
     bool WriteAroundName(const FileReferencingKeyword& keyword, const std::string& dataText, const Context& context);
     long long EndToCopy(const Keyword& keyword, const Context& context) const;
     std::size_t PlaceOnDisk(const Keyword& keyword) const;
@@ -145,6 +148,7 @@ private:
     std::int64_t m_size = 0; ///< of the file
     bool m_ownTextOnly = false;
     bool m_goesOn = false;
+    bool m_takesComment = false;   ///< the keyword written last, when one comes next
     bool m_isFollowedAnew = false; ///< by a keyword that doesn't stand behind it on the disk
     bool m_blocksWritten = true;   ///< those ahead of the keyword that comes next
     std::int64_t m_headEnd = 0;

@@ -269,6 +269,31 @@ TEST_F(CommitTest, CommentsThatAreSetShowAndGoWithADiscard)
     EXPECT_EQ(commentAt("RUNSPEC"), "-- header\n");
 }
 
+/// Also behind a keyword without data, whose own comment would stand there.
+TEST_F(CommitTest, ACommentThatIsPutAboveAKeywordIsThatOne)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nOIL\nGAS\n-- of GAS\nWATER\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    for (const std::string text : {"one", "two"}) {
+        for (const char* name : {"GAS", "WATER"}) {
+            EXPECT_TRUE(SetCommentAbove(editor, deck.At(name), text));
+            editor.Commit();
+            EXPECT_EQ(deck.Keywords().GetComment(deck.At(name), false), "--" + text + "\n");
+        }
+    }
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\nOIL\n\n--two\nGAS\n-- of GAS\n\n--two\nWATER\n");
+    EXPECT_TRUE(editor.RemoveKeyword(deck.At("OIL")));
+    ASSERT_NE(Insert(editor, deck.At("GAS"), "TABDIMS\n 1 /\n"), nullptr);
+    const Keywords::IKeywordSyntax* const syntax = (*deck.At("TABDIMS"))->GetSyntax();
+    ASSERT_NE(editor.InsertKeywordText(*syntax, deck.At("WATER"), "-- of TABDIMS\nTABDIMS\n 1 /\n"), nullptr);
+    editor.Commit();
+    EXPECT_EQ(deck.Dir().Read("TOP.DATA"),
+              "RUNSPEC\nTABDIMS\n 1 /\n\n--two\nGAS\n-- of GAS\n\n-- of TABDIMS\nTABDIMS\n "
+              "1 /\n\n--two\nWATER\n");
+    EXPECT_EQ(deck.Keywords().GetComment(deck.At("TABDIMS", 2), false), "-- of TABDIMS\n");
+}
+
 /// What is put ahead of a keyword's line is written once, and belongs to the keyword ahead.
 TEST_F(CommitTest, WhatWasPutAheadOfAKeywordIsNoPartOfIt)
 {
@@ -280,10 +305,11 @@ TEST_F(CommitTest, WhatWasPutAheadOfAKeywordIsNoPartOfIt)
         keyword.AddLeadingComment(" ahead", false, true);
         EXPECT_EQ(*keyword.GetText(), isNew ? "-- ahead\nEQLDIMS\n 3 /\n" : "-- ahead\nOIL\n");
         const std::string own = isNew ? "EQLDIMS\n 3 /\n" : "";
+        const std::string apart = isNew ? "\n" : "";
         for (int i = 0; i < 2; ++i) {
             editor.Commit();
-            EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\n-- ahead\n" + own + "OIL\nTABDIMS\n1 /\n");
-            EXPECT_EQ(TestDeck::Extents(deck.TopFile()), isNew ? "RUNSPEC@0+17 EQLDIMS@17+13 OIL@30+4 TABDIMS@34+12"
+            EXPECT_EQ(deck.Dir().Read("TOP.DATA"), "RUNSPEC\n" + apart + "-- ahead\n" + own + "OIL\nTABDIMS\n1 /\n");
+            EXPECT_EQ(TestDeck::Extents(deck.TopFile()), isNew ? "RUNSPEC@0+18 EQLDIMS@18+13 OIL@31+4 TABDIMS@35+12"
                                                                : "RUNSPEC@0+17 OIL@17+4 TABDIMS@21+12");
             EXPECT_FALSE(deck.TopFile().IsModified());
         }

@@ -75,9 +75,10 @@ TEST_F(Apply, PlacesAreThoseOfTheDeckAsItWas)
          Replaced(top, "SCHEDULE\n", "PROPS\n\nSWOF\n\nSOLUTION\n\nRPTSOL\n/\nEQUIL\n 1 /\nSCHEDULE\n") + included},
         {"comment-out --all @10\nabove TABDIMS '-- new'\nheader 'top' \ntag TABDIMS DIMENS\n",
          "-- Generated [\n--top\n-- Generated ]\n\n" +
-             Replaced(Replaced(Replaced(top, "TABDIMS\n", "-- new\nTABDIMS" + std::string(30, ' ') + "-- Generated\n"),
-                               "DIMENS\n10", "DIMENS" + std::string(31, ' ') + "-- Generated\n10"),
-                      "END\nWELTARG\n/\n", "END\n--WELTARG\n--/\n") +
+             Replaced(
+                 Replaced(Replaced(top, "TABDIMS\n", "\n-- new\nTABDIMS" + std::string(30, ' ') + "-- Generated\n"),
+                          "DIMENS\n10", "DIMENS" + std::string(31, ' ') + "-- Generated\n10"),
+                 "END\nWELTARG\n/\n", "END\n--WELTARG\n--/\n") +
              included},
     };
     for (const Case& test : cases) {
@@ -210,8 +211,9 @@ TEST_F(Apply, OneScriptDoesWhatItsLinesDo)
     std::mt19937 random(4);
     const auto below = [&random](int end) { return static_cast<int>(random() % static_cast<unsigned>(end)); };
     for (int round = 0; round < 12; ++round) {
-        // Keywords that stay, each once, so that all places keep their meaning.
-        std::string text = "RUNSPEC\nSCHEDULE\n";
+        // Keywords that stay, each once, so that all places keep their meaning. A section keyword would take the
+        // comment above the next for its own, where there were no data between.
+        std::string text = "RUNSPEC\nSCHEDULE\nRPTRST\n 'BASIC=2' /\n";
         const char* const names[] = {"WELTARG", "WCONPROD", "WCONINJE", "WELOPEN", "TUNING", "RPTSCHED"};
         for (const char* name : names) {
             if (below(2) == 0) text += "\n-- above " + std::string(name) + "\n";

@@ -10,7 +10,9 @@
 #include <deckmanager/IKeywordFile.h>
 #include <deckmanager/KeywordText.h>
 #include <deckmanager/TextToCommit.h>
+#include <deckmanager/VeldaneDeckInfo.h>
 #include <fmt/format.h>
+#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/FileStream.h>
 
 #include "output/Json.h"
@@ -255,8 +257,23 @@ std::vector<ChangeLog::Change> ChangeLog::Changes()
     return changes;
 }
 
+/// Behind a keyword without data a comment that is new above a keyword is written with an empty line ahead of it.
+bool ChangeLog::IsKeptApart(const Record& record) const
+{
+    const bool hasComment =
+        record.file != nullptr
+            ? record.changesAhead && record.ahead.empty()
+            : DeckManager::VeldaneDeckInfo::BeginsWithCommentMarker(KeywordText(*record.keyword).All());
+    const IKeywordFile* file = record.isGone || !hasComment ? nullptr : record.keyword->GetFile();
+    if (file == nullptr) return false;
+    DeckManager::KeywordFileIterator place = file->Find(record.keyword);
+    return place != file->Begin() && (*--place)->GetSyntax()->GetMetaData() == nullptr;
+}
+
 bool ChangeLog::IsIntricate() const
 {
+    if (std::any_of(m_records.begin(), m_records.end(), [this](const Record& record) { return IsKeptApart(record); }))
+        return true;
     const auto changesAhead = [](const Record& record) { return record.changesAhead && !record.isGone; };
     const auto hasLeft = [](const Record& record) {
         return record.file != nullptr && (record.isGone || record.isMoved);

@@ -88,6 +88,7 @@ private:
     std::string TextNow(const Record& record) const;
     std::vector<Arrival> Arrivals() const;
     int LineBehind(const Tarn::Fjel::Core::DeckManager::IKeyword& keyword) const;
+    bool IsKeptApart(const Record& record) const;
     Change HeadOf(const Tarn::Fjel::Core::DeckManager::IKeywordFile& file) const;
 
     DeckSession& m_session;

@@ -11,10 +11,8 @@
 #include <deckmanager/IDeckKeywordsEditor.h>
 #include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordFile.h>
-#include <deckmanager/KeywordText.h>
 #include <deckmanager/SetCommentAbove.h>
 #include <fmt/format.h>
-#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/Strings.h>
 
 #include "command/Verbs.h"
@@ -71,21 +69,6 @@ std::string LinesAbove(const KeywordEdits& run, const KeywordEdits::Target& targ
         text.erase(0, std::min(text.find('\n'), text.size() - 1) + 1);
     Service::StringTrimRight(text);
     return text;
-}
-
-/// Straight below a keyword without data stands the comment of that one, to whoever reads the file.
-void TellWhoseComment(const KeywordEdits& run, const KeywordEdits::Target& target)
-{
-    DeckManager::KeywordFileIterator position = target.position;
-    if (position == target.keyword->GetFile()->Begin()) return;
-    const IKeyword& ahead = **--position;
-    const bool hasData = ahead.GetSyntax()->GetMetaData() != nullptr;
-    if (hasData || ahead.GetLine() <= 0 || !DeckManager::KeywordText(ahead).TrailingBlock().empty()) return;
-    run.Session().Log().Note(
-        run.Session().PlaceOf(ahead),
-        fmt::format("{0} has no data, and what stands straight below it reads as its comment: note "
-                    "{0} changes that, and above {1} does not.",
-                    ahead.GetName(), target.keyword->GetName()));
 }
 
 /// What the deck's files keep hidden can't be marked, and is left alone where the whole deck is meant.
@@ -172,7 +155,6 @@ void EditAbove(KeywordEdits& run, const Options& options)
     if (!DeckManager::SetCommentAbove(run.Editor(), target.position, text)) {
         run.Refuse(*target.keyword, fmt::format("No comment can be put above {} here.", target.keyword->GetName()));
     }
-    if (!text.empty()) TellWhoseComment(run, target);
 }
 
 void EditHeader(KeywordEdits& run, const Options& options)
