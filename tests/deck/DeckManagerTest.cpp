@@ -188,6 +188,19 @@ TEST_F(DeckManagerTest, ImportingTheSameFileAnewTellsTheDecksThatShareIt)
     EXPECT_EQ(*b->GetDeckKeywords()->LogicalEnd(), nullptr);
 }
 
+TEST_F(DeckManagerTest, TheFilesOfADeckGoWhenAnotherIsReadInItsPlace)
+{
+    m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n");
+    m_directory.Write("b.inc", "OIL\n");
+    m_directory.Write("C.DATA", "RUNSPEC\nGAS\n");
+    const auto manager = DeckManagerFactory::Create();
+    IDeck* deck = manager->ImportDeck("A", m_directory.Path("A.DATA"), false, false, false);
+    EXPECT_EQ(deck->GetDeckKeywords()->GetFiles().size(), 2u);
+    EXPECT_TRUE(manager->GetEditor(deck)->ImportDeck(m_directory.Path("C.DATA"), false, false));
+    EXPECT_EQ(deck->GetDeckKeywords()->GetFiles().size(), 1u);
+    EXPECT_EQ(manager->GetKeywordFiles().size(), 1u);
+}
+
 TEST_F(DeckManagerTest, AFileBelowOneThatWasResetIsRefreshedToo)
 {
     m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n");
