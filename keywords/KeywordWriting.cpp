@@ -62,14 +62,6 @@ bool RefersToVariables(ILineReader& lines, long long begin, long long end)
     return false;
 }
 
-/// All of a keyword's text behind its line and its tag lines.
-std::string TextOf(ILineReader& lines, const KeywordStretches& stretches)
-{
-    std::string text;
-    lines.ReadRange(stretches.head, stretches.end - 1, text);
-    return text;
-}
-
 } // namespace
 
 /// Where the data that are written come from.
@@ -377,7 +369,8 @@ void Keyword::WriteBody(ILineWriter& writer, const DataSource& source, const Key
         writer.WriteText(*source.text);
         const std::string missing = MissingDataEnd(*m_syntax, *source.text);
         // At the end of a file data may go on to that.
-        if (!missing.empty() && (!stretches || MissingDataEnd(*m_syntax, TextOf(*lines, *stretches)).empty()))
+        if (!missing.empty() &&
+            (!stretches || MissingDataEnd(*m_syntax, *lines, stretches->head, stretches->end).empty()))
             writer.WriteText(missing);
     } else if (const Keywords::IKeywordData* data = DataTree(context)) {
         KeywordDataSerializer::Serialize(*data, writer, m_variablesAllowed, simulator);
@@ -395,7 +388,7 @@ std::string Keyword::MissingEnd() const
     } else if (!m_dataChanged) {
         const std::shared_ptr<ILineReader> lines = ReaderToCopyFrom();
         const KeywordStretches stretches(*lines, m_position, m_size, CanHaveComment());
-        missing = MissingDataEnd(*m_syntax, TextOf(*lines, stretches));
+        missing = MissingDataEnd(*m_syntax, *lines, stretches.head, stretches.end);
     }
     return m_suppressed ? MarkLines(missing, LineMark::Suppress) : missing;
 }
