@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -9,7 +10,12 @@
 #include "deck/DeckKeywords.h"
 #include "deck/FilePaths.h"
 #include "files/KeywordFile.h"
+#include "files/ScanComparison.h"
+#include "keywords/Keyword.h"
 #include <deckmanager/DeckManagerException.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/KeywordKind.h>
+#include <tarn/keywords/SectionType.h>
 
 namespace Tarn::Fjel::Core::DeckManager {
 
@@ -30,6 +36,12 @@ Files FilesOf(KeywordFile& root)
     }
     std::reverse(files.begin(), files.end());
     return files;
+}
+
+void ForAll(const Files& files, void (KeywordFile::*step)())
+{
+    for (const std::shared_ptr<KeywordFile>& file : files)
+        ((*file).*step)();
 }
 
 void RequireUnchanged(const Files& files)
@@ -54,22 +66,104 @@ void RequireWritable(const Files& files)
     throw DeckManagerException("Fails to commit changes due to insufficient privileges to create/modify:\n" + names);
 }
 
-/// Reads the files anew whose lists a scan would not find. Which section keywords count depends on all files of a deck,
-/// so where some recur, these go together.
-void ReadAnew(const Files& files, KeywordFile& root)
+/// Which of the section keywords count that recur only a scan of all files can tell.
+bool SectionsRecur(const Files& files)
 {
-    const auto is = [&files](bool (KeywordFile::*question)() const) {
-        return std::any_of(files.begin(), files.end(), [&](const auto& file) { return ((*file).*question)(); });
+    std::set<Keywords::SectionType> sections;
+    for (const std::shared_ptr<KeywordFile>& file : files) {
+        if (file->HasDroppedSections()) return true;
+        if (!file->IsLoaded()) continue;
+        for (const std::shared_ptr<IKeyword>& keyword : file->DiskList()) {
+            if (keyword->GetSyntax()->GetKind() != Keywords::KeywordKind::Section) continue;
+            if (!sections.insert(KeywordFile::SectionBegunBy(*keyword)).second) return true;
+        }
+    }
+    return false;
+}
+
+struct SectionsRead
+{
+    /// Files were read anew: where they end may be another section now, which those that include them have not seen.
+    bool isAny = false;
+    bool isWhole = true; ///< no text could not be read
+};
+
+/// Reads the files anew in which a scan finds other keywords than they list, by the sections that are in force in them
+/// now. Goes as the reading of the deck does, so that each file is looked at in the section in which it would be read:
+/// that in which it is included first.
+SectionsRead ReadAnewBySections(KeywordFile& root)
+{
+    struct Level
+    {
+        std::shared_ptr<KeywordFile> file;
+        std::size_t next; ///< of its INCLUDE keywords
     };
-    const bool someDiffer = is(&KeywordFile::IsToBeReadAnew);
-    if (!someDiffer && !is(&KeywordFile::HasOtherIncludes)) return;
-    const bool allGo = is(&KeywordFile::HasRecurringSections);
-    if (!someDiffer && !allGo) return;
+    SectionsRead result;
+    std::unordered_set<const KeywordFile*> seen;
+    std::vector<Level> levels;
+    const auto enter = [&](KeywordFile& file, Keywords::SectionType start) {
+        if (!file.IsLoaded()) file.ForgetSectionToReadIn();
+        if (!file.IsLoaded() || !seen.insert(&file).second) return;
+        levels.push_back({file.shared_from_this(), 0});
+        if (file.IsPending() || file.LoadFailed()) return;
+        switch (CompareWithScan(file, start)) {
+        case ScanComparison::Same:
+            file.CountAsReadIn(start);
+            break;
+        case ScanComparison::Unreadable:
+            result.isWhole = false;
+            break;
+        case ScanComparison::Other:
+            file.ReloadIn(start);
+            result.isAny = true;
+            break;
+        }
+    };
+    enter(root, root.GetStartSection());
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        const std::vector<KeywordFileIterator>& includes = level.file->GetINCLUDEKeywords();
+        if (level.next == includes.size()) {
+            levels.pop_back();
+            continue;
+        }
+        const auto& include = static_cast<const Keyword&>(**includes[level.next++]);
+        KeywordFile* file = KeywordFile::IncludedFileOf(&include);
+        if (file != nullptr) enter(*file, include.FoundIn().value_or(Keywords::SectionType::None));
+    }
+    return result;
+}
+
+void Reload(const Files& files, bool (*isToGo)(const KeywordFile&))
+{
     // As in a refresh: a file goes after those that it includes.
     for (auto file = files.rbegin(); file != files.rend(); ++file) {
-        if ((*file)->IsToBeReadAnew() || (allGo && (*file)->IsLoaded() && !(*file)->IsPending())) (*file)->Reload();
+        if (isToGo(**file)) (*file)->Reload();
     }
-    FilePaths::ReadFromBelow(root);
+}
+
+/// Reads the files anew whose lists a scan would not find. Which section keywords count depends on all files of a deck,
+/// so where some recur, these go together. False where texts can't be read: that is still to be seen.
+bool ReadAnew(const Files& files, KeywordFile& root)
+{
+    const bool isAny = std::any_of(files.begin(), files.end(), [](const auto& file) {
+        return file->IsToBeReadAnew() || file->HasOtherKeywords() || file->HasOtherIncludes();
+    });
+    if (!isAny) return true;
+    if (!SectionsRecur(files)) {
+        Reload(files, [](const KeywordFile& file) { return file.IsToBeReadAnew(); });
+        FilePaths::ReadFromBelow(root, false);
+        SectionsRead read;
+        // The deck is right up to a file more with each time.
+        for (std::size_t times = 0; times == 0 || (times <= files.size() && read.isAny); ++times)
+            read = ReadAnewBySections(root);
+        // Of the files that have been read, some may bring a section again.
+        if (!SectionsRecur(files)) return read.isWhole;
+    }
+    Reload(files, [](const KeywordFile& file) { return file.IsLoaded() && !file.IsPending(); });
+    // All of them at once, in the order of the deck: one that is read later can't tell where sections were dropped.
+    FilePaths(root).Files();
+    return true;
 }
 
 } // namespace
@@ -96,12 +190,10 @@ void DeckKeywords::Commit()
         // A large text is not copied in a moment.
         RequireUnchanged(files);
     } catch (...) {
-        for (const std::shared_ptr<KeywordFile>& file : files)
-            file->DropWritten();
+        ForAll(files, &KeywordFile::DropWritten);
         throw;
     }
-    for (const std::shared_ptr<KeywordFile>& file : files)
-        file->TakeOver();
+    ForAll(files, &KeywordFile::TakeOver);
 
     std::string failures;
     for (const std::shared_ptr<KeywordFile>& file : files) {
@@ -112,10 +204,20 @@ void DeckKeywords::Commit()
             failures += failure.what();
         }
     }
-    ReadAnew(files, *m_rootFile);
+    const bool isRead = ReadAnew(files, *m_rootFile);
+    if (isRead) ForAll(files, &KeywordFile::StoreList);
     if (!failures.empty()) throw DeckManagerException(failures);
     for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))
         file->ForgetFormerFiles();
+    if (isRead) ForAll(files, &KeywordFile::CountAsRead);
+}
+
+void DeckKeywords::SettleSections()
+{
+    const Files files = FilesOf(*m_rootFile);
+    if (!ReadAnew(files, *m_rootFile)) return;
+    ForAll(files, &KeywordFile::StoreList);
+    ForAll(files, &KeywordFile::CountAsRead);
 }
 
 void DeckKeywords::CommitFile(KeywordFile& file)

@@ -87,6 +87,7 @@ void DeckKeywordsEditor::OverwriteFile(IKeywordFile* file, std::istream& stream,
     if (!IsOfDeck(keywordFile)) return;
     keywordFile->OverwriteFile(stream, replace, keepTag);
     m_fileManager.ClearUnreferencedFiles();
+    m_deck->Keywords().SettleSections();
 }
 
 bool DeckKeywordsEditor::ApplyFileRenames(const std::map<Service::FileName, Service::FileName>& names,

@@ -1,5 +1,8 @@
 #include "files/FileScan.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "files/KeywordFile.h"
 #include "files/KeywordINCLUDE.h"
 #include "text/KeywordFileReader.h"
@@ -31,7 +34,7 @@ SectionType SectionContextQuery::GetSection() const
     }
     if (m_section == SectionType::None && !m_startAsked) {
         m_startAsked = true;
-        m_section = m_file.GetStartSection();
+        m_section = m_file.SectionToReadIn();
         m_answers.StartIs(m_section);
     }
     return m_section;
@@ -137,6 +140,8 @@ bool FileScan::ScanAfterAll()
     m_hasCandidate = false;
     m_file.m_hasDroppedSections = false;
     m_actionDepth = 0;
+    // With the list go links, and with these what is known of the files around.
+    m_file.m_toBeReadIn = m_file.m_readIn;
     m_query.Restart();
     m_file.DropPositions();
     m_file.m_contents = std::make_unique<KeywordFileContents>(&m_file);
@@ -266,6 +271,7 @@ void FileScan::TakeFound()
     m_pending.marks.tagKnown = m_found.tagKnown;
     m_pending.marks.tagged = m_found.tagged;
     m_pending.listed = nullptr;
+    if (m_found.syntax != nullptr) m_pending.section = m_query.GetSection();
     if (m_found.syntax != nullptr && m_found.syntax->GetKind() == KeywordKind::Section) {
         SectionType section = SectionType::None;
         if (FindSection(m_found.name, section)) m_query.SetSection(section);
@@ -303,6 +309,7 @@ bool FileScan::TakeCached()
 {
     const CacheEntry::CacheValue& value = m_cached->Value();
     if (value.size == 0 && !SkipRegion::IsSkipKeyword(*m_found.syntax)) return false;
+    const SectionType sectionAhead = m_query.GetSection();
     SectionType section = SectionType::None;
     if (m_found.syntax->GetKind() == KeywordKind::Section && FindSection(value.name, section)) {
         // A section in which the file ends is never a duplicate.
@@ -310,7 +317,9 @@ bool FileScan::TakeCached()
         m_query.SetSection(section);
     }
     if (value.size > 0) NoteActions(value.name);
-    IncludeListed(m_file.AddScannedKeyword(*m_found.syntax, value.pos, value.size, value.name, &m_cached->Marks()));
+    Keyword& added = m_file.AddScannedKeyword(*m_found.syntax, value.pos, value.size, value.name, &m_cached->Marks());
+    added.SetFoundIn(sectionAhead);
+    IncludeListed(added);
     return true;
 }
 
@@ -379,6 +388,7 @@ void FileScan::AddPending(long long size)
 {
     m_pending.listed =
         &m_file.AddScannedKeyword(*m_pending.syntax, m_pending.position, size, m_pending.name, &m_pending.marks);
+    m_pending.listed->SetFoundIn(m_pending.section);
     IncludeListed(*m_pending.listed);
 }
 
@@ -387,8 +397,14 @@ void FileScan::IncludeListed(const Keyword& keyword)
     const KeywordFile* included = KeywordFile::IncludedFileOf(&keyword);
     if (included == nullptr) return;
 
-    // Known here, and a long way to ask for from there. A file that is included twice asks all its parents.
-    if (included->m_links.size() == 1) included->PrimeStartSection(m_query.GetSection());
+    // Known here, and a long way to ask for from there. A file that the deck includes twice asks all its parents.
+    const auto isOfDeck = [this](const KeywordFile* parent) { return &parent->DataFile() == &m_file.DataFile(); };
+    const auto isOnlyOfDeck = [&] {
+        const std::vector<KeywordFile*> parents = included->IncludingFiles();
+        return std::count_if(parents.begin(), parents.end(), isOfDeck) == 1;
+    };
+    if (included->m_links.size() == 1 || (!included->IsLoaded() && isOnlyOfDeck()))
+        included->PrimeStartSection(m_query.GetSection());
     m_query.IncludeFound(*included);
 }
 
@@ -399,7 +415,8 @@ void FileScan::AddSkipKeywords(const std::vector<SkippedKeyword>& skipped)
     for (const SkippedKeyword& keyword : skipped) {
         if (const Keywords::IKeywordSyntax* syntax = LineReaderUtil::FindSyntax(keyword.name, m_query)) {
             const KeywordMarks marks = ReadMarks(keyword.position, 0);
-            m_file.AddScannedKeyword(*syntax, keyword.position, 0, keyword.name, &marks);
+            m_file.AddScannedKeyword(*syntax, keyword.position, 0, keyword.name, &marks)
+                .SetFoundIn(m_query.GetSection());
         }
     }
 }

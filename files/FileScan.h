@@ -83,6 +83,7 @@ private:
         const Keywords::IKeywordSyntax* syntax = nullptr; ///< null: there is none
         long long position = -1;
         std::string name;
+        Keywords::SectionType section = Keywords::SectionType::None; ///< ahead of it
         KeywordMarks marks;
         Keyword* listed = nullptr; ///< an INCLUDE stands in the list before its end is known
     };

@@ -235,6 +235,7 @@ void KeywordFile::DropPositions()
 
 void KeywordFile::FinishLoad(ILineReader* reader)
 {
+    m_toBeReadIn.reset();
     const bool tagWasChanged = m_tagState.IsChanged();
     const bool tag = m_tagState.GetValue();
     if (reader != nullptr) {
@@ -276,6 +277,8 @@ void KeywordFile::SaveToCache(const Service::FileStatus& status) const
 {
     // Which sections these begin only a scan can tell.
     if (m_hasDroppedSections) return;
+    // A file that is included twice is read in the section of one of the two.
+    if (m_links.size() > 1 && m_readIn != GetStartSection()) return;
     // What a scan of the text would learn of other files, as far as they are known.
     SectionAnswers sections;
     sections.StartIs(GetStartSection());
@@ -292,16 +295,30 @@ void KeywordFile::Reload()
 {
     UndoMovesBetweenFiles();
     ResetContents();
+    m_hasOtherKeywords = true;
+    KeywordFileOverwriteEventArgs args(*this);
+    RaiseOnce(args);
+}
+
+void KeywordFile::ReloadIn(SectionType start)
+{
+    UndoMovesBetweenFiles();
+    ResetContents();
+    m_toBeReadIn = start;
+    Contents();
     KeywordFileOverwriteEventArgs args(*this);
     RaiseOnce(args);
 }
 
 void KeywordFile::CancelChanges()
 {
-    const std::vector<std::shared_ptr<KeywordFile>> formerFiles = std::move(m_formerFiles);
+    const std::vector<std::shared_ptr<KeywordFile>> formerFiles = m_formerFiles;
+    ForgetFormerFiles();
     if (IsPending()) {
-        // The keywords stand in a text that is not the file's.
+        // The keywords stand in a text that is not the file's. That is read as it was before.
+        const std::optional<SectionType> readIn = m_readIn;
         ResetContents();
+        m_toBeReadIn = readIn;
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);
         return;
@@ -321,7 +338,6 @@ void KeywordFile::CancelChanges()
         LinkCounter::Changed();
     }
     DropSnapshot();
-    ForgetFormerFiles();
     if (undo) {
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);
@@ -418,33 +434,28 @@ OpenReaderGuard::~OpenReaderGuard()
 
 // --- the place in the tree -----------------------------------------------------------------------
 
-namespace {
-
-/// The section that a keyword leaves in force behind it; None when it says nothing about that.
-SectionType SectionBehind(const IKeyword& keyword)
+SectionType KeywordFile::SectionBegunBy(const IKeyword& keyword)
 {
     const int kind = keyword.GetSyntax()->GetKind();
     SectionType section = SectionType::None;
     if (kind == KeywordKind::Section) {
         FindSection(keyword.GetName(), section);
     } else if (kind == KeywordKind::Include) {
-        if (const KeywordFile* file = KeywordFile::IncludedFileOf(&keyword)) section = file->EndSection();
+        if (const KeywordFile* file = IncludedFileOf(&keyword)) section = file->EndSection();
     }
     return section;
 }
-
-} // namespace
 
 SectionType KeywordFile::SectionAt(const KeywordFileIterator& position, bool askParent) const
 {
     KeywordFileContents::List& keywords = Contents().Keywords();
     auto node = position.AtBeforeBegin() ? keywords.begin() : position.GetKeywordListIter();
     if (node != keywords.end() && (*node)->GetSyntax()->GetKind() == KeywordKind::Section) {
-        return SectionBehind(**node);
+        return SectionBegunBy(**node);
     }
     while (node != keywords.begin()) {
         --node;
-        const SectionType section = SectionBehind(**node);
+        const SectionType section = SectionBegunBy(**node);
         if (section != SectionType::None) return section;
     }
     return askParent ? GetStartSection() : SectionType::None;
@@ -532,6 +543,21 @@ SectionType KeywordFile::GetStartSection() const
     return m_startSection.Get();
 }
 
+void KeywordFile::PrimeStartSection(SectionType section) const
+{
+    m_startSection.Set(section);
+    m_listedIn = {section, LinkCounter::Edits()};
+}
+
+SectionType KeywordFile::SectionToReadIn() const
+{
+    if (m_toBeReadIn)
+        m_readIn = m_toBeReadIn;
+    else
+        m_readIn = m_listedIn.edits == LinkCounter::Edits() ? m_listedIn.section : GetStartSection();
+    return *m_readIn;
+}
+
 KeywordFile& KeywordFile::DataFile() const
 {
     if (!m_dataFile.IsValid()) {
@@ -559,7 +585,7 @@ void KeywordFile::LinkAdded(KeywordINCLUDE& keyword)
         m_endSection.Drop();
         m_dataFile.Drop();
     } else {
-        LinkCounter::Changed();
+        LinkCounter::Added();
     }
 }
 

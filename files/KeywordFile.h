@@ -5,6 +5,7 @@
 #include <iosfwd>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -62,6 +63,8 @@ public:
     bool HasUserKeywords() const override;
     bool IsModified() const override;
     void Reload() override;
+    /// The same, and the file is read at once, in the section that is in force at its top.
+    void ReloadIn(Keywords::SectionType start);
     bool IsReadOnly() const override { return m_readOnly || m_loadFailed; }
     void SetReadOnly() override { m_readOnly = true; }
     KeywordFile* AsKeywordFile() override { return this; }
@@ -147,10 +150,21 @@ public:
     /// Puts the text that was taken over in the place of the file. Throws `DeckManagerException`, which names the file
     /// with the new text, when that can't be done: the file then counts as modified, and can be committed again.
     void FinishCommit();
+    /// Stores the list in the cache of the project, if there is one and a commit has put a new text in place since that
+    /// was done last. For when it is known that a scan would find that list.
+    void StoreList();
     /// The list tells another deck than the text that has been committed: the file is to be reloaded.
     bool IsToBeReadAnew() const { return m_isToBeReadAnew; }
-    /// The file holds section keywords that recur in the deck, or in the file. False for a file that isn't loaded.
-    bool HasRecurringSections() const;
+    /// A commit or another text has changed which keywords stand in the file: of those of any file of the deck it is to
+    /// be seen whether a scan finds them still. Holds until `CountAsRead`.
+    bool HasOtherKeywords() const { return m_hasOtherKeywords; }
+    void CountAsRead() { m_hasOtherKeywords = false; }
+    /// With that section in force at its top the text would be read as it was.
+    void CountAsReadIn(Keywords::SectionType start) { m_readIn = start; }
+    /// A file that is still to be read is read in the section that others tell.
+    void ForgetSectionToReadIn() { m_toBeReadIn.reset(); }
+    /// The text holds section keywords that are no keywords of the list, since the deck had them already.
+    bool HasDroppedSections() const { return m_hasDroppedSections; }
     /// The file that has brought the section into the deck; null: none has it.
     std::shared_ptr<const KeywordFile> BringerOf(Keywords::SectionType section) const;
 
@@ -174,6 +188,9 @@ public:
     Keywords::SectionType SectionAt(const KeywordFileIterator& position, bool askParent) const;
     /// `SectionAt(End(), false)`.
     Keywords::SectionType EndSection() const;
+
+    /// The section that a keyword leaves in force behind it; `None` when it says nothing about that.
+    static Keywords::SectionType SectionBegunBy(const IKeyword& keyword);
 
     /// The top file of the deck.
     KeywordFile& DataFile() const;
@@ -260,6 +277,7 @@ public:
 
 private:
     friend class FileScan;
+    friend class SectionContextQuery;
     friend class OpenReaderGuard;
     friend struct IteratorAccess;
 
@@ -274,8 +292,10 @@ private:
     void TellOfFailedOpen();
     Keyword& AddScannedKeyword(const Keywords::IKeywordSyntax& syntax, long long position, long long size,
                                std::string_view name, const KeywordMarks* marks);
+    /// The section in force at the top, for a scan.
+    Keywords::SectionType SectionToReadIn() const;
     /// The included file begins in that section: what the scan of this file knows, it need not ask.
-    void PrimeStartSection(Keywords::SectionType section) const { m_startSection.Set(section); }
+    void PrimeStartSection(Keywords::SectionType section) const;
     KeywordFileIterator At(KeywordFileContents::List::iterator node) const;
     void DropPositions();
     struct KeptBlock
@@ -288,13 +308,14 @@ private:
 
     bool IsEdited() const;
     bool HasMovedBlocks() const;
-    bool DecidesOfOthers(const Keyword& keyword) const;
+    static bool DecidesOfOthers(const Keyword& keyword);
     bool CanContinue() const;
     bool SharesKeywords() const;
     void AddToRest(const std::string& text);
     void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);
     void RemoveCommentedOut();
     void NoteSections();
+    void NoteForeignText();
     void TakeSnapshot();
     void DropSnapshot();
     Blocks TakeBlocks(const std::shared_ptr<IKeyword>& keyword);
@@ -329,6 +350,19 @@ private:
     /// An edit has changed which keywords a scan of the new text will find.
     bool m_scanWillDiffer = false;
     bool m_isToBeReadAnew = false;
+    bool m_isToBeStored = false;
+    bool m_hasOtherKeywords = false;
+    /// The section in force at the top of the text when it was read; none as long as no scan has asked.
+    mutable std::optional<Keywords::SectionType> m_readIn;
+    /// What the scan of the including file has told, as long as only further files are read.
+    struct ListedIn
+    {
+        Keywords::SectionType section = Keywords::SectionType::None;
+        unsigned long long edits = 0;
+    };
+    mutable ListedIn m_listedIn;
+    /// The section for the next scan, where others don't tell.
+    std::optional<Keywords::SectionType> m_toBeReadIn;
     Service::FileStatus m_status; ///< of the text on the disk, from before it was read
     std::unique_ptr<CommitState> m_commit;
     mutable std::unique_ptr<std::vector<KeywordFileIterator>> m_includeIndex;
@@ -340,7 +374,7 @@ private:
     bool m_readOnly = false;
     bool m_loadFailed = false;
     bool m_wasLoaded = false;
-    bool m_hasDroppedSections = false; ///< the text holds section keywords that are no keywords of the list
+    bool m_hasDroppedSections = false;
 
     std::vector<KeywordINCLUDE*> m_links; ///< the INCLUDE keywords that name this file
     std::vector<std::shared_ptr<KeywordFile>> m_formerFiles;

@@ -8,7 +8,6 @@
 #include <istream>
 #include <iterator>
 #include <optional>
-#include <set>
 #include <utility>
 
 #include "files/CachedKeywords.h"
@@ -170,7 +169,9 @@ void KeywordFile::ResetContents()
     m_headerBegin = m_headerEnd = m_tailBegin = -1;
     m_loadFailed = false;
     m_isToBeReadAnew = false;
-    ForgetFormerFiles();
+    m_isToBeStored = false;
+    m_readIn.reset();
+    m_toBeReadIn.reset();
     m_fileReader = std::make_shared<KeywordFileReader>(m_fileName.GetFullName());
     LinkCounter::Changed();
 }
@@ -379,7 +380,8 @@ void KeywordFile::TakeOver()
     const bool listChanges =
         (m_snapshotTaken && keywords != m_snapshot) ||
         std::any_of(keywords.begin(), keywords.end(), [](const auto& keyword) { return keyword->IsCommentedOut(); });
-    if (listChanges && HasRecurringSections()) m_scanWillDiffer = true;
+    m_hasOtherKeywords |= listChanges;
+    if (listChanges || !m_blocksAhead.empty()) NoteForeignText();
     TakeExtents(written.result, m_fileReader, written.partial);
     const bool scanWillDiffer = m_scanWillDiffer;
     DropSnapshot();
@@ -403,6 +405,43 @@ void KeywordFile::TakeOver()
     NoteSections();
     // Others may keep where keywords stand.
     LinkCounter::Changed();
+}
+
+/// A keyword behind which text has come to stand that was read in another section is not known to be read alike.
+void KeywordFile::NoteForeignText()
+{
+    using Section = std::optional<SectionType>;
+    const auto sectionBehind = [](const std::shared_ptr<IKeyword>& keyword) -> Section {
+        if (keyword->GetSyntax()->GetKind() == KeywordKind::Include) return std::nullopt;
+        const SectionType begun = SectionOfKeyword(*keyword);
+        return begun != SectionType::None ? begun : KeywordFileContents::AsKeyword(keyword).FoundIn();
+    };
+    const List& former = DiskList();
+    const Section atEnd = former.empty() ? Section() : sectionBehind(former.back());
+    const auto sectionAhead = [&](const std::shared_ptr<IKeyword>& keyword) {
+        return keyword ? KeywordFileContents::AsKeyword(keyword).FoundIn() : atEnd;
+    };
+    std::shared_ptr<IKeyword> above;
+    const auto look = [&](const std::shared_ptr<IKeyword>& below) {
+        if (!above) return;
+        const Section section = sectionBehind(above);
+        const auto found = m_blocksAhead.find(below.get());
+        const bool isForeign =
+            found == m_blocksAhead.end()
+                ? sectionAhead(below) != section
+                : std::any_of(found->second.begin(), found->second.end(), [&](const KeptBlock& block) {
+                      return !block.text && sectionAhead(block.below) != section;
+                  });
+        if (isForeign) KeywordFileContents::AsKeyword(above).SetFoundIn(std::nullopt);
+    };
+    for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
+        look(keyword);
+        if (keyword->IsCommentedOut()) continue;
+        const bool isNewFirst = !above && (former.empty() || keyword != former.front());
+        if (isNewFirst) KeywordFileContents::AsKeyword(keyword).SetFoundIn(std::nullopt);
+        above = keyword;
+    }
+    look(nullptr);
 }
 
 /// For whoever is read next, the deck has the sections that its texts have now. As in a scan, the last keyword of a
@@ -431,21 +470,6 @@ std::shared_ptr<const KeywordFile> KeywordFile::BringerOf(SectionType section) c
     const List& keywords = bringer->m_contents->Keywords();
     const auto isIt = [section](const auto& keyword) { return SectionOfKeyword(*keyword) == section; };
     return std::any_of(keywords.begin(), keywords.end(), isIt) ? bringer : nullptr;
-}
-
-/// A section keyword that recurs is listed where it is the last of its file, and else not.
-bool KeywordFile::HasRecurringSections() const
-{
-    if (!m_contents) return false;
-    if (m_hasDroppedSections) return true;
-    std::set<SectionType> sections;
-    for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
-        const SectionType section = SectionOfKeyword(*keyword);
-        if (section == SectionType::None) continue;
-        const std::shared_ptr<const KeywordFile> bringer = BringerOf(section);
-        if ((bringer && bringer.get() != this) || !sections.insert(section).second) return true;
-    }
-    return false;
 }
 
 void KeywordFile::TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader,
@@ -509,8 +533,14 @@ void KeywordFile::FinishCommit()
     m_status = FileStatus::Of(m_fileName);
     m_manager.KeywordFileReplaced(*this);
     m_isToBeReadAnew = m_scanWillDiffer;
+    m_isToBeStored = true;
     DropSnapshot();
-    if (!m_isToBeReadAnew) SaveToCache(m_status);
+}
+
+void KeywordFile::StoreList()
+{
+    if (m_isToBeStored && !m_isToBeReadAnew && m_contents && !IsPending()) SaveToCache(m_status);
+    m_isToBeStored = false;
 }
 
 void KeywordFile::OverwriteFile(std::istream& stream, bool replace, bool keepTag)

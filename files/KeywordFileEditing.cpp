@@ -282,13 +282,10 @@ void KeywordFile::TakeHome(KeywordFile& other, const Keyword& keyword)
     other.MoveKeyword(other.Find(&keyword), *this, place);
 }
 
-/// Whether a scan of the text finds other keywords when this one comes or goes: those of a region that is skipped, and
-/// section keywords that are none as long as they recur.
-bool KeywordFile::DecidesOfOthers(const Keyword& keyword) const
+/// Whether a scan of the text finds other keywords when this one comes or goes: those of a region that is skipped.
+bool KeywordFile::DecidesOfOthers(const Keyword& keyword)
 {
-    const Keywords::IKeywordSyntax& syntax = *keyword.GetSyntax();
-    if (SkipRegion::IsSkipKeyword(syntax)) return Environment::Instance().SKIPENDSKIPEnabled();
-    return m_hasDroppedSections && syntax.GetKind() == KeywordKind::Section;
+    return SkipRegion::IsSkipKeyword(*keyword.GetSyntax()) && Environment::Instance().SKIPENDSKIPEnabled();
 }
 
 /// What the file and others have found out of their place in the tree holds, as long as neither sections nor links

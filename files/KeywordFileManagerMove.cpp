@@ -317,6 +317,7 @@ private:
         file.CommitToTemporary(false);
         file.FinishCommit();
         if (file.IsToBeReadAnew()) file.Reload();
+        file.StoreList();
     }
 
     /// All is written, and could not be put in its place.

@@ -9,10 +9,19 @@ class LinkCounter
 {
 public:
     static unsigned long long Now() { return s_count; }
-    static void Changed() { ++s_count; }
+    /// Of those changes the ones that no reading of a file has made.
+    static unsigned long long Edits() { return s_edits; }
+    static void Changed()
+    {
+        ++s_count;
+        ++s_edits;
+    }
+    /// A file that was read includes one that others include, too.
+    static void Added() { ++s_count; }
 
 private:
     inline static unsigned long long s_count = 1;
+    inline static unsigned long long s_edits = 1;
 };
 
 /// An answer that holds until the links change.

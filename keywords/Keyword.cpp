@@ -305,6 +305,17 @@ void Keyword::SetOwner(IKeywordOwner* owner)
     OnOwnerChanged();
 }
 
+std::optional<Keywords::SectionType> Keyword::FoundIn() const
+{
+    if (m_foundIn == s_neverFound) return std::nullopt;
+    return static_cast<Keywords::SectionType>(m_foundIn);
+}
+
+void Keyword::SetFoundIn(std::optional<Keywords::SectionType> section)
+{
+    m_foundIn = section ? static_cast<std::uint8_t>(*section) & s_neverFound : s_neverFound;
+}
+
 bool Keyword::ReadTag() const
 {
     if (m_tagKnown) return m_taggedOnDisk;

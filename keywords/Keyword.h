@@ -6,6 +6,7 @@
 #include <string>
 
 #include <deckmanager/IKeyword.h>
+#include <tarn/keywords/SectionType.h>
 #include <tarn/keywords/SimulatorType.h>
 
 namespace Tarn::Fjel::Core::Keywords {
@@ -182,6 +183,11 @@ public:
     /// The load learns where a keyword ends when it meets the next one.
     void SetSize(long long size) { m_size = size; }
 
+    /// The section in force ahead of the keyword when its text was last known to be read as it; none for a keyword of
+    /// which that was never known.
+    std::optional<Keywords::SectionType> FoundIn() const;
+    void SetFoundIn(std::optional<Keywords::SectionType> section);
+
     /// Whether the text on disk bears the keyword's tag: what the scan learnt, or a read of the file.
     bool ReadTag() const;
 
@@ -262,6 +268,8 @@ private:
     bool m_variablesAllowed : 1;
     bool m_tagKnown : 1 = false;
     bool m_taggedOnDisk : 1 = false;
+    static constexpr std::uint8_t s_neverFound = 15;
+    std::uint8_t m_foundIn : 4 = s_neverFound; ///< a section
 };
 
 } // namespace Tarn::Fjel::Core::DeckManager

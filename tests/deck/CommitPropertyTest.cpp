@@ -27,6 +27,7 @@
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordKind.h>
 
 // Decks and edits by chance. After a commit whoever reads the files finds the deck that is in memory, no comment is
 // lost that no edit was about, and a keyword that nobody edited has its bytes; after a discard all is as it was.
@@ -72,13 +73,15 @@ class ChanceDeck
 {
 public:
     explicit ChanceDeck(unsigned seed)
-        : m_chance(seed), m_lineEnd(Below(3) == 0 ? "\r\n" : "\n"), m_hasSections(Below(4) == 0)
+        : m_chance(seed), m_lineEnd(Below(3) == 0 ? "\r\n" : "\n"), m_editsSections(Below(3) == 0),
+          m_hasSections(!m_editsSections && Below(4) == 0), m_isProject(Below(3) == 0)
     {
         std::vector<std::string> texts;
         for (int file = 3; file >= 0; --file)
             texts.insert(texts.begin(), Text(file));
-        m_deck = std::make_unique<TestDeck>(
-            TestDeck::Texts{{"TOP.DATA", texts[0]}, {"F1.INC", texts[1]}, {"F2.INC", texts[2]}, {"F3.INC", texts[3]}});
+        const TestDeck::Texts files{
+            {"TOP.DATA", texts[0]}, {"F1.INC", texts[1]}, {"F2.INC", texts[2]}, {"F3.INC", texts[3]}};
+        m_deck = std::make_unique<TestDeck>(files, true, m_isProject);
         m_deck->Walk(true);
         NoteDisk();
     }
@@ -100,7 +103,7 @@ public:
             m_edits.push_back(what + " " + (keyword != nullptr ? keyword->GetName() : "(end)") + " in " +
                               file.GetFileName().GetFileName() + " (" + number + ")");
         };
-        switch (Below(22)) {
+        switch (Below(m_editsSections ? 24 : 22)) {
         case 0:
         case 1:
             note("insert");
@@ -179,6 +182,13 @@ public:
             editor.InsertKeywordText(SyntaxOf("INCLUDE"), place, "INCLUDE\n'" + name + "' /\n");
             break;
         }
+        case 22:
+        case 23: {
+            const std::string section = SomeSection();
+            note("insert " + section);
+            editor.InsertKeywordText(SyntaxOf(section), place, section + "\n");
+            break;
+        }
         case 20:
             note("insert with comments");
             editor.InsertKeywordText(SyntaxOf(WithData()), place,
@@ -238,12 +248,17 @@ public:
         m_edits.push_back("commit");
         if (mayFail) FailToCommit();
         Editor().Commit();
-        const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create();
-        IDeck* fresh = manager->ImportDeck("Fresh", m_deck->Dir().Path("TOP.DATA"), false, true, false);
-        ASSERT_EQ(Describe(m_deck->Deck()), Describe(*fresh));
+        const auto fresh = [this](const std::string& projectDir) {
+            const std::unique_ptr<IDeckManager> manager = DeckManagerFactory::Create(projectDir);
+            return Describe(*manager->ImportDeck("Fresh", m_deck->Dir().Path("TOP.DATA"), false, true, false));
+        };
+        ASSERT_EQ(Describe(m_deck->Deck()), fresh(""));
+        if (m_isProject) {
+            ASSERT_EQ(Describe(m_deck->Deck()), fresh(m_deck->Dir().Path()));
+        }
         // What could not be removed when it failed is left.
         if (!mayFail) {
-            ASSERT_EQ(m_deck->Dir().Listing(), "F1.INC F2.INC F3.INC TOP.DATA");
+            ASSERT_EQ(Listing(), "F1.INC F2.INC F3.INC TOP.DATA");
         }
         const std::string all = Files();
         for (const std::string& comment : m_comments) {
@@ -306,16 +321,23 @@ private:
         return *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
     }
     /// What these hold together must stay, or the walk would be another one.
-    static bool IsStructure(const Keyword& keyword)
+    bool IsStructure(const Keyword& keyword) const
     {
         const std::string& name = keyword.GetName();
-        return name == "RUNSPEC" || name == "SKIP" || name == "ENDSKIP" || name == "GRID" || name == "PROPS";
+        if (name == "SKIP" || name == "ENDSKIP") return true;
+        return !m_editsSections && keyword.GetSyntax()->GetKind() == Keywords::KeywordKind::Section;
     }
 
     /// A deck of several sections has keywords that are at home in each, which read the same wherever they move.
     std::string WithData() const { return m_hasSections ? "EXTRAPMS" : "EQLDIMS"; }
     std::string WithOpenData() const { return m_hasSections ? "MESSAGE" : "WELSPECS"; }
     std::string WithoutData() const { return m_hasSections ? "NOECHO" : "OIL"; }
+
+    std::string SomeSection()
+    {
+        static const std::vector<std::string> names{"GRID", "PROPS", "REGIONS", "SOLUTION", "SUMMARY", "SCHEDULE"};
+        return names[Below(names.size())];
+    }
 
     std::size_t Below(std::size_t n) { return m_chance() % n; }
 
@@ -350,7 +372,7 @@ private:
             ++count;
         // Nothing goes ahead of the section keyword.
         std::size_t at = Below(count + 1);
-        if (&file == &m_deck->TopFile()) at = std::max<std::size_t>(at, 1);
+        if (&file == &m_deck->TopFile() && !m_editsSections) at = std::max<std::size_t>(at, 1);
         KeywordFileIterator place = file.Begin();
         for (; at > 0; --at)
             ++place;
@@ -361,11 +383,14 @@ private:
     void Touch(const Keyword& keyword, bool isReplaced)
     {
         const auto found = m_own.find(&keyword);
+        // Text that is no keyword's in its section is none of the keyword's own, and the comment ahead of it is.
+        const std::string shown = keyword.HasValidExtent() ? keyword.GetComment() : std::string();
         // Of a file that has come into the deck since, not all is known.
         if (found == m_own.end()) m_mayLoseComments |= isReplaced && keyword.HasValidExtent();
         if (found == m_own.end()) return;
         for (auto comment = m_comments.begin(); comment != m_comments.end() && isReplaced;) {
-            if (found->second.find(*comment) != std::string::npos)
+            const bool isOwn = found->second.find(*comment) != std::string::npos;
+            if (isOwn || shown.find(comment->substr(std::string("--").size())) != std::string::npos)
                 comment = m_comments.erase(comment);
             else
                 ++comment;
@@ -378,7 +403,18 @@ private:
         std::string text;
         for (const char* name : {"TOP.DATA", "F1.INC", "F2.INC", "F3.INC"})
             text += m_deck->Dir().Read(name) + "\n====\n";
-        return text + m_deck->Dir().Listing();
+        return text + Listing();
+    }
+
+    /// Without the cache.
+    std::string Listing() const
+    {
+        std::istringstream names(m_deck->Dir().Listing());
+        std::string listing;
+        for (std::string name; names >> name;) {
+            if (!name.starts_with("Cache__") && name != "DeckCache.ptd") listing += (listing.empty() ? "" : " ") + name;
+        }
+        return listing;
     }
 
     void NoteDisk()
@@ -489,6 +525,7 @@ private:
         if (file == 1 && m_hasSections) text += KeywordText() + Comments() + "PROPS" + m_lineEnd;
         for (std::size_t i = Below(6); i > 0; --i) {
             text += KeywordText() + Comments();
+            if (m_editsSections && Below(4) == 0) text += SomeSection() + m_lineEnd + Comments();
             // What stands behind is dead text, which keeps its place and its bytes.
             if (Below(14) == 0) text += (file == 0 ? "END" : "ENDINC") + m_lineEnd + Comments();
             // A section keyword that recurs is none.
@@ -511,7 +548,9 @@ private:
 
     std::mt19937 m_chance;
     std::string m_lineEnd;
+    bool m_editsSections; ///< words are keywords here and not there, and sections come and go
     bool m_hasSections;
+    bool m_isProject;
     int m_next = 1;
     std::unique_ptr<TestDeck> m_deck;
     std::vector<std::string> m_edits;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <fstream>
 #include <functional>
@@ -13,6 +14,7 @@
 
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
+#include "tests/support/FailingFileSystem.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TestDeck.h"
 #include "tests/support/UnprivilegedUser.h"
@@ -585,6 +587,113 @@ TEST_F(CommitTest, SectionsThatWereMovedAreFoundWhereTheyAre)
     EXPECT_EQ(*deck.At("GRID"), moved);
     overwrite("B.INC", "GRID\nECHO\n");
     EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GRID NOECHO INCLUDE ECHO SCHEDULE");
+}
+
+/// Words are keywords in one section and none in another. Where an edit changes the section, the list says what the
+/// text says, and a file that reads alike keeps its keywords.
+TEST_F(CommitTest, ReadsAnewWhatReadsOtherwiseInItsNewSection)
+{
+    struct Case
+    {
+        const char* what;
+        Edit edit;
+        std::string walk;
+    };
+    const auto insert = [](IDeckKeywordsEditor& editor, const KeywordFileIterator& place, const std::string& name) {
+        const auto* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
+        ASSERT_NE(editor.InsertKeywordText(*syntax, place, ""), nullptr);
+    };
+    const std::string head = "RUNSPEC GRID INCLUDE ";
+    const std::string end = " INCLUDE ECHO PROPS END";
+    const std::vector<Case> cases = {
+        {"nothing but a value", [](auto& editor, auto& deck) { editor.SetDataText(deck.At("PORO"), " 2 /"); },
+         head + "PORO" + end},
+        {"a section goes", [](auto& editor, auto& deck) { editor.RemoveKeyword(deck.At("GRID")); },
+         "RUNSPEC INCLUDE OIL PORO GAS INCLUDE ECHO WATER PROPS END"},
+        {"a section is commented out", [](auto& editor, auto& deck) { editor.CommentOut(deck.At("GRID")); },
+         "RUNSPEC INCLUDE OIL PORO GAS INCLUDE ECHO WATER PROPS END"},
+        {"a section moves behind the first file",
+         [](auto& editor, auto& deck) { editor.MoveKeyword(deck.At("GRID"), deck.At("INCLUDE", 2)); },
+         "RUNSPEC INCLUDE OIL PORO GAS GRID INCLUDE ECHO PROPS END"},
+        {"the file that follows a section moves ahead of it",
+         [](auto& editor, auto& deck) { editor.MoveKeyword(deck.At("INCLUDE"), deck.At("GRID")); },
+         "RUNSPEC INCLUDE OIL PORO GAS GRID INCLUDE ECHO PROPS END"},
+        {"a section comes into the first file",
+         [&](auto& editor, auto& deck) { insert(editor, deck.File("A.INC").End(), "SOLUTION"); },
+         head + "PORO SOLUTION" + end},
+        {"a keyword comes where it is none",
+         [&](auto& editor, auto& deck) { insert(editor, deck.File("A.INC").End(), "METRIC"); }, head + "PORO" + end},
+        {"the text behind a keyword comes to stand in another section",
+         [](auto& editor, auto& deck) { editor.MoveKeyword(deck.At("PROPS"), deck.At("GRID")); },
+         "RUNSPEC PROPS " + head.substr(8) + "PORO INCLUDE ECHO END"},
+        {"the text of a file is another",
+         [](auto& editor, auto& deck) {
+             std::istringstream text("GRID\nRUNSPEC\n");
+             editor.RemoveKeyword(deck.At("RUNSPEC"));
+             editor.Commit();
+             editor.OverwriteFile(&deck.File("A.INC"), text, true, false, false);
+         },
+         "GRID INCLUDE RUNSPEC INCLUDE ECHO WATER PROPS END"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const TestDeck deck(
+            TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nGRID\nINCLUDE\n'A.INC' /\nINCLUDE\n'B.INC' /\nPROPS\n"
+                                         "WELLDIMS\n 5 /\nEND\n"},
+                            {"A.INC", "OIL\nPORO\n 1 /\nGAS\n"},
+                            {"B.INC", "ECHO\nWATER\n"}},
+            true, true);
+        EXPECT_EQ(deck.Walk(true), head + "PORO" + end);
+        const IKeyword* const echo = *deck.At("ECHO");
+        c.edit(EditorOf(deck), deck);
+        EditorOf(deck).Commit();
+        EXPECT_EQ(deck.Walk(true), c.walk);
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+        // From the cache, too.
+        const auto manager = DeckManagerFactory::Create(deck.Dir().Path());
+        const IDeckKeywords& cached =
+            *manager->ImportDeck("Cached", deck.Dir().Path("TOP.DATA"), false, true, false)->GetDeckKeywords();
+        std::string walk;
+        for (KeywordIterator place = cached.Begin(); place != cached.PhysicalEnd(); ++place)
+            walk += (walk.empty() ? "" : " ") + place->GetName();
+        EXPECT_EQ(walk, c.walk);
+        const bool readsAlike = c.walk.find("WATER") == std::string::npos;
+        EXPECT_EQ(*deck.At("ECHO") == echo, readsAlike);
+    }
+}
+
+/// What was edited in a file that no INCLUDE names any more waits for its place, also where the file that named it is
+/// read anew meanwhile.
+TEST_F(CommitTest, AFormerFileIsNotForgottenWhereACommitFails)
+{
+    using Call = TestSupport::FailingFileSystem::Call;
+    int waited = 0;
+    bool fails = true;
+    for (int n = 1; fails; ++n) {
+        SCOPED_TRACE(n);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'P.INC' /\nGRID\n"},
+                                            {"P.INC", "INCLUDE\n'A.INC' /\nOIL\n"},
+                                            {"A.INC", "TABDIMS\n1 /\n"},
+                                            {"B.INC", "ECHO\n"}});
+        deck.Walk(true);
+        IDeckKeywordsEditor& editor = EditorOf(deck);
+        const std::shared_ptr<KeywordFile> former = deck.File("A.INC").shared_from_this();
+        editor.SetDataText(deck.At("TABDIMS"), " 7 /");
+        editor.SetDataText(deck.At("INCLUDE", 2), "'B.INC' /");
+        ASSERT_TRUE(editor.MoveKeyword(deck.At("GRID"), deck.At("INCLUDE")));
+        {
+            TestSupport::FailingFileSystem disk;
+            disk.FailAt(n, {Call::Rename, Call::Write, Call::CopyRange}, EIO, true);
+            fails = !FailureOf([&] { editor.Commit(); }).empty();
+        }
+        const bool isReadAnew = deck.Walk(true) == "RUNSPEC GRID INCLUDE INCLUDE ECHO";
+        if (isReadAnew && deck.Dir().Read("A.INC") == "TABDIMS\n1 /\n") ++waited;
+        editor.Commit();
+        EXPECT_EQ(deck.Walk(true), "RUNSPEC GRID INCLUDE INCLUDE ECHO");
+        EXPECT_EQ(deck.Dir().Read("A.INC"), "TABDIMS\n 7 /\n");
+        EXPECT_EQ(deck.Dir().Listing(), "A.INC B.INC P.INC TOP.DATA");
+    }
+    EXPECT_GT(waited, 0);
 }
 
 TEST_F(CommitTest, OneFileGoesAhead)

@@ -8,7 +8,8 @@
 
 namespace TestSupport {
 
-TestDeck::TestDeck(const Texts& files, bool allowVariables) : m_manager(Decks::DeckManagerFactory::Create())
+TestDeck::TestDeck(const Texts& files, bool allowVariables, bool isProject)
+    : m_manager(Decks::DeckManagerFactory::Create(isProject ? m_directory.Path() : std::string()))
 {
     for (const auto& [name, text] : files) {
         m_directory.Write(name, text);

@@ -43,7 +43,8 @@ class TestDeck
 public:
     using Texts = std::vector<std::pair<std::string, std::string>>;
 
-    explicit TestDeck(const Texts& files, bool allowVariables = true);
+    /// `isProject`: the directory is that of a project, with a cache.
+    explicit TestDeck(const Texts& files, bool allowVariables = true, bool isProject = false);
 
     const TempDir& Dir() const { return m_directory; }
     Decks::IDeckManager& Manager() const { return *m_manager; }
