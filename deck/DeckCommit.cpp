@@ -104,8 +104,12 @@ SectionsRead ReadAnewBySections(KeywordFile& root)
     const auto enter = [&](KeywordFile& file, Keywords::SectionType start) {
         if (!file.IsLoaded()) file.ForgetSectionToReadIn();
         if (!file.IsLoaded() || !seen.insert(&file).second) return;
+        if (file.IsPending() || file.LoadFailed()) {
+            // Where its keywords stand now, and with them the files below, its text will not tell.
+            result.isWhole = false;
+            return;
+        }
         levels.push_back({file.shared_from_this(), 0});
-        if (file.IsPending() || file.LoadFailed()) return;
         switch (CompareWithScan(file, start)) {
         case ScanComparison::Same:
             file.CountAsReadIn(start);

@@ -273,6 +273,8 @@ void KeywordFile::WriteToTemporary(bool partial)
     const bool isNew = IsEdited() || !m_headerBlock.empty();
     if (IsPending() && !isNew && (partial || Rest() == nullptr)) return;
     if (partial && SharesKeywords()) return;
+    // What would be left for later stands nowhere but in a whole text that waits for its place.
+    if (IsPending() && Rest() == nullptr) partial = false;
     Contents();
     if (m_loadFailed) throw DeckManagerException("The file " + m_fileName.GetFullName() + " cannot be read.");
 
@@ -521,8 +523,11 @@ void KeywordFile::FinishCommit()
     if (!IsPending() || Rest() != nullptr) return;
     const std::string path = m_commit->pending.Path();
     std::string reason;
+    const bool wasAsRead = IsSameText(FileStatus::Of(m_fileName), m_status);
     if (!m_commit->pending.PutInPlace(m_fileName, reason)) {
         m_commit->isTold = true;
+        // A try that failed may have written the old text over itself.
+        if (wasAsRead) m_status = FileStatus::Of(m_fileName);
         Tell(m_fileName, "The file " + m_fileName.GetFullName() + " cannot be modified: " + reason +
                              ". Its new text is kept in the file " + path + ".");
         throw DeckManagerException("Fails to commit editing because " + m_fileName.GetFullName() + "\n" +

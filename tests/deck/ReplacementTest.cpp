@@ -59,6 +59,41 @@ private:
     bool m_refuses = false;
 };
 
+/// A file that can't be replaced, and whose first text that is written over it goes wrong at the end.
+class ClosingInVain : public FailingFileSystem
+{
+public:
+    explicit ClosingInVain(std::string path) : m_path(std::move(path)) {}
+
+    bool Rename(const std::string& from, const std::string& to, ErrorCode& error) override
+    {
+        if (to != m_path) return FailingFileSystem::Rename(from, to, error);
+        error.assign(EBUSY, boost::system::system_category());
+        return false;
+    }
+    int Open(const std::string& path, OpenMode mode, ErrorCode& error) override
+    {
+        const int handle = FailingFileSystem::Open(path, mode, error);
+        if (path == m_path && mode == OpenMode::WriteTruncate && !m_hasRefused) m_handle = handle;
+        return handle;
+    }
+    bool Close(int handle, ErrorCode& error) override
+    {
+        const bool closed = FailingFileSystem::Close(handle, error);
+        if (handle != m_handle) return closed;
+        m_handle = -1;
+        m_hasRefused = true;
+        error.assign(EIO, boost::system::system_category());
+        return false;
+    }
+    bool HasRefused() const { return m_hasRefused; }
+
+private:
+    std::string m_path;
+    int m_handle = -1;
+    bool m_hasRefused = false;
+};
+
 /// Notes what happens to files of one ending, and to folders; can refuse to close what was written there.
 class StepRecorder : public FailingFileSystem
 {
@@ -223,6 +258,40 @@ TEST_F(ReplacementTest, WhereARenameIsRefusedTheTextIsCopied)
     EXPECT_EQ(Read("A.INC") + Read("B.INC"), "-- a\nTABDIMS\n 7 /\n-- b\nTABDIMS\n 7 /\n");
     EXPECT_EQ(m_deck.Dir().Listing(), "A.INC B.INC TOP.DATA");
     EXPECT_TRUE(m_log.Empty());
+}
+
+/// A copy that fails leaves the old text written over itself, at a new time: that is no change by somebody else.
+TEST_F(ReplacementTest, WhereTheCopyFailsTooTheNextCommitGoesOn)
+{
+    SetEverywhere(" 7 /");
+    {
+        ClosingInVain disk(Path("A.INC"));
+        EXPECT_NE(Failure([&] { Editor().Commit(); }), "");
+        EXPECT_TRUE(disk.HasRefused());
+    }
+    EXPECT_EQ(Read("A.INC") + Read("B.INC"), "-- a\nTABDIMS\n1 /\n-- b\nTABDIMS\n 7 /\n");
+    SetEverywhere(" 8 /");
+    EXPECT_EQ(Failure([&] { Editor().Commit(); }), "");
+    EXPECT_EQ(Read("A.INC") + Read("B.INC"), "-- a\nTABDIMS\n 8 /\n-- b\nTABDIMS\n 8 /\n");
+}
+
+/// The end of the file stands in the text that waits, and nowhere else.
+TEST_F(ReplacementTest, AFileGoesAheadWhoseTextWaitsForItsPlace)
+{
+    const TestDeck deck(
+        TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\n"}, {"A.INC", "TABDIMS\n1 /\n-- end\n"}});
+    EXPECT_TRUE(EditorOf(deck).SetDataText(deck.At("TABDIMS"), " 7 /"));
+    {
+        RefusingFiles disk({deck.Dir().Path("A.INC")});
+        EXPECT_NE(Failure([&] { EditorOf(deck).Commit(); }), "");
+    }
+    const auto* oil = Environment::Instance().GetSyntaxTable()->FindSyntax("OIL", true);
+    ASSERT_NE(EditorOf(deck).InsertKeywordText(*oil, deck.File("A.INC").End(), ""), nullptr);
+    EditorOf(deck).CommitFile(&deck.File("A.INC"));
+    EXPECT_TRUE(EditorOf(deck).SetDataText(deck.At("TABDIMS"), " 8 /"));
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Dir().Read("A.INC"), "TABDIMS\n 8 /\nOIL\n\n-- end\n");
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
 }
 
 TEST_F(ReplacementTest, ATextIsOnTheDiskAheadOfItsReplacement)

@@ -1,7 +1,10 @@
 #include <algorithm>
 #include <limits>
+#include <map>
 #include <string>
+#include <tuple>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include <deckmanager/IDeckKeywordsEditor.h>
@@ -68,37 +71,80 @@ private:
     std::unordered_map<const IKeyword*, Place> m_places;
 };
 
+/// A keyword that has moved. The commit may read its file anew, so that only its name and number tell it from others.
 struct Move
 {
-    const IKeyword* keyword;
-    int line; ///< before
+    std::string name;
+    std::string oldFile;
+    int oldLine;
+    IKeywordFile* file;
+    std::size_t number; ///< among those of its name there
 };
 
-void PrintJson(const DeckSession& session, const Places& before, const std::vector<Move>& moves, const EditRun& run,
-               Output& out)
+/// Goes through the keywords of a file, each with its number among those of its name.
+template <class Step>
+void ForEachNumbered(const IKeywordFile& file, const Step& step)
 {
+    std::unordered_map<std::string, std::size_t> count;
+    for (DeckManager::KeywordFileIterator position = file.Begin(); position != file.End(); ++position)
+        step(**position, count[position->GetName()]++);
+}
+
+std::vector<Move> MovesSince(const Places& before, const std::vector<IKeywordFile*>& files, const DeckSession& session)
+{
+    std::unordered_map<const IKeyword*, std::size_t> numbers;
+    for (const IKeywordFile* file : files)
+        ForEachNumbered(*file, [&](const IKeyword& keyword, std::size_t number) { numbers[&keyword] = number; });
+    std::vector<Move> moves;
+    for (const IKeyword* keyword : before.MovedSince(files)) {
+        moves.push_back({keyword->GetName(), session.Shown(before.FileOf(*keyword).GetFileName()), keyword->GetLine(),
+                         keyword->GetFile(), numbers.at(keyword)});
+    }
+    return moves;
+}
+
+/// The line of each in the new text; -1 for one that is none any more.
+std::vector<int> NewLines(const std::vector<Move>& moves, const EditRun& run)
+{
+    std::map<std::tuple<const IKeywordFile*, std::string, std::size_t>, int> lines;
+    for (const Move& move : moves)
+        lines[{move.file, move.name, move.number}] = -1;
+    std::unordered_set<const IKeywordFile*> seen;
+    for (const Move& move : moves) {
+        if (!seen.insert(move.file).second) continue;
+        ForEachNumbered(*move.file, [&](const IKeyword& keyword, std::size_t number) {
+            const auto found = lines.find({move.file, keyword.GetName(), number});
+            if (found != lines.end()) found->second = run.NewLine(keyword);
+        });
+    }
+    std::vector<int> ofMoves;
+    for (const Move& move : moves)
+        ofMoves.push_back(lines.at({move.file, move.name, move.number}));
+    return ofMoves;
+}
+
+void PrintJson(const DeckSession& session, const std::vector<Move>& moves, const std::vector<int>& lines, Output& out)
+{
+    auto line = lines.begin();
     for (const Move& move : moves) {
         out.Append("{\"action\":\"moved\",\"name\":");
-        AppendJsonString(out, move.keyword->GetName());
+        AppendJsonString(out, move.name);
         out.Append(",\"file\":");
-        AppendJsonString(out, session.Shown(before.FileOf(*move.keyword).GetFileName()));
-        out.Append(fmt::format(",\"line\":{},\"newFile\":", move.line));
-        AppendJsonString(out, session.Shown(move.keyword->GetFile()->GetFileName()));
-        out.Append(fmt::format(",\"newLine\":{}}}\n", run.NewLine(*move.keyword)));
+        AppendJsonString(out, move.oldFile);
+        out.Append(fmt::format(",\"line\":{},\"newFile\":", move.oldLine));
+        AppendJsonString(out, session.Shown(move.file->GetFileName()));
+        out.Append(fmt::format(",\"newLine\":{}}}\n", *line++));
     }
 }
 
-void PrintTable(const DeckSession& session, const Places& before, const std::vector<Move>& moves, const EditRun& run,
-                Output& out)
+void PrintTable(const DeckSession& session, const std::vector<Move>& moves, const std::vector<int>& lines, Output& out)
 {
     Table table({{"keyword"}, {"from", false, {}, Table::Cut::Head}, {"to", false, {}, Table::Cut::Head}});
+    auto line = lines.begin();
     for (const Move& move : moves) {
-        const auto place = [&](const IKeywordFile& file, int line) {
-            return fmt::format("{}:{}", session.Shown(file.GetFileName()), line);
-        };
-        table.Add(move.keyword->GetName());
-        table.Add(place(before.FileOf(*move.keyword), move.line));
-        table.Add(place(*move.keyword->GetFile(), run.NewLine(*move.keyword)));
+        table.Add(move.name);
+        table.Add(fmt::format("{}:{}", move.oldFile, move.oldLine));
+        table.Add(fmt::format("{}:{}", session.Shown(move.file->GetFileName()), *line++));
     }
     table.Print(out);
 }
@@ -110,17 +156,15 @@ ExitStatus RunSort(DeckSession& session, const Options& options, Output& out)
     const std::vector<IKeywordFile*> files = session.FilesInDeckOrder();
     const Places before(files);
     session.Editor().SortKeywords();
-    std::vector<Move> moves;
-    for (const IKeyword* keyword : before.MovedSince(files))
-        moves.push_back({keyword, keyword->GetLine()});
+    const std::vector<Move> moves = MovesSince(before, files, session);
     if (moves.empty()) return Done;
 
     EditRun run(session, options);
     run.Finish();
     if (options.json)
-        PrintJson(session, before, moves, run, out);
+        PrintJson(session, moves, NewLines(moves, run), out);
     else
-        PrintTable(session, before, moves, run, out);
+        PrintTable(session, moves, NewLines(moves, run), out);
     if (options.dryRun && !options.json) {
         out.Append('\n');
         run.PrintDiff(out);
