@@ -59,6 +59,7 @@ void DeckKeywords::Rollback()
     for (const std::shared_ptr<KeywordFile>& file : files) {
         if (file->IsLoaded()) file->IncludedFiles();
     }
+    SettleSections();
     DropAll();
 }
 

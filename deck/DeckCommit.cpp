@@ -219,6 +219,8 @@ void DeckKeywords::Commit()
 void DeckKeywords::SettleSections()
 {
     const Files files = FilesOf(*m_rootFile);
+    // What is read anew has no edits any more.
+    if (std::any_of(files.begin(), files.end(), [](const auto& file) { return file->IsModified(); })) return;
     if (!ReadAnew(files, *m_rootFile)) return;
     ForAll(files, &KeywordFile::StoreList);
     ForAll(files, &KeywordFile::CountAsRead);

@@ -89,7 +89,8 @@ public:
     /// has changed, and everything is as uncommitted as it was. Also when a new text, which is kept, can't take the
     /// place of its file; the other files are committed then.
     void Commit();
-    /// The texts of files have been replaced: reads those files anew in which a scan finds other keywords now.
+    /// Files have another text, or are back at their old one: reads those files anew in which a scan finds other
+    /// keywords now. Nothing where something is uncommitted.
     void SettleSections();
     /// What `Commit` looks at first. Throws as it does.
     void RequireCommittable() const;

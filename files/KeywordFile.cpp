@@ -319,6 +319,7 @@ void KeywordFile::CancelChanges()
         const std::optional<SectionType> readIn = m_readIn;
         ResetContents();
         m_toBeReadIn = readIn;
+        m_hasOtherKeywords = true;
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);
         return;

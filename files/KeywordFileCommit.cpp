@@ -432,7 +432,9 @@ void KeywordFile::NoteForeignText()
             found == m_blocksAhead.end()
                 ? sectionAhead(below) != section
                 : std::any_of(found->second.begin(), found->second.end(), [&](const KeptBlock& block) {
-                      return !block.text && sectionAhead(block.below) != section;
+                      // A text has been made of what stood there, and may have more than comments in it.
+                      const Section read = sectionAhead(block.text ? below : block.below);
+                      return read != section && (read || !block.text);
                   });
         if (isForeign) KeywordFileContents::AsKeyword(above).SetFoundIn(std::nullopt);
     };

@@ -6,7 +6,12 @@ namespace Tarn::Fjel::Core::DeckManager {
 
 class KeywordFile;
 
-enum class ScanComparison { Same, Other, Unreadable };
+enum class ScanComparison
+{
+    Same,
+    Other,
+    Unreadable
+};
 
 /// Whether a scan of the text on the disk would find the keywords that the file lists, when `start` is the section in
 /// force at its top. The file is loaded and neither edited nor pending.

@@ -543,7 +543,8 @@ private:
         }
         if (Below(4) == 0) text += OpenText() + Comments();
         if (Below(4) == 0 && text.ends_with(m_lineEnd)) text.resize(text.size() - m_lineEnd.size());
-        return text;
+        // A text without line ends gives none to what is moved into it.
+        return text.find('\n') == std::string::npos ? text + m_lineEnd : text;
     }
 
     std::mt19937 m_chance;
