@@ -359,9 +359,10 @@ private:
         for (IKeywordFile* file : m_deck->Manager().GetKeywordFiles()) {
             if (file->GetFileName().GetFileName() != name) continue;
             file->AsKeywordFile()->Begin();
-            if (!FileRing::Closing(including, *file->AsKeywordFile()).empty()) return {};
+            return FileRing::Closing(including, *file->AsKeywordFile()).empty() ? name : std::string();
         }
-        return name;
+        // One that nobody has read leads nowhere.
+        return m_deck->Dir().Read(name).find("INCLUDE") == std::string::npos ? name : std::string();
     }
 
     KeywordFileIterator SomePlace()
