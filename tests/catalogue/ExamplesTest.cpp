@@ -2,16 +2,9 @@
 // message, and takes them again from what the writer makes of them.
 #include <algorithm>
 #include <iterator>
-#include <set>
-#include <string>
 #include <string_view>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include <deckmanager/Context.h>
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/KeywordDataFactory.h>
@@ -20,16 +13,14 @@
 
 #include "keywords/KeywordDataDeserializer.h"
 #include "keywords/KeywordDataSerializer.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineStringReader.h"
 #include "text/LineStringWriter.h"
 
 namespace {
 
-namespace Keywords = Tarn::Fjel::Core::Keywords;
+using namespace DeckTests;
 namespace DeckManager = Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
 
 constexpr const char* sectionNames[] = {"RUNSPEC",  "GRID",    "EDIT",     "PROPS",   "REGIONS",
                                         "SOLUTION", "SUMMARY", "SCHEDULE", "OPTIMIZE"};

@@ -1,39 +1,16 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <functional>
-#include <memory>
 #include <optional>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
-#include <deckmanager/LineEnds.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include "tests/support/DeckTest.h"
 
 // A commit while the disk fails, or the process ends: every file of the deck is old or new, never anything else, and
 // nothing that was edited is lost.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::FailingFileSystem;
-using TestSupport::TestDeck;
-using Call = TestSupport::FailingFileSystem::Call;
+using namespace DeckTests;
 
 std::string NameOf(int file)
 {
@@ -67,8 +44,7 @@ public:
                 for (KeywordFileIterator place = file.Begin(); place != file.End(); ++place) {
                     if ((*place)->GetName() == name) editor.SetDataText(place, " 7 8 /");
                 }
-                editor.InsertKeywordText(*Environment::Instance().GetSyntaxTable()->FindSyntax("EQLDIMS", true),
-                                         file.End(), inserted);
+                editor.InsertKeywordText(SyntaxOf("EQLDIMS"), file.End(), inserted);
             }
         };
         edit("TABDIMS", "EQLDIMS\n 5 /\n");
@@ -188,12 +164,7 @@ std::optional<Call> FailsAtOperation(const Shape& shape, const std::vector<std::
     EditedDeck deck(shape.files, shape.afterPartialCommit, shape.keepsLineEnds);
     FailingFileSystem failing;
     failing.FailAt(n, Operations(), ENOSPC, forever);
-    std::string message;
-    try {
-        deck.Editor().Commit();
-    } catch (const DeckManagerException& failure) {
-        message = failure.what();
-    }
+    const std::string message = Thrown<DeckManagerException>([&] { deck.Editor().Commit(); });
     const bool hasFailed = failing.HasFailed();
     failing.Pass();
     const int newFiles = CountNew(deck, expected);

@@ -1,22 +1,13 @@
-#include <filesystem>
-
 #include "deck/DiskOrder.h"
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineStringReader.h"
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
-#include <deckmanager/LineEnds.h>
 #include <tarn/keywords/SimulatorType.h>
 
 // What the view of a deck reads straight from its files: data lines, and the comment above a keyword.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class DeckFileTextTest : public testing::Test
 {

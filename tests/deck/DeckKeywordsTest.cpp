@@ -1,21 +1,14 @@
 #include "deck/DeckKeywords.h"
 #include "deck/ScopeWalk.h"
 #include "files/IteratorAccess.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Context.h>
-#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/DeckPositions.h>
-#include <deckmanager/IKeyword.h>
 #include <deckmanager/KeywordIdEqual.h>
-#include <tarn/keywords/IKeywordSyntax.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class DeckKeywordsTest : public testing::Test
 {

@@ -1,24 +1,13 @@
 #include "deck/Deck.h"
 #include "keywords/ITagMgr.h"
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/DeckInconsistencyInfo.h>
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/DeckReader.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
-using Keywords::SimulatorType;
+using namespace DeckTests;
 using TestSupport::CurrentDirectoryGuard;
-using TestSupport::TempDir;
-using TestSupport::TestDeck;
 
 class DeckManagerTest : public testing::Test
 {
@@ -28,17 +17,6 @@ protected:
     TempDir m_directory;
     CurrentDirectoryGuard m_current{m_directory.Path()};
 };
-
-template <class Call>
-std::string MessageOf(const Call& call)
-{
-    try {
-        call();
-    } catch (const DeckManagerException& exception) {
-        return exception.what();
-    }
-    return "no exception";
-}
 
 TEST_F(DeckManagerTest, Names)
 {
@@ -95,9 +73,9 @@ TEST_F(DeckManagerTest, PlacesOfDecks)
     plain->CreateDeck("A", false);
     EXPECT_FALSE(m_directory.Exists("A.DATA"));
 
-    EXPECT_EQ(MessageOf([] { DeckManagerFactory::Create("relative"); }),
+    EXPECT_EQ(Thrown<DeckManagerException>([] { DeckManagerFactory::Create("relative"); }),
               "DeckManager project dir must be a complete path and can not be a file.");
-    EXPECT_EQ(MessageOf([this] { DeckManagerFactory::Create(m_directory.Path("A.B")); }),
+    EXPECT_EQ(Thrown<DeckManagerException>([this] { DeckManagerFactory::Create(m_directory.Path("A.B")); }),
               "DeckManager project dir must be a complete path and can not be a file.");
 }
 
@@ -108,7 +86,8 @@ TEST_F(DeckManagerTest, NamesThatLeadToNoFolderOfTheirOwnClearNothing)
     const auto manager = DeckManagerFactory::Create(m_directory.Path("project"));
     for (const char* name : {"", "  ", "..", ".", "Old/../.."}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(MessageOf([&] { manager->CreateDeck(name, false); }), "DeckKeywords::SetDataFile: null newFile");
+        EXPECT_EQ(Thrown<DeckManagerException>([&] { manager->CreateDeck(name, false); }),
+                  "DeckKeywords::SetDataFile: null newFile");
         EXPECT_TRUE(m_directory.Exists("project/Old/Old.DATA"));
         EXPECT_TRUE(m_directory.Exists("beside.inc"));
     }
@@ -124,11 +103,11 @@ TEST_F(DeckManagerTest, ImportedDecks)
     const std::string missing = m_directory.Path("d/none.DATA");
 
     EXPECT_EQ(manager->ImportDeck("A", missing, false, false, false), nullptr);
-    EXPECT_EQ(MessageOf([&] { manager->ImportDeck("A", missing, false, false, true); }),
+    EXPECT_EQ(Thrown<DeckManagerException>([&] { manager->ImportDeck("A", missing, false, false, true); }),
               "The following file(s) does not exist:\n\n" + missing + "\n");
-    EXPECT_EQ(MessageOf([&] { manager->ImportDeck("A", path, false, false, true); }),
+    EXPECT_EQ(Thrown<DeckManagerException>([&] { manager->ImportDeck("A", path, false, false, true); }),
               "The following file(s) does not exist:\n\n" + m_directory.Path("d/gone.inc") + "\n");
-    EXPECT_EQ(MessageOf([&] { manager->ImportDeck("A", path, true, false, false); }),
+    EXPECT_EQ(Thrown<DeckManagerException>([&] { manager->ImportDeck("A", path, true, false, false); }),
               "Deck::ImportDeck: managed import not yet supported");
     EXPECT_EQ(manager->ImportDeck("A", m_directory.Path("d"), false, false, false), nullptr);
     EXPECT_TRUE(manager->GetDecks().empty());
@@ -142,7 +121,7 @@ TEST_F(DeckManagerTest, ImportedDecks)
 
     // The editor's way: a failure leaves the deck on the file that it had.
     IDeckKeywordsEditor* editor = manager->GetEditor(deck);
-    EXPECT_NE(MessageOf([&] { editor->ImportDeck(missing, false, true); }), "no exception");
+    EXPECT_THROW(editor->ImportDeck(missing, false, true), DeckManagerException);
     EXPECT_EQ(deck->GetDeckKeywords()->GetDataFile()->GetFileName().GetFullName(), path);
     EXPECT_TRUE(editor->ImportDeck(path, false, false));
     editor->Close();
@@ -190,70 +169,52 @@ TEST_F(DeckManagerTest, ImportingTheSameFileAnewTellsTheDecksThatShareIt)
 
 TEST_F(DeckManagerTest, TheFilesOfADeckGoWhenAnotherIsReadInItsPlace)
 {
-    m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n");
-    m_directory.Write("b.inc", "OIL\n");
-    m_directory.Write("C.DATA", "RUNSPEC\nGAS\n");
-    const auto manager = DeckManagerFactory::Create();
-    IDeck* deck = manager->ImportDeck("A", m_directory.Path("A.DATA"), false, false, false);
-    EXPECT_EQ(deck->GetDeckKeywords()->GetFiles().size(), 2u);
-    EXPECT_TRUE(manager->GetEditor(deck)->ImportDeck(m_directory.Path("C.DATA"), false, false));
-    EXPECT_EQ(deck->GetDeckKeywords()->GetFiles().size(), 1u);
-    EXPECT_EQ(manager->GetKeywordFiles().size(), 1u);
+    const TestDeck deck(
+        {{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "OIL\n"}, {"C.DATA", "RUNSPEC\nGAS\n"}});
+    EXPECT_EQ(deck.Keywords().GetFiles().size(), 2u);
+    EXPECT_TRUE(deck.Manager().GetEditor(&deck.Deck())->ImportDeck(deck.Dir().Path("C.DATA"), false, false));
+    EXPECT_EQ(deck.Keywords().GetFiles().size(), 1u);
+    EXPECT_EQ(deck.Manager().GetKeywordFiles().size(), 1u);
 }
 
 TEST_F(DeckManagerTest, AFileBelowOneThatWasResetIsRefreshedToo)
 {
-    m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n");
-    m_directory.Write("b.inc", "INCLUDE\n'c.inc' /\n");
-    m_directory.Write("c.inc", "OIL\n");
-    const auto manager = DeckManagerFactory::Create();
-    IDeck* deck = manager->ImportDeck("A", m_directory.Path("A.DATA"), false, false, false);
-    EXPECT_EQ(deck->GetDeckKeywords()->GetFiles().size(), 3u);
-    for (IKeywordFile* file : manager->GetKeywordFiles()) {
-        if (file->GetFileName().GetFileName() == "b.inc") file->Reload();
-    }
-    m_directory.Write("c.inc", "GAS\n");
-    manager->RefreshDeck("A");
-    KeywordIterator position = deck->GetDeckKeywords()->Begin();
-    for (int i = 0; i < 3; ++i) {
-        ++position;
-    }
-    EXPECT_EQ(position->GetName(), "GAS");
+    const TestDeck deck(
+        {{"A.DATA", "RUNSPEC\nINCLUDE\n'b.inc' /\n"}, {"b.inc", "INCLUDE\n'c.inc' /\n"}, {"c.inc", "OIL\n"}});
+    EXPECT_EQ(deck.Keywords().GetFiles().size(), 3u);
+    deck.File("b.inc").Reload();
+    deck.Dir().Write("c.inc", "GAS\n");
+    deck.Manager().RefreshDeck("Test");
+    EXPECT_EQ(deck.Walk(), "RUNSPEC INCLUDE INCLUDE GAS");
 }
 
 TEST_F(DeckManagerTest, NoDeckDropsWhatIsEditedThroughAnother)
 {
-    m_directory.Write("A.DATA", "RUNSPEC\nINCLUDE\n'shared.inc' /\n");
-    m_directory.Write("B.DATA", "RUNSPEC\nINCLUDE\n'shared.inc' /\n");
-    m_directory.Write("shared.inc", "OIL\n");
-    const auto manager = DeckManagerFactory::Create();
-    IDeck* a = manager->ImportDeck("1", m_directory.Path("A.DATA"), false, false, false);
-    IDeck* b = manager->ImportDeck("2", m_directory.Path("B.DATA"), false, false, false);
-    IDeckKeywordsEditor* editor = manager->GetEditor(a);
-    KeywordFile* shared = nullptr;
-    for (IKeywordFile* file : a->GetDeckKeywords()->GetFiles()) {
-        if (file->GetFileName().GetFileName() == "shared.inc") shared = file->AsKeywordFile();
-    }
-    b->GetDeckKeywords()->GetFiles();
-    const auto edit = [shared] {
-        const auto& oil = static_cast<const Keyword&>(**shared->Begin());
-        oil.GetTagMgr().SetTag(true);
-    };
+    const TestDeck deck({{"A.DATA", "RUNSPEC\nINCLUDE\n'shared.inc' /\n"},
+                         {"B.DATA", "RUNSPEC\nINCLUDE\n'shared.inc' /\n"},
+                         {"shared.inc", "OIL\n"}});
+    IDeckManager& manager = deck.Manager();
+    IDeck* other = manager.ImportDeck("2", deck.Dir().Path("B.DATA"), false, false, false);
+    IDeckKeywordsEditor* editor = manager.GetEditor(&deck.Deck());
+    deck.Walk();
+    other->GetDeckKeywords()->GetFiles();
+    const KeywordFile& shared = deck.File("shared.inc");
+    const auto edit = [&shared] { static_cast<const Keyword&>(**shared.Begin()).GetTagMgr().SetTag(true); };
 
     edit();
-    EXPECT_EQ(MessageOf([&] { manager->RefreshDeck("2"); }),
+    EXPECT_EQ(Thrown<DeckManagerException>([&] { manager.RefreshDeck("2"); }),
               "Attempt to refresh a shared deck file that has uncommitted changes made through editing another deck.");
-    manager->ImportDeck("3", m_directory.Path("B.DATA"), false, false, false);
-    EXPECT_TRUE(manager->RemoveDeck(b));
-    EXPECT_TRUE(shared->IsModified());
-    manager->RefreshDeck("1"); // its own changes go without question
-    EXPECT_FALSE(shared->IsModified());
+    manager.ImportDeck("3", deck.Dir().Path("B.DATA"), false, false, false);
+    EXPECT_TRUE(manager.RemoveDeck(other));
+    EXPECT_TRUE(shared.IsModified());
+    manager.RefreshDeck("Test"); // its own changes go without question
+    EXPECT_FALSE(shared.IsModified());
     edit();
-    EXPECT_EQ(manager->GetEditor(manager->FindDeck("3")), editor);
-    EXPECT_FALSE(shared->IsModified());
+    EXPECT_EQ(manager.GetEditor(manager.FindDeck("3")), editor);
+    EXPECT_FALSE(shared.IsModified());
     edit();
     editor->Close();
-    EXPECT_FALSE(shared->IsModified());
+    EXPECT_FALSE(shared.IsModified());
 }
 
 TEST_F(DeckManagerTest, FilesThatMoveUnderTheManager)
@@ -261,9 +222,11 @@ TEST_F(DeckManagerTest, FilesThatMoveUnderTheManager)
     m_directory.Write("A.DATA", "RUNSPEC\nOIL\n");
     const auto manager = DeckManagerFactory::Create();
     IDeck* deck = manager->ImportDeck("A", m_directory.Path("A.DATA"), false, false, false);
-    EXPECT_EQ(MessageOf([&] { manager->UpdateKeywordFilePath(m_directory.Path("x"), m_directory.Path("y")); }),
+    EXPECT_EQ(Thrown<DeckManagerException>(
+                  [&] { manager->UpdateKeywordFilePath(m_directory.Path("x"), m_directory.Path("y")); }),
               "Attempt to update path for unknown keyword file.");
-    EXPECT_EQ(MessageOf([&] { manager->UpdateKeywordFilePath(m_directory.Path("A.DATA"), m_directory.Path("y")); }),
+    EXPECT_EQ(Thrown<DeckManagerException>(
+                  [&] { manager->UpdateKeywordFilePath(m_directory.Path("A.DATA"), m_directory.Path("y")); }),
               "KeywordFileManager::KeywordFileMoved: new file not exist");
     deck->GetDeckKeywords()->Begin();
     std::filesystem::rename(m_directory.Path("A.DATA"), m_directory.Path("B.DATA"));

@@ -1,28 +1,17 @@
-#include <gtest/gtest.h>
-
 #include <cstddef>
-#include <functional>
-#include <set>
-#include <string>
 
 #include <pthread.h>
 
-#include "files/KeywordFile.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/DeckPositions.h>
 #include <deckmanager/Exporter.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
 #include <deckmanager/SetCommentAbove.h>
 
 // Chains of files and scopes in scopes that are deep, on a stack that isn't.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::size_t stackSize = 1024 * 1024;

@@ -1,34 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <functional>
-#include <string>
-#include <vector>
-
-#include "files/KeywordFile.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/DataTextEditor.h>
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/Environment.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
 #include <deckmanager/IKeywordVariablesResolver.h>
-#include <deckmanager/LineEnds.h>
 #include <deckmanager/SetCommentAbove.h>
 #include <tarn/keywords/IKeywordData.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // Edits while a file can't be read: each is done as ever, or refused, and nothing of the deck is lost by it.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::FailingFileSystem;
-using TestSupport::TestDeck;
-using Call = TestSupport::FailingFileSystem::Call;
+using namespace DeckTests;
 
 /// False where the editor refuses.
 using Edit = std::function<bool(const TestDeck&, IDeckKeywordsEditor&)>;
@@ -58,11 +38,6 @@ struct NamedEdit
     const char* name;
     Edit edit;
 };
-
-const Keywords::IKeywordSyntax& SyntaxOf(const std::string& name)
-{
-    return *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
-}
 
 std::vector<NamedEdit> Edits()
 {

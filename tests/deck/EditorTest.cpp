@@ -1,43 +1,18 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <memory>
-#include <sstream>
 #include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include "files/KeywordFile.h"
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TempDir.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/Environment.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
+#include "tests/support/DeckTest.h"
 #include <deckmanager/IKeywordVariablesResolver.h>
 #include <tarn/keywords/IKeywordData.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/keywords/KeywordDataFactory.h>
 
 // Edits through the editor, in memory: what the deck then is, what is refused, and what a discard gives back.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 const std::string topText = "RUNSPEC\nDIMENS\n1 2 3 /\nOIL\nINCLUDE\n'A.INC' /\nPROPS\nDENSITY\n1 2 3 /\nEND\n";
 const std::string includedText = "WATER\nTABDIMS\n1 2 /\n";
-
-const Keywords::IKeywordSyntax& SyntaxOf(const std::string& name)
-{
-    return *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
-}
 
 class EditorTest : public testing::Test
 {

@@ -1,32 +1,13 @@
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "files/KeywordFile.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/Environment.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
+#include "tests/support/DeckTest.h"
 #include <deckmanager/SetCommentAbove.h>
 #include <tarn/keywords/IKeywordRecordData.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // Files that are written ahead of the commit of their deck: their text stands beside them and breaks off, the commit
 // goes on behind it, and writes it anew where what it holds has changed.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 const std::string mark = "\xEF\xBB\xBF";
 const std::string tag = "-- Generated\n\n";
@@ -61,9 +42,7 @@ public:
     }
     void Insert(const KeywordFileIterator& place, const std::string& text) const
     {
-        const std::string name = text.substr(0, text.find('\n'));
-        const auto* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
-        EXPECT_NE(Editor().InsertKeywordText(*syntax, place, text), nullptr);
+        EXPECT_NE(Editor().InsertKeywordText(SyntaxOf(text.substr(0, text.find('\n'))), place, text), nullptr);
     }
     void Append(const std::string& text) const { Insert(File().End(), text); }
     void Remove(const std::string& name) const { EXPECT_TRUE(Editor().RemoveKeyword(At(name))); }

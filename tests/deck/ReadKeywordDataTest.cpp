@@ -1,22 +1,15 @@
 #include <deckmanager/ReadKeywordData.h>
 
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
+#include "tests/support/DeckTest.h"
 #include <deckmanager/KeywordVariables.h>
-#include <gtest/gtest.h>
 #include <tarn/keywords/IKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordRecordData.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class ReadKeywordDataTest : public testing::Test
 {

@@ -1,16 +1,8 @@
 #include <deckmanager/ReadKeywordElement.h>
 
-#include <string>
-#include <utility>
-#include <vector>
-
 #include <fmt/format.h>
-#include <gtest/gtest.h>
 
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/IDeckKeywordsEditor.h>
+#include "tests/support/DeckTest.h"
 #include <deckmanager/KeywordVariables.h>
 #include <deckmanager/ReadKeywordData.h>
 #include <tarn/keywords/IKeywordListData.h>
@@ -18,9 +10,7 @@
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class ReadKeywordElementTest : public testing::Test
 {

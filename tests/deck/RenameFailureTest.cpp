@@ -1,27 +1,15 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
 #include <map>
 #include <optional>
-#include <string>
-#include <utility>
 
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/LineEnds.h>
+#include "tests/support/DeckTest.h"
 #include <tarn/service/FileName.h>
 
 // Files of a deck change names on a disk that doesn't let them.
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
+using namespace DeckTests;
 using Tarn::Fjel::Core::Service::FileName;
-using TestSupport::FailingFileSystem;
-using TestSupport::TestDeck;
-using Call = FailingFileSystem::Call;
 
 const TestDeck::Texts before{
     {"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' / one\nINCLUDE\n'sub/B.INC' /\nGRID\nGDFILE\n'CASE' /\n"},

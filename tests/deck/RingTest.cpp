@@ -1,24 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <set>
-#include <string>
-#include <vector>
-
-#include "files/KeywordFile.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Exporter.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // Rings of files that edits close and open, and what is done to a deck that has one.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 using Strings = std::vector<std::string>;
 
 class RingTest : public testing::Test
@@ -29,8 +16,7 @@ protected:
     static IDeckKeywordsEditor& EditorOf(const TestDeck& deck) { return *deck.Manager().GetEditor(&deck.Deck()); }
     static IKeyword* InsertInclude(const TestDeck& deck, const KeywordIterator& place, const std::string& name)
     {
-        return EditorOf(deck).InsertKeywordText(*Environment::Instance().GetSyntaxTable()->FindSyntax("INCLUDE", true),
-                                                place, "INCLUDE\n'" + name + "' /\n");
+        return EditorOf(deck).InsertKeywordText(SyntaxOf("INCLUDE"), place, "INCLUDE\n'" + name + "' /\n");
     }
     Strings Told()
     {

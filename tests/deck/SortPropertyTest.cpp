@@ -1,33 +1,22 @@
-#include <gtest/gtest.h>
 #include <rapidcheck.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <map>
 #include <random>
-#include <set>
-#include <sstream>
-#include <string>
 #include <unordered_map>
-#include <utility>
-#include <vector>
 
 #include <fmt/format.h>
 
-#include "keywords/Keyword.h"
 #include "tests/deck/LiteralSort.h"
 #include "tests/deck/SortedDeck.h"
-#include "tests/support/LogRecorder.h"
-#include <deckmanager/Environment.h>
+#include "tests/support/DeckTest.h"
 
 // Decks and rules by chance: the sort against the one that is carried out to the letter, and what holds of every sort.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
-using TestSupport::LogRecorder;
+using namespace DeckTests;
 using TestSupport::RuledTable;
 using TestSupport::SortedDeck;
 using TestSupport::SortTable;

@@ -1,23 +1,14 @@
-#include <gtest/gtest.h>
-
 #include <map>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "deck/OrderTest.h"
 #include "tests/deck/SortedDeck.h"
-#include "tests/support/LogRecorder.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/Environment.h>
+#include "tests/support/DeckTest.h"
 
 // What a sort moves and what it leaves alone, in decks written in short (see SortedDeck).
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
+using namespace DeckTests;
 using TestSupport::RuledTable;
 using TestSupport::SortedDeck;
 using TestSupport::SortTable;
@@ -302,13 +293,9 @@ TEST_F(SortTest, ASearchMayAskSoManyTimesAndNoMore)
     for (int i = 0; i < 10; ++i)
         EXPECT_FALSE(test.MustPrecede(b, a));
     EXPECT_TRUE(test.MustPrecede(a, b));
-    try {
-        test.MustPrecede(a, b);
-        FAIL();
-    } catch (const DeckManagerException& limit) {
-        EXPECT_STREQ(limit.what(), "A problem was encountered sorting keywords.  This may be caused by inconsistent "
-                                   "ordering rules in the keyword metadata.");
-    }
+    EXPECT_EQ(Thrown<DeckManagerException>([&] { test.MustPrecede(a, b); }),
+              "A problem was encountered sorting keywords.  This may be caused by inconsistent ordering rules in the "
+              "keyword metadata.");
     EXPECT_THROW(OrderTest(SectionType::GRID).Skip(50001), DeckManagerException);
 }
 

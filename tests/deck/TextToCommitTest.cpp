@@ -1,27 +1,14 @@
-#include <gtest/gtest.h>
-
 #include <cstdlib>
-#include <filesystem>
-#include <string>
 
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/Environment.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
+#include "tests/support/DeckTest.h"
 #include <deckmanager/SetCommentAbove.h>
 #include <deckmanager/TextToCommit.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // The text that a commit would write, against the one that it writes.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class TextToCommitTest : public testing::Test
 {

@@ -1,23 +1,12 @@
-#include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <random>
-#include <sstream>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/deckman/Program.h"
 
 /// deckman apply: scripts of edits.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using TestSupport::TempDir;
 
 const std::string top = "RUNSPEC\nTABDIMS\n 1 2*3 5 /\n\n-- above DIMENS\nDIMENS\n10 20 30 /\nINCLUDE\n'a.inc' /\n"
                         "SCHEDULE\nWELTARG\n 'P1' ORAT 1 /\n/\nWELTARG\n 'P2' ORAT 2 /\n/\nEND\nWELTARG\n/\n";

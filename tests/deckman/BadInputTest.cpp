@@ -1,22 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <algorithm>
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 /// Decks that are broken, missing, or no decks at all: what is said, with which status, and that the program ends.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using TestSupport::TempDir;
 
 const std::string include = "INCLUDE\n '";
 

@@ -1,22 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <algorithm>
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 /// What `check` says of healthy decks (nothing), and of decks with one fault each.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using TestSupport::TempDir;
 
 using Files = std::vector<std::pair<std::string, std::string>>;
 

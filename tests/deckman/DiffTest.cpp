@@ -1,17 +1,8 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using TestSupport::TempDir;
 
 /// Each difference as `kind where old new`.
 struct Case

@@ -1,20 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include <gtest/gtest.h>
 
 /// What the documents show is what a user sees who types it in the folder of the example decks.
 
 namespace DeckmanTests {
 
 namespace {
-
-using TestSupport::TempDir;
 
 const std::string indent = "    ";
 const std::string prompt = indent + "$ ";

@@ -1,15 +1,8 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using TestSupport::TempDir;
 
 const std::string top = "-- header\nRUNSPEC\nTABDIMS\n 1 2*3 5 / two\n\n-- above DIMENS\nDIMENS\n10 20 30 /\nINCLUDE\n"
                         "'a.inc' /\nSCHEDULE\nWELTARG\n 'P1' ORAT 1 /\n 'P2' WRAT 2 / -- second\n/\nWELTARG\n 'P1' "

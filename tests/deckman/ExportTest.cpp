@@ -1,21 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 /// The verbs that write a deck out of its files.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::ContainsRegex;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using TestSupport::TempDir;
 
 /// A small deck in a directory of its own.
 struct Deck

@@ -1,15 +1,8 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using TestSupport::TempDir;
 
 class Get : public testing::Test
 {

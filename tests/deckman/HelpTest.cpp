@@ -1,13 +1,6 @@
-#include "tests/deckman/Program.h"
-
-#include <algorithm>
-#include <filesystem>
 #include <set>
-#include <sstream>
 
-#include <gtest/gtest.h>
-
-#include "tests/support/TempDir.h"
+#include "tests/deckman/Program.h"
 
 /// Help, the manual page and completion: all of one source, and all of it true.
 

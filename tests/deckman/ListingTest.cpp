@@ -1,12 +1,6 @@
-#include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <algorithm>
-#include <filesystem>
 #include <map>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "tests/deckman/Program.h"
 #include <tarn/service/Strings.h>
 
 /// What the verbs say about one deck must agree, with each other and with the bytes of the files.
@@ -15,7 +9,6 @@ namespace DeckmanTests {
 
 namespace {
 
-using TestSupport::TempDir;
 using Json = nlohmann::ordered_json;
 
 struct ExampleDeck

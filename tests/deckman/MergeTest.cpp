@@ -1,21 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 /// `deckman merge`.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using TestSupport::TempDir;
 
 const std::string tag = "                             -- Generated\n";
 

@@ -1,10 +1,7 @@
 #include "tests/deckman/Program.h"
 
-#include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
 #include <pty.h>
-#include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
 #include <unistd.h>

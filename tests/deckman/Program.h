@@ -1,14 +1,28 @@
 #pragma once
 
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "tests/support/TempDir.h"
 
 namespace DeckmanTests {
+
+using testing::ContainsRegex;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using TestSupport::TempDir;
 
 /// What a finished program left behind.
 struct Outcome

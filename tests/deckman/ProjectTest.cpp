@@ -1,12 +1,4 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <sys/stat.h>
 
@@ -15,11 +7,6 @@
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using TestSupport::TempDir;
 
 /// A deck outside of every project, and a run beside it.
 struct Place

@@ -1,18 +1,8 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <algorithm>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using testing::IsEmpty;
-using TestSupport::TempDir;
 
 /// `read` of a file piece.txt with that text.
 Outcome Read(const std::string& text, bool json = true)

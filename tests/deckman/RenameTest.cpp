@@ -1,19 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <filesystem>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 /// deckman rename, on a deck with files of one name in two folders, an alias and a grid file.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::HasSubstr;
-using TestSupport::TempDir;
 
 const std::string top =
     "RUNSPEC\nPATHS\n 'SUB' 'sub' /\n/\nINCLUDE\n '$SUB/a.inc' / the first\nGRID\nGDFILE\n 'grid/G' /\n"

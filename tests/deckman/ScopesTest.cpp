@@ -1,16 +1,13 @@
-#include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
 #include <map>
 #include <random>
 
+#include "tests/deckman/Program.h"
 #include <deckmanager/DeckManagerFactory.h>
 #include <deckmanager/DeckPositions.h>
 #include <deckmanager/Environment.h>
 #include <deckmanager/IDeck.h>
 #include <deckmanager/IDeckKeywords.h>
 #include <deckmanager/IKeyword.h>
-#include <gtest/gtest.h>
 #include <tarn/keywords/IKeywordSyntax.h>
 
 /// The program finds all scopes in one walk; the library walks for each. They must agree on every nesting, sound or

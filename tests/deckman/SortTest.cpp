@@ -1,24 +1,10 @@
 #include "tests/deckman/Program.h"
-#include "tests/support/TempDir.h"
-
-#include <algorithm>
-#include <filesystem>
-#include <string>
-#include <vector>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 /// deckman sort, on a deck of two files.
 
 namespace DeckmanTests {
 
 namespace {
-
-using testing::ContainsRegex;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using TestSupport::TempDir;
 
 const std::string topText =
     "-- a deck\nRUNSPEC\nDIMENS\n1 1 1 /\n\n-- about the title\nTITLE\nTwo files\nGRID\nINCLUDE\n"

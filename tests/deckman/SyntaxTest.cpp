@@ -1,17 +1,10 @@
 #include "tests/deckman/Program.h"
 
-#include <algorithm>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 namespace DeckmanTests {
 
 namespace {
 
 using nlohmann::ordered_json;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 std::vector<ordered_json> Definitions(std::vector<std::string> arguments)
 {

@@ -1,12 +1,6 @@
-#include "tests/deckman/Program.h"
-
-#include <algorithm>
 #include <regex>
-#include <sstream>
 
-#include <gtest/gtest.h>
-
-#include "tests/support/TempDir.h"
+#include "tests/deckman/Program.h"
 
 /// What is for people only: colours, the pager, widths, progress.
 

@@ -1,13 +1,5 @@
 #include "tests/deckman/Program.h"
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
-#include <gtest/gtest.h>
-
 /// The program's output on the example decks, pinned. Each file of golden/ is a transcript: commands, as typed in
 /// examples/decks/, and behind each what it printed ("! " ahead of what went to standard error, the exit status unless
 /// it is 0). To add a case, add its command and write all transcripts anew:

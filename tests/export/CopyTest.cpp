@@ -1,25 +1,16 @@
-#include <filesystem>
-
 #include "export/ExporterUtil.h"
 #include "files/ExportedFileMap.h"
-#include "files/KeywordFile.h"
 #include "keywords/ForceRewrite.h"
-#include "keywords/Keyword.h"
-#include "tests/export/Exporting.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineFileWriter.h"
 #include <deckmanager/Context.h>
 #include <deckmanager/Exporter.h>
-#include <deckmanager/IKeyword.h>
 #include <tarn/service/FileName.h>
 #include <tarn/service/LogEnabler.h>
 
 namespace {
 
-using namespace ExportTests;
-using Keywords::SimulatorType;
-using TestSupport::LogRecorder;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class CopyTest : public testing::Test
 {

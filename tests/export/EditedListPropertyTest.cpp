@@ -1,26 +1,15 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <iterator>
-#include <memory>
 #include <random>
-#include <string>
-#include <vector>
 
-#include "tests/export/Exporting.h"
-#include <deckmanager/DeckManagerFactory.h>
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Exporter.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // Edits by chance, of the deck and of a list of texts; the text of the deck must be that list, joined.
 
 namespace {
 
-using namespace ExportTests;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 constexpr const char* names[] = {"TABDIMS", "EQLDIMS", "WELLDIMS", "DIMENS"};
 
@@ -95,8 +84,7 @@ public:
         case 2: {
             const std::string name = names[Below(4)];
             const std::string own = name + "\n 7 /\n";
-            const IKeyword* keyword = Editor().InsertKeywordText(
-                *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true), PlaceOf(to, place), own);
+            const IKeyword* keyword = Editor().InsertKeywordText(SyntaxOf(name), PlaceOf(to, place), own);
             ASSERT_NE(keyword, nullptr);
             target.insert(target.begin() + static_cast<std::ptrdiff_t>(place), {"", own, keyword});
             break;

@@ -1,15 +1,5 @@
-#include <gtest/gtest.h>
-
-#include <functional>
-#include <string>
-#include <vector>
-
-#include "tests/export/Exporting.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Exporter.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // What a deck's text is after edits of its list: comments stay with the keyword that they stand above, and where that
 // goes away they stay where they are. What comes of inserts, removals and moves of keywords with data, in one file and
@@ -17,8 +7,7 @@
 
 namespace {
 
-using namespace ExportTests;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class EditedListTest : public testing::Test
 {
@@ -40,8 +29,7 @@ protected:
 
     static IKeyword* Insert(IDeckKeywordsEditor& editor, const KeywordIterator& place, const std::string& text)
     {
-        const std::string name = text.substr(0, text.find('\n'));
-        return editor.InsertKeywordText(*Environment::Instance().GetSyntaxTable()->FindSyntax(name, true), place, text);
+        return editor.InsertKeywordText(SyntaxOf(text.substr(0, text.find('\n'))), place, text);
     }
 
     TestSupport::CleanEnvironment m_environment;

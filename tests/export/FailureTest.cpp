@@ -1,27 +1,15 @@
-#include <cerrno>
-#include <filesystem>
-#include <functional>
 #include <sys/stat.h>
 #include <thread>
 
-#include "tests/export/Exporting.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/Thrown.h"
+#include "tests/support/DeckTest.h"
 #include "tests/support/UnprivilegedUser.h"
-#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Exporter.h>
 
 /// Exports that can't be done: what is told, and that all files are as they were.
 
 namespace {
 
-using namespace ExportTests;
-using Keywords::SimulatorType;
-using TestSupport::FailingFileSystem;
-using TestSupport::LogRecorder;
-using TestSupport::TestDeck;
-using Call = TestSupport::FailingFileSystem::Call;
+using namespace DeckTests;
 
 class FailureTest : public testing::Test
 {

@@ -1,16 +1,9 @@
-#include <filesystem>
-
-#include "tests/export/Exporting.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Exporter.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
 
 namespace {
 
-using namespace ExportTests;
-using TestSupport::LogRecorder;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 /// The flat file of a deck, by the form that leaves nothing out.
 std::string Whole(const TestDeck& deck)

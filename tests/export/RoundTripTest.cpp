@@ -1,10 +1,7 @@
 #include <algorithm>
-#include <functional>
 #include <random>
-#include <sstream>
 
-#include "tests/export/Exporting.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Exporter.h>
 
 /// Exports of decks that are made by chance, against what they must be: the source with other names in the INCLUDE
@@ -12,8 +9,7 @@
 
 namespace {
 
-using namespace ExportTests;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 const std::string mark = "\xEF\xBB\xBF";
 

@@ -1,25 +1,12 @@
-#include <cerrno>
-#include <filesystem>
-
-#include "files/KeywordFile.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TempDir.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include "tests/support/WatchedManager.h"
 #include "tests/text/TextGenerator.h"
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/IKeyword.h>
 #include <tarn/service/FileStatus.h>
 #include <tarn/service/FileSystem.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SimulatorType;
-using TestSupport::TempDir;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 using TestSupport::WatchedManager;
 
 void Describe(const KeywordFile& file, std::string& text, int depth)

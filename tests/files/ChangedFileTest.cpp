@@ -1,25 +1,11 @@
-#include <cerrno>
-#include <filesystem>
-#include <functional>
-
-#include "files/KeywordFile.h"
-#include "keywords/Keyword.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include "tests/support/Thrown.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/IKeyword.h>
+#include "tests/support/DeckTest.h"
 #include <tarn/keywords/IKeywordListData.h>
 
 // Files that go, shrink or cannot be read to their end while a deck is open.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::FailingFileSystem;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class ChangedFileTest : public testing::Test
 {

@@ -1,19 +1,11 @@
 #include <sys/resource.h>
 
-#include "files/KeywordFile.h"
 #include "files/KeywordINCLUDE.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/IKeyword.h>
-#include <deckmanager/KeywordFileManager.h>
+#include "tests/support/DeckTest.h"
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SectionType;
-using TestSupport::LogRecorder;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class IncludeTest : public testing::Test
 {

@@ -1,14 +1,9 @@
 #include "files/IteratorAccess.h"
-#include "files/KeywordFile.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/IKeyword.h>
+#include "tests/support/DeckTest.h"
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class IteratorTest : public testing::Test
 {

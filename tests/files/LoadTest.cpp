@@ -1,17 +1,9 @@
-#include "files/KeywordFile.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include "tests/support/UnprivilegedUser.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/IKeyword.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using Keywords::SimulatorType;
-using TestSupport::LogRecorder;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class LoadTest : public testing::Test
 {

@@ -1,21 +1,10 @@
-#include <sstream>
-
 #include "cache/CacheEntry.h"
 #include "files/DirectoryManager.h"
 #include "files/DirectoryManagerNoProjDir.h"
 #include "files/FileTagState.h"
 #include "files/KeywordFactory.h"
-#include "files/KeywordFile.h"
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TempDir.h"
-#include "tests/support/TestDeck.h"
-#include "tests/support/Thrown.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineStringReader.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/KeywordFileManager.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/service/Exception.h>
 #include <tarn/service/Serializer.h>
 #include <tarn/service/XMLInputSerializer.h>
@@ -25,20 +14,12 @@
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
+using namespace DeckTests;
 using Service::Directory;
-using TestSupport::TempDir;
-using TestSupport::Thrown;
 
 class ManagersTest : public testing::Test
 {
 protected:
-    static const Keywords::IKeywordSyntax& Syntax(const std::string& name)
-    {
-        return *Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
-    }
-
     TestSupport::CleanEnvironment m_environment;
     TestSupport::LogRecorder m_log;
 };
@@ -159,7 +140,7 @@ TEST_F(ManagersTest, KeywordsAreMadeUnderNamesThatTheirSyntaxTakes)
 {
     const auto made = [](const std::string& syntax, const std::string& name, bool validate) {
         const std::unique_ptr<Keyword> keyword =
-            KeywordFactory::Create(Syntax(syntax), false, name, validate, nullptr, nullptr, -1, -1);
+            KeywordFactory::Create(SyntaxOf(syntax), false, name, validate, nullptr, nullptr, -1, -1);
         return keyword ? keyword->GetName() : "refused";
     };
     EXPECT_EQ(made("PORO", "", true), "PORO");
@@ -171,7 +152,7 @@ TEST_F(ManagersTest, KeywordsAreMadeUnderNamesThatTheirSyntaxTakes)
 
     for (const char* name : {"PORO", "INCLUDE", "GDFILE", "ORDGRID"}) {
         const std::unique_ptr<Keyword> keyword =
-            KeywordFactory::Create(Syntax(name), false, "", true, nullptr, nullptr, -1, -1);
+            KeywordFactory::Create(SyntaxOf(name), false, "", true, nullptr, nullptr, -1, -1);
         EXPECT_EQ(keyword->GetLine(), -1);
         EXPECT_EQ(keyword->GetPosition(), 0);
         EXPECT_EQ(keyword->GetDiskFile(), nullptr);
@@ -181,7 +162,7 @@ TEST_F(ManagersTest, KeywordsAreMadeUnderNamesThatTheirSyntaxTakes)
 
     const auto refusal = [](auto create) {
         return Thrown<DeckManagerException>(
-            [&] { create(Syntax("PORO"), false, "", nullptr, nullptr, -1, -1, nullptr); });
+            [&] { create(SyntaxOf("PORO"), false, "", nullptr, nullptr, -1, -1, nullptr); });
     };
     EXPECT_EQ(refusal(&KeywordFactory::CreateINCLUDE), "KeywordFactory::CreateINCLUDE: only accepts INCLUDE syntax");
     EXPECT_EQ(refusal(&KeywordFactory::CreateGDFILE), "KeywordFactory::CreateGDFILE: only accepts GDFILE syntax");

@@ -1,19 +1,8 @@
 // What bad text does to a host: the message that it gets, what is left of the data, and that reading goes on with the
 // next keyword. Through the exported interface, in decks.
 
-#include <algorithm>
-
-#include <gtest/gtest.h>
-
-#include <fmt/format.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/service/MessageCapper.h>
-
-#include "DataReading.h"
-#include "keywords/DeserializeState.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/keywords/DataReading.h"
 #include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
 
 using namespace DataReading;
 using TestSupport::TestDeck;

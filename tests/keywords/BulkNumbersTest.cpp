@@ -1,12 +1,9 @@
 // Lists of numbers take plain numbers straight from the line. A list with an end detector goes token by token; the two
 // must agree in values, marks, messages and place.
 
-#include <gtest/gtest.h>
-
-#include <fmt/format.h>
 #include <rapidcheck.h>
 
-#include "DataReading.h"
+#include "tests/keywords/DataReading.h"
 
 using namespace DataReading;
 

@@ -1,24 +1,18 @@
 // Expressions ask an index of names where a plain view of the deck makes them walk. The two must agree in results,
 // messages and their order, whatever the deck looks like and whatever has happened to it.
 
-#include <gtest/gtest.h>
-
 #include <fmt/format.h>
 #include <rapidcheck.h>
 
 #include "deck/DeckKeywords.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/support/DeckTest.h"
 #include "tests/support/PlainView.h"
-#include "tests/support/TestDeck.h"
 #include <deckmanager/Context.h>
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/IKeyword.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
+using namespace DeckTests;
 using TestSupport::PlainView;
-using TestSupport::TestDeck;
 
 /// Every answer, and every message, in order. Data stay read: the first of two such rounds also tells of them.
 std::string Answers(const IDeckKeywords& view)

@@ -1,14 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <boost/lexical_cast.hpp>
-#include <deckmanager/Context.h>
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/Environment.h>
-#include <deckmanager/IDeckKeywords.h>
 
-#include "DataReading.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/keywords/DataReading.h"
+#include "tests/support/DeckTest.h"
 
 using namespace DataReading;
 using DeckManager::Context;

@@ -1,20 +1,6 @@
-#include "DataReading.h"
-
-#include <algorithm>
-
-#include <fmt/format.h>
-#include <gtest/gtest.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordMapData.h>
-#include <tarn/keywords/IKeywordOptionMD.h>
-#include <tarn/keywords/IKeywordRawTextData.h>
-#include <tarn/keywords/IKeywordRecordData.h>
-#include <tarn/keywords/KeywordDataFactory.h>
-#include <tarn/keywords/UnsetValue.h>
+#include "tests/keywords/DataReading.h"
 
 #include "keywords/KeywordDataDeserializer.h"
-#include "tests/support/LogRecorder.h"
-#include "text/LineStringReader.h"
 
 namespace DataReading {
 

@@ -1,23 +1,43 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include "keywords/DeserializeState.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/Thrown.h"
+#include "text/LineStringReader.h"
 #include <deckmanager/Context.h>
+#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/Environment.h>
 #include <deckmanager/IKeyword.h>
-#include <tarn/keywords/IKeywordData.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/KeywordSyntaxTable.h>
-
 #include <deckmanager/KeywordVariables.h>
+#include <tarn/keywords/IKeywordData.h>
+#include <tarn/keywords/IKeywordListData.h>
+#include <tarn/keywords/IKeywordListDataVariables.h>
+#include <tarn/keywords/IKeywordMapData.h>
+#include <tarn/keywords/IKeywordOptionMD.h>
+#include <tarn/keywords/IKeywordRawTextData.h>
+#include <tarn/keywords/IKeywordRecordData.h>
+#include <tarn/keywords/IKeywordSyntax.h>
+#include <tarn/keywords/IKeywordSyntaxTable.h>
+#include <tarn/keywords/KeywordDataFactory.h>
+#include <tarn/keywords/KeywordSyntaxTable.h>
+#include <tarn/keywords/UnsetValue.h>
+#include <tarn/service/MessageCapper.h>
 
 namespace DataReading {
 
 namespace Core = Tarn::Fjel::Core;
 namespace DeckManager = Core::DeckManager;
+using TestSupport::Thrown;
 
 /// A keyword that stands in no file.
 class LooseKeyword : public DeckManager::IKeyword

@@ -1,19 +1,12 @@
 // Random items of random keywords of the catalogue, in texts with comments and odd layout, are changed in the text; the
 // new text reads as the old tree with that one slot changed.
 
-#include <algorithm>
 #include <set>
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
 #include <deckmanager/DataTextEditor.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
-#include <tarn/keywords/KeywordDataFactory.h>
-#include <tarn/keywords/UnsetValue.h>
 
-#include "tests/keywords/DataReading.h"
 #include "tests/keywords/TreeMaker.h"
 
 namespace {

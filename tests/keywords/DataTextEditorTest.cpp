@@ -1,16 +1,9 @@
 #include <chrono>
 
-#include <gtest/gtest.h>
-
 #include <deckmanager/DataTextEditor.h>
-#include <deckmanager/Environment.h>
-#include <fmt/format.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 #include "tests/keywords/DataReading.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 
 using namespace DataReading;
 using DeckManager::DataTextEditor;

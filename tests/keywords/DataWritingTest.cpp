@@ -1,34 +1,21 @@
 #include <bit>
 #include <cmath>
 #include <cstdio>
-#include <functional>
 #include <limits>
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordMapData.h>
-#include <tarn/keywords/IKeywordOptionMD.h>
-#include <tarn/keywords/IKeywordRawTextData.h>
-#include <tarn/keywords/IKeywordRecordData.h>
-#include <tarn/keywords/KeywordDataFactory.h>
 
 #include "keywords/ISerializer.h"
 #include "keywords/KeywordDataSerializer.h"
 #include "tests/keywords/DataReading.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include "tests/support/Thrown.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineStringWriter.h"
-#include <deckmanager/DeckManagerException.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
+using namespace DeckTests;
 using DeckManager::KeywordDataSerializer;
 using DeckManager::LineStringWriter;
-using TestSupport::Thrown;
 
 std::string WriteTree(const Keywords::IKeywordData& data,
                       Keywords::SimulatorType simulator = Keywords::SimulatorType::Any, bool useVariables = false)

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include "tests/keywords/DataReading.h"
 #include "tests/support/TestDeck.h"
 #include <deckmanager/KeywordFormatter.h>

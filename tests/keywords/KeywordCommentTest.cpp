@@ -1,14 +1,10 @@
-#include "keywords/Keyword.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/IKeyword.h>
+#include "tests/support/DeckTest.h"
 
 // The comment between a keyword's line and its data, as plain text.
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 TEST(KeywordCommentTest, ReadsTheCommentBelowTheKeywordLine)
 {

@@ -1,12 +1,6 @@
-#include <gtest/gtest.h>
-
-#include "DataReading.h"
-#include "keywords/KeywordDataDeserializer.h"
 #include "keywords/KeywordDataStore.h"
-#include "tests/support/LogRecorder.h"
-#include "text/LineStringReader.h"
-
-#include <tarn/keywords/KeywordDataFactory.h>
+#include "keywords/KeywordDataDeserializer.h"
+#include "tests/keywords/DataReading.h"
 
 using namespace DataReading;
 

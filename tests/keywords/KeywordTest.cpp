@@ -1,11 +1,7 @@
-#include "keywords/Keyword.h"
-#include "files/KeywordFile.h"
 #include "keywords/CommentManager.h"
 #include "keywords/ITagMgr.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/Context.h>
-#include <deckmanager/IKeyword.h>
 #include <tarn/keywords/IKeywordListData.h>
 #include <tarn/keywords/IKeywordRecordData.h>
 
@@ -13,9 +9,7 @@
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
-namespace Keywords = Tarn::Fjel::Core::Keywords;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 class KeywordTest : public testing::Test
 {

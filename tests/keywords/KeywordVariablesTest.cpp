@@ -1,21 +1,12 @@
-#include <gtest/gtest.h>
-
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordListDataVariables.h>
-#include <tarn/keywords/IKeywordMapData.h>
 #include <tarn/keywords/IKeywordMapDataVariables.h>
-#include <tarn/keywords/IKeywordRecordData.h>
 #include <tarn/keywords/IKeywordRecordDataVariables.h>
-#include <tarn/keywords/KeywordDataFactory.h>
 #include <tarn/keywords/KeywordException.h>
 
-#include "DataReading.h"
-#include "tests/support/Thrown.h"
+#include "tests/keywords/DataReading.h"
 
 using namespace DataReading;
 using Core::Keywords::KeywordException;
 using Core::Keywords::VariablesString;
-using TestSupport::Thrown;
 
 TEST(KeywordVariables, KeepTheLastTextOfAPlaceInOrder)
 {

@@ -1,7 +1,4 @@
-#include <algorithm>
 #include <cstdio>
-#include <functional>
-#include <set>
 
 #include <rapidcheck/gtest.h>
 
@@ -9,28 +6,17 @@
 #include "files/KeywordFactory.h"
 #include "keywords/ForceRewrite.h"
 #include "keywords/ITagMgr.h"
-#include "keywords/Keyword.h"
 #include "tests/keywords/DataReading.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineFileWriter.h"
 #include "text/LineStringWriter.h"
-#include <deckmanager/Context.h>
-#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/KeywordText.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordRecordData.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 
 // What a keyword takes as new data, and what it writes.
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
-namespace Keywords = Tarn::Fjel::Core::Keywords;
-using Keywords::SimulatorType;
-using TestSupport::TestDeck;
+using namespace DeckTests;
 
 Keyword& At(const TestDeck& deck, const std::string& name)
 {
@@ -566,8 +552,7 @@ TEST_F(KeywordWritingTest, LineEnds)
 TEST_F(KeywordWritingTest, AKeywordThatNeverStoodInAFile)
 {
     const auto make = [](const char* name) {
-        const Keywords::IKeywordSyntax* syntax = Environment::Instance().GetSyntaxTable()->FindSyntax(name, true);
-        return KeywordFactory::Create(*syntax, true, "", false, nullptr, nullptr, -1, -1);
+        return KeywordFactory::Create(SyntaxOf(name), true, "", false, nullptr, nullptr, -1, -1);
     };
     const auto dimens = make("DIMENS");
     EXPECT_EQ(*dimens->GetText(), "DIMENS\n  /\n\n");

@@ -3,25 +3,13 @@
 
 #include "keywords/ListElementReader.h"
 
-#include <algorithm>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <rapidcheck.h>
 
-#include "DataReading.h"
-#include "keywords/DeserializeState.h"
 #include "keywords/KeywordGeneric.h"
-#include "tests/support/LogRecorder.h"
-#include "text/LineStringReader.h"
+#include "tests/keywords/DataReading.h"
 #include <deckmanager/ReadKeywordElement.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordListDataVariables.h>
-#include <tarn/service/MessageCapper.h>
 
 using namespace DataReading;
 

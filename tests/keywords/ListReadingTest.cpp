@@ -1,17 +1,6 @@
-#include <algorithm>
-
-#include <gtest/gtest.h>
-
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/Environment.h>
 #include <deckmanager/IDeckKeywords.h>
-#include <fmt/format.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordListDataVariables.h>
 
-#include "DataReading.h"
-#include "keywords/DeserializeState.h"
-#include "tests/support/Thrown.h"
+#include "tests/keywords/DataReading.h"
 
 using namespace DataReading;
 

@@ -1,8 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <tarn/keywords/IKeywordMapDataVariables.h>
 
-#include "DataReading.h"
+#include "tests/keywords/DataReading.h"
 
 using namespace DataReading;
 

@@ -1,13 +1,9 @@
 // Records take plain tokens straight from the line and set plain values straight in the data. Tokens, values and
 // messages must be those of the tokenizers and the conversions.
 
-#include <gtest/gtest.h>
-
 #include <rapidcheck.h>
-#include <tarn/service/MessageCapper.h>
 
-#include "DataReading.h"
-#include "tests/support/LogRecorder.h"
+#include "tests/keywords/DataReading.h"
 #include "text/ExpandingTokenizer.h"
 
 using namespace DataReading;

@@ -1,8 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <deckmanager/Environment.h>
-
-#include "DataReading.h"
+#include "tests/keywords/DataReading.h"
 
 using namespace DataReading;
 

@@ -1,15 +1,9 @@
 // Trees of every keyword of the catalogue, filled at random, are written, read and compared.
 
-#include <algorithm>
 #include <functional>
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
-#include <tarn/keywords/KeywordDataFactory.h>
 
-#include "tests/keywords/DataReading.h"
 #include "tests/keywords/TreeMaker.h"
 
 namespace {

@@ -1,22 +1,14 @@
-#include <gtest/gtest.h>
-
-#include <deckmanager/DeckManagerException.h>
 #include <deckmanager/DeckUtils.h>
-#include <deckmanager/Environment.h>
-#include <tarn/keywords/IKeywordSyntax.h>
-#include <tarn/keywords/IKeywordSyntaxTable.h>
 #include <tarn/keywords/KeywordSyntaxTable.h>
 
 #include "keywords/KeywordTextSplitter.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 
 // Deck text that belongs to no deck: cut into keywords, and a keyword's text into its parts.
 
 namespace {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
+using namespace DeckTests;
 
 class StringImportTest : public testing::Test
 {

@@ -2,27 +2,18 @@
 
 // Trees of any keyword, filled at random.
 
-#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
 #include <random>
-#include <string>
 
-#include <deckmanager/Context.h>
-#include <fmt/format.h>
-#include <tarn/keywords/IKeywordListData.h>
-#include <tarn/keywords/IKeywordMapData.h>
-#include <tarn/keywords/IKeywordOptionMD.h>
-#include <tarn/keywords/IKeywordRawTextData.h>
-#include <tarn/keywords/IKeywordRecordData.h>
+#include "keywords/KeywordDataSerializer.h"
+#include "tests/keywords/DataReading.h"
+#include "tests/support/TestDeck.h"
+#include "text/LineStringWriter.h"
 #include <tarn/keywords/IKeywordStringMD.h>
 #include <tarn/keywords/KeywordUtils.h>
 #include <tarn/service/Strings.h>
-
-#include "keywords/KeywordDataSerializer.h"
-#include "tests/support/TestDeck.h"
-#include "text/LineStringWriter.h"
 
 namespace TreeMaking {
 

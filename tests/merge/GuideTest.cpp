@@ -1,9 +1,4 @@
-#include <gtest/gtest.h>
-
 #include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include "tests/merge/Merging.h"
 

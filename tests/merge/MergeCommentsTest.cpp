@@ -1,11 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/merge/Merging.h"
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IDeckManager.h>
 
 // The comments of generated keywords. "~" stands for the generated tag.
 

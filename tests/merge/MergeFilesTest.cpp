@@ -1,20 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <cerrno>
-#include <filesystem>
-#include <string>
-#include <vector>
-
 #include "tests/merge/Merging.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/Thrown.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/IDeck.h>
-#include <deckmanager/IDeckKeywords.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IDeckManager.h>
-#include <deckmanager/IKeyword.h>
-#include <deckmanager/IKeywordFile.h>
 
 // Merges of decks of many files. "~" stands for the generated tag.
 

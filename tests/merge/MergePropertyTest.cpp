@@ -1,12 +1,5 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <map>
-#include <memory>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include "files/IteratorAccess.h"
 #include "merge/DeckMerger.h"
@@ -14,11 +7,6 @@
 #include "merge/PositionSearch.h"
 #include "tests/merge/DeckPairs.h"
 #include "tests/merge/LiteralPositionSearch.h"
-#include <deckmanager/IDeckKeywords.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IDeckManager.h>
-#include <deckmanager/IKeywordFile.h>
-#include <tarn/keywords/IKeywordSyntax.h>
 #include <tarn/service/Strings.h>
 
 // Merges of decks by chance: the search through indexes gives the answers of the search by walking, and nothing of the

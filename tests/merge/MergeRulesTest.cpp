@@ -1,17 +1,11 @@
-#include <gtest/gtest.h>
-
-#include <string>
-
 #include "tests/deck/RuledTable.h"
 #include "tests/merge/Merging.h"
-#include <deckmanager/Environment.h>
 
 // Merges under the ordering rules of a host's own table.
 
 namespace {
 
 using namespace MergeTests;
-using Keywords::SectionType;
 
 class MergeRulesTest : public testing::Test
 {

@@ -1,14 +1,4 @@
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 #include "tests/merge/Merging.h"
-#include <deckmanager/IDeck.h>
-#include <deckmanager/IDeckKeywords.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IDeckManager.h>
-#include <deckmanager/IKeyword.h>
 
 // What of a user's deck comes into the one that was made anew, and where. "~" stands for the generated tag.
 

@@ -2,13 +2,6 @@
 
 #include <stdexcept>
 
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/IDeckKeywords.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IDeckManager.h>
-#include <deckmanager/IKeyword.h>
-#include <deckmanager/LineEnds.h>
-
 namespace MergeTests {
 
 namespace {

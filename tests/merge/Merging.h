@@ -1,20 +1,14 @@
 #pragma once
 
 #include <map>
-#include <set>
-#include <string>
-#include <vector>
 
 #include "merge/IPositionSearch.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include <deckmanager/MergeReport.h>
 
 namespace MergeTests {
 
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::TempDir;
+using namespace DeckTests;
 
 using Texts = std::vector<std::pair<std::string, std::string>>;
 

@@ -1,22 +1,12 @@
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <sstream>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "files/KeywordFile.h"
 #include "tests/project/ProjectTree.h"
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
+#include "tests/support/DeckTest.h"
 #include "tests/support/UnprivilegedUser.h"
 #include "tests/text/TextGenerator.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
 #include <tarn/service/Strings.h>
 
 // Moves that fail at any of their file operations, or end there, and moves by chance.
@@ -26,11 +16,8 @@ namespace ProjectTests {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
-using TestSupport::FailingFileSystem;
+using namespace DeckTests;
 using TestText::TextGenerator;
-using Call = FailingFileSystem::Call;
 
 /// A small project with an open deck that has edits, another open one, one that is closed, and a link.
 struct SmallProject

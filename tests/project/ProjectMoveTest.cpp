@@ -1,16 +1,6 @@
-#include <filesystem>
-#include <functional>
-
-#include "files/KeywordFile.h"
 #include "files/MovedPaths.h"
 #include "tests/project/ProjectTree.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TestDeck.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/DeckManagerFactory.h>
-#include <deckmanager/IDeckKeywordsEditor.h>
-#include <deckmanager/IKeyword.h>
-#include <deckmanager/KeywordFileManager.h>
+#include "tests/support/DeckTest.h"
 
 // A project moves: its files, what they include, its open decks and its cache.
 
@@ -19,8 +9,7 @@ namespace ProjectTests {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace Tarn::Fjel::Core;
-using namespace Tarn::Fjel::Core::DeckManager;
+using namespace DeckTests;
 
 class ProjectMoveTest : public testing::Test
 {

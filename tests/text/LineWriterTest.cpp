@@ -1,31 +1,16 @@
-#include <cerrno>
-#include <sstream>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-#include "tests/support/FailingFileSystem.h"
-#include "tests/support/LogRecorder.h"
-#include "tests/support/TempDir.h"
-#include "tests/support/TestDeck.h"
-#include "tests/support/Thrown.h"
+#include "tests/support/DeckTest.h"
 #include "text/LineFileReader.h"
 #include "text/LineFileWriter.h"
 #include "text/LineStringReader.h"
 #include "text/LineStringWriter.h"
-#include <deckmanager/DeckManagerException.h>
-#include <deckmanager/LineEnds.h>
 
 namespace {
 
-using namespace Tarn::Fjel::Core::DeckManager;
+using namespace DeckTests;
 using Target = LineStreamWriter::Target;
 using TestSupport::CleanEnvironment;
-using TestSupport::FailingFileSystem;
-using TestSupport::LogRecorder;
-using TestSupport::TempDir;
 
 /// What `write` puts into a target of that kind.
 template <class Action>
