@@ -1,8 +1,6 @@
 #include "files/ScanComparison.h"
 
-#include <algorithm>
 #include <memory>
-#include <utility>
 
 #include "files/KeywordFile.h"
 #include "keywords/Keyword.h"
@@ -26,14 +24,23 @@ using Keywords::SectionType;
 
 namespace {
 
+SectionType SectionBehind(const IKeyword& keyword, SectionType ahead)
+{
+    const SectionType begun = KeywordFile::SectionBegunBy(keyword);
+    return begun != SectionType::None ? begun : ahead;
+}
+
 class KnownSection : public ISectionContextQuery
 {
 public:
-    explicit KnownSection(SectionType section) : m_section(section) {}
-    SectionType GetSection() const override { return m_section; }
+    /// The section ahead of a keyword, or the one behind `above`. An included file is read for that when some word
+    /// asks.
+    explicit KnownSection(SectionType ahead, const IKeyword* above = nullptr) : m_ahead(ahead), m_above(above) {}
+    SectionType GetSection() const override { return m_above ? SectionBehind(*m_above, m_ahead) : m_ahead; }
 
 private:
-    SectionType m_section;
+    SectionType m_ahead;
+    const IKeyword* m_above;
 };
 
 class ComparedFile
@@ -50,10 +57,12 @@ public:
 
 private:
     bool HoldsAheadOfFirst(const Keyword* first, SectionType section);
-    bool Holds(const Keyword& keyword, SectionType ahead, SectionType behind);
-    const IKeywordSyntax* FindBetween(long long begin, long long end, SectionType section, long long* pos = nullptr);
+    bool Holds(const Keyword& keyword, SectionType ahead);
+    const IKeywordSyntax* FindBetween(long long begin, long long end, const KnownSection& section,
+                                      long long* pos = nullptr);
     bool Open();
-    static SectionType SectionBehind(const IKeyword& keyword, SectionType ahead);
+    template <class Step>
+    bool ForEach(SectionType start, const Step& step) const;
 
     const KeywordFile& m_file;
     const bool m_takesIndented;
@@ -68,20 +77,28 @@ bool ComparedFile::Open()
     return m_reader != nullptr;
 }
 
-SectionType ComparedFile::SectionBehind(const IKeyword& keyword, SectionType ahead)
+/// Goes through the keywords, each with the section ahead of it, as long as the step is true. As in a scan, an included
+/// file is read only where something follows its INCLUDE.
+template <class Step>
+bool ComparedFile::ForEach(SectionType section, const Step& step) const
 {
-    const SectionType begun = KeywordFile::SectionBegunBy(keyword);
-    return begun != SectionType::None ? begun : ahead;
+    Keyword* above = nullptr;
+    for (const std::shared_ptr<IKeyword>& listed : m_file.DiskList()) {
+        if (above != nullptr) section = SectionBehind(*above, section);
+        above = &KeywordFileContents::AsKeyword(listed);
+        if (!step(*above, section)) return false;
+    }
+    return true;
 }
 
 /// The first keyword from a place on; null when none stands ahead of `end`. Leaves the reader behind its line.
-const IKeywordSyntax* ComparedFile::FindBetween(long long begin, long long end, SectionType section, long long* pos)
+const IKeywordSyntax* ComparedFile::FindBetween(long long begin, long long end, const KnownSection& section,
+                                                long long* pos)
 {
     m_reader->Seek(begin, 0);
     ScannedKeyword found;
     while (LineReaderUtil::FindNextCandidate(*m_reader, m_takesIndented, nullptr, found) && found.pos < end) {
-        const bool isKeyword =
-            LineReaderUtil::ResolveCandidate(*m_reader, KnownSection(section), nullptr, found) && !found.indented;
+        const bool isKeyword = LineReaderUtil::ResolveCandidate(*m_reader, section, nullptr, found) && !found.indented;
         if (!isKeyword) continue;
         if (pos) *pos = found.pos;
         return found.syntax;
@@ -94,10 +111,10 @@ bool ComparedFile::HoldsAheadOfFirst(const Keyword* first, SectionType section)
     if (first != nullptr && first->FoundIn() == section) return true;
     if (!Open()) return true;
     const long long end = first != nullptr ? first->Position() : m_file.FileSize();
-    return FindBetween(0, end, section) == nullptr;
+    return FindBetween(0, end, KnownSection(section)) == nullptr;
 }
 
-bool ComparedFile::Holds(const Keyword& keyword, SectionType ahead, SectionType behind)
+bool ComparedFile::Holds(const Keyword& keyword, SectionType ahead)
 {
     const int kind = keyword.GetSyntax()->GetKind();
     // Where an included file ended when the words behind the INCLUDE were looked at isn't known.
@@ -108,9 +125,9 @@ bool ComparedFile::Holds(const Keyword& keyword, SectionType ahead, SectionType 
     const long long begin = keyword.Position();
     const long long end = begin + keyword.Size();
     long long place = -1;
-    if (FindBetween(begin, end, ahead, &place) != keyword.GetSyntax() || place != begin) return false;
+    if (FindBetween(begin, end, KnownSection(ahead), &place) != keyword.GetSyntax() || place != begin) return false;
     LineReaderUtil::ConsumeDataLines(keyword.GetSyntax(), *m_reader);
-    return m_reader->Tell() <= end && FindBetween(m_reader->Tell(), end, behind) == nullptr;
+    return m_reader->Tell() <= end && FindBetween(m_reader->Tell(), end, KnownSection(ahead, &keyword)) == nullptr;
 }
 
 bool ComparedFile::Holds(SectionType start)
@@ -118,18 +135,15 @@ bool ComparedFile::Holds(SectionType start)
     const KeywordFileContents::List& keywords = m_file.DiskList();
     const Keyword* first = keywords.empty() ? nullptr : &KeywordFileContents::AsKeyword(keywords.front());
     if (!HoldsAheadOfFirst(first, start)) return false;
-    return std::all_of(keywords.begin(), keywords.end(), [&](const std::shared_ptr<IKeyword>& keyword) {
-        const SectionType ahead = std::exchange(start, SectionBehind(*keyword, start));
-        return Holds(KeywordFileContents::AsKeyword(keyword), ahead, start);
-    });
+    return ForEach(start, [this](Keyword& keyword, SectionType ahead) { return Holds(keyword, ahead); });
 }
 
 void ComparedFile::CountAsFound(SectionType start)
 {
-    for (const std::shared_ptr<IKeyword>& keyword : m_file.DiskList()) {
-        KeywordFileContents::AsKeyword(keyword).SetFoundIn(start);
-        start = SectionBehind(*keyword, start);
-    }
+    ForEach(start, [](Keyword& keyword, SectionType ahead) {
+        keyword.SetFoundIn(ahead);
+        return true;
+    });
 }
 
 } // namespace

@@ -662,6 +662,16 @@ TEST_F(CommitTest, ReadsAnewWhatReadsOtherwiseInItsNewSection)
     }
 }
 
+/// As in a reading, a file is not read before something behind its INCLUDE asks for the section.
+TEST_F(CommitTest, LeavesUnreadWhatNobodyAsksFor)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\n"}, {"A.INC", "ECHO\n"}});
+    ASSERT_NE(Insert(EditorOf(deck), deck.Keywords().Begin(), "OIL\n"), nullptr);
+    EditorOf(deck).Commit();
+    EXPECT_FALSE(deck.File("A.INC").IsLoaded());
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+}
+
 /// What was edited in a file that no INCLUDE names any more waits for its place, also where the file that named it is
 /// read anew meanwhile.
 TEST_F(CommitTest, AFormerFileIsNotForgottenWhereACommitFails)
