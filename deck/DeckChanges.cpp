@@ -45,6 +45,12 @@ bool DeckKeywords::IsEditedByAnother(const KeywordFile& file) const
 
 void DeckKeywords::Rollback()
 {
+    CancelAll();
+    SettleSections();
+}
+
+void DeckKeywords::CancelAll()
+{
     // A file that was never read has no changes, and is not read for this.
     std::vector<std::shared_ptr<KeywordFile>> files;
     for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))
@@ -59,13 +65,12 @@ void DeckKeywords::Rollback()
     for (const std::shared_ptr<KeywordFile>& file : files) {
         if (file->IsLoaded()) file->IncludedFiles();
     }
-    SettleSections();
     DropAll();
 }
 
 void DeckKeywords::Refresh(bool allFiles)
 {
-    Rollback();
+    CancelAll();
     // A file goes after the files that it includes, so that no INCLUDE keyword goes through which one is still reached.
     // Each tells the decks that share it. A file that was never read has nothing to drop, and is not read for this.
     std::vector<std::shared_ptr<KeywordFile>> files;
@@ -79,6 +84,7 @@ void DeckKeywords::Refresh(bool allFiles)
     for (const std::shared_ptr<KeywordFile>& file : files) {
         if (!IsEditedByAnother(*file)) file->Reload();
     }
+    if (allFiles) m_sectionsSettled = KeywordFile::ChangesOfSections();
     DropAll();
 }
 

@@ -147,11 +147,12 @@ void Reload(const Files& files, bool (*isToGo)(const KeywordFile&))
 }
 
 /// Reads the files anew whose lists a scan would not find. Which section keywords count depends on all files of a deck,
-/// so where some recur, these go together. False where texts can't be read: that is still to be seen.
-bool ReadAnew(const Files& files, KeywordFile& root)
+/// so where some recur, these go together. `settled`: how many changes of sections have been looked at before. False
+/// where texts can't be read: that is still to be seen.
+bool ReadAnew(const Files& files, KeywordFile& root, unsigned long long settled)
 {
-    const bool isAny = std::any_of(files.begin(), files.end(), [](const auto& file) {
-        return file->IsToBeReadAnew() || file->HasOtherKeywords() || file->HasOtherIncludes();
+    const bool isAny = std::any_of(files.begin(), files.end(), [settled](const auto& file) {
+        return file->IsToBeReadAnew() || file->LastChangeOfSections() > settled;
     });
     if (!isAny) return true;
     if (!SectionsRecur(files)) {
@@ -208,12 +209,12 @@ void DeckKeywords::Commit()
             failures += failure.what();
         }
     }
-    const bool isRead = ReadAnew(files, *m_rootFile);
+    const bool isRead = ReadAnew(files, *m_rootFile, m_sectionsSettled);
     if (isRead) ForAll(files, &KeywordFile::StoreList);
     if (!failures.empty()) throw DeckManagerException(failures);
     for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))
         file->ForgetFormerFiles();
-    if (isRead) ForAll(files, &KeywordFile::CountAsRead);
+    if (isRead) m_sectionsSettled = KeywordFile::ChangesOfSections();
 }
 
 void DeckKeywords::SettleSections()
@@ -221,9 +222,9 @@ void DeckKeywords::SettleSections()
     const Files files = FilesOf(*m_rootFile);
     // What is read anew has no edits any more.
     if (std::any_of(files.begin(), files.end(), [](const auto& file) { return file->IsModified(); })) return;
-    if (!ReadAnew(files, *m_rootFile)) return;
+    if (!ReadAnew(files, *m_rootFile, m_sectionsSettled)) return;
     ForAll(files, &KeywordFile::StoreList);
-    ForAll(files, &KeywordFile::CountAsRead);
+    m_sectionsSettled = KeywordFile::ChangesOfSections();
 }
 
 void DeckKeywords::CommitFile(KeywordFile& file)

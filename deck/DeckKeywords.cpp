@@ -85,7 +85,7 @@ DeckKeywords::~DeckKeywords()
         SetEdited(false);
         m_rootFile->fileChanged.Remove(this, &DeckKeywords::OnKeywordFileChanged);
         UnbindContext();
-        Rollback();
+        CancelAll();
     } catch (...) {
         // A destructor has nobody to tell.
     }
@@ -96,12 +96,13 @@ void DeckKeywords::SetDataFile(const std::shared_ptr<KeywordFile>& newFile)
     if (!newFile) throw DeckManagerException("DeckKeywords::SetDataFile: null newFile");
     if (newFile == m_rootFile) return;
     if (m_rootFile) {
-        Rollback();
+        CancelAll();
         m_rootFile->fileChanged.Remove(this, &DeckKeywords::OnKeywordFileChanged);
         UnbindContext();
     }
     m_rootFile = newFile;
     m_rootFile->fileChanged.Add(this, &DeckKeywords::OnKeywordFileChanged);
+    m_sectionsSettled = KeywordFile::ChangesOfSections();
     DropAll();
 }
 

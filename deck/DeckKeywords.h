@@ -147,6 +147,8 @@ private:
     void BindContext() const;
     void UnbindContext() const;
     bool IsEditedByAnother(const KeywordFile& file) const;
+    /// A rollback that leaves the sections as they are, for a deck that goes or is read anew.
+    void CancelAll();
     void OnKeywordFileChanged(KeywordFileEventArgs& args);
     void DropWhatMissedMoves() const;
     void DropAll() const;
@@ -162,6 +164,7 @@ private:
     mutable std::unique_ptr<KeywordNames> m_names;
     mutable std::unique_ptr<FilePaths> m_paths;
     mutable unsigned long long m_pathsStamp = 0;
+    unsigned long long m_sectionsSettled = 0;    ///< of `KeywordFile::ChangesOfSections`
     mutable unsigned long long m_movesHeard = 0; ///< of `KeywordFile::MovesBetweenFiles`
 };
 

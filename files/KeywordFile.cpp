@@ -295,7 +295,7 @@ void KeywordFile::Reload()
 {
     UndoMovesBetweenFiles();
     ResetContents();
-    m_hasOtherKeywords = true;
+    NoteChangeOfSections();
     KeywordFileOverwriteEventArgs args(*this);
     RaiseOnce(args);
 }
@@ -305,21 +305,22 @@ void KeywordFile::ReloadIn(SectionType start)
     UndoMovesBetweenFiles();
     ResetContents();
     m_toBeReadIn = start;
-    Contents();
+    // Whoever keeps positions hears of it also where the file can't be read any more.
     KeywordFileOverwriteEventArgs args(*this);
     RaiseOnce(args);
+    Contents();
 }
 
 void KeywordFile::CancelChanges()
 {
-    const std::vector<std::shared_ptr<KeywordFile>> formerFiles = m_formerFiles;
-    ForgetFormerFiles();
+    const std::vector<std::shared_ptr<KeywordFile>> formerFiles = std::move(m_formerFiles);
     if (IsPending()) {
         // The keywords stand in a text that is not the file's. That is read as it was before.
         const std::optional<SectionType> readIn = m_readIn;
         ResetContents();
         m_toBeReadIn = readIn;
-        m_hasOtherKeywords = true;
+        ForgetFormerFiles();
+        NoteChangeOfSections();
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);
         return;
@@ -339,6 +340,7 @@ void KeywordFile::CancelChanges()
         LinkCounter::Changed();
     }
     DropSnapshot();
+    ForgetFormerFiles();
     if (undo) {
         KeywordFileCancelEventArgs args(*this);
         RaiseOnce(args);
@@ -358,7 +360,6 @@ bool KeywordFile::MoveKeywordFile(const Service::FileName& target)
 
 void KeywordFile::NoteFormerFile(const std::shared_ptr<KeywordFile>& file)
 {
-    m_hasOtherIncludes = true;
     // What was never read has not been edited.
     if (file->WasLoaded() && (m_formerFiles.empty() || m_formerFiles.back() != file)) m_formerFiles.push_back(file);
 }
@@ -366,7 +367,6 @@ void KeywordFile::NoteFormerFile(const std::shared_ptr<KeywordFile>& file)
 void KeywordFile::ForgetFormerFiles()
 {
     m_formerFiles.clear();
-    m_hasOtherIncludes = false;
 }
 
 Service::FileStatus KeywordFile::FollowMove(const Service::FileName& name)
@@ -624,6 +624,7 @@ void KeywordFile::OnIncludedFileChanged(KeywordFileEventArgs& args)
 void KeywordFile::KeywordUpdated(Keyword& keyword)
 {
     LinkCounter::Changed();
+    NoteChangeOfSections();
     KeywordFileSelectKeywordUpdatedEventArgs args(*this, keyword);
     RaiseOnce(args);
 }

@@ -155,10 +155,12 @@ public:
     void StoreList();
     /// The list tells another deck than the text that has been committed: the file is to be reloaded.
     bool IsToBeReadAnew() const { return m_isToBeReadAnew; }
-    /// A commit or another text has changed which keywords stand in the file: of those of any file of the deck it is to
-    /// be seen whether a scan finds them still. Holds until `CountAsRead`.
-    bool HasOtherKeywords() const { return m_hasOtherKeywords; }
-    void CountAsRead() { m_hasOtherKeywords = false; }
+    /// Counts what can change which words of a deck are keywords: a list that was committed, another text, and the
+    /// edits of section and INCLUDE keywords, undone or not, since files may have been read meanwhile. Behind each a
+    /// scan may find other keywords in any file of the deck.
+    static unsigned long long ChangesOfSections() { return s_changesOfSections; }
+    /// Of these the last one in this file.
+    unsigned long long LastChangeOfSections() const { return m_lastChangeOfSections; }
     /// With that section in force at its top the text would be read as it was.
     void CountAsReadIn(Keywords::SectionType start) { m_readIn = start; }
     /// A file that is still to be read is read in the section that others tell.
@@ -253,8 +255,6 @@ public:
     /// edited in them is part of the deck's edits.
     const std::vector<std::shared_ptr<KeywordFile>>& FormerFiles() const { return m_formerFiles; }
     void NoteFormerFile(const std::shared_ptr<KeywordFile>& file);
-    /// An INCLUDE has come, gone, moved or been changed since then.
-    bool HasOtherIncludes() const { return m_hasOtherIncludes; }
     /// The deck has been committed.
     void ForgetFormerFiles();
     /// The list of INCLUDE positions exists already.
@@ -315,6 +315,7 @@ private:
     void TakeExtents(const FileWriteResult& result, const std::shared_ptr<KeywordFileReader>& reader, bool dropData);
     void RemoveCommentedOut();
     void NoteSections();
+    void NoteChangeOfSections() { m_lastChangeOfSections = ++s_changesOfSections; }
     void NoteForeignText();
     void TakeSnapshot();
     void DropSnapshot();
@@ -351,7 +352,8 @@ private:
     bool m_scanWillDiffer = false;
     bool m_isToBeReadAnew = false;
     bool m_isToBeStored = false;
-    bool m_hasOtherKeywords = false;
+    unsigned long long m_lastChangeOfSections = 0;
+    inline static unsigned long long s_changesOfSections = 0;
     /// The section in force at the top of the text when it was read; none as long as no scan has asked.
     mutable std::optional<Keywords::SectionType> m_readIn;
     /// What the scan of the including file has told, as long as only further files are read.
@@ -378,7 +380,6 @@ private:
 
     std::vector<KeywordINCLUDE*> m_links; ///< the INCLUDE keywords that name this file
     std::vector<std::shared_ptr<KeywordFile>> m_formerFiles;
-    bool m_hasOtherIncludes = false;
     mutable LinkCached<Keywords::SectionType> m_startSection;
     mutable LinkCached<Keywords::SectionType> m_endSection;
     mutable LinkCached<KeywordFile*> m_dataFile;

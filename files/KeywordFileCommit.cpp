@@ -382,7 +382,7 @@ void KeywordFile::TakeOver()
     const bool listChanges =
         (m_snapshotTaken && keywords != m_snapshot) ||
         std::any_of(keywords.begin(), keywords.end(), [](const auto& keyword) { return keyword->IsCommentedOut(); });
-    m_hasOtherKeywords |= listChanges;
+    if (listChanges) NoteChangeOfSections();
     if (listChanges || !m_blocksAhead.empty()) NoteForeignText();
     TakeExtents(written.result, m_fileReader, written.partial);
     const bool scanWillDiffer = m_scanWillDiffer;

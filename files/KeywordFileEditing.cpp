@@ -296,7 +296,7 @@ void KeywordFile::DropAfterEdit(const Keyword& keyword)
     switch (keyword.GetSyntax()->GetKind()) {
     case KeywordKind::Include:
         m_includeIndex.reset();
-        m_hasOtherIncludes = true;
+        NoteChangeOfSections();
         LinkCounter::Changed();
         break;
     case KeywordKind::End:
@@ -306,6 +306,7 @@ void KeywordFile::DropAfterEdit(const Keyword& keyword)
         LinkCounter::Changed();
         break;
     case KeywordKind::Section:
+        NoteChangeOfSections();
         LinkCounter::Changed();
         break;
     default:

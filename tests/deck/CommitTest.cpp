@@ -672,6 +672,72 @@ TEST_F(CommitTest, LeavesUnreadWhatNobodyAsksFor)
     EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
 }
 
+/// Where a section recurs, all files are read anew when a section may have changed, once, and else none is.
+TEST_F(CommitTest, ReadsAnewOnlyBehindChanges)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nGRID\nINCLUDE\n'A.INC' /\nGRID\nPORO\n1 /\nPROPS\n"},
+                                        {"A.INC", "ECHO\n"},
+                                        {"B.INC", "ECHO\n"}});
+    IDeckKeywordsEditor& editor = EditorOf(deck);
+    deck.Manager().RefreshDeck("Test");
+    const IKeyword* echo = *deck.At("ECHO");
+    editor.Discard();
+    EXPECT_EQ(*deck.At("ECHO"), echo);
+    editor.SetDataText(deck.At("PORO"), " 2 /");
+    editor.Commit();
+    EXPECT_EQ(*deck.At("ECHO"), echo);
+    editor.SetDataText(deck.At("INCLUDE"), "'B.INC' /");
+    editor.Discard();
+    echo = *deck.At("ECHO");
+    editor.Discard();
+    EXPECT_EQ(*deck.At("ECHO"), echo);
+}
+
+/// A file may be read while an edit has changed its section, and then the edit goes; or a section changes and no list.
+TEST_F(CommitTest, FilesAreReadAnewThatWereReadInPassing)
+{
+    const auto insertGrid = [](IDeckKeywordsEditor& editor, const TestDeck& deck) {
+        const IKeyword* grid = Insert(editor, ++deck.Keywords().Begin(), "GRID\n");
+        EXPECT_EQ(deck.Walk(true), "RUNSPEC GRID INCLUDE INCLUDE ECHO");
+        return deck.TopFile().Find(grid);
+    };
+    const std::vector<Edit> edits = {
+        [&](auto& editor, auto& deck) {
+            insertGrid(editor, deck);
+            editor.Discard();
+        },
+        [&](auto& editor, auto& deck) {
+            editor.RemoveKeyword(insertGrid(editor, deck));
+            editor.Commit();
+        },
+        [](auto& editor, auto& deck) {
+            EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE INCLUDE ECHO WATER");
+            editor.SetDataText(deck.At("INCLUDE"), "'GRID.INC' /");
+            editor.Commit();
+        },
+        // Another deck has changed a file that both share.
+        [](auto& editor, auto& deck) {
+            editor.SetDataText(deck.At("INCLUDE"), "'EMPTY.INC' /");
+            editor.Commit();
+            EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE INCLUDE ECHO WATER");
+            IDeck* other = deck.Manager().ImportDeck("Other", deck.Dir().Path("EMPTY.INC"), false, true, false);
+            IDeckKeywordsEditor& otherEditor = *deck.Manager().GetEditor(other);
+            Insert(otherEditor, other->GetDeckKeywords()->Begin(), "GRID\n");
+            otherEditor.Commit();
+            EditorOf(deck).Commit();
+        },
+    };
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        SCOPED_TRACE(i);
+        const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'.' /\nINCLUDE\n'B.INC' /\n"},
+                                            {"B.INC", "ECHO\nWATER\n"},
+                                            {"GRID.INC", "GRID\n"},
+                                            {"EMPTY.INC", "-- none\n"}});
+        edits[i](EditorOf(deck), deck);
+        EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+    }
+}
+
 /// What was edited in a file that no INCLUDE names any more waits for its place, also where the file that named it is
 /// read anew meanwhile.
 TEST_F(CommitTest, AFormerFileIsNotForgottenWhereACommitFails)
