@@ -64,6 +64,17 @@ TEST_F(Rename, RenamesFilesAndChangesTheLeavesAlone)
                                R"("old":"INCLUDE\n 'c.inc' /\n","new":"INCLUDE\n 'x.DATA' /\n"})");
 }
 
+/// All files are read anew then.
+TEST_F(Rename, TellsWhatItChangedWhereASectionRecurs)
+{
+    folder.Write("x.DATA", "RUNSPEC\nGRID\nINCLUDE\n 'b.inc' /\nGRID\nPROPS\n");
+    const Outcome outcome = Run({"b.inc=c.inc", "--json"});
+    const auto lines = JsonLines(outcome.out);
+    ASSERT_EQ(lines.size(), 2u) << outcome.err;
+    EXPECT_EQ(lines[1].dump(), R"({"action":"changed","file":"x.DATA","line":3,"name":"INCLUDE",)"
+                               R"("old":"INCLUDE\n 'b.inc' /\n","new":"INCLUDE\n 'c.inc' /\n"})");
+}
+
 TEST_F(Rename, AliasesStay)
 {
     EXPECT_EQ(Run({"a.inc=d.inc", "--replace"}).status, 0);

@@ -66,10 +66,11 @@ public:
     }
 
 private:
-    /// A keyword that names other files than it did.
+    /// A keyword that names other files than it did. It may be read anew when they are renamed.
     struct Change
     {
-        const IKeyword* keyword;
+        IKeywordFile* owner;
+        std::string name;
         std::string file;
         std::string place;
         int line;
@@ -185,9 +186,10 @@ private:
                   [&](const auto& a, const auto& b) { return placeOf(a) < placeOf(b); });
         for (const FileRenamePlan::Change& change : m_plan.changes) {
             const DeckManager::KeywordText text(*change.keyword);
-            const IKeywordFile& file = *change.keyword->GetFile();
-            m_changes.push_back({change.keyword, m_session.Shown(file.GetFileName()), m_session.PlaceOf(file),
-                                 change.keyword->GetLine(), std::string(text.Own()), ChangedText(text, change)});
+            IKeywordFile& file = *change.keyword->GetFile();
+            m_changes.push_back({&file, change.keyword->GetName(), m_session.Shown(file.GetFileName()),
+                                 m_session.PlaceOf(file), change.keyword->GetLine(), std::string(text.Own()),
+                                 ChangedText(text, change)});
         }
     }
 
@@ -195,8 +197,7 @@ private:
     {
         std::vector<IKeywordFile*> files;
         for (const Change& change : m_changes) {
-            IKeywordFile* file = change.keyword->GetFile();
-            if (std::find(files.begin(), files.end(), file) == files.end()) files.push_back(file);
+            if (std::find(files.begin(), files.end(), change.owner) == files.end()) files.push_back(change.owner);
         }
         return files;
     }
@@ -243,7 +244,7 @@ private:
         for (const Change& change : m_changes) {
             append("{\"action\":\"changed\",\"file\":", change.file);
             m_out.Append(fmt::format(",\"line\":{}", change.line));
-            append(",\"name\":", change.keyword->GetName());
+            append(",\"name\":", change.name);
             append(",\"old\":", change.before);
             append(",\"new\":", change.after);
             m_out.Append("}\n");
