@@ -267,12 +267,21 @@ private:
         return count;
     }
 
+    /// The tokens and the remarks. A remark may stand close behind a token, and blanks in quotes are part of theirs.
     static std::vector<std::string_view> Words(std::string_view text)
     {
-        constexpr const char* blanks = " \t\r\n";
+        constexpr std::string_view blanks = " \t\r\n";
         std::vector<std::string_view> words;
         for (std::size_t at = text.find_first_not_of(blanks); at != text.npos;) {
-            const std::size_t end = std::min(text.find_first_of(blanks, at), text.size());
+            std::size_t end = at;
+            if (text.substr(at, 2) == "--") {
+                end = std::min(text.find_first_of("\r\n", at), text.size());
+            } else {
+                for (bool isQuoted = false; end < text.size(); ++end) {
+                    if (text[end] == '\'') isQuoted = !isQuoted;
+                    if (!isQuoted && (blanks.find(text[end]) != blanks.npos || text.substr(end, 2) == "--")) break;
+                }
+            }
             words.push_back(text.substr(at, end - at));
             at = text.find_first_not_of(blanks, end);
         }
@@ -289,8 +298,7 @@ private:
         std::size_t tail = 0;
         while (tail < most && old[old.size() - 1 - tail] == now[now.size() - 1 - tail])
             ++tail;
-        const auto gone = static_cast<std::size_t>(old.end() - from) - tail;
-        return gone <= 1 || from->find('\'') != std::string_view::npos; // a token in quotes may be of many words
+        return static_cast<std::size_t>(old.end() - from) - tail <= 1;
     }
 
     static std::string Shown(const Path& path)
