@@ -138,8 +138,10 @@ bool KeywordFile::TakesEditAt(const KeywordFileIterator& position) const
         --node;
         if (!IsSkipped(node)) break;
         depth += (*node)->GetSyntax()->GetKind() == KeywordKind::EndSkip ? -1 : 1;
+        // An ENDSKIP ahead of it that ends nothing doesn't end this one.
+        if (depth > 0) return false;
     }
-    return depth <= 0;
+    return true;
 }
 
 IKeyword* KeywordFile::InsertKeyword(const Keywords::IKeywordSyntax& syntax, const KeywordFileIterator& position,

@@ -308,6 +308,11 @@ TEST_F(EditorTest, SkippedRegionsStayWhole)
     EXPECT_TRUE(editor.MoveKeyword(deck.At("OIL"), deck.At("DIMENS")));
     EXPECT_NE(editor.InsertKeywordText(SyntaxOf("BRINE"), deck.At("SKIP"), ""), nullptr);
     EXPECT_EQ(deck.Walk(true), "RUNSPEC BRINE SKIP SKIP300 ENDSKIP ENDSKIP OIL DIMENS");
+
+    // An ENDSKIP ahead of it that ends nothing doesn't end it.
+    const TestDeck open(TestDeck::Texts{{"O.DATA", "RUNSPEC\nENDSKIP\nSKIP\nGAS\n"}});
+    IDeckKeywordsEditor& other = *open.Manager().GetEditor(&open.Deck());
+    EXPECT_EQ(other.InsertKeywordText(SyntaxOf("BRINE"), open.TopFile().End(), ""), nullptr);
 }
 
 struct Resolver : IKeywordVariablesResolver
