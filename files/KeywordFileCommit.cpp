@@ -438,11 +438,15 @@ void KeywordFile::NoteForeignText()
                   });
         if (isForeign) KeywordFileContents::AsKeyword(above).SetFoundIn(std::nullopt);
     };
+    bool hasOtherHead = false;
     for (const std::shared_ptr<IKeyword>& keyword : m_contents->Keywords()) {
         look(keyword);
+        // What is commented out leaves the text ahead of it.
+        const bool isAsBefore =
+            above || (!former.empty() && keyword == former.front() && m_blocksAhead.count(keyword.get()) == 0);
+        hasOtherHead |= !isAsBefore;
         if (keyword->IsCommentedOut()) continue;
-        const bool isNewFirst = !above && (former.empty() || keyword != former.front());
-        if (isNewFirst) KeywordFileContents::AsKeyword(keyword).SetFoundIn(std::nullopt);
+        if (!above && hasOtherHead) KeywordFileContents::AsKeyword(keyword).SetFoundIn(std::nullopt);
         above = keyword;
     }
     look(nullptr);

@@ -626,6 +626,12 @@ TEST_F(CommitTest, ReadsAnewWhatReadsOtherwiseInItsNewSection)
         {"the text behind a keyword comes to stand in another section",
          [](auto& editor, auto& deck) { editor.MoveKeyword(deck.At("PROPS"), deck.At("GRID")); },
          "RUNSPEC PROPS " + head.substr(8) + "PORO INCLUDE ECHO END"},
+        {"such text comes ahead of the first keyword",
+         [](auto& editor, auto& deck) {
+             editor.MoveKeyword(deck.At("END"), deck.At("RUNSPEC"));
+             editor.CommentOut(deck.At("END"));
+         },
+         "WELLDIMS " + head + "PORO INCLUDE ECHO PROPS"},
         {"the text of a file is another",
          [](auto& editor, auto& deck) {
              std::istringstream text("GRID\nRUNSPEC\n");
