@@ -371,12 +371,24 @@ RestOfFile SourceFile::StretchAhead(const Keyword* below, const Context& context
     return stretch;
 }
 
+namespace {
+
+/// Null where nothing of the rest stands in a file: a new one has none yet.
+std::unique_ptr<ILineReader> OpenRest(const RestBehindText& rest)
+{
+    const bool isRead =
+        std::any_of(rest.pieces.begin(), rest.pieces.end(), [](const RestOfFile& piece) { return piece.text.empty(); });
+    return isRead ? rest.reader->OpenLineReader(true) : nullptr;
+}
+
+} // namespace
+
 void SourceFile::WriteRest()
 {
     const RestBehindText* rest = m_file.Rest();
     if (rest == nullptr || m_writer == nullptr) return;
     Flush();
-    const std::unique_ptr<ILineReader> reader = rest->reader->OpenLineReader(true);
+    const std::unique_ptr<ILineReader> reader = OpenRest(*rest);
     const auto copy = [&](std::int64_t begin, std::int64_t end) {
         if (begin >= end) return;
         if (!reader || (m_writer->Copy(*reader, begin, end - 1) != end - begin && m_writer->IsGood()))
@@ -425,11 +437,11 @@ std::string SourceFile::TextOfRest() const
 {
     std::string text;
     const RestBehindText* rest = m_file.Rest();
-    const std::unique_ptr<ILineReader> reader = rest != nullptr ? rest->reader->OpenLineReader(true) : nullptr;
-    if (!reader) return text;
+    if (rest == nullptr) return text;
+    const std::unique_ptr<ILineReader> reader = OpenRest(*rest);
     for (const RestOfFile& piece : rest->pieces) {
         std::string own = piece.text;
-        if (own.empty()) reader->ReadRange(piece.begin, piece.end - 1, own);
+        if (own.empty() && reader) reader->ReadRange(piece.begin, piece.end - 1, own);
         // A file's last line may be open.
         if (!text.empty() && text.back() != '\n') text += '\n';
         text += own;

@@ -363,6 +363,21 @@ TEST_F(PartialCommitTest, WhatIsWrittenIsReadFromThere)
     EXPECT_EQ(*deck.DeckKeywords().GetDataText(*deck.At("TABDIMS")), " 8 /\n\n-- above E");
 }
 
+TEST_F(PartialCommitTest, AFileThatIsNewGoesAhead)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\n"}});
+    deck.Walk(true);
+    IDeckKeywordsEditor& editor = *deck.Manager().GetEditor(&deck.Deck());
+    for (const char* name : {"OIL", "GAS"}) {
+        EXPECT_NE(editor.InsertKeywordText(SyntaxOf(name), deck.File("A.INC").End(), ""), nullptr);
+        editor.CommitFile(&deck.File("A.INC"));
+        EXPECT_EQ(deck.Dir().Listing(), "A_INC__.tmp TOP.DATA");
+    }
+    editor.Commit();
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+    EXPECT_EQ(deck.Dir().Listing(), "A.INC TOP.DATA");
+}
+
 TEST_F(PartialCommitTest, WhatOthersDoMeanwhileStopsTheCommit)
 {
     // The file has another text.
