@@ -236,6 +236,8 @@ void KeywordFile::DropPositions()
 void KeywordFile::FinishLoad(ILineReader* reader)
 {
     m_toBeReadIn.reset();
+    // A file that is included twice may have been asked where it ends while it was read, for where it begins.
+    if (m_endSection.IsValid()) LinkCounter::Added();
     const bool tagWasChanged = m_tagState.IsChanged();
     const bool tag = m_tagState.GetValue();
     if (reader != nullptr) {

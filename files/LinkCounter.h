@@ -16,7 +16,7 @@ public:
         ++s_count;
         ++s_edits;
     }
-    /// A file that was read includes one that others include, too.
+    /// A file that was read includes one that others include, too, or is such a one.
     static void Added() { ++s_count; }
 
 private:

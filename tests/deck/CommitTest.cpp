@@ -744,6 +744,17 @@ TEST_F(CommitTest, FilesAreReadAnewThatWereReadInPassing)
     }
 }
 
+/// Such a file may be asked where it ends before it is read to its end.
+TEST_F(CommitTest, AFileThatIsIncludedTwiceEndsInItsNewSection)
+{
+    const TestDeck deck(
+        TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\nINCLUDE\n'A.INC' /\nOIL\n"}, {"A.INC", "NOECHO\n"}});
+    deck.Walk(true);
+    std::istringstream text("GRID\nECHO\n");
+    EditorOf(deck).OverwriteFile(&deck.File("A.INC"), text, true, false, false);
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GRID ECHO INCLUDE GRID ECHO");
+}
+
 /// What was edited in a file that no INCLUDE names any more waits for its place, also where the file that named it is
 /// read anew meanwhile.
 TEST_F(CommitTest, AFormerFileIsNotForgottenWhereACommitFails)
