@@ -209,7 +209,12 @@ void DeckKeywords::Commit()
             failures += failure.what();
         }
     }
-    const bool isRead = ReadAnew(files, *m_rootFile, m_sectionsSettled);
+    bool isRead = false;
+    try {
+        isRead = ReadAnew(files, *m_rootFile, m_sectionsSettled);
+    } catch (const DeckManagerException&) {
+        // The texts are in their places, and which one can't be read has been told.
+    }
     if (isRead) ForAll(files, &KeywordFile::StoreList);
     if (!failures.empty()) throw DeckManagerException(failures);
     for (KeywordFile* file : FilePaths::ReadFromBelow(*m_rootFile))

@@ -755,6 +755,26 @@ TEST_F(CommitTest, AFileThatIsIncludedTwiceEndsInItsNewSection)
     EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GRID ECHO INCLUDE GRID ECHO");
 }
 
+/// Whoever hears of a failure may count on the old texts.
+TEST_F(CommitTest, FailsOnlyWhereNothingIsWritten)
+{
+    using Call = TestSupport::FailingFileSystem::Call;
+    bool hasFailed = true;
+    for (int n = 1; hasFailed; ++n) {
+        SCOPED_TRACE(n);
+        const TestDeck deck(
+            TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nGRID\nINCLUDE\n'A.INC' /\n"}, {"A.INC", "ECHO\nGAS\n"}});
+        deck.Walk(true);
+        ASSERT_TRUE(EditorOf(deck).RemoveKeyword(deck.At("GRID")));
+        TestSupport::FailingFileSystem disk;
+        disk.FailAt(n, {Call::Open, Call::Status}, EACCES, true);
+        const bool isRefused = !FailureOf([&] { EditorOf(deck).Commit(); }).empty();
+        hasFailed = disk.HasFailed();
+        disk.Pass();
+        EXPECT_EQ(isRefused, deck.Dir().Read("TOP.DATA").find("GRID") != std::string::npos);
+    }
+}
+
 /// What was edited in a file that no INCLUDE names any more waits for its place, also where the file that named it is
 /// read anew meanwhile.
 TEST_F(CommitTest, AFormerFileIsNotForgottenWhereACommitFails)
