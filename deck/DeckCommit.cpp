@@ -163,9 +163,9 @@ bool ReadAnew(const Files& files, KeywordFile& root, unsigned long long settled)
         for (std::size_t times = 0; times == 0 || (times <= files.size() && read.isAny); ++times)
             read = ReadAnewBySections(root);
         // Of the files that have been read, some may bring a section again.
-        if (!SectionsRecur(files)) return read.isWhole;
+        if (!SectionsRecur(FilesOf(root))) return read.isWhole;
     }
-    Reload(files, [](const KeywordFile& file) { return file.IsLoaded() && !file.IsPending(); });
+    Reload(FilesOf(root), [](const KeywordFile& file) { return file.IsLoaded() && !file.IsPending(); });
     // All of them at once, in the order of the deck: one that is read later can't tell where sections were dropped.
     FilePaths(root).Files();
     return true;

@@ -755,6 +755,19 @@ TEST_F(CommitTest, AFileThatIsIncludedTwiceEndsInItsNewSection)
     EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE GRID ECHO INCLUDE GRID ECHO");
 }
 
+/// Files that no look at the deck had read before the commit may bring a section ahead of the one that counted.
+TEST_F(CommitTest, ASectionMayComeWithAFileOfANewFile)
+{
+    const TestDeck deck(TestDeck::Texts{{"TOP.DATA", "RUNSPEC\nINCLUDE\n'A.INC' /\nGRID\nECHO\n"},
+                                        {"A.INC", "NOECHO\n"},
+                                        {"X.INC", "INCLUDE\n'Y.INC' /\nNOECHO\n"},
+                                        {"Y.INC", "GRID\nECHO\n"}});
+    EXPECT_EQ(deck.Walk(true), "RUNSPEC INCLUDE NOECHO GRID ECHO");
+    EditorOf(deck).SetDataText(deck.At("INCLUDE"), "'X.INC' /");
+    EditorOf(deck).Commit();
+    EXPECT_EQ(deck.Walk(true), deck.WalkOfDisk());
+}
+
 /// Whoever hears of a failure may count on the old texts.
 TEST_F(CommitTest, FailsOnlyWhereNothingIsWritten)
 {
