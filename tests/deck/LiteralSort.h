@@ -223,14 +223,15 @@ private:
         const KeywordIterator end = ScopeEnd(begin, m_deck, false);
         if (to == m_keywords.GetFileIterator(begin) || to == m_keywords.GetFileIterator(end)) return false;
         // Keywords stay in their files, and ends of files where they are.
+        std::vector<KeywordFileIterator> places;
         for (KeywordIterator cur = begin; cur < end && *cur != nullptr; Step(cur)) {
+            places.push_back(m_keywords.GetFileIterator(cur));
             if (cur->GetFile() != from->GetFile() || cur->GetSyntax()->GetKind() == KeywordKind::End ||
                 cur->GetSyntax()->GetKind() == KeywordKind::EndInc)
                 throw DeckManagerException("A problem was encountered moving keywords during the sort");
         }
-        for (KeywordIterator cur = begin; cur < end && *cur != nullptr;) {
-            const KeywordFileIterator place = m_keywords.GetFileIterator(cur);
-            Step(cur);
+        // Known ahead of the moves: a scope that goes into itself would be met again and again.
+        for (const KeywordFileIterator& place : places) {
             if (!m_editor.MoveKeyword(place, to))
                 throw DeckManagerException("A problem was encountered moving keywords during the sort");
         }
